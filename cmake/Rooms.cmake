@@ -1,0 +1,27 @@
+# nomely_room(<name> FOLDERS <dir>... [LINK <public lib>...] [PRIVATE <lib>...])
+# One static library per room, alias nomely::<name>. Its link line holds only rooms of lower
+# floors, so that an include from above fails to link (and tools/lint says it earlier).
+function(nomely_room name)
+  cmake_parse_arguments(ROOM "" "" "FOLDERS;LINK;PRIVATE" ${ARGN})
+  list(TRANSFORM ROOM_FOLDERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+  list(TRANSFORM ROOM_FOLDERS APPEND /*.cpp OUTPUT_VARIABLE sources)
+  list(TRANSFORM ROOM_FOLDERS APPEND /*.h OUTPUT_VARIABLE headers)
+  file(GLOB_RECURSE files CONFIGURE_DEPENDS ${sources} ${headers})
+  list(FILTER files EXCLUDE REGEX "/main\\.cpp$")
+  add_library(nomely_${name} STATIC ${files})
+  add_library(nomely::${name} ALIAS nomely_${name})
+  target_link_libraries(nomely_${name} PUBLIC nomely_options ${ROOM_LINK} PRIVATE ${ROOM_PRIVATE})
+endfunction()
+
+# nomely_tests(<name> FOLDER <dir> LINK <lib>...): one test program per room, every case known to
+# ctest by its own name.
+function(nomely_tests name)
+  cmake_parse_arguments(TESTS "" "FOLDER" "LINK" ${ARGN})
+  file(GLOB_RECURSE files CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${TESTS_FOLDER}/*.cpp)
+  add_executable(nomely_${name}_tests ${files})
+  target_link_libraries(nomely_${name}_tests PRIVATE nomely_test_support ${TESTS_LINK} GTest::gmock_main)
+  target_compile_definitions(nomely_${name}_tests PRIVATE
+    NOMELY_FIXTURES="${CMAKE_CURRENT_SOURCE_DIR}/${TESTS_FOLDER}/fixtures")
+  gtest_discover_tests(nomely_${name}_tests DISCOVERY_MODE PRE_TEST
+    TEST_PREFIX ${name}/ PROPERTIES TIMEOUT 600 ENVIRONMENT "TZ=Asia/Shanghai;LC_ALL=C.UTF-8")
+endfunction()
