@@ -20,6 +20,9 @@ target_compile_options(nomely_options INTERFACE
   -Wall -Wextra -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(nomely_options INTERFACE -fpch-preprocess)
+else()
+  # To clang, sign conversions are part of -Wconversion; to g++ they are not.
+  target_compile_options(nomely_options INTERFACE -Wno-sign-conversion)
 endif()
 if(NOMELY_SANITIZE)
   target_compile_options(nomely_options INTERFACE
