@@ -1,0 +1,76 @@
+#include "App/Application.h"
+
+#include <memory>
+#include <string>
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include "Core/Lifecycle/TemporaryFileSweep.h"
+#include "Platform/System/Uuid.h"
+#include "Platform/Text/Unicode.h"
+
+namespace nomely {
+namespace {
+
+bool isUiTesting(const Environment& environment) {
+  return environment.get("NOMELY_UI_TESTING") == "1";
+}
+
+bool isTestHost(const Environment& environment) {
+  return environment.get("XCTestConfigurationFilePath").has_value();
+}
+
+// Letters, numbers and "-" alone: the name becomes part of a path.
+std::string fixtureName(const Environment& environment) {
+  const std::string given = environment.get("NOMELY_UI_FIXTURE").value_or(Uuid::random().string());
+  std::string name;
+  for (std::string_view rest = given; !rest.empty();) {
+    const DecodedCharacter character = decodeFirst(rest);
+    if (character.value == '-' || isLetterOrNumber(character.value))
+      appendUtf8(name, character.value);
+    rest.remove_prefix(character.length);
+  }
+  return name;
+}
+
+DiskPaths choosePaths(const ApplicationContext& context) {
+  const std::filesystem::path temporary = context.environment.temporaryFolder();
+  if (isUiTesting(context.environment))
+    return {temporary / ("Nomely-UIFixture-" + fixtureName(context.environment))};
+  if (isTestHost(context.environment))
+    return {temporary / fmt::format("Nomely-TestHost-{}", ::getpid())};
+  if (context.root) return {*context.root};
+  return DiskPaths::defaultPaths(context.environment);
+}
+
+}  // namespace
+
+Application::Application(const ApplicationContext& context)
+    : isUnitTesting_(isUiTesting(context.environment) || isTestHost(context.environment)),
+      storage_{choosePaths(context), FileManager(context.fileSystem), context.clock},
+      dayStore_(storage_),
+      userDefaults_(
+          isUnitTesting_ ? storage_.paths.rootURL / ".state" : context.environment.stateFolder(),
+          storage_.files),
+      startup_(context.executor) {}
+
+void Application::startMaintenance(bool ready) {
+  if (isUnitTesting_ || dataMaintenance_) return;
+  const auto maintenance = [this](const std::stop_token& stop,
+                                  const StartupCoordinator::Completion& completion) {
+    jobs_.submit(
+        [storage = storage_, stop, completion](const std::stop_token&) {
+          try {
+            sweepTemporaryFiles(storage, stop);
+            completion(nullptr);
+          } catch (...) {
+            completion(std::current_exception());
+          }
+        },
+        JobPool::Priority::utility);
+  };
+  startup_.start(ready, {{"存储维护", maintenance}});
+}
+
+}  // namespace nomely

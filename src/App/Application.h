@@ -1,0 +1,57 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+
+#include "Core/Lifecycle/StartupCoordinator.h"
+#include "Core/Storage/DayStore.h"
+#include "Platform/Concurrency/JobPool.h"
+#include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/System/Environment.h"
+#include "Platform/System/UserDefaults.h"
+#include "Platform/Time/Clock.h"
+
+namespace nomely {
+
+// What the outside world gives an application. What is referred to must outlive it.
+struct ApplicationContext {
+  Environment environment;
+  std::optional<std::filesystem::path> root;  // chosen by the user; absent: the usual one
+  MainExecutor& executor;
+  const Clock& clock;
+  FileSystem& fileSystem;
+};
+
+// Builds everything once, in order, and owns it for the life of the process. Lives on the main
+// executor. Nothing in its construction fails: what can't be read has its defaults, and an
+// unreadable root shows empty days and reports itself at the first write.
+class Application {
+ public:
+  explicit Application(const ApplicationContext& context);
+
+  // Under a test host the root is a private folder and no setting of the user's is read.
+  [[nodiscard]] bool isUnitTesting() const { return isUnitTesting_; }
+  // Set when a restore has replaced the data: start-up jobs then refuse to start.
+  [[nodiscard]] bool dataMaintenance() const { return dataMaintenance_; }
+
+  [[nodiscard]] const DiskPaths& paths() const { return storage_.paths; }
+  [[nodiscard]] const StoreContext& storage() const { return storage_; }
+  [[nodiscard]] DayStore& dayStore() { return dayStore_; }
+  [[nodiscard]] UserDefaults& userDefaults() { return userDefaults_; }
+  [[nodiscard]] StartupCoordinator& startup() { return startup_; }
+
+  // Starts the jobs that follow the first content, once, when `ready`. Called at each change of
+  // that condition.
+  void startMaintenance(bool ready);
+
+ private:
+  bool isUnitTesting_;
+  bool dataMaintenance_ = false;
+  StoreContext storage_;
+  DayStore dayStore_;
+  UserDefaults userDefaults_;
+  JobPool jobs_{1};
+  StartupCoordinator startup_;
+};
+
+}  // namespace nomely

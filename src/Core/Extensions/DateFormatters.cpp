@@ -1,0 +1,101 @@
+#include "Core/Extensions/DateFormatters.h"
+
+#include <array>
+#include <cstdlib>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "Platform/Time/Day.h"
+#include "Platform/Time/LocalTime.h"
+
+namespace nomely {
+namespace {
+
+struct Field {
+  std::string_view letters;
+  int LocalTime::*value;
+};
+
+// A longer field stands before its own prefix.
+constexpr std::array fields{
+    Field{"yyyy", &LocalTime::year}, Field{"MM", &LocalTime::month},
+    Field{"M", &LocalTime::month},   Field{"dd", &LocalTime::day},
+    Field{"d", &LocalTime::day},     Field{"HH", &LocalTime::hour},
+    Field{"H", &LocalTime::hour},    Field{"mm", &LocalTime::minute},
+    Field{"ss", &LocalTime::second}, Field{"SSS", &LocalTime::millisecond},
+};
+
+const Field* fieldAt(std::string_view pattern) {
+  for (const Field& field : fields)
+    if (pattern.starts_with(field.letters)) return &field;
+  return nullptr;
+}
+
+// Calls `onField` or `onLiteral` for each piece of the pattern until one returns false.
+template <typename OnField, typename OnLiteral>
+bool walk(std::string_view pattern, OnField onField, OnLiteral onLiteral) {
+  while (!pattern.empty()) {
+    const Field* field = fieldAt(pattern);
+    if (field != nullptr ? !onField(*field) : !onLiteral(pattern.front())) return false;
+    pattern.remove_prefix(field != nullptr ? field->letters.size() : 1);
+  }
+  return true;
+}
+
+}  // namespace
+
+std::string SafeDateFormatter::format(Moment moment) const {
+  const LocalTime local = LocalTime::of(moment);
+  std::string text;
+  walk(
+      pattern_,
+      [&](const Field& field) {
+        fmt::format_to(std::back_inserter(text), "{:0{}}", local.*field.value,
+                       field.letters.size());
+        return true;
+      },
+      [&](char literal) {
+        text += literal;
+        return true;
+      });
+  return text;
+}
+
+std::optional<Moment> SafeDateFormatter::parse(std::string_view text) const {
+  LocalTime local{.year = 2000};
+  std::string_view rest = text;
+  const bool matched = walk(
+      pattern_,
+      [&](const Field& field) {
+        const std::size_t width = field.letters.size() == 1 ? 2 : field.letters.size();
+        int value = 0;
+        std::size_t count = 0;
+        while (count < width && count < rest.size() && rest[count] >= '0' && rest[count] <= '9')
+          value = value * 10 + (rest[count++] - '0');
+        rest.remove_prefix(count);
+        local.*field.value = value;
+        return count > 0;
+      },
+      [&](char literal) {
+        if (!rest.starts_with(literal)) return false;
+        rest.remove_prefix(1);
+        return true;
+      });
+  if (!matched || !rest.empty()) return std::nullopt;
+  const Moment moment = local.moment();
+  if (format(moment) != text) return std::nullopt;
+  return moment;
+}
+
+std::string DateFormatters::timestamp(Moment moment) {
+  const LocalTime local = LocalTime::of(moment);
+  std::string text = fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}", local.year, local.month,
+                                 local.day, local.hour, local.minute, local.second);
+  if (local.offset == 0) return text + "Z";
+  const int minutes = std::abs(local.offset) / 60;
+  return text +
+         fmt::format("{}{:02}:{:02}", local.offset < 0 ? '-' : '+', minutes / 60, minutes % 60);
+}
+
+}  // namespace nomely

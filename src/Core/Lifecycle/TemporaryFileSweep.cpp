@@ -1,0 +1,58 @@
+#include "Core/Lifecycle/TemporaryFileSweep.h"
+
+#include <algorithm>
+
+#include "Core/Lifecycle/StartupCoordinator.h"
+#include "Core/Storage/DataWriteCoordinator.h"
+#include "Platform/Files/FileError.h"
+#include "Platform/System/Log.h"
+
+namespace nomely {
+namespace {
+
+// Days lie one folder deep, snapshots with their attachments four.
+constexpr int deepestFolder = 4;
+
+class Sweep {
+ public:
+  Sweep(const StoreContext& context, const std::stop_token& stop)
+      : context_(context),
+        stop_(stop),
+        writes_(DataWriteCoordinator::shared(context.paths.rootURL)) {}
+
+  std::size_t run() {
+    if (context_.files.exists(context_.paths.rootURL)) visit(context_.paths.rootURL, 0);
+    return count_;
+  }
+
+ private:
+  void visit(const std::filesystem::path& folder, int depth) {
+    if (stop_.stop_requested()) throw CancellationError();
+    try {
+      const auto entries = context_.files.listAll(folder);
+      // The gate is only taken where there is something to remove.
+      if (std::ranges::any_of(entries, [](const DirectoryEntry& entry) {
+            return FileManager::isTemporaryName(entry.name);
+          }))
+        count_ += writes_.write([&] { return writes_.sweep(folder, context_.files); });
+      if (depth == deepestFolder) return;
+      for (const DirectoryEntry& entry : entries)
+        if (entry.type == FileType::directory) visit(folder / entry.name, depth + 1);
+    } catch (const FileError& error) {
+      Log::error(LogChannel::storage, "⚠️ sweepTemporaryFiles: {}", error.what());
+    }
+  }
+
+  const StoreContext& context_;
+  const std::stop_token& stop_;
+  DataWriteCoordinator& writes_;
+  std::size_t count_ = 0;
+};
+
+}  // namespace
+
+std::size_t sweepTemporaryFiles(const StoreContext& context, const std::stop_token& stop) {
+  return Sweep(context, stop).run();
+}
+
+}  // namespace nomely

@@ -1,0 +1,133 @@
+#include "Core/Storage/AttachmentManager.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "Core/Extensions/DateFormatters.h"
+#include "Core/Extensions/PathNames.h"
+#include "Core/Storage/VersionStore.h"
+#include "Platform/Files/FileError.h"
+#include "Platform/System/Log.h"
+#include "Platform/System/Uuid.h"
+
+namespace nomely {
+namespace {
+
+using ImportError = AttachmentManager::ImportError;
+
+std::string withExtension(std::string name, std::string_view extension) {
+  return extension.empty() ? name : fmt::format("{}.{}", name, extension);
+}
+
+// Short, and never the name of a memo: eight digits may all be decimal.
+std::string shortName(std::string_view extension) {
+  for (;;) {
+    const std::string name = withExtension(Uuid::random().string().substr(0, 8), extension);
+    if (AttachmentManager::isSafeName(name)) return name;
+  }
+}
+
+ImportError notFound(std::string_view name) {
+  return {ImportError::Kind::fileNotFound, fmt::format("找不到附件文件：{}", name)};
+}
+
+}  // namespace
+
+AttachmentManager::ImportError::ImportError(Kind kind, const std::string& text)
+    : Error(kind == Kind::copyFailed ? "attachment.copyFailed" : "attachment.fileNotFound", text),
+      kind_(kind) {}
+
+AttachmentManager::AttachmentManager(StoreContext context)
+    : context_(std::move(context)), writes_(DataWriteCoordinator::shared(context_.paths.rootURL)) {}
+
+AttachmentManager::ImportResult AttachmentManager::importFile(const std::filesystem::path& source,
+                                                              Day day) const {
+  return writes_.write([&] {
+    if (!context_.files.attributes(source)) throw notFound(source.string());
+    const std::filesystem::path folder = context_.paths.dayFolder(day);
+    writes_.prepareFolder(folder, context_.files);
+    const std::string original(lastComponent(source.native()));
+    std::string name = shortName(lowerCaseExtension(original));
+    try {
+      context_.files.copyFile(source, folder / name);
+    } catch (const FileError& error) {
+      throw ImportError(ImportError::Kind::copyFailed, error.what());
+    }
+    return ImportResult{std::move(name), original};
+  });
+}
+
+void AttachmentManager::deleteFile(const std::string& filename, Day day) const {
+  writes_.write([&] {
+    const std::filesystem::path file = context_.paths.dayFolder(day) / filename;
+    if (!isSafeName(filename) || !context_.files.exists(file)) return;
+    const std::filesystem::path folder =
+        context_.paths.attachmentTrashFolder() /
+        DateFormatters::fileNameTimestamp.format(context_.clock.now());
+    writes_.prepareFolder(folder, context_.files);
+    std::filesystem::path place = folder / filename;
+    if (context_.files.exists(place))
+      place = folder / fmt::format("{}_{}", Uuid::random().string(), filename);
+    context_.files.moveFile(file, place);
+  });
+}
+
+void AttachmentManager::preparePendingAttachments(const std::vector<std::string>& filenames,
+                                                  const PendingPlaces& places) const {
+  writes_.write([&] {
+    for (const std::string& name : filenames) {
+      if (!isSafeName(name)) throw notFound(name);
+      const auto dated = places.sourceDates.find(name);
+      const Day sourceDay = dated == places.sourceDates.end() ? places.fallbackDate : dated->second;
+      const std::filesystem::path source = context_.paths.dayFolder(sourceDay) / name;
+      const std::filesystem::path folder = context_.paths.dayFolder(places.destinationDate);
+      const std::filesystem::path destination = folder / name;
+      if (!context_.files.exists(source)) throw notFound(name);
+      if (source == destination) continue;
+      writes_.prepareFolder(folder, context_.files);
+      if (!context_.files.exists(destination))
+        context_.files.copyFile(source, destination);
+      else if (!context_.files.contentsEqual(source, destination))
+        throw ImportError(ImportError::Kind::copyFailed, "目标日期有同名的不同附件，已停止保存");
+    }
+  });
+}
+
+bool AttachmentManager::isSafeName(std::string_view name) {
+  return VersionStore::isSafeFilename(name) && !DiskPaths::seqNumber(name);
+}
+
+std::optional<std::string> AttachmentStorage::save(const StoreContext& context,
+                                                   std::string_view data,
+                                                   const std::optional<std::string>& extName,
+                                                   const std::filesystem::path& folder) {
+  DataWriteCoordinator& writes = DataWriteCoordinator::shared(context.paths.rootURL);
+  return writes.write([&]() -> std::optional<std::string> {
+    try {
+      writes.prepareFolder(folder, context.files);
+    } catch (const FileError& error) {
+      Log::error(LogChannel::storage, "⚠️ AttachmentStorage.save: {}", error.what());
+      return std::nullopt;
+    }
+    std::string name = Uuid::random().string();
+    std::ranges::transform(name, name.begin(), [](char c) {
+      return c >= 'A' && c <= 'F' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    name = withExtension(std::move(name), extName.value_or(""));
+    if (!VersionStore::isSafeFilename(name)) return std::nullopt;
+    context.files.writeAtomically(folder / name, data);
+    return name;
+  });
+}
+
+std::vector<std::string> PendingMemoAttachments::merged(
+    const std::vector<std::string>& pendingAttachments,
+    const std::map<std::string, AudioTranscript>& pendingAudioTranscripts) {
+  std::vector<std::string> names = pendingAttachments;
+  for (const auto& [name, transcript] : pendingAudioTranscripts)
+    if (std::ranges::find(names, name) == names.end()) names.push_back(name);
+  return names;
+}
+
+}  // namespace nomely

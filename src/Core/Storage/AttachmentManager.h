@@ -1,0 +1,82 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Core/Models/AudioTranscript.h"
+#include "Core/Storage/DataWriteCoordinator.h"
+#include "Core/Storage/StoreContext.h"
+#include "Platform/Error.h"
+
+namespace nomely {
+
+// Files that lie beside the memos of a day and are named by them. All changes pass the gate and,
+// besides what is told, throw FileError and WriteError. Stateless; safe on any thread.
+class AttachmentManager {
+ public:
+  struct ImportResult {
+    std::string filename;      // the name in the day folder
+    std::string originalName;  // the name it had before
+  };
+
+  class ImportError : public Error {
+   public:
+    enum class Kind { copyFailed, fileNotFound };
+    ImportError(Kind kind, const std::string& text);
+    [[nodiscard]] Kind kind() const noexcept { return kind_; }
+
+   private:
+    Kind kind_;
+  };
+
+  // Where files named by a pending memo lie, and where they have to be.
+  struct PendingPlaces {
+    std::map<std::string, Day> sourceDates = {};
+    Day fallbackDate;  // of names that `sourceDates` lacks
+    Day destinationDate;
+  };
+
+  explicit AttachmentManager(StoreContext context);
+
+  // Copies a file into a day under a fresh short name; the source stays. Throws ImportError.
+  [[nodiscard]] ImportResult importFile(const std::filesystem::path& source, Day day) const;
+
+  // Moves a day's file to the attachment trash; one that isn't there is no error. The caller has
+  // made sure that no memo of the day names it.
+  void deleteFile(const std::string& filename, Day day) const;
+
+  // Copies files of other days to `destinationDate`, in order, up to the first failure. A file that
+  // is there with the same contents counts as copied. Throws ImportError.
+  void preparePendingAttachments(const std::vector<std::string>& filenames,
+                                 const PendingPlaces& places) const;
+
+  // Whether a name found in a memo may be touched as an attachment: it stays inside its folder and
+  // is not the name of a memo.
+  [[nodiscard]] static bool isSafeName(std::string_view name);
+
+ private:
+  StoreContext context_;
+  DataWriteCoordinator& writes_;
+};
+
+namespace AttachmentStorage {
+// Stores bytes in `folder` (inside the root) under a fresh name and returns it. Absent, and nothing
+// written, when the folder can't be made or `extName` does not make a safe name. Through the gate;
+// throws FileError, WriteError.
+[[nodiscard]] std::optional<std::string> save(const StoreContext& context, std::string_view data,
+                                              const std::optional<std::string>& extName,
+                                              const std::filesystem::path& folder);
+}  // namespace AttachmentStorage
+
+namespace PendingMemoAttachments {
+// The list, and behind it, sorted, what only the transcripts name: a recording is never dropped.
+[[nodiscard]] std::vector<std::string> merged(
+    const std::vector<std::string>& pendingAttachments,
+    const std::map<std::string, AudioTranscript>& pendingAudioTranscripts);
+}  // namespace PendingMemoAttachments
+
+}  // namespace nomely

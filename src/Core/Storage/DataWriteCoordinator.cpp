@@ -1,0 +1,79 @@
+#include "Core/Storage/DataWriteCoordinator.h"
+
+#include <map>
+
+#include "Core/Storage/DiskPaths.h"
+#include "Core/Storage/WriteError.h"
+#include "Platform/Files/FileError.h"
+#include "Platform/System/Log.h"
+
+namespace nomely {
+
+DataWriteCoordinator& DataWriteCoordinator::shared(const std::filesystem::path& root) {
+  using Gates = std::map<std::filesystem::path, std::unique_ptr<DataWriteCoordinator>>;
+  static std::mutex registryLock;
+  static auto* const gates = new Gates;  // writers may outlive the statics of other files
+
+  std::error_code failed;
+  std::filesystem::path key = std::filesystem::weakly_canonical(root, failed);
+  if (failed) key = std::filesystem::absolute(root, failed).lexically_normal();
+  if (!key.has_filename()) key = key.parent_path();  // "root/" and "root" are one
+
+  const std::lock_guard lock(registryLock);
+  std::unique_ptr<DataWriteCoordinator>& gate = (*gates)[key];
+  if (!gate) gate.reset(new DataWriteCoordinator(key));
+  return *gate;
+}
+
+DataWriteCoordinator::DataWriteCoordinator(const std::filesystem::path& root)
+    : root_(root), processLock_(root) {}
+
+void DataWriteCoordinator::throwIfFrozen() {
+  const std::lock_guard lock(stateLock_);
+  if (frozen_) throw WriteError(WriteError::Kind::maintenance);
+}
+
+void DataWriteCoordinator::freeze() {
+  const std::lock_guard lock(stateLock_);
+  frozen_ = true;
+}
+
+void DataWriteCoordinator::prepareFolder(const std::filesystem::path& folder,
+                                         const FileManager& files) {
+  files.createDirectories(folder);
+  if (!excludesProcesses_ || !swept_.insert(folder).second) return;
+  sweep(folder, files);
+}
+
+std::size_t DataWriteCoordinator::sweep(const std::filesystem::path& folder,
+                                        const FileManager& files) {
+  // Without the lock, a temporary may be another process's write under way.
+  if (!excludesProcesses_) return 0;
+  try {
+    const std::size_t count = files.sweepTemporaries(folder);
+    if (count > 0)
+      Log::information(LogChannel::storage, "已清理 {} 个残留的临时文件：{}", count,
+                       folder.string());
+    return count;
+  } catch (const FileError& error) {
+    Log::error(LogChannel::storage, "⚠️ DataWriteCoordinator.sweep: {}", error.what());
+    return 0;
+  }
+}
+
+DataWriteCoordinator::ProcessLock::ProcessLock(DataWriteCoordinator& gate) : gate_(gate) {
+  DiskPaths{gate.root_}.createRoot();
+  gate.excludesProcesses_ = gate.processLock_.lock(
+      [] { Log::information(LogChannel::storage, "另一个 Nomely 进程正在写入，等待其完成"); });
+  if (!gate.excludesProcesses_)
+    Log::error(LogChannel::storage,
+               "⚠️ DataWriteCoordinator.write: 此文件系统不支持文件锁，请勿同时运行多个 "
+               "Nomely：{}",
+               gate.root_.string());
+}
+
+DataWriteCoordinator::ProcessLock::~ProcessLock() {
+  gate_.processLock_.unlock();
+}
+
+}  // namespace nomely

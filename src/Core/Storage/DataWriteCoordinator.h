@@ -1,0 +1,75 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <utility>
+
+#include "Platform/Concurrency/SerialQueue.h"
+#include "Platform/Files/DirectoryLock.h"
+#include "Platform/Files/FileManager.h"
+
+namespace nomely {
+
+// The write gate of one data root: every change of the root runs in it, one at a time, in the order
+// in which the writers came. It also keeps other processes of ours out for as long as a write runs.
+// Readers take no lock and rely on files being replaced atomically.
+//
+// Safe on any thread.
+class DataWriteCoordinator {
+ public:
+  // The one gate of that root, however its path is spelt. Never destroyed.
+  [[nodiscard]] static DataWriteCoordinator& shared(const std::filesystem::path& root);
+
+  // Runs `body` in the gate and returns what it returns; what it throws passes through. Waits for
+  // writes that came first. Inside another write of the same gate `body` runs in place. Throws
+  // WriteError (maintenance) when frozen, FileError when the root can't be opened.
+  template <typename Body>
+  decltype(auto) write(Body&& body) {
+    if (queue_.isCurrent()) {
+      throwIfFrozen();
+      return std::forward<Body>(body)();
+    }
+    return queue_.sync([&]() -> decltype(auto) {
+      throwIfFrozen();
+      const ProcessLock lock(*this);
+      return std::forward<Body>(body)();
+    });
+  }
+
+  // Refuses every later write, nested ones included, until the process ends.
+  void freeze();
+
+  // Inside a write: makes sure that `folder` exists before something is written to it and, once
+  // per process, that no temporary of a writer that died is left there.
+  void prepareFolder(const std::filesystem::path& folder, const FileManager& files);
+  // Inside a write: removes such temporaries from an existing folder and returns how many.
+  std::size_t sweep(const std::filesystem::path& folder, const FileManager& files);
+
+ private:
+  class ProcessLock {
+   public:
+    explicit ProcessLock(DataWriteCoordinator& gate);
+    ~ProcessLock();
+    ProcessLock(const ProcessLock&) = delete;
+    ProcessLock& operator=(const ProcessLock&) = delete;
+
+   private:
+    DataWriteCoordinator& gate_;
+  };
+
+  explicit DataWriteCoordinator(const std::filesystem::path& root);
+  void throwIfFrozen();
+
+  std::filesystem::path root_;
+  SerialQueue queue_{"Nomely.data.write"};
+  std::mutex stateLock_;
+  bool frozen_ = false;  // guarded by stateLock_
+  // The rest is touched inside a write only.
+  DirectoryLock processLock_;
+  bool excludesProcesses_ = false;
+  std::set<std::filesystem::path> swept_;
+};
+
+}  // namespace nomely

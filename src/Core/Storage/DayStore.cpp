@@ -1,0 +1,207 @@
+#include "Core/Storage/DayStore.h"
+
+#include <algorithm>
+#include <limits>
+#include <set>
+
+#include "Core/Extensions/DateFormatters.h"
+#include "Core/Extensions/PathNames.h"
+#include "Core/Storage/AttachmentManager.h"
+#include "Core/Storage/VersionStore.h"
+#include "Core/Storage/WriteError.h"
+#include "Platform/Files/FileError.h"
+#include "Platform/System/Log.h"
+
+namespace nomely {
+namespace {
+
+constexpr std::int64_t highestNumber = std::numeric_limits<std::int64_t>::max();
+
+void logFailure(std::string_view operation, const Error& error) {
+  Log::error(LogChannel::storage, "⚠️ DayStore.{}: {}", operation, error.what());
+}
+
+}  // namespace
+
+DayStore::DayStore(StoreContext context)
+    : context_(std::move(context)),
+      memoStore_(context_),
+      writes_(DataWriteCoordinator::shared(context_.paths.rootURL)) {}
+
+std::vector<std::int64_t> DayStore::listNumbers(Day day) const {
+  const std::filesystem::path folder = context_.paths.dayFolder(day);
+  if (!context_.files.exists(folder)) return {};
+  std::vector<std::int64_t> numbers;
+  for (const DirectoryEntry& entry : context_.files.listVisible(folder))
+    if (const auto number = DiskPaths::seqNumber(entry.name); number && *number >= 1)
+      numbers.push_back(*number);
+  std::ranges::sort(numbers);
+  // "7.md" beside "007.md" spells the same number.
+  const auto [first, last] = std::ranges::unique(numbers);
+  numbers.erase(first, last);
+  return numbers;
+}
+
+std::vector<Memo> DayStore::listMemos(Day day) const {
+  std::vector<std::int64_t> numbers = listNumbers(day);
+  std::ranges::reverse(numbers);
+  std::vector<Memo> memos;
+  memos.reserve(numbers.size());
+  for (const std::int64_t number : numbers) {
+    try {
+      if (auto memo = memoStore_.read(day, number)) memos.push_back(std::move(*memo));
+    } catch (const Error& error) {
+      Log::error(LogChannel::storage,
+                 "⚠️ DayStore.listMemos: 跳过无法解析的 memo 文件 {}：{}",
+                 DiskPaths::memoFileName(number), error.what());
+    }
+  }
+  return memos;
+}
+
+std::int64_t DayStore::nextSeqNumber(Day day) const {
+  const std::filesystem::path folder = context_.paths.dayFolder(day);
+  std::int64_t highest = 0;
+  try {
+    if (!context_.files.exists(folder)) return 1;
+    for (const DirectoryEntry& entry : context_.files.listVisible(folder))
+      highest = std::max(highest, DiskPaths::seqNumber(entry.name).value_or(0));
+  } catch (const FileError& error) {
+    // A number that turns out to be taken is passed over when the memo is placed.
+    logFailure("nextSeqNumber", error);
+    return 1;
+  }
+  if (highest == highestNumber)
+    throw FileError("编号", folder / DiskPaths::memoFileName(highest), EOVERFLOW);
+  return highest + 1;
+}
+
+std::vector<Day> DayStore::listAllDates() const {
+  if (!context_.files.exists(context_.paths.rootURL)) return {};
+  std::vector<Day> days;
+  for (const DirectoryEntry& entry : context_.files.listVisible(context_.paths.rootURL)) {
+    const auto day = Day::parse(entry.name);
+    if (!day) continue;
+    try {
+      const auto files = context_.files.listVisible(context_.paths.rootURL / entry.name);
+      if (std::ranges::any_of(
+              files, [](const DirectoryEntry& file) { return pathExtension(file.name) == "md"; }))
+        days.push_back(*day);
+    } catch (const FileError& error) {
+      // A plain file under a day's name is nothing to report.
+      if (error.kind() != FileError::Kind::notADirectory) logFailure("listAllDates", error);
+    }
+  }
+  std::ranges::sort(days);
+  return days;
+}
+
+void DayStore::place(Memo& memo, Day day) const {
+  while (!memoStore_.create(memo, day)) {
+    if (memo.seqNumber == highestNumber)
+      throw FileError("编号", context_.paths.memoFile(day, highestNumber), EOVERFLOW);
+    ++memo.seqNumber;
+  }
+}
+
+Memo DayStore::createMemo(Day day, NewMemo content) const {
+  return writes_.write([&] {
+    Memo memo;
+    memo.seqNumber = nextSeqNumber(day);
+    memo.createdAt = DateFormatters::timestamp(context_.clock.now());
+    memo.updatedAt = memo.createdAt;
+    memo.memoId = Memo::makeMemoId();
+    memo.schemaVersion = MemoFrontmatter::currentSchemaVersion;
+    memo.time = content.time ? std::move(*content.time) : Memo::currentTimeString(context_.clock);
+    memo.body = std::move(content.body);
+    memo.tags = std::move(content.tags);
+    memo.mood = content.mood;
+    memo.attachments = std::move(content.attachments);
+    memo.source = std::move(content.source);
+    memo.sourceId = std::move(content.sourceId);
+    memo.originalNames = std::move(content.originalNames);
+    memo.audioTranscripts = std::move(content.audioTranscripts);
+    place(memo, day);
+    return memo;
+  });
+}
+
+void DayStore::validateUpdate(const Memo& memo, Day day,
+                              const std::optional<Memo>& expected) const {
+  const std::optional<Memo> current = memoStore_.read(day, memo.seqNumber);
+  if (!current) throw WriteError(WriteError::Kind::missingMemo);
+  if (current->memoId && current->memoId != memo.memoId)
+    throw WriteError(WriteError::Kind::identityChanged);
+  if (expected && *current != *expected) throw WriteError(WriteError::Kind::conflict);
+}
+
+void DayStore::updateMemo(const Memo& memo, Day day, const std::optional<Memo>& expected) const {
+  writes_.write([&] {
+    validateUpdate(memo, day, expected);
+    memoStore_.write(memo, day);
+  });
+}
+
+void DayStore::commitMemo(const Memo& memo, Day day, const std::optional<Memo>& expected) const {
+  writes_.write([&] {
+    validateUpdate(memo, day, expected);
+    VersionStore(context_).saveIfNeeded(day, memo.seqNumber, memo);
+    memoStore_.write(memo, day);
+  });
+}
+
+void DayStore::deleteMemo(Day day, const Memo& memo) const {
+  writes_.write([&] {
+    validateUpdate(memo, day, memo);
+    for (const std::string& name : memo.attachments) {
+      if (!AttachmentManager::isSafeName(name)) continue;
+      try {
+        context_.files.removeFile(context_.paths.dayFolder(day) / name);
+      } catch (const FileError& error) {
+        logFailure("deleteMemo", error);
+      }
+    }
+    memoStore_.remove(day, memo.seqNumber);
+  });
+}
+
+void DayStore::withdraw(const Memo& moved, Day to, const std::filesystem::path& oldFile) const {
+  try {
+    // The old file may be gone although its removal failed: then the new one is the memo.
+    if (context_.files.exists(oldFile)) memoStore_.remove(to, moved.seqNumber);
+  } catch (const Error& error) {
+    logFailure("moveMemo", error);
+  }
+}
+
+Memo DayStore::moveMemo(const Memo& memo, Day from, Day to) const {
+  return writes_.write([&] {
+    validateUpdate(memo, from, memo);
+    Memo moved = memo;
+    moved.seqNumber = nextSeqNumber(to);
+    const AttachmentManager attachments(context_);
+    attachments.preparePendingAttachments(memo.attachments,
+                                          {.fallbackDate = from, .destinationDate = to});
+    place(moved, to);
+    try {
+      memoStore_.remove(from, memo.seqNumber);
+    } catch (...) {
+      withdraw(moved, to, context_.paths.memoFile(from, memo.seqNumber));
+      throw;
+    }
+    std::set<std::string> stillNamed;
+    for (const Memo& remaining : listMemos(from))
+      stillNamed.insert(remaining.attachments.begin(), remaining.attachments.end());
+    for (const std::string& name : moved.attachments) {
+      if (stillNamed.contains(name)) continue;
+      try {
+        attachments.deleteFile(name, from);
+      } catch (const FileError& error) {
+        logFailure("moveMemo", error);
+      }
+    }
+    return moved;
+  });
+}
+
+}  // namespace nomely

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Core/Models/Memo.h"
+#include "Core/Storage/MemoStore.h"
+#include "Core/Storage/StoreContext.h"
+
+namespace nomely {
+
+// The memos of a day, and the operations on them that hold the gate from first to last. Stateless;
+// safe on any thread. Besides what single calls name, operations throw FileError, and writes throw
+// WriteError when the root is frozen.
+class DayStore {
+ public:
+  // What the caller of createMemo decides.
+  struct NewMemo {
+    std::string body = {};
+    std::vector<std::string> tags = {};
+    std::optional<std::int64_t> mood = {};
+    std::vector<std::string> attachments = {};  // names that lie in the day folder already
+    std::optional<std::string> time = {};       // "HH:mm"; absent: now
+    std::optional<std::string> source = {};
+    std::optional<std::string> sourceId = {};
+    std::map<std::string, std::string> originalNames = {};
+    std::map<std::string, AudioTranscript> audioTranscripts = {};
+  };
+
+  explicit DayStore(StoreContext context);
+
+  [[nodiscard]] const StoreContext& context() const { return context_; }
+  [[nodiscard]] const DiskPaths& paths() const { return context_.paths; }
+  [[nodiscard]] const MemoStore& memoStore() const { return memoStore_; }
+  [[nodiscard]] DataWriteCoordinator& writes() const { return writes_; }
+
+  // Highest number first. A file that can't be read is logged and left out.
+  [[nodiscard]] std::vector<Memo> listMemos(Day day) const;
+  // The numbers behind that list in rising order, unreadable memos included.
+  [[nodiscard]] std::vector<std::int64_t> listNumbers(Day day) const;
+
+  // One more than the highest number in use, gaps and unreadable files notwithstanding.
+  [[nodiscard]] std::int64_t nextSeqNumber(Day day) const;
+
+  // The days that hold a file with extension "md", rising.
+  [[nodiscard]] std::vector<Day> listAllDates() const;
+
+  // Takes the day's next number. A number that another program takes meanwhile is passed over.
+  [[nodiscard]] Memo createMemo(Day day, NewMemo content) const;
+
+  // Both replace the memo at `memo.seqNumber`; commitMemo keeps a snapshot of what it replaces.
+  // Throw WriteError: missingMemo, identityChanged when another memo has that place, conflict when
+  // `expected` is given and differs from the memo on disk.
+  void updateMemo(const Memo& memo, Day day, const std::optional<Memo>& expected) const;
+  void commitMemo(const Memo& memo, Day day, const std::optional<Memo>& expected) const;
+  // The check in front of both: throws instead of changing anything.
+  void validateUpdate(const Memo& memo, Day day, const std::optional<Memo>& expected) const;
+
+  // Removes the memo and the files it names, for good.
+  void deleteMemo(Day day, const Memo& memo) const;
+
+  // Gives the memo the next number of another day, attachments and all, and returns it as it is
+  // there. Files that no other memo of the old day names go to the attachment trash. Until the old
+  // file goes both stand, so that a failure leaves the memo twice rather than not at all.
+  [[nodiscard]] Memo moveMemo(const Memo& memo, Day from, Day to) const;
+
+ private:
+  // Writes a memo under `memo.seqNumber` or the next free number above it.
+  void place(Memo& memo, Day day) const;
+  // Takes a moved memo's new file away again, never throwing, when its old one still stands.
+  void withdraw(const Memo& moved, Day to, const std::filesystem::path& oldFile) const;
+
+  StoreContext context_;
+  MemoStore memoStore_;
+  DataWriteCoordinator& writes_;
+};
+
+}  // namespace nomely

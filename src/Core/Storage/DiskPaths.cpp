@@ -1,0 +1,42 @@
+#include "Core/Storage/DiskPaths.h"
+
+#include <fmt/format.h>
+
+#include "Core/Extensions/TextNumbers.h"
+#include "Platform/Files/FileError.h"
+#include "Platform/Files/FileManager.h"
+#include "Platform/System/Log.h"
+
+namespace nomely {
+
+DiskPaths DiskPaths::defaultPaths(const Environment& environment) {
+  const DiskPaths paths{environment.homeFolder() / "NomelyData"};
+  try {
+    paths.createRoot();
+  } catch (const FileError& error) {
+    Log::error(LogChannel::storage, "⚠️ DiskPaths.defaultPaths: {}", error.what());
+  }
+  return paths;
+}
+
+void DiskPaths::createRoot() const {
+  constexpr unsigned ownerOnly = 0700;
+  FileManager(posixFileSystem()).createDirectories(rootURL, ownerOnly);
+}
+
+std::filesystem::path DiskPaths::memoFile(Day day, std::int64_t seqNumber) const {
+  return dayFolder(day) / memoFileName(seqNumber);
+}
+
+std::string DiskPaths::memoFileName(std::int64_t seqNumber) {
+  return fmt::format("{:03}.md", seqNumber);
+}
+
+std::optional<std::int64_t> DiskPaths::seqNumber(std::string_view fileName) {
+  constexpr std::string_view extension = ".md";
+  if (!fileName.ends_with(extension)) return std::nullopt;
+  fileName.remove_suffix(extension.size());
+  return parseDecimal(fileName);
+}
+
+}  // namespace nomely

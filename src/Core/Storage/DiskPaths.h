@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Platform/System/Environment.h"
+#include "Platform/Time/Day.h"
+
+namespace nomely {
+
+// Where everything lies under the data root. A value, passed to every store.
+struct DiskPaths {
+  std::filesystem::path rootURL;
+
+  // "NomelyData" in the home folder, created for its owner alone if missing; a failure of that
+  // shows up at the first write.
+  [[nodiscard]] static DiskPaths defaultPaths(const Environment& environment);
+
+  // Creates a missing root, readable by its owner alone. Throws FileError.
+  void createRoot() const;
+
+  [[nodiscard]] std::filesystem::path dayFolder(Day day) const { return rootURL / day.string(); }
+  [[nodiscard]] std::filesystem::path memoFile(Day day, std::int64_t seqNumber) const;
+  [[nodiscard]] std::filesystem::path configFolder() const { return rootURL / "_config"; }
+  [[nodiscard]] std::filesystem::path trashFolder() const { return rootURL / ".trash"; }
+  [[nodiscard]] std::filesystem::path attachmentTrashFolder() const {
+    return trashFolder() / "_attachments";
+  }
+  [[nodiscard]] std::filesystem::path versionsFolder() const { return rootURL / ".versions"; }
+  [[nodiscard]] std::filesystem::path versionsByIdFolder() const {
+    return versionsFolder() / "by-id";
+  }
+
+  // "007.md": at least three digits.
+  [[nodiscard]] static std::string memoFileName(std::int64_t seqNumber);
+  // The number that a name with extension "md" spells, whatever its form ("+7.md", "0012.md").
+  [[nodiscard]] static std::optional<std::int64_t> seqNumber(std::string_view fileName);
+};
+
+}  // namespace nomely

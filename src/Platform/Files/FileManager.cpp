@@ -1,0 +1,227 @@
+#include "Platform/Files/FileManager.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+#include <fmt/format.h>
+
+#include "Platform/Files/FileError.h"
+#include "Platform/System/Uuid.h"
+
+namespace nomely {
+namespace {
+
+using std::filesystem::path;
+
+constexpr std::string_view temporaryPrefix = ".nomely-";
+constexpr std::string_view temporarySuffix = ".tmp";
+
+path folderOf(const path& file) {
+  const path folder = file.parent_path();
+  return folder.empty() ? path(".") : folder;
+}
+
+}  // namespace
+
+// A file under a temporary name, taken away again unless it was put in place.
+class FileManager::Temporary {
+ public:
+  Temporary(FileSystem& fileSystem, const path& folder)
+      : fileSystem_(fileSystem),
+        path_(folder /
+              fmt::format("{}{}{}", temporaryPrefix, Uuid::random().compact(), temporarySuffix)),
+        file_(fileSystem.open(path_, FileSystem::OpenMode::createNew, LinkPolicy::noFollow)) {}
+
+  ~Temporary() {
+    if (placed_) return;
+    try {
+      file_.reset();
+      fileSystem_.remove(path_);
+    } catch (const FileError&) {
+      // The failure that brought us here is the one to report; a sweep removes the file later.
+    }
+  }
+
+  Temporary(const Temporary&) = delete;
+  Temporary& operator=(const Temporary&) = delete;
+
+  [[nodiscard]] File& file() { return *file_; }
+
+  void write(std::string_view bytes) {
+    while (!bytes.empty()) bytes.remove_prefix(file_->write(bytes));
+  }
+
+  void place(const path& target, Replacement replacement) {
+    file_->sync();
+    file_.reset();
+    fileSystem_.rename(path_, target, replacement);
+    placed_ = true;
+  }
+
+ private:
+  FileSystem& fileSystem_;
+  path path_;
+  std::unique_ptr<File> file_;
+  bool placed_ = false;
+};
+
+bool FileManager::exists(const path& name) const {
+  return fileSystem_.attributes(name, LinkPolicy::noFollow).has_value();
+}
+
+bool FileManager::isDirectory(const path& name) const {
+  const auto found = fileSystem_.attributes(name, LinkPolicy::follow);
+  return found && found->type == FileType::directory;
+}
+
+std::optional<FileAttributes> FileManager::attributes(const path& name, LinkPolicy links) const {
+  return fileSystem_.attributes(name, links);
+}
+
+std::vector<DirectoryEntry> FileManager::listAll(const path& directory) const {
+  std::vector<DirectoryEntry> entries = fileSystem_.list(directory);
+  std::ranges::sort(entries, {}, &DirectoryEntry::name);
+  return entries;
+}
+
+std::vector<DirectoryEntry> FileManager::listVisible(const path& directory) const {
+  std::vector<DirectoryEntry> entries = fileSystem_.list(directory);
+  std::erase_if(entries, [](const DirectoryEntry& entry) { return entry.name.starts_with('.'); });
+  std::ranges::sort(entries, {}, &DirectoryEntry::name);
+  return entries;
+}
+
+std::optional<std::string> FileManager::read(const path& name) const {
+  const std::unique_ptr<File> file =
+      fileSystem_.open(name, FileSystem::OpenMode::read, LinkPolicy::follow);
+  if (!file) return std::nullopt;
+  // One byte more than the size, so that the usual file ends with its first read.
+  std::string bytes(file->attributes().size + 1, '\0');
+  std::size_t length = 0;
+  while (const std::size_t count = file->read(std::span(bytes).subspan(length))) {
+    length += count;
+    if (length == bytes.size()) bytes.resize(bytes.size() * 2);
+  }
+  bytes.resize(length);
+  return bytes;
+}
+
+bool FileManager::contentsEqual(const path& left, const path& right) const {
+  const auto a = fileSystem_.open(left, FileSystem::OpenMode::read, LinkPolicy::follow);
+  const auto b = fileSystem_.open(right, FileSystem::OpenMode::read, LinkPolicy::follow);
+  if (!a || !b) throw FileError("比较", a ? right : left, ENOENT);
+  if (a->attributes().size != b->attributes().size) return false;
+  constexpr std::size_t step = std::size_t{1} << 16;
+  std::string bufferA(step, '\0');
+  std::string bufferB(step, '\0');
+  const auto fill = [](File& file, std::string& buffer) {
+    std::size_t length = 0;
+    while (length < buffer.size()) {
+      const std::size_t count = file.read(std::span(buffer).subspan(length));
+      if (count == 0) break;
+      length += count;
+    }
+    return std::string_view(buffer).substr(0, length);
+  };
+  for (;;) {
+    const std::string_view chunkA = fill(*a, bufferA);
+    if (chunkA != fill(*b, bufferB)) return false;
+    if (chunkA.empty()) return true;
+  }
+}
+
+void FileManager::writeAtomically(const path& target, std::string_view bytes) const {
+  Temporary temporary(fileSystem_, folderOf(target));
+  temporary.write(bytes);
+  if (const auto replaced = fileSystem_.attributes(target, LinkPolicy::noFollow);
+      replaced && replaced->type == FileType::regular &&
+      replaced->permissions != temporary.file().attributes().permissions)
+    temporary.file().setPermissions(replaced->permissions);
+  temporary.place(target, Replacement::allow);
+  syncParent(target);
+}
+
+bool FileManager::createAtomically(const path& target, std::string_view bytes) const {
+  Temporary temporary(fileSystem_, folderOf(target));
+  temporary.write(bytes);
+  try {
+    temporary.place(target, Replacement::forbid);
+  } catch (const FileError& error) {
+    if (error.kind() == FileError::Kind::alreadyExists) return false;
+    throw;
+  }
+  syncParent(target);
+  return true;
+}
+
+void FileManager::createDirectories(const path& directory, unsigned permissions) const {
+  if (directory.empty() || isDirectory(directory)) return;
+  createDirectories(directory.parent_path());
+  if (!fileSystem_.makeDirectory(directory, permissions)) return;
+  try {
+    syncParent(directory);
+  } catch (const FileError&) {
+    // Left standing, the next attempt would take a folder for durable that is not.
+    try {
+      fileSystem_.remove(directory);
+    } catch (const FileError&) {
+    }
+    throw;
+  }
+}
+
+void FileManager::copyFile(const path& source, const path& destination, LinkPolicy links) const {
+  const auto original = fileSystem_.open(source, FileSystem::OpenMode::read, links);
+  if (!original) throw FileError("复制", source, ENOENT);
+  const FileType type = original->attributes().type;
+  if (type != FileType::regular)
+    throw FileError("复制", source, type == FileType::directory ? EISDIR : EOPNOTSUPP);
+  Temporary temporary(fileSystem_, folderOf(destination));
+  temporary.file().copyContents(*original);
+  temporary.file().copyMetadata(*original);
+  temporary.place(destination, Replacement::forbid);
+  syncParent(destination);
+}
+
+void FileManager::moveFile(const path& source, const path& destination) const {
+  try {
+    fileSystem_.rename(source, destination, Replacement::forbid);
+  } catch (const FileError& error) {
+    if (error.errorNumber() != EXDEV) throw;
+    copyFile(source, destination, LinkPolicy::noFollow);
+    fileSystem_.remove(source);
+  }
+  syncParent(destination);
+  if (folderOf(source) != folderOf(destination)) syncParent(source);
+}
+
+bool FileManager::removeFile(const path& name) const {
+  if (!fileSystem_.remove(name)) return false;
+  syncParent(name);
+  return true;
+}
+
+bool FileManager::isTemporaryName(std::string_view name) {
+  return name.size() > temporaryPrefix.size() + temporarySuffix.size() &&
+         name.starts_with(temporaryPrefix) && name.ends_with(temporarySuffix);
+}
+
+std::size_t FileManager::sweepTemporaries(const path& directory) const {
+  std::size_t swept = 0;
+  for (const DirectoryEntry& entry : fileSystem_.list(directory)) {
+    if (entry.type != FileType::regular || !isTemporaryName(entry.name)) continue;
+    try {
+      swept += fileSystem_.remove(directory / entry.name) ? 1 : 0;
+    } catch (const FileError&) {
+      // It blocks nothing: the next sweep tries again.
+    }
+  }
+  return swept;
+}
+
+void FileManager::syncParent(const path& name) const {
+  fileSystem_.syncDirectory(folderOf(name));
+}
+
+}  // namespace nomely

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Platform/Files/FileSystem.h"
+
+namespace nomely {
+
+// Durable file operations over a FileSystem. A file appears under its name whole or not at all:
+// contents are written to a hidden temporary beside the target, made durable, renamed into place,
+// and the folder made durable too, so that what returned has survived a power cut.
+//
+// A call that throws has left the old contents, or, when the last step (making the folder durable)
+// failed, the new ones; repeating it is safe. A temporary that could not be removed stays behind
+// under a name that no later call uses; sweepTemporaries takes it away.
+//
+// Everything throws FileError. Stateless; safe on any thread.
+class FileManager {
+ public:
+  explicit FileManager(FileSystem& fileSystem) : fileSystem_(fileSystem) {}
+
+  [[nodiscard]] bool exists(const std::filesystem::path& path) const;
+  [[nodiscard]] bool isDirectory(const std::filesystem::path& path) const;
+  [[nodiscard]] std::optional<FileAttributes> attributes(
+      const std::filesystem::path& path, LinkPolicy links = LinkPolicy::follow) const;
+
+  // Entries sorted by name, those whose name begins with a dot left out.
+  [[nodiscard]] std::vector<DirectoryEntry> listVisible(
+      const std::filesystem::path& directory) const;
+  [[nodiscard]] std::vector<DirectoryEntry> listAll(const std::filesystem::path& directory) const;
+
+  // The file's bytes; absent when there is no such file.
+  [[nodiscard]] std::optional<std::string> read(const std::filesystem::path& path) const;
+  [[nodiscard]] bool contentsEqual(const std::filesystem::path& left,
+                                   const std::filesystem::path& right) const;
+
+  // Puts `bytes` under `path`, replacing what is there; a replaced file's permissions are kept.
+  void writeAtomically(const std::filesystem::path& path, std::string_view bytes) const;
+  // Puts `bytes` under `path` unless the name is taken. Returns whether it did.
+  [[nodiscard]] bool createAtomically(const std::filesystem::path& path,
+                                      std::string_view bytes) const;
+
+  // Creates the directory, with those permissions less the process's file mode mask, and its
+  // missing parents. Nothing happens when it is there.
+  void createDirectories(const std::filesystem::path& path, unsigned permissions = 0777) const;
+
+  // Copies one regular file with its metadata; `destination` must be free. With
+  // LinkPolicy::noFollow a source that is a symbolic link is refused.
+  void copyFile(const std::filesystem::path& source, const std::filesystem::path& destination,
+                LinkPolicy links = LinkPolicy::follow) const;
+  // Moves one file; `destination` must be free. Works across file systems.
+  void moveFile(const std::filesystem::path& source,
+                const std::filesystem::path& destination) const;
+
+  // Removes a file. False when there was none.
+  bool removeFile(const std::filesystem::path& path) const;
+
+  // Whether `name` (a last path component) is that of a temporary of this class.
+  [[nodiscard]] static bool isTemporaryName(std::string_view name);
+  // Removes the temporaries in `directory` and returns how many went. Only for callers that know
+  // that nobody is writing there now. What can't be removed is left.
+  std::size_t sweepTemporaries(const std::filesystem::path& directory) const;
+
+ private:
+  class Temporary;
+
+  void syncParent(const std::filesystem::path& path) const;
+
+  FileSystem& fileSystem_;
+};
+
+}  // namespace nomely

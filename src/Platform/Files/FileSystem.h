@@ -1,0 +1,86 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Platform/Time/Moment.h"
+
+namespace nomely {
+
+enum class FileType { regular, directory, symbolicLink, other };
+
+// Where a path names a symbolic link: look at what it points to, or at the link itself.
+enum class LinkPolicy { follow, noFollow };
+
+enum class Replacement { allow, forbid };
+
+struct FileAttributes {
+  FileType type = FileType::other;
+  std::uint64_t size = 0;  // bytes
+  Moment modified;
+  std::uint64_t device = 0;
+  std::uint64_t fileNumber = 0;  // unique within its device
+  unsigned permissions = 0;      // the low twelve mode bits
+};
+
+struct DirectoryEntry {
+  std::string name;
+  FileType type = FileType::other;
+};
+
+// An open file. Closed, errors ignored, when it is destroyed.
+class File {
+ public:
+  virtual ~File() = default;
+  // Bytes read into `buffer`; 0 at the end of the file.
+  [[nodiscard]] virtual std::size_t read(std::span<char> buffer) = 0;
+  // Bytes taken from `bytes`, at least one; may be fewer than given.
+  [[nodiscard]] virtual std::size_t write(std::string_view bytes) = 0;
+  // Returns when the contents have reached the disk.
+  virtual void sync() = 0;
+  [[nodiscard]] virtual FileAttributes attributes() = 0;
+  // Makes this empty file hold what `source` holds, sharing blocks where the file system can.
+  virtual void copyContents(File& source) = 0;
+  // Takes over `source`'s permissions, modification time and, where allowed, extended attributes.
+  virtual void copyMetadata(File& source) = 0;
+  virtual void setPermissions(unsigned permissions) = 0;
+};
+
+// The operating system's file calls, one method a call, so that a decorator can make any of them
+// fail. Everything throws FileError. Safe to use from any thread at once.
+class FileSystem {
+ public:
+  enum class OpenMode { read, createNew };
+
+  virtual ~FileSystem() = default;
+  // OpenMode::read gives null when there is no such file; createNew fails with alreadyExists.
+  [[nodiscard]] virtual std::unique_ptr<File> open(const std::filesystem::path& path, OpenMode mode,
+                                                   LinkPolicy links) = 0;
+  // Absent when nothing is there.
+  [[nodiscard]] virtual std::optional<FileAttributes> attributes(const std::filesystem::path& path,
+                                                                 LinkPolicy links) = 0;
+  // Every entry but "." and "..", in no particular order.
+  [[nodiscard]] virtual std::vector<DirectoryEntry> list(
+      const std::filesystem::path& directory) = 0;
+  // `permissions` are those before the process's file mode mask. False when a directory is there.
+  virtual bool makeDirectory(const std::filesystem::path& path, unsigned permissions) = 0;
+  // Atomic; with Replacement::forbid it fails with alreadyExists and changes nothing.
+  virtual void rename(const std::filesystem::path& from, const std::filesystem::path& to,
+                      Replacement replacement) = 0;
+  // Removes a file, a link, or an empty directory. False when nothing was there.
+  virtual bool remove(const std::filesystem::path& path) = 0;
+  // Returns when the directory's entries have reached the disk.
+  virtual void syncDirectory(const std::filesystem::path& path) = 0;
+};
+
+// The real one (POSIX). Stateless.
+[[nodiscard]] FileSystem& posixFileSystem();
+
+}  // namespace nomely

@@ -1,0 +1,254 @@
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <utility>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include "Platform/Files/FileError.h"
+#include "Platform/Files/FileSystem.h"
+
+namespace nomely {
+namespace {
+
+using std::filesystem::path;
+
+template <typename Call>
+auto retryInterrupted(Call call) {
+  for (;;) {
+    const auto result = call();
+    if (result >= 0 || errno != EINTR) return result;
+  }
+}
+
+FileAttributes fromStat(const struct stat& info) {
+  FileAttributes attributes;
+  if (S_ISREG(info.st_mode)) attributes.type = FileType::regular;
+  if (S_ISDIR(info.st_mode)) attributes.type = FileType::directory;
+  if (S_ISLNK(info.st_mode)) attributes.type = FileType::symbolicLink;
+  attributes.size = static_cast<std::uint64_t>(info.st_size);
+  attributes.modified = Moment(std::chrono::seconds(info.st_mtim.tv_sec) +
+                               std::chrono::microseconds(info.st_mtim.tv_nsec / 1000));
+  attributes.device = info.st_dev;
+  attributes.fileNumber = info.st_ino;
+  attributes.permissions = info.st_mode & 07777U;
+  return attributes;
+}
+
+class Descriptor {
+ public:
+  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
+  ~Descriptor() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  [[nodiscard]] int get() const { return descriptor_; }
+  int release() { return std::exchange(descriptor_, -1); }
+
+ private:
+  int descriptor_;
+};
+
+class PosixFile final : public File {
+ public:
+  PosixFile(int descriptor, path name) : descriptor_(descriptor), path_(std::move(name)) {}
+
+  std::size_t read(std::span<char> buffer) override {
+    const ssize_t count =
+        retryInterrupted([&] { return ::read(descriptor_.get(), buffer.data(), buffer.size()); });
+    if (count < 0) throw FileError("读取", path_, errno);
+    return static_cast<std::size_t>(count);
+  }
+
+  std::size_t write(std::string_view bytes) override {
+    const ssize_t count =
+        retryInterrupted([&] { return ::write(descriptor_.get(), bytes.data(), bytes.size()); });
+    // A regular file that takes nothing and reports nothing has no room left.
+    if (count <= 0) throw FileError("写入", path_, count < 0 ? errno : ENOSPC);
+    return static_cast<std::size_t>(count);
+  }
+
+  void sync() override {
+    if (::fsync(descriptor_.get()) != 0) throw FileError("写入", path_, errno);
+  }
+
+  FileAttributes attributes() override {
+    struct stat info {};
+    if (::fstat(descriptor_.get(), &info) != 0) throw FileError("查看", path_, errno);
+    return fromStat(info);
+  }
+
+  void copyContents(File& source) override {
+    const int from = dynamic_cast<PosixFile&>(source).descriptor_.get();
+    if (::ioctl(descriptor_.get(), FICLONE, from) == 0) return;
+    constexpr std::size_t step = std::size_t{1} << 27;
+    for (bool first = true;; first = false) {
+      const ssize_t count = retryInterrupted(
+          [&] { return ::copy_file_range(from, nullptr, descriptor_.get(), nullptr, step, 0); });
+      if (count > 0) continue;
+      // Pseudo file systems report an empty range for files that do have contents.
+      if (count == 0 && !first) return;
+      if (count == 0 || errno == EXDEV || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP)
+        return copyThroughBuffer(source);
+      throw FileError("复制", path_, errno);
+    }
+  }
+
+  void copyMetadata(File& source) override {
+    const int from = dynamic_cast<PosixFile&>(source).descriptor_.get();
+    copyExtendedAttributes(from);
+    struct stat info {};
+    if (::fstat(from, &info) != 0) throw FileError("查看", path_, errno);
+    if (::fchmod(descriptor_.get(), info.st_mode & 0777U) != 0)
+      throw FileError("复制", path_, errno);
+    const std::array times{info.st_atim, info.st_mtim};
+    if (::futimens(descriptor_.get(), times.data()) != 0) throw FileError("复制", path_, errno);
+  }
+
+  void setPermissions(unsigned permissions) override {
+    if (::fchmod(descriptor_.get(), permissions) != 0) throw FileError("写入", path_, errno);
+  }
+
+ private:
+  void copyThroughBuffer(File& source) {
+    std::string buffer(std::size_t{1} << 20, '\0');
+    while (const std::size_t count = source.read(buffer)) {
+      std::string_view rest(buffer.data(), count);
+      while (!rest.empty()) rest.remove_prefix(write(rest));
+    }
+  }
+
+  // Best effort: labels and resource data that the target's file system refuses are no reason to
+  // refuse the file.
+  void copyExtendedAttributes(int from) {
+    const ssize_t size = ::flistxattr(from, nullptr, 0);
+    if (size <= 0) return;
+    std::string names(static_cast<std::size_t>(size), '\0');
+    const ssize_t listed = ::flistxattr(from, names.data(), names.size());
+    if (listed <= 0) return;
+    names.resize(static_cast<std::size_t>(listed));
+    for (std::size_t at = 0; at < names.size(); at = names.find('\0', at) + 1) {
+      const char* name = names.c_str() + at;
+      const ssize_t length = ::fgetxattr(from, name, nullptr, 0);
+      if (length < 0) continue;
+      std::string value(static_cast<std::size_t>(length), '\0');
+      const ssize_t got = ::fgetxattr(from, name, value.data(), value.size());
+      if (got >= 0)
+        (void)::fsetxattr(descriptor_.get(), name, value.data(), static_cast<std::size_t>(got), 0);
+    }
+  }
+
+  Descriptor descriptor_;
+  path path_;
+};
+
+FileType typeOf(const dirent& entry, int directory) {
+  switch (entry.d_type) {
+    case DT_REG:
+      return FileType::regular;
+    case DT_DIR:
+      return FileType::directory;
+    case DT_LNK:
+      return FileType::symbolicLink;
+    case DT_UNKNOWN: {  // some file systems don't say
+      struct stat info {};
+      if (::fstatat(directory, entry.d_name, &info, AT_SYMLINK_NOFOLLOW) == 0)
+        return fromStat(info).type;
+      return FileType::other;
+    }
+    default:
+      return FileType::other;
+  }
+}
+
+class PosixFileSystem final : public FileSystem {
+ public:
+  std::unique_ptr<File> open(const path& name, OpenMode mode, LinkPolicy links) override {
+    const int access = mode == OpenMode::read ? O_RDONLY : O_WRONLY | O_CREAT | O_EXCL;
+    // O_NONBLOCK: a FIFO that somebody left in a day folder must not hang its reader.
+    const int flags =
+        access | O_CLOEXEC | O_NONBLOCK | (links == LinkPolicy::noFollow ? O_NOFOLLOW : 0);
+    const int descriptor = retryInterrupted([&] { return ::open(name.c_str(), flags, 0666); });
+    if (descriptor >= 0) return std::make_unique<PosixFile>(descriptor, name);
+    if (mode == OpenMode::read && errno == ENOENT) return nullptr;
+    throw FileError(mode == OpenMode::read ? "打开" : "新建", name, errno);
+  }
+
+  std::optional<FileAttributes> attributes(const path& name, LinkPolicy links) override {
+    struct stat info {};
+    const int flags = links == LinkPolicy::noFollow ? AT_SYMLINK_NOFOLLOW : 0;
+    if (::fstatat(AT_FDCWD, name.c_str(), &info, flags) == 0) return fromStat(info);
+    if (errno == ENOENT || errno == ENOTDIR) return std::nullopt;
+    throw FileError("查看", name, errno);
+  }
+
+  std::vector<DirectoryEntry> list(const path& directory) override {
+    Descriptor descriptor(retryInterrupted(
+        [&] { return ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (descriptor.get() < 0) throw FileError("列出", directory, errno);
+    const std::unique_ptr<DIR, int (*)(DIR*)> stream(::fdopendir(descriptor.get()), &::closedir);
+    if (!stream) throw FileError("列出", directory, errno);
+    descriptor.release();
+    std::vector<DirectoryEntry> entries;
+    for (;;) {
+      errno = 0;
+      const dirent* entry = ::readdir(stream.get());
+      if (entry == nullptr) break;
+      const std::string_view name(entry->d_name);
+      if (name == "." || name == "..") continue;
+      entries.push_back({std::string(name), typeOf(*entry, ::dirfd(stream.get()))});
+    }
+    if (errno != 0) throw FileError("列出", directory, errno);
+    return entries;
+  }
+
+  bool makeDirectory(const path& name, unsigned permissions) override {
+    if (::mkdir(name.c_str(), permissions) == 0) return true;
+    const int reason = errno;
+    struct stat info {};
+    if (reason == EEXIST && ::stat(name.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) return false;
+    throw FileError("新建文件夹", name, reason == EEXIST ? ENOTDIR : reason);
+  }
+
+  void rename(const path& from, const path& to, Replacement replacement) override {
+    if (replacement == Replacement::allow) {
+      if (::rename(from.c_str(), to.c_str()) != 0) throw FileError("写入", to, errno);
+      return;
+    }
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return;
+    if (errno != EINVAL && errno != ENOSYS) throw FileError("写入", to, errno);
+    // File systems without that flag still have link(2), which never replaces either.
+    if (::link(from.c_str(), to.c_str()) != 0) throw FileError("写入", to, errno);
+    if (::unlink(from.c_str()) != 0) throw FileError("删除", from, errno);
+  }
+
+  bool remove(const path& name) override {
+    if (::remove(name.c_str()) == 0) return true;
+    if (errno == ENOENT || errno == ENOTDIR) return false;
+    throw FileError("删除", name, errno);
+  }
+
+  void syncDirectory(const path& name) override {
+    const Descriptor descriptor(
+        retryInterrupted([&] { return ::open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (descriptor.get() < 0) throw FileError("写入", name, errno);
+    // EINVAL: a file system whose directories can't be synchronised has nothing to wait for.
+    if (::fsync(descriptor.get()) != 0 && errno != EINVAL) throw FileError("写入", name, errno);
+  }
+};
+
+}  // namespace
+
+FileSystem& posixFileSystem() {
+  static PosixFileSystem fileSystem;
+  return fileSystem;
+}
+
+}  // namespace nomely

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "Platform/Concurrency/Subscription.h"
+
+namespace nomely {
+
+// Process-wide notices between parts that don't know each other. Safe on any thread.
+class NotificationCenter {
+ public:
+  // The text that goes with a notice; empty when it says all by its name.
+  using Observer = std::function<void(const std::string& payload)>;
+
+  [[nodiscard]] static NotificationCenter& shared();
+
+  // Observers run on the posting thread before this returns; none of this class's locks is held.
+  void post(std::string_view name, const std::string& payload = {});
+  // A call already under way may still end after the subscription did.
+  [[nodiscard]] Subscription observe(std::string_view name, Observer observer);
+
+ private:
+  using Observers = std::multimap<std::string, std::shared_ptr<Observer>, std::less<>>;
+
+  std::mutex mutex_;
+  Observers observers_;
+};
+
+// The notices in use.
+namespace Notifications {
+inline constexpr std::string_view dataMaintenance = "NomelyDataMaintenance";
+}
+
+}  // namespace nomely

@@ -1,0 +1,215 @@
+#include "Platform/Text/Unicode.h"
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+
+#include <unicode/brkiter.h>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+#include <unicode/utext.h>
+#include <unicode/utf8.h>
+
+namespace nomely {
+namespace {
+
+using Byte = unsigned char;
+
+Byte byteAt(const char* at) {
+  return static_cast<Byte>(*at);
+}
+bool isContinuation(const char* at) {
+  return (byteAt(at) & 0xC0U) == 0x80U;
+}
+
+// Length of the well-formed multi-byte sequence at `at`, 0 if there is none before `end`.
+std::size_t sequenceLength(const char* at, const char* end) {
+  const Byte lead = byteAt(at);
+  const auto left = static_cast<std::size_t>(end - at);
+  if (lead >= 0xE1 && lead <= 0xEC)  // most Chinese text
+    return left >= 3 && isContinuation(at + 1) && isContinuation(at + 2) ? 3 : 0;
+  if (lead >= 0xC2 && lead <= 0xDF) return left >= 2 && isContinuation(at + 1) ? 2 : 0;
+  if (lead >= 0xE0 && lead <= 0xEF) {
+    if (left < 3 || !isContinuation(at + 1) || !isContinuation(at + 2)) return 0;
+    if (lead == 0xE0 && byteAt(at + 1) < 0xA0) return 0;  // overlong
+    if (lead == 0xED && byteAt(at + 1) > 0x9F) return 0;  // surrogate
+    return 3;
+  }
+  if (lead >= 0xF0 && lead <= 0xF4) {
+    if (left < 4 || !isContinuation(at + 1) || !isContinuation(at + 2) || !isContinuation(at + 3))
+      return 0;
+    if (lead == 0xF0 && byteAt(at + 1) < 0x90) return 0;  // overlong
+    if (lead == 0xF4 && byteAt(at + 1) > 0x8F) return 0;  // beyond U+10FFFF
+    return 4;
+  }
+  return 0;
+}
+
+// The base library's iterator is not shareable between threads and costly to build.
+icu::BreakIterator& graphemeIterator() {
+  thread_local const std::unique_ptr<icu::BreakIterator> iterator = [] {
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::BreakIterator> made(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    if (U_FAILURE(status)) throw std::runtime_error(u_errorName(status));
+    return made;
+  }();
+  return *iterator;
+}
+
+// Calls `visit(end)` with the byte offset behind each cluster until it returns false.
+template <typename Visit>
+void forEachGrapheme(std::string_view text, Visit visit) {
+  UErrorCode status = U_ZERO_ERROR;
+  UText source = UTEXT_INITIALIZER;
+  utext_openUTF8(&source, text.data(), static_cast<int64_t>(text.size()), &status);
+  icu::BreakIterator& iterator = graphemeIterator();
+  iterator.setText(&source, status);
+  if (U_SUCCESS(status)) {
+    for (int32_t end = iterator.next(); end != icu::BreakIterator::DONE; end = iterator.next())
+      if (!visit(static_cast<std::size_t>(end))) break;
+  }
+  utext_close(&source);
+}
+
+template <typename Belongs>
+std::string_view trim(std::string_view text, Belongs belongs) {
+  while (!text.empty()) {
+    const DecodedCharacter first = decodeFirst(text);
+    if (!belongs(first.value)) break;
+    text.remove_prefix(first.length);
+  }
+  while (!text.empty()) {
+    std::size_t start = text.size() - 1;
+    while (start > 0 && text.size() - start < 4 && isContinuation(text.data() + start)) --start;
+    const DecodedCharacter last = decodeFirst(text.substr(start));
+    if (start + last.length != text.size() || !belongs(last.value)) break;
+    text = text.substr(0, start);
+  }
+  return text;
+}
+
+}  // namespace
+
+bool isValidUtf8(std::string_view bytes) {
+  const char* at = bytes.data();
+  const char* const end = at + bytes.size();
+  while (at != end) {
+    std::uint64_t word = 0;
+    while (end - at >= 8) {
+      std::memcpy(&word, at, 8);
+      if ((word & 0x8080808080808080U) != 0) break;
+      at += 8;
+    }
+    while (at != end && byteAt(at) < 0x80) ++at;
+    while (at != end && byteAt(at) >= 0x80) {
+      const std::size_t length = sequenceLength(at, end);
+      if (length == 0) return false;
+      at += length;
+    }
+  }
+  return true;
+}
+
+DecodedCharacter decodeFirst(std::string_view text) {
+  const char* const at = text.data();
+  const Byte lead = byteAt(at);
+  if (lead < 0x80) return {lead, 1};
+  const std::size_t length = sequenceLength(at, at + text.size());
+  const auto tail = [&](std::size_t i) { return static_cast<char32_t>(byteAt(at + i) & 0x3FU); };
+  switch (length) {
+    case 2:
+      return {(lead & 0x1FU) << 6U | tail(1), 2};
+    case 3:
+      return {(lead & 0x0FU) << 12U | tail(1) << 6U | tail(2), 3};
+    case 4:
+      return {(lead & 0x07U) << 18U | tail(1) << 12U | tail(2) << 6U | tail(3), 4};
+    default:
+      return {0xFFFD, 1};
+  }
+}
+
+void appendUtf8(std::string& text, char32_t character) {
+  char buffer[U8_MAX_LENGTH];
+  int32_t length = 0;
+  UBool failed = 0;
+  U8_APPEND(buffer, length, U8_MAX_LENGTH, static_cast<UChar32>(character), failed);
+  if (failed != 0) return appendUtf8(text, 0xFFFD);
+  text.append(buffer, static_cast<std::size_t>(length));
+}
+
+bool isHorizontalSpace(char32_t character) {
+  if (character < 0x80) return character == ' ' || character == '\t';
+  return u_charType(static_cast<UChar32>(character)) == U_SPACE_SEPARATOR;
+}
+
+bool isLineBreak(char32_t character) {
+  return (character >= 0x0A && character <= 0x0D) || character == 0x85 || character == 0x2028 ||
+         character == 0x2029;
+}
+
+bool isLetterOrNumber(char32_t character) {
+  constexpr uint32_t mask = U_GC_L_MASK | U_GC_N_MASK;
+  return (U_MASK(u_charType(static_cast<UChar32>(character))) & mask) != 0;
+}
+
+std::string_view trimHorizontal(std::string_view text) {
+  return trim(text, isHorizontalSpace);
+}
+
+std::string_view trimSpaceAndBreaks(std::string_view text) {
+  return trim(text, [](char32_t character) {
+    return isHorizontalSpace(character) || isLineBreak(character);
+  });
+}
+
+std::u16string toUtf16(std::string_view text) {
+  const icu::UnicodeString converted = icu::UnicodeString::fromUTF8(
+      icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+  return {converted.getBuffer(), static_cast<std::size_t>(converted.length())};
+}
+
+std::string toUtf8(std::u16string_view text) {
+  std::string converted;
+  icu::UnicodeString(false, text.data(), static_cast<int32_t>(text.size())).toUTF8String(converted);
+  return converted;
+}
+
+std::size_t graphemeCount(std::string_view text) {
+  std::size_t count = 0;
+  forEachGrapheme(text, [&](std::size_t) {
+    ++count;
+    return true;
+  });
+  return count;
+}
+
+std::string_view graphemePrefix(std::string_view text, std::size_t count) {
+  if (count == 0) return {};
+  std::size_t end = text.size();
+  forEachGrapheme(text, [&](std::size_t boundary) {
+    if (--count > 0) return true;
+    end = boundary;
+    return false;
+  });
+  return text.substr(0, end);
+}
+
+std::size_t displayWidth(std::string_view text) {
+  std::size_t width = 0;
+  std::size_t begin = 0;
+  forEachGrapheme(text, [&](std::size_t end) {
+    const char32_t first = decodeFirst(text.substr(begin)).value;
+    const auto character = static_cast<UChar32>(first);
+    const int eastAsian = u_getIntPropertyValue(character, UCHAR_EAST_ASIAN_WIDTH);
+    const int type = u_charType(character);
+    if (type != U_CONTROL_CHAR && type != U_FORMAT_CHAR)
+      width += eastAsian == U_EA_WIDE || eastAsian == U_EA_FULLWIDTH ? 2 : 1;
+    begin = end;
+    return true;
+  });
+  return width;
+}
+
+}  // namespace nomely

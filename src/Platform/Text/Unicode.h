@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace nomely {
+
+// Text is UTF-8. Functions that take a string_view expect well-formed UTF-8 unless they say
+// otherwise; a malformed byte counts as one character of no class and is kept as it is. All are
+// pure and safe on any thread.
+
+// Whether `bytes` are well-formed UTF-8 (RFC 3629: no surrogates, no overlong forms).
+[[nodiscard]] bool isValidUtf8(std::string_view bytes);
+
+struct DecodedCharacter {
+  char32_t value = 0;  // U+FFFD for a malformed byte
+  std::size_t length = 1;
+};
+// The character that starts at `text[0]`; `text` must not be empty.
+[[nodiscard]] DecodedCharacter decodeFirst(std::string_view text);
+void appendUtf8(std::string& text, char32_t character);
+
+// Tab and Unicode category Zs (the ideographic space included): "white space" where line breaks
+// are not named.
+[[nodiscard]] bool isHorizontalSpace(char32_t character);
+// U+000A to U+000D, U+0085, U+2028, U+2029.
+[[nodiscard]] bool isLineBreak(char32_t character);
+
+// Unicode categories L* and N*.
+[[nodiscard]] bool isLetterOrNumber(char32_t character);
+
+// `text` without leading and trailing horizontal space.
+[[nodiscard]] std::string_view trimHorizontal(std::string_view text);
+// `text` without leading and trailing horizontal space and line breaks.
+[[nodiscard]] std::string_view trimSpaceAndBreaks(std::string_view text);
+
+// Malformed input becomes U+FFFD.
+[[nodiscard]] std::u16string toUtf16(std::string_view text);
+[[nodiscard]] std::string toUtf8(std::u16string_view text);
+
+// Extended grapheme clusters (UAX #29): the characters that a reader counts.
+[[nodiscard]] std::size_t graphemeCount(std::string_view text);
+// The first `count` of them; the whole text when it has fewer.
+[[nodiscard]] std::string_view graphemePrefix(std::string_view text, std::size_t count);
+
+// Columns that `text` takes on a terminal: two for wide East Asian characters and emoji.
+[[nodiscard]] std::size_t displayWidth(std::string_view text);
+
+}  // namespace nomely

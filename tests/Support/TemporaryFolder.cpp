@@ -1,0 +1,50 @@
+#include "Support/TemporaryFolder.h"
+
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+
+#include <stdlib.h>
+
+namespace nomely::test {
+
+namespace fs = std::filesystem;
+
+TemporaryFolder::TemporaryFolder() {
+  std::string pattern = (fs::temp_directory_path() / "nomely-test-XXXXXX").string();
+  if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
+  path_ = pattern;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+  std::error_code ignored;
+  fs::remove_all(path_, ignored);
+}
+
+void writeFile(const fs::path& file, const std::string& content) {
+  fs::create_directories(file.parent_path());
+  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+  stream << content;
+  if (!stream.flush()) throw std::runtime_error("could not write " + file.string());
+}
+
+std::string readFile(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) throw std::runtime_error("could not read " + file.string());
+  std::ostringstream content;
+  content << stream.rdbuf();
+  return content.str();
+}
+
+std::string treeOf(const fs::path& folder) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::recursive_directory_iterator(folder))
+    files[fs::relative(entry.path(), folder).string()] =
+        entry.is_regular_file() ? readFile(entry.path()) : std::string();
+  std::string text;
+  for (const auto& [name, content] : files) text += name + "\n" + content + "\n";
+  return text;
+}
+
+}  // namespace nomely::test

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace nomely::test {
+
+// An empty folder that goes with everything in it when the test ends.
+class TemporaryFolder {
+ public:
+  TemporaryFolder();
+  ~TemporaryFolder();
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+// Plain reads and writes, with parents made, for setting up and looking at a folder.
+void writeFile(const std::filesystem::path& file, const std::string& content);
+[[nodiscard]] std::string readFile(const std::filesystem::path& file);
+// Every file below `folder`, relative to it, with its content, in one text; two equal texts mean
+// equal trees.
+[[nodiscard]] std::string treeOf(const std::filesystem::path& folder);
+
+}  // namespace nomely::test
