@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <set>
 
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Extensions/PathNames.h"
@@ -174,6 +173,34 @@ void DayStore::withdraw(const Memo& moved, Day to, const std::filesystem::path& 
   }
 }
 
+std::optional<std::set<std::string>> DayStore::filesNamed(Day day) const {
+  try {
+    std::set<std::string> names;
+    for (const std::int64_t number : listNumbers(day)) {
+      const std::optional<Memo> memo = memoStore_.read(day, number);
+      if (!memo) return std::nullopt;  // "7.md" is listed, but we read "007.md"
+      names.insert(memo->attachments.begin(), memo->attachments.end());
+    }
+    return names;
+  } catch (const Error& error) {
+    logFailure("filesNamed", error);
+    return std::nullopt;
+  }
+}
+
+void DayStore::discardUnnamedFiles(const std::vector<std::string>& names, Day day) const {
+  const auto named = filesNamed(day);
+  if (!named) return;
+  for (const std::string& name : names) {
+    if (named->contains(name)) continue;
+    try {
+      AttachmentManager(context_).deleteFile(name, day);
+    } catch (const Error& error) {
+      logFailure("moveMemo", error);
+    }
+  }
+}
+
 Memo DayStore::moveMemo(const Memo& memo, Day from, Day to) const {
   return writes_.write([&] {
     validateUpdate(memo, from, memo);
@@ -189,17 +216,7 @@ Memo DayStore::moveMemo(const Memo& memo, Day from, Day to) const {
       withdraw(moved, to, context_.paths.memoFile(from, memo.seqNumber));
       throw;
     }
-    std::set<std::string> stillNamed;
-    for (const Memo& remaining : listMemos(from))
-      stillNamed.insert(remaining.attachments.begin(), remaining.attachments.end());
-    for (const std::string& name : moved.attachments) {
-      if (stillNamed.contains(name)) continue;
-      try {
-        attachments.deleteFile(name, from);
-      } catch (const FileError& error) {
-        logFailure("moveMemo", error);
-      }
-    }
+    discardUnnamedFiles(moved.attachments, from);
     return moved;
   });
 }

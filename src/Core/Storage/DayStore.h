@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -63,8 +64,9 @@ class DayStore {
   void deleteMemo(Day day, const Memo& memo) const;
 
   // Gives the memo the next number of another day, attachments and all, and returns it as it is
-  // there. Files that no other memo of the old day names go to the attachment trash. Until the old
-  // file goes both stand, so that a failure leaves the memo twice rather than not at all.
+  // there. Files that no other memo of the old day names go to the attachment trash, unless one of
+  // those memos can't be read. Until the old file goes both stand, so that a failure leaves the
+  // memo twice rather than not at all.
   [[nodiscard]] Memo moveMemo(const Memo& memo, Day from, Day to) const;
 
  private:
@@ -72,6 +74,11 @@ class DayStore {
   void place(Memo& memo, Day day) const;
   // Takes a moved memo's new file away again, never throwing, when its old one still stands.
   void withdraw(const Memo& moved, Day to, const std::filesystem::path& oldFile) const;
+  // The attachments that the memos of a day name; absent when one of them can't be read.
+  [[nodiscard]] std::optional<std::set<std::string>> filesNamed(Day day) const;
+  // Trashes those of the files that no memo of the day names, none when that is not certain. Best
+  // effort, never throwing: the memo that named them has moved already.
+  void discardUnnamedFiles(const std::vector<std::string>& names, Day day) const;
 
   StoreContext context_;
   MemoStore memoStore_;
