@@ -7,8 +7,8 @@
 
 #include "Core/Safety/Scenario.h"
 #include "Platform/Error.h"
-#include "Support/ChildProcess.h"
 #include "Support/FaultyFileSystem.h"
+#include "Support/ForkedRun.h"
 
 namespace nomely::test {
 namespace {

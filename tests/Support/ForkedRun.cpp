@@ -1,4 +1,4 @@
-#include "Support/ChildProcess.h"
+#include "Support/ForkedRun.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -20,7 +20,8 @@ namespace {
   }
   const bool failed = testing::Test::HasFailure();
   std::fflush(nullptr);
-  ::_exit(failed ? 1 : 0);
+  const bool skipped = !failed && testing::Test::IsSkipped();
+  ::_exit(skipped ? skippedInChild.status : failed ? 1 : 0);
 }
 
 }  // namespace
