@@ -22,6 +22,8 @@ Memo memoOf(std::int64_t number, const std::string& title, std::vector<std::stri
   memo.attachments = std::move(attachments);
   memo.seqNumber = number;
   for (int line = 1; line <= 20; ++line) memo.body += fmt::format("{}，第 {} 行。\n", title, line);
+  // So that a text cut in the middle is still a text, and only its end tells.
+  memo.body += std::string(3000, 'a') + "\n";
   return memo;
 }
 

@@ -9,6 +9,7 @@
 
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/DayStore.h"
+#include "Core/Storage/VersionStore.h"
 #include "Support/FaultyFileSystem.h"
 #include "Support/ForkedRun.h"
 #include "Support/ManualClock.h"
@@ -23,7 +24,7 @@ namespace fs = std::filesystem;
 using Fault = FaultyFileSystem::Fault;
 using Mode = FaultyFileSystem::Mode;
 
-enum class Deed { create, createWithFile, commit, move, remove };
+enum class Deed { create, createWithFile, commit, dropFile, move, remove };
 
 struct Step {
   Deed deed;
@@ -34,7 +35,8 @@ constexpr std::array script{
     Step{Deed::createWithFile, 0}, Step{Deed::create, 1}, Step{Deed::commit, 0},
     Step{Deed::move, 0},           Step{Deed::create, 2}, Step{Deed::commit, 1},
     Step{Deed::move, 1},           Step{Deed::commit, 0}, Step{Deed::remove, 2},
-    Step{Deed::createWithFile, 3}, Step{Deed::move, 3},   Step{Deed::commit, 3},
+    Step{Deed::createWithFile, 3}, Step{Deed::move, 3},   Step{Deed::dropFile, 3},
+    Step{Deed::dropFile, 0},       Step{Deed::create, 2},
 };
 constexpr std::size_t memoCount = 4;
 
@@ -56,6 +58,7 @@ Ledger ledgerAfter(std::size_t steps) {
       case Deed::create:
       case Deed::createWithFile:
       case Deed::commit:
+      case Deed::dropFile:
         ++state.revision;
         break;
       case Deed::move:
@@ -106,7 +109,9 @@ void perform(const StoreContext& context, const Step& step, const State& before)
   const Memo current = copiesOf(store, today, step.memo).at(0);
   Memo changed = current;
   changed.body = bodyOf(step.memo, before.revision + 1);
-  if (step.deed == Deed::commit) store.commitMemo(changed, today, current);
+  if (step.deed == Deed::dropFile) changed.attachments.clear();
+  if (step.deed == Deed::commit || step.deed == Deed::dropFile)
+    store.commitMemo(changed, today, current);
   if (step.deed == Deed::move) (void)store.moveMemo(current, today, dayOf(before.dayNumber + 1));
   if (step.deed == Deed::remove) store.deleteMemo(today, current);
 }
@@ -211,13 +216,26 @@ class Machine {
                     found.body == bodyOf(memo, possible.revision))
             << found.body.substr(0, 40);
         EXPECT_TRUE(number == sure.dayNumber || number == possible.dayNumber);
-        for (const std::string& name : found.attachments)
-          EXPECT_EQ(readFile(store.paths().dayFolder(dayOf(number)) / name), fileBytes());
+        checkFiles(store, dayOf(number), found);
       }
     }
     const bool moving = sure.revision == possible.revision && sure.dayNumber != possible.dayNumber;
     EXPECT_GE(count, sure.revision > 0 && possible.revision > 0 ? 1U : 0U) << "lost";
     EXPECT_LE(count, moving ? 2U : (sure == State{} && possible == State{}) ? 0U : 1U);
+  }
+
+  // What the memo names lies beside it; what it has let go of, among its snapshots.
+  static void checkFiles(const DayStore& store, Day each, const Memo& memo) {
+    for (const std::string& name : memo.attachments)
+      EXPECT_EQ(readFile(store.paths().dayFolder(each) / name), fileBytes());
+    const bool hadFile = memo.tags == std::vector{nameOf(0)} || memo.tags == std::vector{nameOf(3)};
+    if (!hadFile || !memo.attachments.empty()) return;
+    const fs::path kept =
+        VersionStore(store.context()).identityDirectory(*memo.memoId) / "attachments";
+    ASSERT_TRUE(fs::exists(kept));
+    const auto files = store.context().files.listVisible(kept);
+    ASSERT_EQ(files.size(), 1U);
+    EXPECT_EQ(readFile(kept / files[0].name), fileBytes());
   }
 
   TemporaryFolder folder_{quickParent()};
