@@ -152,15 +152,10 @@ void DayStore::commitMemo(const Memo& memo, Day day, const std::optional<Memo>& 
 void DayStore::deleteMemo(Day day, const Memo& memo) const {
   writes_.write([&] {
     validateUpdate(memo, day, memo);
-    for (const std::string& name : memo.attachments) {
-      if (!AttachmentManager::isSafeName(name)) continue;
-      try {
-        context_.files.removeFile(context_.paths.dayFolder(day) / name);
-      } catch (const FileError& error) {
-        logFailure("deleteMemo", error);
-      }
-    }
+    // The memo goes first: without its files it would be half a memo, and they without it are
+    // merely in nobody's way.
     memoStore_.remove(day, memo.seqNumber);
+    discardUnnamedFiles(memo.attachments, day, Disposal::removal);
   });
 }
 
@@ -188,15 +183,19 @@ std::optional<std::set<std::string>> DayStore::filesNamed(Day day) const {
   }
 }
 
-void DayStore::discardUnnamedFiles(const std::vector<std::string>& names, Day day) const {
+void DayStore::discardUnnamedFiles(const std::vector<std::string>& names, Day day,
+                                   Disposal disposal) const {
   const auto named = filesNamed(day);
   if (!named) return;
   for (const std::string& name : names) {
-    if (named->contains(name)) continue;
+    if (named->contains(name) || !AttachmentManager::isSafeName(name)) continue;
     try {
-      AttachmentManager(context_).deleteFile(name, day);
+      if (disposal == Disposal::trash)
+        AttachmentManager(context_).deleteFile(name, day);
+      else
+        context_.files.removeFile(context_.paths.dayFolder(day) / name);
     } catch (const Error& error) {
-      logFailure("moveMemo", error);
+      logFailure("discardUnnamedFiles", error);
     }
   }
 }
@@ -216,7 +215,7 @@ Memo DayStore::moveMemo(const Memo& memo, Day from, Day to) const {
       withdraw(moved, to, context_.paths.memoFile(from, memo.seqNumber));
       throw;
     }
-    discardUnnamedFiles(moved.attachments, from);
+    discardUnnamedFiles(moved.attachments, from, Disposal::trash);
     return moved;
   });
 }

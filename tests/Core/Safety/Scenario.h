@@ -15,12 +15,10 @@ namespace nomely::test {
 // What may become of a memo while an operation on the diary is disturbed.
 struct Fate {
   enum class Survival { required, optional };
-  enum class Files { kept, notPromised };
 
   std::vector<Memo> states;  // it is one of these, but for its number
   std::vector<Day> days;     // in at least one of these
   Survival survival = Survival::required;
-  Files files = Files::kept;  // whether what it names lies beside it
 };
 
 // One operation on the diary, and what has to hold of it however it ends.

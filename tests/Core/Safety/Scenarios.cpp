@@ -227,7 +227,7 @@ Scenario removing(const Diary& diary) {
 }
 
 Scenario deleting(const Diary& diary) {
-  const Memo memo = diary.single;
+  const Memo memo = diary.changed;
   const Day day = diary.first;
   const auto run = [=](const StoreContext& context) {
     DayStore(context).deleteMemo(day, memo);
@@ -243,14 +243,11 @@ Scenario deleting(const Diary& diary) {
       .done = [=](const StoreContext& context) { EXPECT_TRUE(found(context, day, memo).empty()); },
       .tidy =
           [=](const StoreContext& context) {
-            EXPECT_FALSE(fs::exists(context.paths.dayFolder(day) / "single.png"));
+            EXPECT_FALSE(fs::exists(context.paths.dayFolder(day) / "own.png"));
           },
       .fates = {{memo.memoId.value(),
-                 {.states = {memo},
-                  .days = {day},
-                  .survival = Fate::Survival::optional,
-                  .files = Fate::Files::notPromised}}},
-      .touched = {memoBelowRoot(day, memo), belowRoot(day, "single.png")},
+                 {.states = {memo}, .days = {day}, .survival = Fate::Survival::optional}}},
+      .touched = {memoBelowRoot(day, memo), belowRoot(day, "own.png")},
   };
 }
 

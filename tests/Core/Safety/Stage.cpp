@@ -88,7 +88,7 @@ void Stage::checkMemos(const StoreContext& context) const {
         const std::string fate = fateOf(each, memo);
         ++counts[fate];
         ASSERT_TRUE(fates_.contains(fate)) << each.string() << "/" << number << "\n" << memo.body;
-        if (fates_.at(fate).files == Fate::Files::kept) checkAttachments(context, each, memo);
+        checkAttachments(context, each, memo);
       } catch (const std::exception& error) {
         ADD_FAILURE() << each.string() << "/" << number << " is no memo: " << error.what();
       }
