@@ -18,6 +18,7 @@
 
 #include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Core/Storage/DayStore.h"
+#include "Support/FaultyFileSystem.h"
 #include "Support/ManualClock.h"
 #include "Support/TemporaryFolder.h"
 
@@ -196,6 +197,28 @@ TEST_F(ManyProcessesTest, NoChangeIsLost) {
 TEST_F(ManyProcessesTest, KilledWritersTakeNothingWithThem) {
   run({.workers = 3, .changes = 100, .victims = {5, 20, 40, 41, 60}});
   check();
+}
+
+// A program that knows nothing of our lock puts a file under the number that is about to be used.
+TEST_F(ManyProcessesTest, ANumberThatAStrangerTakesIsPassedOver) {
+  const Day today = day("2026-03-01");
+  const fs::path taken = context_.paths.memoFile(today, 2);
+  (void)store_.createMemo(today, {.body = "first\n"});
+  FaultyFileSystem undisturbed(posixFileSystem(), {});
+  const auto create = [&](FileSystem& files) {
+    return DayStore({context_.paths, FileManager(files), clock_})
+        .createMemo(today, {.body = "next\n"});
+  };
+  store_.deleteMemo(today, create(undisturbed));
+  const auto rename =
+      std::ranges::find(undisturbed.calls(), "rename", &FaultyFileSystem::Call::name);
+  FaultyFileSystem files(
+      posixFileSystem(),
+      {.mode = FaultyFileSystem::Mode::partial,
+       .atCall = static_cast<std::uint64_t>(rename - undisturbed.calls().begin() + 1),
+       .onStrike = [&] { writeFile(taken, "a stranger's"); }});
+  EXPECT_EQ(create(files).seqNumber, 3);
+  EXPECT_EQ(readFile(taken), "a stranger's");
 }
 
 }  // namespace
