@@ -1,5 +1,4 @@
 #include <functional>
-#include <map>
 
 #include <gtest/gtest.h>
 #include <unistd.h>

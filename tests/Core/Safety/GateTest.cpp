@@ -39,8 +39,9 @@ TEST_F(GateTest, IsOneBeforeAndAfterTheRootIsThere) {
   fs::create_directory_symlink(folder.path(), folder.path() / "link");
   const DataWriteCoordinator* const before =
       &DataWriteCoordinator::shared(folder.path() / "link/later");
-  fs::create_directory(folder.path() / "later");
   EXPECT_EQ(&DataWriteCoordinator::shared(folder.path() / "later/"), before);
+  fs::create_directory(folder.path() / "later");
+  EXPECT_EQ(&DataWriteCoordinator::shared(folder.path() / "later"), before);
 }
 
 TEST_F(GateTest, NestedWritesRunInPlaceAndErrorsPassThrough) {

@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 using Fault = FaultyFileSystem::Fault;
 using Mode = FaultyFileSystem::Mode;
 
-enum class Deed { create, createWithFile, commit, dropFile, move, remove };
+enum class Deed { create, createWithFile, commit, dropFile, move, remove, import };
 
 struct Step {
   Deed deed;
@@ -32,13 +32,15 @@ struct Step {
 };
 
 constexpr std::array script{
-    Step{Deed::createWithFile, 0}, Step{Deed::create, 1}, Step{Deed::commit, 0},
-    Step{Deed::move, 0},           Step{Deed::create, 2}, Step{Deed::commit, 1},
-    Step{Deed::move, 1},           Step{Deed::commit, 0}, Step{Deed::remove, 2},
-    Step{Deed::createWithFile, 3}, Step{Deed::move, 3},   Step{Deed::dropFile, 3},
+    Step{Deed::createWithFile, 0}, Step{Deed::create, 1},   Step{Deed::commit, 0},
+    Step{Deed::move, 0},           Step{Deed::import, 4},   Step{Deed::create, 2},
+    Step{Deed::commit, 1},         Step{Deed::move, 1},     Step{Deed::import, 4},
+    Step{Deed::commit, 0},         Step{Deed::remove, 2},   Step{Deed::createWithFile, 3},
+    Step{Deed::move, 3},           Step{Deed::dropFile, 3}, Step{Deed::import, 4},
     Step{Deed::dropFile, 0},       Step{Deed::create, 2},
 };
-constexpr std::size_t memoCount = 4;
+constexpr std::size_t memoCount = 5;
+constexpr std::size_t imports = 4;  // no memo: the revision counts imported files
 
 // What a memo is after some steps; revision 0: not there.
 struct State {
@@ -59,6 +61,7 @@ Ledger ledgerAfter(std::size_t steps) {
       case Deed::createWithFile:
       case Deed::commit:
       case Deed::dropFile:
+      case Deed::import:
         ++state.revision;
         break;
       case Deed::move:
@@ -94,9 +97,18 @@ std::vector<Memo> copiesOf(const DayStore& store, Day each, std::size_t memo) {
   return memos;
 }
 
+// Not on the disk that loses its power.
+fs::path photoFile(const StoreContext& context) {
+  return context.paths.rootURL.parent_path().parent_path() / "photo.jpg";
+}
+
 void perform(const StoreContext& context, const Step& step, const State& before) {
   const DayStore store(context);
   const Day today = dayOf(before.dayNumber);
+  if (step.deed == Deed::import) {
+    (void)AttachmentManager(context).importFile(photoFile(context), today);
+    return;
+  }
   if (before.revision == 0) {
     DayStore::NewMemo content{.body = bodyOf(step.memo, 1), .tags = {nameOf(step.memo)}};
     if (step.deed == Deed::createWithFile)
@@ -139,6 +151,7 @@ class Machine {
  public:
   Machine() : image_(folder_.path() / "disk", std::uintmax_t{32} << 20) {
     fs::create_directory(disk_);
+    writeFile(folder_.path() / "photo.jpg", fileBytes());
   }
 
   [[nodiscard]] const std::string& device() const { return image_.device(); }
@@ -198,8 +211,9 @@ class Machine {
       for (const std::int64_t number : store.listNumbers(each))
         EXPECT_NO_THROW((void)store.memoStore().read(each, number).value())
             << each.string() << "/" << number;
-    for (std::size_t memo = 0; memo < memoCount; ++memo)
+    for (std::size_t memo = 0; memo < imports; ++memo)
       checkMemo(store, memo, {sure.at(memo), possible.at(memo)});
+    EXPECT_GE(importedFiles(store), sure.at(imports).revision);
     (void)store.createMemo(dayOf(0), {.body = "the power is back\n"});
   }
 
@@ -222,6 +236,18 @@ class Machine {
     const bool moving = sure.revision == possible.revision && sure.dayNumber != possible.dayNumber;
     EXPECT_GE(count, sure.revision > 0 && possible.revision > 0 ? 1U : 0U) << "lost";
     EXPECT_LE(count, moving ? 2U : (sure == State{} && possible == State{}) ? 0U : 1U);
+  }
+
+  static int importedFiles(const DayStore& store) {
+    const fs::path folder = store.paths().dayFolder(dayOf(0));
+    int count = 0;
+    if (!fs::exists(folder)) return count;
+    for (const DirectoryEntry& entry : store.context().files.listVisible(folder)) {
+      if (!entry.name.ends_with(".jpg")) continue;
+      EXPECT_EQ(readFile(folder / entry.name), fileBytes());
+      ++count;
+    }
+    return count;
   }
 
   // What the memo names lies beside it; what it has let go of, among its snapshots.
