@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <set>
 
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Extensions/PathNames.h"
@@ -153,15 +152,10 @@ void DayStore::commitMemo(const Memo& memo, Day day, const std::optional<Memo>& 
 void DayStore::deleteMemo(Day day, const Memo& memo) const {
   writes_.write([&] {
     validateUpdate(memo, day, memo);
-    for (const std::string& name : memo.attachments) {
-      if (!AttachmentManager::isSafeName(name)) continue;
-      try {
-        context_.files.removeFile(context_.paths.dayFolder(day) / name);
-      } catch (const FileError& error) {
-        logFailure("deleteMemo", error);
-      }
-    }
+    // The memo goes first: without its files it would be half a memo, and they without it are
+    // merely in nobody's way.
     memoStore_.remove(day, memo.seqNumber);
+    discardUnnamedFiles(memo.attachments, day, Disposal::removal);
   });
 }
 
@@ -171,6 +165,38 @@ void DayStore::withdraw(const Memo& moved, Day to, const std::filesystem::path& 
     if (context_.files.exists(oldFile)) memoStore_.remove(to, moved.seqNumber);
   } catch (const Error& error) {
     logFailure("moveMemo", error);
+  }
+}
+
+std::optional<std::set<std::string>> DayStore::filesNamed(Day day) const {
+  try {
+    std::set<std::string> names;
+    for (const std::int64_t number : listNumbers(day)) {
+      const std::optional<Memo> memo = memoStore_.read(day, number);
+      if (!memo) return std::nullopt;  // "7.md" is listed, but we read "007.md"
+      names.insert(memo->attachments.begin(), memo->attachments.end());
+    }
+    return names;
+  } catch (const Error& error) {
+    logFailure("filesNamed", error);
+    return std::nullopt;
+  }
+}
+
+void DayStore::discardUnnamedFiles(const std::vector<std::string>& names, Day day,
+                                   Disposal disposal) const {
+  const auto named = filesNamed(day);
+  if (!named) return;
+  for (const std::string& name : names) {
+    if (named->contains(name) || !AttachmentManager::isSafeName(name)) continue;
+    try {
+      if (disposal == Disposal::trash)
+        AttachmentManager(context_).deleteFile(name, day);
+      else
+        context_.files.removeFile(context_.paths.dayFolder(day) / name);
+    } catch (const Error& error) {
+      logFailure("discardUnnamedFiles", error);
+    }
   }
 }
 
@@ -189,17 +215,7 @@ Memo DayStore::moveMemo(const Memo& memo, Day from, Day to) const {
       withdraw(moved, to, context_.paths.memoFile(from, memo.seqNumber));
       throw;
     }
-    std::set<std::string> stillNamed;
-    for (const Memo& remaining : listMemos(from))
-      stillNamed.insert(remaining.attachments.begin(), remaining.attachments.end());
-    for (const std::string& name : moved.attachments) {
-      if (stillNamed.contains(name)) continue;
-      try {
-        attachments.deleteFile(name, from);
-      } catch (const FileError& error) {
-        logFailure("moveMemo", error);
-      }
-    }
+    discardUnnamedFiles(moved.attachments, from, Disposal::trash);
     return moved;
   });
 }
