@@ -1,5 +1,6 @@
 #include "Core/Markdown/YamlDocument.h"
 
+#include <algorithm>
 #include <map>
 #include <new>
 
@@ -68,6 +69,12 @@ class YamlDocumentBuilder {
   explicit YamlDocumentBuilder(YamlDocument& document) : document_(document) {}
 
   void build(std::string_view source) {
+    // Enough for nearly every header, and no more than a moment's memory for a hostile one.
+    constexpr std::size_t bytesForEntry = 8;
+    const std::size_t expected = std::min<std::size_t>(source.size(), 1U << 14U);
+    document_.entries_.reserve(expected / bytesForEntry);
+    document_.text_.reserve(expected);
+    levels_.reserve(8);
     Parser parser(source);
     bool ended = false;
     while (!ended) {
