@@ -1,3 +1,5 @@
-int main() {
-  return 0;
+#include "CLI/CommandLine.h"
+
+int main(int count, char** arguments) {
+  return nomely::runCommandLine({arguments + 1, arguments + count}, nomely::Environment::current());
 }

@@ -10,9 +10,6 @@
 namespace nomely {
 namespace {
 
-// Days lie one folder deep, snapshots with their attachments four.
-constexpr int deepestFolder = 4;
-
 class Sweep {
  public:
   Sweep(const StoreContext& context, const std::stop_token& stop)
@@ -35,7 +32,7 @@ class Sweep {
             return FileManager::isTemporaryName(entry.name);
           }))
         count_ += writes_.write([&] { return writes_.sweep(folder, context_.files); });
-      if (depth == deepestFolder) return;
+      if (depth == deepestDataFolder) return;
       for (const DirectoryEntry& entry : entries)
         if (entry.type == FileType::directory) visit(folder / entry.name, depth + 1);
     } catch (const FileError& error) {

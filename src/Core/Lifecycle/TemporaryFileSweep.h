@@ -7,6 +7,9 @@
 
 namespace nomely {
 
+// How deep data lies below the root: days one folder, snapshots with their attachments four.
+inline constexpr int deepestDataFolder = 4;
+
 // Removes the temporary files that writers which died left anywhere under the root, one folder a
 // write of the gate, and returns how many went. Folders that can't be listed are logged and passed
 // over. Takes time with the size of the root. Throws CancellationError when asked to stop,

@@ -67,7 +67,8 @@ DataWriteCoordinator::ProcessLock::ProcessLock(DataWriteCoordinator& gate) : gat
       [] { Log::information(LogChannel::storage, "另一个 Nomely 进程正在写入，等待其完成"); });
   if (!gate.excludesProcesses_)
     Log::error(LogChannel::storage,
-               "⚠️ DataWriteCoordinator.write: 此文件系统不支持文件锁，请勿同时运行多个 "
+               "⚠️ DataWriteCoordinator.write: "
+               "此文件系统不支持文件锁，请勿同时运行多个 "
                "Nomely：{}",
                gate.root_.string());
 }

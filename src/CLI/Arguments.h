@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "CLI/Session.h"
+#include "Core/Query/TimelineQueryStore.h"
+
+namespace nomely {
+
+// What the words of a command line mean. Each throws UsageError with a sentence that says what
+// would be right.
+namespace Arguments {
+
+// "2026-03-01", today/今天, yesterday/昨天, "-3" (days ago).
+[[nodiscard]] Day day(const std::string& text, const Clock& clock);
+// "9:05" or "09:05", given back as "09:05".
+[[nodiscard]] std::string time(const std::string& text);
+[[nodiscard]] std::int64_t integer(const std::string& text, std::string_view what);
+[[nodiscard]] std::string tag(const std::string& text);
+[[nodiscard]] std::vector<std::string> tags(const std::vector<std::string>& texts);
+// Existing plain files.
+[[nodiscard]] std::vector<std::filesystem::path> files(const std::vector<std::string>& names);
+
+// The memo that "DATE/NUMBER", a memo's identifier, or at least 8 characters of its beginning
+// behind "memo_" name. Throws NameNotFoundError too.
+[[nodiscard]] TimelineEntry memo(const std::string& reference, Session& session);
+// The stored name of the memo's attachment that `name` is the stored or original name of.
+[[nodiscard]] std::string attachment(const Memo& memo, const std::string& name);
+
+}  // namespace Arguments
+
+}  // namespace nomely

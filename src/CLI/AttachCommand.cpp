@@ -1,0 +1,58 @@
+#include "CLI/Arguments.h"
+#include "CLI/Command.h"
+#include "CLI/MemoOutput.h"
+#include "Core/Storage/MemoEditor.h"
+
+namespace nomely {
+namespace {
+
+class AttachCommand final : public Command {
+ public:
+  void declare(CLI::App& app) override {
+    app.add_option("REF", reference_, "笔记：日期/编号，或 memo_ 标识")->required();
+    app.add_option("FILE", files_, "要附加的文件，可多个")->required();
+  }
+
+  void run(Session& session) override {
+    const auto files = Arguments::files(files_);
+    TimelineEntry entry = Arguments::memo(reference_, session);
+    entry.memo = MemoEditor(session.dayStore()).attach(entry.date, entry.memo, files);
+    MemoOutput::print(entry, session);
+  }
+
+ private:
+  std::string reference_;
+  std::vector<std::string> files_;
+};
+
+class DetachCommand final : public Command {
+ public:
+  void declare(CLI::App& app) override {
+    app.add_option("REF", reference_, "笔记：日期/编号，或 memo_ 标识")->required();
+    app.add_option("NAME", names_, "附件的存储名或原名，可多个")->required();
+  }
+
+  void run(Session& session) override {
+    TimelineEntry entry = Arguments::memo(reference_, session);
+    std::vector<std::string> stored;
+    for (const std::string& name : names_)
+      stored.push_back(Arguments::attachment(entry.memo, name));
+    entry.memo = MemoEditor(session.dayStore()).detach(entry.date, entry.memo, stored);
+    MemoOutput::print(entry, session);
+  }
+
+ private:
+  std::string reference_;
+  std::vector<std::string> names_;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeAttachCommand() {
+  return std::make_unique<AttachCommand>();
+}
+std::unique_ptr<Command> makeDetachCommand() {
+  return std::make_unique<DetachCommand>();
+}
+
+}  // namespace nomely

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "CLI/Session.h"
+
+namespace nomely {
+
+// One command of the program: declares its arguments, then runs on what the parser put into them.
+class Command {
+ public:
+  virtual ~Command() = default;
+  // Called once, before parsing; `app` is the command's own place in the command line.
+  virtual void declare(CLI::App& app) = 0;
+  // Throws Error for whatever the user should read.
+  virtual void run(Session& session) = 0;
+};
+
+struct CommandEntry {
+  std::string name;
+  std::string summary;
+  std::unique_ptr<Command> command;
+};
+
+// In the order in which help shows them.
+[[nodiscard]] std::vector<CommandEntry> allCommands();
+
+[[nodiscard]] std::unique_ptr<Command> makeAddCommand();
+[[nodiscard]] std::unique_ptr<Command> makeListCommand();
+[[nodiscard]] std::unique_ptr<Command> makeShowCommand();
+[[nodiscard]] std::unique_ptr<Command> makeEditCommand();
+[[nodiscard]] std::unique_ptr<Command> makeSetCommand();
+[[nodiscard]] std::unique_ptr<Command> makeMoveCommand();
+[[nodiscard]] std::unique_ptr<Command> makeAttachCommand();
+[[nodiscard]] std::unique_ptr<Command> makeDetachCommand();
+[[nodiscard]] std::unique_ptr<Command> makeDoctorCommand();
+[[nodiscard]] std::unique_ptr<Command> makeCompletionCommand();
+[[nodiscard]] std::unique_ptr<Command> makeManualCommand();
+
+// What the program does when no command is given.
+void showToday(Session& session);
+
+}  // namespace nomely

@@ -1,0 +1,24 @@
+#include "CLI/Command.h"
+
+namespace nomely {
+
+std::vector<CommandEntry> allCommands() {
+  std::vector<CommandEntry> commands;
+  const auto add = [&](const char* name, const char* summary, std::unique_ptr<Command> command) {
+    commands.push_back({name, summary, std::move(command)});
+  };
+  add("add", "新建一条笔记", makeAddCommand());
+  add("list", "列出笔记", makeListCommand());
+  add("show", "显示一条笔记", makeShowCommand());
+  add("edit", "修改正文，并留下历史版本", makeEditCommand());
+  add("set", "修改时间、心情、标签、置顶或附件说明", makeSetCommand());
+  add("move", "把笔记移到另一天", makeMoveCommand());
+  add("attach", "给笔记加附件", makeAttachCommand());
+  add("detach", "从笔记取下附件", makeDetachCommand());
+  add("doctor", "检查全部数据，不作改动", makeDoctorCommand());
+  add("completion", "输出 shell 补全脚本", makeCompletionCommand());
+  add("manual", "", makeManualCommand());  // for the build, which makes the manual page of it
+  return commands;
+}
+
+}  // namespace nomely

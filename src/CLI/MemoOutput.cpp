@@ -1,0 +1,124 @@
+#include "CLI/MemoOutput.h"
+
+#include <array>
+
+#include <fmt/format.h>
+
+namespace nomely {
+namespace {
+
+Json jsonOf(const AudioTranscript& transcript) {
+  Json segments = Json::array();
+  for (const AudioTranscriptSegment& segment : transcript.segments)
+    segments.push_back(
+        {{"text", segment.text}, {"start", segment.start}, {"duration", segment.duration}});
+  return {{"text", transcript.text}, {"segments", std::move(segments)}};
+}
+
+template <typename Value>
+void put(Json& json, const char* name, const std::optional<Value>& value) {
+  if (value) json[name] = *value;
+}
+
+std::string heading(const TimelineEntry& entry, const Style& style) {
+  const Memo& memo = entry.memo;
+  std::string line =
+      fmt::format("{}  {}", style.bold(Terminal::printable(memo.time)),
+                  style.dim(fmt::format("{}/{}", entry.date.string(), memo.seqNumber)));
+  if (memo.lockedOnTop) line += "  🔒置顶锁定";
+  if (memo.pinned && !memo.lockedOnTop) line += "  📌置顶";
+  if (memo.mood) line += fmt::format("  心情 {}", *memo.mood);
+  for (const std::string& tag : memo.tags)
+    if (!tag.starts_with('_')) line += "  " + style.tag("#" + Terminal::printable(tag));
+  return line + "\n";
+}
+
+std::string attachmentLines(const Memo& memo, const Style& style) {
+  std::string lines;
+  for (const std::string& name : memo.attachments) {
+    const auto original = memo.originalNames.find(name);
+    const auto description = memo.attachmentDescriptions.find(name);
+    std::string line = "📎 " + Terminal::printable(name);
+    if (original != memo.originalNames.end())
+      line += fmt::format("（{}）", Terminal::printable(original->second));
+    if (description != memo.attachmentDescriptions.end())
+      line += fmt::format("：{}", Terminal::printable(description->second));
+    lines += style.dim(line) + "\n";
+  }
+  return lines;
+}
+
+}  // namespace
+
+Json MemoOutput::json(const TimelineEntry& entry) {
+  const Memo& memo = entry.memo;
+  Json json;
+  json["date"] = entry.date.string();
+  put(json, "memoId", memo.memoId);
+  put(json, "schemaVersion", memo.schemaVersion);
+  put(json, "createdAt", memo.createdAt);
+  put(json, "updatedAt", memo.updatedAt);
+  put(json, "source", memo.source);
+  put(json, "sourceId", memo.sourceId);
+  json["seqNumber"] = memo.seqNumber;
+  json["time"] = memo.time;
+  json["tags"] = memo.tags;
+  put(json, "mood", memo.mood);
+  json["pinned"] = memo.pinned;
+  json["lockedOnTop"] = memo.lockedOnTop;
+  json["body"] = memo.body;
+  json["attachments"] = memo.attachments;
+  json["attachmentDescriptions"] = memo.attachmentDescriptions;
+  json["originalNames"] = memo.originalNames;
+  Json transcripts = Json::object();
+  for (const auto& [name, transcript] : memo.audioTranscripts)
+    transcripts[name] = jsonOf(transcript);
+  json["audioTranscripts"] = std::move(transcripts);
+  return json;
+}
+
+std::string MemoOutput::dayHeading(Day day) {
+  constexpr std::array weekdays{"周日", "周一", "周二", "周三", "周四", "周五", "周六"};
+  const auto date = day.civil();
+  const std::chrono::weekday weekday{std::chrono::sys_days(date)};
+  return fmt::format("{}年{}月{}日 {}", static_cast<int>(date.year()),
+                     static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                     weekdays[weekday.c_encoding()]);
+}
+
+std::string MemoOutput::text(const TimelineEntry& entry, const Style& style) {
+  std::string text = heading(entry, style);
+  text += Terminal::printable(entry.memo.body);
+  if (!text.ends_with('\n')) text += '\n';
+  return text + attachmentLines(entry.memo, style);
+}
+
+void MemoOutput::print(const TimelineEntry& entry, const Session& session) {
+  if (session.isJson())
+    session.printJson(json(entry));
+  else
+    session.print(text(entry, session.style()));
+}
+
+void MemoListPrinter::add(const TimelineEntry& entry) {
+  if (session_.isJson()) {
+    session_.print(count_ == 0 ? "[" : ",\n ");
+    std::string item = MemoOutput::json(entry).dump(-1, ' ', false, Json::error_handler_t::replace);
+    session_.print(item);
+  } else {
+    if (day_ != entry.date)
+      session_.print(fmt::format("{}{}\n\n", count_ == 0 ? "" : "\n",
+                                 style_.bold(MemoOutput::dayHeading(entry.date))));
+    else
+      session_.print("\n");
+    session_.print(MemoOutput::text(entry, style_));
+  }
+  day_ = entry.date;
+  ++count_;
+}
+
+void MemoListPrinter::finish() {
+  if (session_.isJson()) session_.print(count_ == 0 ? "[]\n" : "]\n");
+}
+
+}  // namespace nomely

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+#include "App/Application.h"
+#include "CLI/Terminal.h"
+#include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/System/Environment.h"
+
+namespace nomely {
+
+using Json = nlohmann::ordered_json;
+
+// What stands before or after every command.
+struct GlobalOptions {
+  std::string root;
+  std::string color = "auto";
+  bool json = false;
+  bool noInput = false;
+  bool yes = false;
+  bool quiet = false;
+  bool verbose = false;
+};
+
+// One run of a command: its options, its streams, and the application it works on.
+class Session {
+ public:
+  explicit Session(Environment environment);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  GlobalOptions options;  // filled while the command line is parsed
+
+  [[nodiscard]] const Environment& environment() const { return environment_; }
+  [[nodiscard]] const Clock& clock() const { return clock_; }
+
+  // Built when first asked for. Throws UsageError for a root that is no folder.
+  [[nodiscard]] Application& application();
+  [[nodiscard]] DayStore& dayStore() { return application().dayStore(); }
+
+  [[nodiscard]] bool isJson() const { return options.json; }
+  [[nodiscard]] Style style() const;
+  [[nodiscard]] Style errorStyle() const;
+
+  // Data, to standard output. Throws FileError when that can't be written.
+  void print(std::string_view text) const;
+  // The one document of a command under --json.
+  void printJson(const Json& json) const;
+  // A remark, to standard error, unless the user asked for quiet.
+  void say(std::string_view text) const;
+
+  // Asks before something is destroyed: true for yes. Throws UsageError where nobody can answer
+  // and --yes was not given.
+  [[nodiscard]] bool confirm(std::string_view question) const;
+
+ private:
+  [[nodiscard]] std::optional<std::filesystem::path> chosenRoot() const;
+  [[nodiscard]] ColorMode colorMode() const;
+
+  Environment environment_;
+  SystemClock clock_;
+  RunLoop runLoop_;
+  std::unique_ptr<Application> application_;
+};
+
+}  // namespace nomely

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "Platform/System/Environment.h"
+
+namespace nomely {
+
+enum class ColorMode { automatic, always, never };
+
+// Colours and weights for a terminal; texts pass unchanged when it is off.
+class Style {
+ public:
+  explicit Style(bool enabled) : enabled_(enabled) {}
+
+  [[nodiscard]] std::string bold(std::string_view text) const { return wrap("1", text); }
+  [[nodiscard]] std::string dim(std::string_view text) const { return wrap("2", text); }
+  [[nodiscard]] std::string tag(std::string_view text) const { return wrap("36", text); }
+  [[nodiscard]] std::string warning(std::string_view text) const { return wrap("33", text); }
+  [[nodiscard]] std::string error(std::string_view text) const { return wrap("31", text); }
+
+ private:
+  [[nodiscard]] std::string wrap(std::string_view code, std::string_view text) const;
+
+  bool enabled_;
+};
+
+// The three standard streams of this process.
+namespace Terminal {
+
+[[nodiscard]] bool isInput();
+[[nodiscard]] bool isOutput();
+[[nodiscard]] bool isError();
+[[nodiscard]] Style styleFor(ColorMode mode, bool isTerminal, const Environment& environment);
+
+// `text` fit to be shown: control characters but line feeds and tabs, which could drive the
+// terminal, become U+FFFD.
+[[nodiscard]] std::string printable(std::string_view text);
+
+}  // namespace Terminal
+
+// Standard output for a long listing: through $PAGER when it is a terminal, as git's listings, and
+// never for JSON.
+// The pager is waited for at the end of the object's life.
+class PagedOutput {
+ public:
+  PagedOutput(const Environment& environment, bool isJson);
+  ~PagedOutput();
+  PagedOutput(const PagedOutput&) = delete;
+  PagedOutput& operator=(const PagedOutput&) = delete;
+
+ private:
+  int pager_ = -1;  // process id
+  int terminal_ = -1;
+};
+
+// A bar on standard error that shows how far long work has come; nothing when that is no terminal.
+class ProgressBar {
+ public:
+  explicit ProgressBar(std::string label, bool wanted);
+  ~ProgressBar();
+  ProgressBar(const ProgressBar&) = delete;
+  ProgressBar& operator=(const ProgressBar&) = delete;
+
+  void show(double share);
+
+ private:
+  std::string label_;
+  bool shown_;
+  int percent_ = -1;
+};
+
+}  // namespace nomely

@@ -1,0 +1,114 @@
+#include "CLI/TextInput.h"
+
+#include <array>
+#include <cerrno>
+
+#include <fmt/format.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "CLI/UsageError.h"
+#include "Platform/Files/FileError.h"
+#include "Platform/System/Uuid.h"
+#include "Platform/Text/Unicode.h"
+
+namespace nomely {
+namespace {
+
+std::string checkedUtf8(std::string text, std::string_view from) {
+  if (isValidUtf8(text)) return text;
+  throw UsageError(fmt::format("{}不是有效的 UTF-8 文本，未作任何改动。请先转换编码", from));
+}
+
+// Lines that a body would lose with its next reading anyway, and the line feed that ends a text
+// file but is no part of what was said.
+std::string asBody(std::string_view text) {
+  for (;;) {
+    const std::size_t end = text.find('\n');
+    if (end == std::string_view::npos || !trimHorizontal(text.substr(0, end)).empty()) break;
+    text.remove_prefix(end + 1);
+  }
+  if (text.ends_with('\n')) text.remove_suffix(1);
+  return std::string(text);
+}
+
+// Runs the user's editor on `file` and returns its exit status, 128 plus the signal for a death.
+int runEditor(const std::string& editor, const std::filesystem::path& file) {
+  const std::string command = editor + " \"$1\"";
+  // Interrupts typed while the editor runs are the editor's.
+  struct sigaction ignore {};
+  ignore.sa_handler = SIG_IGN;
+  struct sigaction previous {};
+  ::sigaction(SIGINT, &ignore, &previous);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::sigaction(SIGINT, &previous, nullptr);
+    ::execl("/bin/sh", "sh", "-c", command.c_str(), "sh", file.c_str(), nullptr);
+    ::_exit(127);
+  }
+  int status = -1;
+  while (child > 0 && ::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  ::sigaction(SIGINT, &previous, nullptr);
+  if (child < 0) return 127;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+}  // namespace
+
+TextInput::~TextInput() {
+  if (!draft_.empty()) session_.say(fmt::format("你写的内容保存在：{}", draft_.string()));
+}
+
+void TextInput::accept() {
+  if (draft_.empty()) return;
+  std::error_code ignored;
+  std::filesystem::remove(draft_, ignored);
+  draft_.clear();
+}
+
+std::optional<std::string> TextInput::read(const std::optional<std::string>& argument,
+                                           const std::string& original) {
+  if (argument && *argument != "-") return asBody(checkedUtf8(*argument, "正文"));
+  if (argument || session_.options.noInput || !Terminal::isInput())
+    return asBody(checkedUtf8(fromStandardInput(), "标准输入"));
+  return fromEditor(original);
+}
+
+std::string TextInput::fromStandardInput() const {
+  std::string text;
+  std::array<char, 65536> buffer{};
+  for (;;) {
+    const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) throw FileError("读取", "标准输入", errno);
+    if (count == 0) return text;
+    text.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+}
+
+std::optional<std::string> TextInput::fromEditor(const std::string& original) {
+  std::string editor = session_.environment().get("VISUAL").value_or("");
+  if (editor.empty()) editor = session_.environment().get("EDITOR").value_or("");
+  if (editor.empty())
+    throw UsageError("没有给出正文，也没有设置编辑器。请把正文写在命令后，或设置 $EDITOR");
+  const FileManager files(posixFileSystem());
+  const std::filesystem::path folder = session_.environment().stateFolder() / "editing";
+  constexpr unsigned ownerOnly = 0700;
+  files.createDirectories(folder, ownerOnly);
+  draft_ = folder / (Uuid::random().compact() + ".md");
+  const std::string shown = original.empty() ? "" : original + "\n";
+  files.writeAtomically(draft_, shown);
+
+  const int status = runEditor(editor, draft_);
+  const std::string edited = files.read(draft_).value_or("");
+  const bool isUnchanged = edited == shown;
+  if (isUnchanged) accept();
+  if (status != 0)
+    throw Error("editor.failed", fmt::format("编辑器以状态 {} 退出，笔记未改动", status));
+  if (isUnchanged) return std::nullopt;
+  return asBody(checkedUtf8(edited, "编辑器保存的文件"));
+}
+
+}  // namespace nomely

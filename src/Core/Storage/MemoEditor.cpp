@@ -1,0 +1,114 @@
+#include "Core/Storage/MemoEditor.h"
+
+#include <algorithm>
+
+#include "Core/Extensions/DateFormatters.h"
+#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Storage/AttachmentManager.h"
+#include "Core/Storage/WriteError.h"
+#include "Platform/Files/FileError.h"
+#include "Platform/System/Log.h"
+
+namespace nomely {
+namespace {
+
+// Compares what is stored, so that two reads of one file agree although their transcript segments
+// have identities of their own.
+bool isStoredAlike(const Memo& left, const Memo& right) {
+  return left.seqNumber == right.seqNumber &&
+         MemoFrontmatterParser::serialize(left, left.body) ==
+             MemoFrontmatterParser::serialize(right, right.body);
+}
+
+void forget(Memo& memo, const std::string& filename) {
+  std::erase(memo.attachments, filename);
+  memo.attachmentDescriptions.erase(filename);
+  memo.originalNames.erase(filename);
+  memo.audioTranscripts.erase(filename);
+}
+
+}  // namespace
+
+Memo MemoEditor::change(Day day, const Memo& original,
+                        const std::function<void(Memo&)>& change) const {
+  return store_.writes().write([&] {
+    const std::optional<Memo> current = store_.memoStore().read(day, original.seqNumber);
+    if (!current) throw WriteError(WriteError::Kind::missingMemo);
+    if (current->memoId && current->memoId != original.memoId)
+      throw WriteError(WriteError::Kind::identityChanged);
+    if (!isStoredAlike(*current, original)) throw WriteError(WriteError::Kind::conflict);
+    Memo changed = original;
+    change(changed);
+    if (changed == original) return changed;
+    changed.updatedAt = DateFormatters::timestamp(store_.context().clock.now());
+    store_.commitMemo(changed, day, std::nullopt);
+    return changed;
+  });
+}
+
+Memo MemoEditor::withImported(
+    Day day, const std::vector<std::filesystem::path>& files,
+    const std::function<Memo(const std::function<void(Memo&)>&)>& save) const {
+  const AttachmentManager attachments(store_.context());
+  std::vector<AttachmentManager::ImportResult> imported;
+  try {
+    for (const std::filesystem::path& file : files)
+      imported.push_back(attachments.importFile(file, day));
+    return save([&](Memo& memo) {
+      for (const auto& [filename, originalName] : imported) {
+        memo.attachments.push_back(filename);
+        memo.originalNames[filename] = originalName;
+      }
+    });
+  } catch (...) {
+    for (const auto& file : imported) {
+      try {
+        attachments.deleteFile(file.filename, day);
+      } catch (const Error& error) {
+        Log::error(LogChannel::storage, "⚠️ MemoEditor.withImported: {}", error.what());
+      }
+    }
+    throw;
+  }
+}
+
+Memo MemoEditor::create(Day day, DayStore::NewMemo content,
+                        const std::vector<std::filesystem::path>& files) const {
+  return store_.writes().write([&] {
+    return withImported(day, files, [&](const auto& name) {
+      Memo named;
+      name(named);
+      content.attachments.insert(content.attachments.end(), named.attachments.begin(),
+                                 named.attachments.end());
+      content.originalNames.merge(named.originalNames);
+      return store_.createMemo(day, std::move(content));
+    });
+  });
+}
+
+Memo MemoEditor::attach(Day day, const Memo& original,
+                        const std::vector<std::filesystem::path>& files) const {
+  return store_.writes().write([&] {
+    return withImported(day, files, [&](const auto& name) { return change(day, original, name); });
+  });
+}
+
+Memo MemoEditor::detach(Day day, const Memo& original,
+                        const std::vector<std::string>& filenames) const {
+  return store_.writes().write([&] {
+    Memo changed = change(day, original, [&](Memo& memo) {
+      for (const std::string& name : filenames) forget(memo, name);
+    });
+    const std::vector<Memo> ofDay = store_.listMemos(day);
+    const AttachmentManager attachments(store_.context());
+    for (const std::string& filename : filenames) {
+      const bool stillNamed = std::ranges::any_of(ofDay, [&](const Memo& memo) {
+        return std::ranges::find(memo.attachments, filename) != memo.attachments.end();
+      });
+      if (!stillNamed) attachments.deleteFile(filename, day);
+    }
+    return changed;
+  });
+}
+
+}  // namespace nomely

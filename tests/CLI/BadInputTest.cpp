@@ -1,0 +1,120 @@
+#include "CLI/CommandTest.h"
+
+namespace nomely::test {
+namespace {
+
+class BadInputTest : public CommandTest {};
+
+TEST_F(BadInputTest, WrongUsageSaysWhatWouldBeRightAndWritesNothing) {
+  const Json added = add("正文");
+  const Json other = add("另一条");
+  const std::string before = treeOf(root);
+  struct Case {
+    std::string name;
+    std::vector<std::string> arguments;
+    int status;
+    std::string says;
+    std::string input = {};
+  };
+  const std::vector<Case> cases{
+      {"no such command", {"frobnicate"}, 2, "frobnicate"},
+      {"unquoted text", {"add", "hello", "world"}, 2, "引号"},
+      {"unknown option", {"list", "--sideways"}, 2, "--sideways"},
+      {"empty text", {"add", " \n"}, 2, "空"},
+      {"no text", {"add"}, 2, "空"},
+      {"day out of range", {"add", "x", "--date", "2026-02-30"}, 2, "2026-03-01"},
+      {"day in short form", {"list", "--day", "2026-3-1"}, 2, "2026-03-01"},
+      {"time", {"add", "x", "--time", "25:00"}, 2, "HH:MM"},
+      {"mood", {"set", "2026-03-01/1", "--mood", "good"}, 2, "整数"},
+      {"mood beyond 64 bits", {"add", "x", "--mood", "99999999999999999999"}, 2, "整数"},
+      {"tag", {"add", "x", "--tag", "a//b"}, 2, "标签"},
+      {"nothing to set", {"set", "2026-03-01/1"}, 2, "--mood"},
+      {"pin and unpin", {"set", "2026-03-01/1", "--pin", "--unpin"}, 2, "--pin"},
+      {"two selections", {"list", "--all", "--day", "today"}, 2, "一次只能用一个"},
+      {"limit", {"list", "-n", "0"}, 2, "-n"},
+      {"colour", {"list", "--color", "blue"}, 2, "auto"},
+      {"reference", {"show", "seven"}, 2, "日期/编号"},
+      {"reference number", {"show", "2026-03-01/x"}, 2, "编号"},
+      {"short identifier", {"show", "memo_12"}, 2, "8 个字符"},
+      {"no such number", {"show", "2026-03-01/9"}, 4, "9"},
+      {"no such identifier", {"edit", "memo_0123456789", "x"}, 4, "memo_0123456789"},
+      {"no such file", {"attach", "2026-03-01/1", "/nonexistent/a.txt"}, 4, "a.txt"},
+      {"folder as file", {"add", "x", "--attach", "/"}, 2, "普通文件"},
+      {"no such attachment", {"detach", "2026-03-01/1", "a.txt"}, 4, "a.txt"},
+      {"input that is not UTF-8", {"add", "-"}, 2, "UTF-8", "\xFF\xFE\n"},
+      {"argument that is not UTF-8", {"edit", "2026-03-01/1", "\xC3("}, 2, "UTF-8"},
+      {"empty edit", {"edit", "2026-03-01/1", ""}, 2, "空"},
+      {"shell", {"completion", "cmd"}, 2, "bash"},
+      {"help for nothing", {"help", "frobnicate"}, 2, "frobnicate"},
+  };
+  for (const Case& test : cases) {
+    SCOPED_TRACE(test.name);
+    const ProgramResult result = run({.arguments = test.arguments, .input = test.input});
+    EXPECT_EQ(result.status, test.status) << result.errors;
+    EXPECT_NE(result.errors.find(test.says), std::string::npos) << result.errors;
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(treeOf(root), before);
+  }
+}
+
+TEST_F(BadInputTest, FailuresAreAlsoJson) {
+  struct Case {
+    std::vector<std::string> arguments;
+    int status;
+    std::string code;
+  };
+  const std::vector<Case> cases{
+      {{"show", "2026-03-01/1", "--json"}, 4, "notFound"},
+      {{"--json", "frobnicate"}, 2, "usage"},
+      {{"show", "2026-03-01/1", "--raw", "--json"}, 2, "usage"},
+  };
+  for (const Case& test : cases) {
+    SCOPED_TRACE(testing::PrintToString(test.arguments));
+    const ProgramResult result = run(test.arguments);
+    EXPECT_EQ(result.status, test.status);
+    const Json error = Json::parse(result.output)["error"];
+    EXPECT_EQ(error["code"], test.code);
+    EXPECT_NE(result.errors.find(std::string(error["message"])), std::string::npos);
+  }
+}
+
+TEST_F(BadInputTest, UnusableRootsReportTheSystemsReason) {
+  writeFile(root, "a file");
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"list"}, {"add", "x"}, {"doctor"}, {}}) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    const ProgramResult result = run(arguments);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.errors.find("不是文件夹"), std::string::npos) << result.errors;
+  }
+  EXPECT_EQ(readFile(root), "a file");
+}
+
+TEST_F(BadInputTest, MissingRootIsEmptyUntilTheFirstWrite) {
+  EXPECT_EQ(json({"list"}), Json::array());
+  EXPECT_EQ(json({"doctor"})["memos"], 0);
+  EXPECT_FALSE(std::filesystem::exists(root));
+  EXPECT_EQ(add("第一条")["seqNumber"], 1);
+  EXPECT_EQ(std::filesystem::status(root).permissions(), std::filesystem::perms::owner_all);
+}
+
+TEST_F(BadInputTest, DoctorFindsWhatIsWrongAndChangesNothing) {
+  const Json added = add("好的");
+  writeFile(root / "2026-03-01" / "002.md", "---\nmood: abc\n---\n");
+  writeFile(root / "2026-03-01" / "7.md", "---\ntime: 08:00\n---\n");
+  writeFile(root / "2026-03-01" / "003.md", "---\nattachments: [gone.png]\n---\n");
+  writeFile(root / "2026-03-01" / ".nomely-0123.tmp", "half");
+  const std::string before = treeOf(root);
+  const Json report = json({"doctor"});
+  EXPECT_EQ(treeOf(root), before);
+  EXPECT_EQ(report["memos"], 2);
+  ASSERT_EQ(report["unreadableMemos"].size(), 2U);
+  EXPECT_EQ(report["unreadableMemos"][0]["file"], "2026-03-01/002.md");
+  EXPECT_EQ(report["unreadableMemos"][1]["file"], "2026-03-01/7.md");
+  EXPECT_EQ(report["missingAttachments"][0]["attachment"], "gone.png");
+  EXPECT_EQ(report["staleTemporaryFiles"], Json({"2026-03-01/.nomely-0123.tmp"}));
+  EXPECT_EQ(run({"doctor"}).status, 0);
+}
+
+}  // namespace
+}  // namespace nomely::test

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "Support/ProgramRun.h"
+#include "Support/TemporaryFolder.h"
+
+namespace nomely::test {
+
+using Json = nlohmann::ordered_json;
+
+// Runs the real program on a root of its own.
+class CommandTest : public testing::Test {
+ protected:
+  [[nodiscard]] ProgramResult run(ProgramCall call) const {
+    call.environment.emplace("NOMELY_ROOT", root.string());
+    return runProgram(NOMELY_PROGRAM, home.path(), call);
+  }
+  [[nodiscard]] ProgramResult run(std::vector<std::string> arguments) const {
+    return run(ProgramCall{.arguments = std::move(arguments)});
+  }
+
+  // Runs a command that must succeed and returns what it printed under --json.
+  [[nodiscard]] Json json(std::vector<std::string> arguments) const {
+    arguments.emplace_back("--json");
+    const ProgramResult result = run(std::move(arguments));
+    EXPECT_EQ(result.status, 0) << result.errors;
+    return Json::parse(result.output);
+  }
+
+  // Adds a memo on 2026-03-01.
+  [[nodiscard]] Json add(const std::string& text, std::vector<std::string> more = {}) const {
+    more.insert(more.begin(), {"add", text, "--date", "2026-03-01"});
+    return json(std::move(more));
+  }
+
+  [[nodiscard]] std::string memoFile(const std::string& name) const {
+    return readFile(root / "2026-03-01" / name);
+  }
+
+  TemporaryFolder home;
+  std::filesystem::path root = home.path() / "root";
+};
+
+}  // namespace nomely::test
