@@ -62,6 +62,13 @@ std::uint64_t saturatingAdd(std::uint64_t left, std::uint64_t right) {
   return __builtin_add_overflow(left, right, &sum) ? UINT64_MAX : sum;
 }
 
+std::size_t countOf(std::string_view text, std::string_view part) {
+  std::size_t count = 0;
+  for (std::size_t at = 0; (at = text.find(part, at)) != std::string_view::npos; at += part.size())
+    ++count;
+  return count;
+}
+
 }  // namespace
 
 class YamlDocumentBuilder {
@@ -199,6 +206,8 @@ class YamlDocumentBuilder {
 
 YamlDocument::YamlDocument(std::string_view source) {
   if (source.size() >= none) throw YamlError("too long");
+  // The library compares each tag directive with all before it.
+  if (countOf(source, "%TAG") > maxDirectives) throw YamlError("too many tag directives");
   YamlDocumentBuilder(*this).build(source);
 }
 
