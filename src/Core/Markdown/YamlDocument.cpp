@@ -1,5 +1,6 @@
 #include "Core/Markdown/YamlDocument.h"
 
+#include <algorithm>
 #include <map>
 #include <new>
 
@@ -61,6 +62,13 @@ std::uint64_t saturatingAdd(std::uint64_t left, std::uint64_t right) {
   return __builtin_add_overflow(left, right, &sum) ? UINT64_MAX : sum;
 }
 
+std::size_t countOf(std::string_view text, std::string_view part) {
+  std::size_t count = 0;
+  for (std::size_t at = 0; (at = text.find(part, at)) != std::string_view::npos; at += part.size())
+    ++count;
+  return count;
+}
+
 }  // namespace
 
 class YamlDocumentBuilder {
@@ -68,6 +76,12 @@ class YamlDocumentBuilder {
   explicit YamlDocumentBuilder(YamlDocument& document) : document_(document) {}
 
   void build(std::string_view source) {
+    // Enough for nearly every header, and no more than a moment's memory for a hostile one.
+    constexpr std::size_t bytesForEntry = 8;
+    const std::size_t expected = std::min<std::size_t>(source.size(), 1U << 14U);
+    document_.entries_.reserve(expected / bytesForEntry);
+    document_.text_.reserve(expected);
+    levels_.reserve(8);
     Parser parser(source);
     bool ended = false;
     while (!ended) {
@@ -192,6 +206,8 @@ class YamlDocumentBuilder {
 
 YamlDocument::YamlDocument(std::string_view source) {
   if (source.size() >= none) throw YamlError("too long");
+  // The library compares each tag directive with all before it.
+  if (countOf(source, "%TAG") > maxDirectives) throw YamlError("too many tag directives");
   YamlDocumentBuilder(*this).build(source);
 }
 

@@ -19,12 +19,14 @@ class YamlError : public Error {
 // One YAML 1.1 document read into memory. Aliases are resolved without copying what they name.
 //
 // The source may be hostile: nesting deeper than `maxDepth`, aliases that would expand to more than
-// `maxAliasExpansion` bytes and nodes, and aliases into themselves are refused, so that reading
-// takes time and memory in proportion to the source and a walk over all nodes ends soon.
+// `maxAliasExpansion` bytes and nodes, aliases into themselves, and more than `maxDirectives` tag
+// directives are refused, so that reading takes time and memory in proportion to the source and a
+// walk over all nodes ends soon.
 class YamlDocument {
  public:
   static constexpr std::size_t maxDepth = 64;
   static constexpr std::uint64_t maxAliasExpansion = 1 << 20;
+  static constexpr std::size_t maxDirectives = 64;
 
   enum class Kind : std::uint8_t { scalar, sequence, mapping };
 

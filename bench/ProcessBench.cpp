@@ -1,0 +1,92 @@
+#include <array>
+#include <fstream>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include "Platform/Time/Clock.h"
+#include "bench/Comparison.h"
+#include "bench/Workspace.h"
+
+namespace nomely::bench {
+namespace {
+
+using std::filesystem::path;
+
+constexpr std::uint64_t memosInRoot = 10'000;
+constexpr const char* text = "今天在图书馆看完了那本书，觉得值得。#生活/读书";
+
+// The exit status of a program that sees nothing of the user's, or -1. Its output goes nowhere.
+int runProgram(const std::vector<std::string>& words) {
+  std::vector<std::string> settings{"HOME=" + (workspace() / "home").string(), "LC_ALL=C.UTF-8",
+                                    "PATH=/usr/bin:/bin"};
+  std::vector<char*> arguments;
+  std::vector<char*> environment;
+  for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
+  for (std::string& setting : settings) environment.push_back(setting.data());
+  arguments.push_back(nullptr);
+  environment.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  ::posix_spawn_file_actions_init(&actions);
+  for (const int descriptor : {0, 1, 2})
+    ::posix_spawn_file_actions_addopen(&actions, descriptor, "/dev/null", O_RDWR, 0);
+  pid_t process = 0;
+  const int failed = ::posix_spawn(&process, arguments[0], &actions, nullptr, arguments.data(),
+                                   environment.data());
+  ::posix_spawn_file_actions_destroy(&actions);
+  int status = 0;
+  if (failed != 0 || ::waitpid(process, &status, 0) != process || !WIFEXITED(status)) return -1;
+  return WEXITSTATUS(status);
+}
+
+const path& root() {
+  static const path made = [] {
+    path folder = workspace() / "processes";
+    (void)writeCorpus({.memos = memosInRoot}, folder);
+    std::filesystem::create_directories(workspace() / "home");
+    return folder;
+  }();
+  return made;
+}
+
+path todayFolder() {
+  return DiskPaths{root()}.dayFolder(SystemClock().today());
+}
+
+void emptyToday() {
+  std::filesystem::create_directories(todayFolder());
+  for (const auto& entry : std::filesystem::directory_iterator(todayFolder()))
+    std::filesystem::remove(entry);
+}
+
+bool addNote() {
+  return runProgram({programFolder() / "nomely", "--root", root(), "add", text}) == 0 &&
+         std::filesystem::exists(todayFolder() / "001.md");
+}
+
+bool addBare() {
+  return runProgram({programFolder() / "nomely-bench-bare-write", todayFolder(), "001.md", text}) ==
+         0;
+}
+
+Steps steps() {
+  emptyToday();
+  if (!addNote()) throw Skipped("this nomely has no `add`");
+  emptyToday();
+  const auto checked = [](bool (*run)()) {
+    return [run](std::size_t) {
+      if (!run()) throw std::runtime_error("program failed");
+    };
+  };
+  return {.floor = checked(addBare), .ours = checked(addNote), .tidy = emptyToday};
+}
+
+}  // namespace
+
+void registerProcesses() {
+  registerComparison(
+      {.what = "nomely add to 10,000 memos", .prepare = steps, .goal = {.millisecondsBeyond = 30}});
+}
+
+}  // namespace nomely::bench
