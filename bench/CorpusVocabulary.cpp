@@ -57,7 +57,8 @@ constexpr std::string_view englishWords =
     "sample protocol server client latency throughput compiler thread deadlock allocator iterator "
     "snapshot migration rollback checksum entropy heuristics serendipity threshold palimpsest";
 constexpr std::string_view emojiWords =
-    "😀 👍 🎉 ☕ 📚 🌧️ ☀️ 🏃 🍜 😂 ❤️ 🙏 🤔 ✅ 🚀 💡 🐱 🎸 😴 🥲 "
+    "😀 👍 🎉 ☕ 📚 🌧️ ☀️ 🏃 🍜 😂 ❤️ 🙏 🤔 ✅ 🚀 💡 🐱 🎸 😴 "
+    "🥲 "
     "👨‍👩‍👧 "
     "🇨🇳 "
     "🏔️ "

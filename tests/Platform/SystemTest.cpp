@@ -7,7 +7,7 @@
 #include "Platform/System/Environment.h"
 #include "Platform/System/Log.h"
 #include "Platform/System/Uuid.h"
-#include "Support/ChildProcess.h"
+#include "Support/ForkedRun.h"
 
 namespace nomely::test {
 namespace {

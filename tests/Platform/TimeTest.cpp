@@ -5,7 +5,7 @@
 
 #include "Platform/Time/Day.h"
 #include "Platform/Time/LocalTime.h"
-#include "Support/ChildProcess.h"
+#include "Support/ForkedRun.h"
 
 namespace nomely::test {
 namespace {

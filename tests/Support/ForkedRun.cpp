@@ -1,7 +1,11 @@
 #include "Support/ForkedRun.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <ctime>
 #include <exception>
 #include <system_error>
 
@@ -36,6 +40,29 @@ ChildEnd runInChild(const std::function<void()>& body) {
     if (errno != EINTR) throw std::system_error(errno, std::generic_category(), "waitpid");
   return WIFSIGNALED(status) ? ChildEnd{.signal = WTERMSIG(status)}
                              : ChildEnd{.status = WEXITSTATUS(status)};
+}
+
+std::string inChild(const std::function<std::string()>& body) {
+  std::array<int, 2> ends{};
+  if (::pipe(ends.data()) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
+  EXPECT_EQ(runInChild([&] {
+              const std::string text = body();
+              EXPECT_EQ(::write(ends[1], text.data(), text.size()), std::ssize(text));
+            }),
+            ChildEnd{});
+  ::close(ends[1]);
+  std::array<char, 4096> buffer{};
+  const ssize_t count = ::read(ends[0], buffer.data(), buffer.size());
+  ::close(ends[0]);
+  return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
+}
+
+std::string inZone(const char* zone, const std::function<std::string()>& body) {
+  return inChild([&] {
+    ::setenv("TZ", zone, 1);
+    ::tzset();
+    return body();
+  });
 }
 
 }  // namespace nomely::test

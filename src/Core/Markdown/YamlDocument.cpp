@@ -207,7 +207,7 @@ class YamlDocumentBuilder {
 YamlDocument::YamlDocument(std::string_view source) {
   if (source.size() >= none) throw YamlError("too long");
   // The library compares each tag directive with all before it.
-  if (countOf(source, "%TAG") > maxDirectives) throw YamlError("too many tag directives");
+  if (countOf(source, "\n%TAG") > maxDirectives) throw YamlError("too many tag directives");
   YamlDocumentBuilder(*this).build(source);
 }
 

@@ -155,7 +155,14 @@ void DayStore::deleteMemo(Day day, const Memo& memo) const {
     // The memo goes first: without its files it would be half a memo, and they without it are
     // merely in nobody's way.
     memoStore_.remove(day, memo.seqNumber);
-    discardUnnamedFiles(memo.attachments, day, Disposal::removal);
+    for (const std::string& name : memo.attachments) {
+      if (!AttachmentManager::isSafeName(name)) continue;
+      try {
+        context_.files.removeFile(context_.paths.dayFolder(day) / name);
+      } catch (const FileError& error) {
+        logFailure("deleteMemo", error);
+      }
+    }
   });
 }
 
@@ -169,33 +176,29 @@ void DayStore::withdraw(const Memo& moved, Day to, const std::filesystem::path& 
 }
 
 std::optional<std::set<std::string>> DayStore::filesNamed(Day day) const {
-  try {
-    std::set<std::string> names;
-    for (const std::int64_t number : listNumbers(day)) {
+  std::set<std::string> names;
+  for (const std::int64_t number : listNumbers(day)) {
+    try {
       const std::optional<Memo> memo = memoStore_.read(day, number);
       if (!memo) return std::nullopt;  // "7.md" is listed, but we read "007.md"
       names.insert(memo->attachments.begin(), memo->attachments.end());
+    } catch (const Error& error) {
+      logFailure("filesNamed", error);
+      return std::nullopt;
     }
-    return names;
-  } catch (const Error& error) {
-    logFailure("filesNamed", error);
-    return std::nullopt;
   }
+  return names;
 }
 
-void DayStore::discardUnnamedFiles(const std::vector<std::string>& names, Day day,
-                                   Disposal disposal) const {
+void DayStore::trashUnnamedFiles(const std::vector<std::string>& names, Day day) const {
   const auto named = filesNamed(day);
   if (!named) return;
   for (const std::string& name : names) {
-    if (named->contains(name) || !AttachmentManager::isSafeName(name)) continue;
+    if (named->contains(name)) continue;
     try {
-      if (disposal == Disposal::trash)
-        AttachmentManager(context_).deleteFile(name, day);
-      else
-        context_.files.removeFile(context_.paths.dayFolder(day) / name);
-    } catch (const Error& error) {
-      logFailure("discardUnnamedFiles", error);
+      AttachmentManager(context_).deleteFile(name, day);
+    } catch (const FileError& error) {
+      logFailure("trashUnnamedFiles", error);
     }
   }
 }
@@ -215,7 +218,7 @@ Memo DayStore::moveMemo(const Memo& memo, Day from, Day to) const {
       withdraw(moved, to, context_.paths.memoFile(from, memo.seqNumber));
       throw;
     }
-    discardUnnamedFiles(moved.attachments, from, Disposal::trash);
+    trashUnnamedFiles(moved.attachments, from);
     return moved;
   });
 }

@@ -60,14 +60,14 @@ class DayStore {
   // The check in front of both: throws instead of changing anything.
   void validateUpdate(const Memo& memo, Day day, const std::optional<Memo>& expected) const;
 
-  // Removes the memo, for good, and then the files it names; those that another memo of the day
-  // names stay, and all of them when one of those memos can't be read.
+  // Removes the memo and then the files it names, for good, whoever else names them.
   void deleteMemo(Day day, const Memo& memo) const;
 
   // Gives the memo the next number of another day, attachments and all, and returns it as it is
   // there. Files that no other memo of the old day names go to the attachment trash, unless one of
   // those memos can't be read. Until the old file goes both stand, so that a failure leaves the
-  // memo twice rather than not at all.
+  // memo twice rather than not at all. A failure to list the old day is reported when the move has
+  // happened.
   [[nodiscard]] Memo moveMemo(const Memo& memo, Day from, Day to) const;
 
  private:
@@ -77,10 +77,9 @@ class DayStore {
   void withdraw(const Memo& moved, Day to, const std::filesystem::path& oldFile) const;
   // The attachments that the memos of a day name; absent when one of them can't be read.
   [[nodiscard]] std::optional<std::set<std::string>> filesNamed(Day day) const;
-  // Disposes of those of the files that no memo of the day names, none when that is not certain.
-  // Best effort, never throwing: the memo that named them has gone already.
-  enum class Disposal { trash, removal };
-  void discardUnnamedFiles(const std::vector<std::string>& names, Day day, Disposal disposal) const;
+  // Trashes those of the files that no memo of the day names, none when that is not certain. A
+  // file that can't be moved is logged. Throws FileError when the day can't be listed.
+  void trashUnnamedFiles(const std::vector<std::string>& names, Day day) const;
 
   StoreContext context_;
   MemoStore memoStore_;

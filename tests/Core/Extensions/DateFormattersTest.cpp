@@ -2,7 +2,7 @@
 
 #include "Core/Extensions/DateFormatters.h"
 #include "Platform/Time/LocalTime.h"
-#include "Support/ChildProcess.h"
+#include "Support/ForkedRun.h"
 
 namespace nomely::test {
 namespace {

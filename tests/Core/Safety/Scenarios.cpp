@@ -227,7 +227,7 @@ Scenario removing(const Diary& diary) {
 }
 
 Scenario deleting(const Diary& diary) {
-  const Memo memo = diary.changed;
+  const Memo memo = diary.single;
   const Day day = diary.first;
   const auto run = [=](const StoreContext& context) {
     DayStore(context).deleteMemo(day, memo);
@@ -243,11 +243,11 @@ Scenario deleting(const Diary& diary) {
       .done = [=](const StoreContext& context) { EXPECT_TRUE(found(context, day, memo).empty()); },
       .tidy =
           [=](const StoreContext& context) {
-            EXPECT_FALSE(fs::exists(context.paths.dayFolder(day) / "own.png"));
+            EXPECT_FALSE(fs::exists(context.paths.dayFolder(day) / "single.png"));
           },
       .fates = {{memo.memoId.value(),
                  {.states = {memo}, .days = {day}, .survival = Fate::Survival::optional}}},
-      .touched = {memoBelowRoot(day, memo), belowRoot(day, "own.png")},
+      .touched = {memoBelowRoot(day, memo), belowRoot(day, "single.png")},
   };
 }
 

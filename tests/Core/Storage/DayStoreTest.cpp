@@ -327,7 +327,7 @@ TEST_F(DayStoreTest, MoveOutlivesAFailureToClearUp) {
   const Memo memo = store.createMemo(today, {.attachments = {"a.png"}});
   testing::internal::CaptureStderr();
   const Memo moved = store.moveMemo(memo, today, tomorrow);
-  EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("DayStore.moveMemo"));
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("DayStore.trashUnnamedFiles"));
   EXPECT_EQ(store.listMemos(tomorrow), std::vector{moved});
   EXPECT_THAT(listed(today), IsEmpty());
   EXPECT_EQ(readFile(file("a.png", today)), "a");
