@@ -57,15 +57,9 @@ constexpr std::string_view englishWords =
     "sample protocol server client latency throughput compiler thread deadlock allocator iterator "
     "snapshot migration rollback checksum entropy heuristics serendipity threshold palimpsest";
 constexpr std::string_view emojiWords =
-    "😀 👍 🎉 ☕ 📚 🌧️ ☀️ 🏃 🍜 😂 ❤️ 🙏 🤔 ✅ 🚀 💡 🐱 🎸 😴 "
-    "🥲 "
-    "👨‍👩‍👧 "
-    "🇨🇳 "
-    "🏔️ "
-    "👩🏽‍💻 "
-    "🍉 "
-    "🌕 "
-    "🎂 ✈️ 🧘 🐛";
+    "😀 👍 🎉 ☕ 📚 🌧️ ☀️ 🏃 🍜 😂 "
+    "❤️ 🙏 🤔 ✅ 🚀 💡 🐱 🎸 😴 🥲 "
+    "👨‍👩‍👧 🇨🇳 🏔️ 👩🏽‍💻 🍉 🌕 🎂 ✈️ 🧘 🐛";
 
 constexpr std::string_view tailFirst =
     "青白清远云山水木石林竹松梅兰菊荷柳桃杏梨春夏秋冬晨暮朝夕星月风雨霜雪雾露溪泉江湖海岛岸桥亭楼台"

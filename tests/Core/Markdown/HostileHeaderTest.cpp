@@ -109,6 +109,9 @@ std::vector<Hostile> hostileHeaders() {
     return std::string(before) + repeated(piece) + std::string(behind);
   };
   return {
+      {"nothing", refused, ""},
+      {"a comment alone", refused, "# a\n"},
+      {"a second document", refused, "time: a\n--- {mood: 1}\n"},
       {"laughs in an unknown key", refused, laughs("[", "]", ",")},
       {"laughs in tags", refused, laughs("[", "]", ",") + "tags: *l11\n"},
       {"laughs of maps", refused, laughs("[{", "}]", "}, {a: ")},
@@ -181,7 +184,7 @@ long peakMegabytes() {
   return usage.ru_maxrss / 1024;
 }
 
-// Headers of a megabyte that would take a careless reader hours or all memory.
+// Headers, most of a megabyte, that would take a careless reader hours or all memory.
 TEST(HostileHeaderTest, TakesTimeAndMemoryInProportion) {
   // Ten times what the slowest takes under the sanitizers; what is quadratic takes minutes.
   constexpr double mostSeconds = 10;
