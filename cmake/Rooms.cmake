@@ -20,6 +20,7 @@ function(nomely_tests name)
   file(GLOB_RECURSE files CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${TESTS_FOLDER}/*.cpp)
   add_executable(nomely_${name}_tests ${files})
   target_link_libraries(nomely_${name}_tests PRIVATE nomely_test_support ${TESTS_LINK} GTest::gmock_main)
+  target_precompile_headers(nomely_${name}_tests PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
   target_compile_definitions(nomely_${name}_tests PRIVATE
     NOMELY_FIXTURES="${CMAKE_CURRENT_SOURCE_DIR}/${TESTS_FOLDER}/fixtures")
   gtest_discover_tests(nomely_${name}_tests DISCOVERY_MODE PRE_TEST

@@ -56,10 +56,11 @@ Application::Application(const ApplicationContext& context)
       startup_(context.executor) {}
 
 void Application::startMaintenance(bool ready) {
-  if (isUnitTesting_ || dataMaintenance_) return;
+  if (!ready || isUnitTesting_ || dataMaintenance_) return;
+  if (!jobs_) jobs_.emplace(1);
   const auto maintenance = [this](const std::stop_token& stop,
                                   const StartupCoordinator::Completion& completion) {
-    jobs_.submit(
+    jobs_->submit(
         [storage = storage_, stop, completion](const std::stop_token&) {
           try {
             sweepTemporaryFiles(storage, stop);

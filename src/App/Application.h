@@ -50,7 +50,7 @@ class Application {
   StoreContext storage_;
   DayStore dayStore_;
   UserDefaults userDefaults_;
-  JobPool jobs_{1};
+  std::optional<JobPool> jobs_;  // started with the first job: one short command needs none
   StartupCoordinator startup_;
 };
 

@@ -29,8 +29,8 @@ class AddCommand final : public Command {
     const auto files = Arguments::files(files_);
 
     TextInput input(session);
-    // With files, no text is needed, and none is waited for.
-    const bool asks = text_.has_value() || files.empty();
+    // With files, no text is needed, and no editor is opened for one.
+    const bool asks = text_.has_value() || files.empty() || !Terminal::isInput();
     content.body = asks ? input.read(text_, "").value_or("") : "";
     if (files.empty() && trimSpaceAndBreaks(content.body).empty()) {
       input.accept();

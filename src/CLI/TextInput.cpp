@@ -71,8 +71,8 @@ void TextInput::accept() {
 std::optional<std::string> TextInput::read(const std::optional<std::string>& argument,
                                            const std::string& original) {
   if (argument && *argument != "-") return asBody(checkedUtf8(*argument, "正文"));
-  if (argument || session_.options.noInput || !Terminal::isInput())
-    return asBody(checkedUtf8(fromStandardInput(), "标准输入"));
+  if (!argument && Terminal::isInput() && session_.options.noInput) return "";
+  if (argument || !Terminal::isInput()) return asBody(checkedUtf8(fromStandardInput(), "标准输入"));
   return fromEditor(original);
 }
 

@@ -110,6 +110,19 @@ TEST_F(MemoCommandsTest, AttachmentsComeGoAndAreDescribed) {
   EXPECT_NE(treeOf(root / ".versions").find("picture"), std::string::npos);
 }
 
+TEST_F(MemoCommandsTest, AFileIsAttachedWithPipedTextOrNone) {
+  writeFile(home.path() / "a.txt", "文件");
+  const std::string file = (home.path() / "a.txt").string();
+  const ProgramResult piped =
+      run({.arguments = {"add", "--attach", file, "--json"}, .input = "说明文字\n"});
+  EXPECT_EQ(Json::parse(piped.output)["body"], "说明文字");
+  const ProgramResult alone =
+      run({.arguments = {"add", "--attach", file, "--json"}, .inputKind = InputKind::terminal});
+  EXPECT_EQ(alone.status, 0) << alone.errors;
+  EXPECT_EQ(Json::parse(alone.output)["body"], "");
+  EXPECT_EQ(run({.arguments = {"add", "--no-input"}, .inputKind = InputKind::terminal}).status, 2);
+}
+
 TEST_F(MemoCommandsTest, MoveTakesAttachmentsAlong) {
   writeFile(home.path() / "a.txt", "文件");
   const Json added = add("要移动", {"--attach", (home.path() / "a.txt").string()});

@@ -1,5 +1,7 @@
 #include "Support/FaultyFileSystem.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 #include <unistd.h>
@@ -7,29 +9,60 @@
 #include "Platform/Files/FileError.h"
 
 namespace nomely::test {
+namespace {
 
-bool FaultyFileSystem::strikes() {
-  ++calls_;
-  return fault_.atCall != 0 && (fault_.lasting ? calls_ >= fault_.atCall : calls_ == fault_.atCall);
+std::string_view firstHalf(std::string_view bytes) {
+  return bytes.substr(0, (bytes.size() + 1) / 2);
 }
 
-template <typename Call>
-auto FaultyFileSystem::guarded(const std::filesystem::path& path, Call call) {
-  if (!strikes()) return call();
+}  // namespace
+
+FaultyFileSystem::Strike FaultyFileSystem::next(std::string_view name,
+                                                const std::filesystem::path& path) {
+  calls_.push_back({name, path});
+  if (fault_.atCall == 0 || calls_.size() < fault_.atCall) return Strike::none;
+  if (calls_.size() == fault_.atCall) return Strike::first;
+  return fault_.lasting ? Strike::repeated : Strike::none;
+}
+
+void FaultyFileSystem::announce(Strike strike) const {
+  if (strike == Strike::first && fault_.onStrike) fault_.onStrike();
+}
+
+void FaultyFileSystem::fail(const std::filesystem::path& path) const {
+  throw FileError("测试", path, fault_.errorNumber);
+}
+
+template <typename Whole, typename Half>
+auto FaultyFileSystem::guarded(std::string_view name, const std::filesystem::path& path,
+                               Whole whole, Half half) {
+  const Strike strike = next(name, path);
+  if (strike == Strike::none) return whole();
   switch (fault_.mode) {
-    case Mode::shortWrite:
-    case Mode::fail:
-      break;
-    case Mode::failAfter:
-      call();
-      break;
     case Mode::die:
       ::_exit(deathStatus);
-    case Mode::dieAfter:
-      call();
+    case Mode::dieLate:
+      whole();
       ::_exit(deathStatus);
+    case Mode::failLate:
+      whole();
+      announce(strike);
+      fail(path);
+    case Mode::partial:
+      if (strike == Strike::repeated) fail(path);
+      announce(strike);
+      return half();
+    case Mode::fail:
+      break;
   }
-  throw FileError("测试", path, fault_.errorNumber);
+  announce(strike);
+  fail(path);
+}
+
+template <typename Whole>
+auto FaultyFileSystem::guarded(std::string_view name, const std::filesystem::path& path,
+                               Whole whole) {
+  return guarded(name, path, whole, whole);
 }
 
 class FaultyFile final : public File {
@@ -38,32 +71,40 @@ class FaultyFile final : public File {
       : owner_(owner), inner_(std::move(inner)), path_(std::move(path)) {}
 
   std::size_t read(std::span<char> buffer) override {
-    return owner_.guarded(path_, [&] { return inner_->read(buffer); });
+    return owner_.guarded(
+        "read", path_, [&] { return inner_->read(buffer); },
+        [&] { return inner_->read(buffer.first((buffer.size() + 1) / 2)); });
   }
 
   std::size_t write(std::string_view bytes) override {
-    if (owner_.fault_.mode == FaultyFileSystem::Mode::shortWrite && bytes.size() > 1) {
-      // The disk takes a last byte and has no room for the next.
-      if (owner_.strikes()) return inner_->write(bytes.substr(0, 1));
-      return inner_->write(bytes);
-    }
-    return owner_.guarded(path_, [&] { return inner_->write(bytes); });
+    return owner_.guarded(
+        "write", path_, [&] { return inner_->write(bytes); },
+        [&] { return inner_->write(firstHalf(bytes)); });
   }
 
   void sync() override {
-    owner_.guarded(path_, [&] { inner_->sync(); });
+    owner_.guarded("sync", path_, [&] { inner_->sync(); });
   }
   FileAttributes attributes() override {
-    return owner_.guarded(path_, [&] { return inner_->attributes(); });
+    return owner_.guarded("fstat", path_, [&] { return inner_->attributes(); });
   }
   void copyContents(File& source) override {
-    owner_.guarded(path_, [&] { inner_->copyContents(*dynamic_cast<FaultyFile&>(source).inner_); });
+    File& from = *dynamic_cast<FaultyFile&>(source).inner_;
+    owner_.guarded(
+        "copyContents", path_, [&] { inner_->copyContents(from); },
+        [&] {
+          std::string bytes(from.attributes().size, '\0');
+          bytes.resize(from.read(bytes));
+          (void)inner_->write(firstHalf(bytes));
+          owner_.fail(path_);
+        });
   }
   void copyMetadata(File& source) override {
-    owner_.guarded(path_, [&] { inner_->copyMetadata(*dynamic_cast<FaultyFile&>(source).inner_); });
+    File& from = *dynamic_cast<FaultyFile&>(source).inner_;
+    owner_.guarded("copyMetadata", path_, [&] { inner_->copyMetadata(from); });
   }
   void setPermissions(unsigned permissions) override {
-    owner_.guarded(path_, [&] { inner_->setPermissions(permissions); });
+    owner_.guarded("setPermissions", path_, [&] { inner_->setPermissions(permissions); });
   }
 
  private:
@@ -72,9 +113,14 @@ class FaultyFile final : public File {
   std::filesystem::path path_;
 };
 
+bool FaultyFileSystem::canBePartial(const Call& call) {
+  static constexpr std::array<std::string_view, 3> transfers{"read", "write", "copyContents"};
+  return std::ranges::find(transfers, call.name) != transfers.end();
+}
+
 std::unique_ptr<File> FaultyFileSystem::open(const std::filesystem::path& path, OpenMode mode,
                                              LinkPolicy links) {
-  return guarded(path, [&]() -> std::unique_ptr<File> {
+  return guarded(mode == OpenMode::read ? "open" : "create", path, [&]() -> std::unique_ptr<File> {
     auto inner = inner_.open(path, mode, links);
     if (!inner) return nullptr;
     return std::make_unique<FaultyFile>(*this, std::move(inner), path);
@@ -83,28 +129,28 @@ std::unique_ptr<File> FaultyFileSystem::open(const std::filesystem::path& path, 
 
 std::optional<FileAttributes> FaultyFileSystem::attributes(const std::filesystem::path& path,
                                                            LinkPolicy links) {
-  return guarded(path, [&] { return inner_.attributes(path, links); });
+  return guarded("stat", path, [&] { return inner_.attributes(path, links); });
 }
 
 std::vector<DirectoryEntry> FaultyFileSystem::list(const std::filesystem::path& directory) {
-  return guarded(directory, [&] { return inner_.list(directory); });
+  return guarded("list", directory, [&] { return inner_.list(directory); });
 }
 
 bool FaultyFileSystem::makeDirectory(const std::filesystem::path& path, unsigned permissions) {
-  return guarded(path, [&] { return inner_.makeDirectory(path, permissions); });
+  return guarded("makeDirectory", path, [&] { return inner_.makeDirectory(path, permissions); });
 }
 
 void FaultyFileSystem::rename(const std::filesystem::path& from, const std::filesystem::path& to,
                               Replacement replacement) {
-  guarded(to, [&] { inner_.rename(from, to, replacement); });
+  guarded("rename", to, [&] { inner_.rename(from, to, replacement); });
 }
 
 bool FaultyFileSystem::remove(const std::filesystem::path& path) {
-  return guarded(path, [&] { return inner_.remove(path); });
+  return guarded("remove", path, [&] { return inner_.remove(path); });
 }
 
 void FaultyFileSystem::syncDirectory(const std::filesystem::path& path) {
-  guarded(path, [&] { inner_.syncDirectory(path); });
+  guarded("syncDirectory", path, [&] { inner_.syncDirectory(path); });
 }
 
 }  // namespace nomely::test

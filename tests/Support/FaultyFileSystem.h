@@ -1,8 +1,12 @@
 #pragma once
 
+#include <cerrno>
 #include <cstdint>
+#include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Platform/Files/FileSystem.h"
@@ -14,26 +18,37 @@ namespace nomely::test {
 class FaultyFileSystem final : public FileSystem {
  public:
   enum class Mode {
-    fail,        // the call does nothing and fails with `errorNumber`
-    shortWrite,  // a write takes one byte and succeeds, or fails with `errorNumber` when repeated
-    failAfter,   // the call is done, and then fails all the same
-    die,         // the process ends with `deathStatus` before the call
-    dieAfter,    // and after it
+    fail,      // the call does nothing and fails with `errorNumber`
+    partial,   // it reads or writes half of what it could; a copy fails half-way; others: untouched
+    failLate,  // the call is done, and then fails all the same
+    die,       // the process ends with `deathStatus` before the call
+    dieLate,   // and after it
   };
   static constexpr int deathStatus = 77;
 
   struct Fault {
     Mode mode = Mode::fail;
     std::uint64_t atCall = 0;  // 0: never
-    int errorNumber = 5;
-    bool lasting = false;  // every later call too
+    int errorNumber = EIO;
+    bool lasting = false;  // every later call too; with Mode::partial they fail
+    // Called once, where the fault strikes: before a call that isn't done, after one that is.
+    std::function<void()> onStrike = {};
   };
 
-  FaultyFileSystem(FileSystem& inner, Fault fault) : inner_(inner), fault_(fault) {}
+  struct Call {
+    std::string_view name;
+    std::filesystem::path path;
+  };
 
-  [[nodiscard]] std::uint64_t calls() const { return calls_; }
+  FaultyFileSystem(FileSystem& inner, Fault fault) : inner_(inner), fault_(std::move(fault)) {}
+
+  // Every call so far.
+  [[nodiscard]] const std::vector<Call>& calls() const { return calls_; }
   // Calls pass untouched from here on.
   void heal() { fault_ = {}; }
+
+  // Whether Mode::partial makes a difference to such a call.
+  [[nodiscard]] static bool canBePartial(const Call& call);
 
   std::unique_ptr<File> open(const std::filesystem::path& path, OpenMode mode,
                              LinkPolicy links) override;
@@ -48,16 +63,21 @@ class FaultyFileSystem final : public FileSystem {
 
  private:
   friend class FaultyFile;
+  enum class Strike { none, first, repeated };
 
-  // Runs one call of the inner file system under the fault.
-  template <typename Call>
-  auto guarded(const std::filesystem::path& path, Call call);
+  // Runs one call of the inner file system under the fault. `half` does it by half.
+  template <typename Whole, typename Half>
+  auto guarded(std::string_view name, const std::filesystem::path& path, Whole whole, Half half);
+  template <typename Whole>
+  auto guarded(std::string_view name, const std::filesystem::path& path, Whole whole);
   // Whether the fault strikes this call; counts it.
-  [[nodiscard]] bool strikes();
+  [[nodiscard]] Strike next(std::string_view name, const std::filesystem::path& path);
+  void announce(Strike strike) const;
+  [[noreturn]] void fail(const std::filesystem::path& path) const;
 
   FileSystem& inner_;
   Fault fault_;
-  std::uint64_t calls_ = 0;
+  std::vector<Call> calls_;
 };
 
 }  // namespace nomely::test

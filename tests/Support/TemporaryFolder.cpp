@@ -6,13 +6,14 @@
 #include <stdexcept>
 
 #include <stdlib.h>
+#include <unistd.h>
 
 namespace nomely::test {
 
 namespace fs = std::filesystem;
 
-TemporaryFolder::TemporaryFolder() {
-  std::string pattern = (fs::temp_directory_path() / "nomely-test-XXXXXX").string();
+TemporaryFolder::TemporaryFolder(const fs::path& parent) {
+  std::string pattern = (parent / "nomely-test-XXXXXX").string();
   if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
   path_ = pattern;
 }
@@ -20,6 +21,11 @@ TemporaryFolder::TemporaryFolder() {
 TemporaryFolder::~TemporaryFolder() {
   std::error_code ignored;
   fs::remove_all(path_, ignored);
+}
+
+fs::path quickParent() {
+  const fs::path memory = "/dev/shm";
+  return ::access(memory.c_str(), W_OK | X_OK) == 0 ? memory : fs::temp_directory_path();
 }
 
 void writeFile(const fs::path& file, const std::string& content) {

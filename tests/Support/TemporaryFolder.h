@@ -8,7 +8,8 @@ namespace nomely::test {
 // An empty folder that goes with everything in it when the test ends.
 class TemporaryFolder {
  public:
-  TemporaryFolder();
+  explicit TemporaryFolder(
+      const std::filesystem::path& parent = std::filesystem::temp_directory_path());
   ~TemporaryFolder();
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
@@ -18,6 +19,10 @@ class TemporaryFolder {
  private:
   std::filesystem::path path_;
 };
+
+// A parent for folders of tests that make thousands of files durable: in memory where the machine
+// has that, else the usual one.
+[[nodiscard]] std::filesystem::path quickParent();
 
 // Plain reads and writes, with parents made, for setting up and looking at a folder.
 void writeFile(const std::filesystem::path& file, const std::string& content);

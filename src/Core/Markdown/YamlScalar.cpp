@@ -155,13 +155,8 @@ std::string withoutUnderscores(std::string_view text) {
   return digits;
 }
 
-// `digits` without sign, in base 60 groups when it holds ":".
-std::optional<std::uint64_t> magnitude(std::string_view digits) {
-  int base = 10;
-  if (digits.starts_with("0b")) base = 2;
-  if (digits.starts_with("0x")) base = 16;
-  if (base != 10) digits.remove_prefix(2);
-  if (base == 10 && digits.size() > 1 && digits.front() == '0') base = 8;
+// `digits` in groups of base 60 when it holds ":".
+std::optional<std::uint64_t> groups(std::string_view digits, int base) {
   std::uint64_t total = 0;
   for (;;) {
     std::uint64_t group = 0;
@@ -174,6 +169,13 @@ std::optional<std::uint64_t> magnitude(std::string_view digits) {
     if (*stop != ':') return std::nullopt;
     digits.remove_prefix(static_cast<std::size_t>(stop - digits.data()) + 1);
   }
+}
+
+// `digits` without sign.
+std::optional<std::uint64_t> magnitude(std::string_view digits) {
+  if (digits.starts_with("0b")) return groups(digits.substr(2), 2);
+  if (digits.starts_with("0x")) return groups(digits.substr(2), 16);
+  return groups(digits, digits.size() > 1 && digits.front() == '0' ? 8 : 10);
 }
 
 std::optional<double> decimal(std::string_view text) {
@@ -229,17 +231,18 @@ std::optional<double> YamlScalar::floatingPoint(std::string_view text) {
     return std::nullopt;
   const std::string digits = withoutUnderscores(unsignedText);
   std::string_view lastGroup = digits;
-  double groups = 0;
+  double leading = 0;
   if (const std::size_t colon = digits.rfind(':'); colon != std::string::npos) {
-    const auto whole = magnitude(std::string_view(digits).substr(0, colon));
+    // Zeros in front mean octal in an integer only.
+    const auto whole = groups(std::string_view(digits).substr(0, colon), 10);
     if (!isFloat(text) || !whole) return std::nullopt;
-    groups = static_cast<double>(*whole) * 60;
+    leading = static_cast<double>(*whole) * 60;
     lastGroup.remove_prefix(colon + 1);
   }
   // Exponents without sign or point are no YAML 1.1, but other writers produce them.
   const auto number = decimal(lastGroup);
   if (!number) return std::nullopt;
-  return negative ? -(groups + *number) : groups + *number;
+  return negative ? -(leading + *number) : leading + *number;
 }
 
 std::string YamlScalar::text(double number) {

@@ -22,8 +22,10 @@ std::string withExtension(std::string name, std::string_view extension) {
 
 // Short, and never the name of a memo: eight digits may all be decimal.
 std::string shortName(std::string_view extension) {
+  // With a backslash in it no name would ever be safe.
+  if (!VersionStore::isSafeFilename(extension)) extension = {};
   for (;;) {
-    const std::string name = withExtension(Uuid::random().string().substr(0, 8), extension);
+    std::string name = withExtension(Uuid::random().string().substr(0, 8), extension);
     if (AttachmentManager::isSafeName(name)) return name;
   }
 }

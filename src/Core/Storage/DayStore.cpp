@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <set>
 
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Extensions/PathNames.h"
@@ -153,6 +152,9 @@ void DayStore::commitMemo(const Memo& memo, Day day, const std::optional<Memo>& 
 void DayStore::deleteMemo(Day day, const Memo& memo) const {
   writes_.write([&] {
     validateUpdate(memo, day, memo);
+    // The memo goes first: without its files it would be half a memo, and they without it are
+    // merely in nobody's way.
+    memoStore_.remove(day, memo.seqNumber);
     for (const std::string& name : memo.attachments) {
       if (!AttachmentManager::isSafeName(name)) continue;
       try {
@@ -161,7 +163,6 @@ void DayStore::deleteMemo(Day day, const Memo& memo) const {
         logFailure("deleteMemo", error);
       }
     }
-    memoStore_.remove(day, memo.seqNumber);
   });
 }
 
@@ -171,6 +172,34 @@ void DayStore::withdraw(const Memo& moved, Day to, const std::filesystem::path& 
     if (context_.files.exists(oldFile)) memoStore_.remove(to, moved.seqNumber);
   } catch (const Error& error) {
     logFailure("moveMemo", error);
+  }
+}
+
+std::optional<std::set<std::string>> DayStore::filesNamed(Day day) const {
+  std::set<std::string> names;
+  for (const std::int64_t number : listNumbers(day)) {
+    try {
+      const std::optional<Memo> memo = memoStore_.read(day, number);
+      if (!memo) return std::nullopt;  // "7.md" is listed, but we read "007.md"
+      names.insert(memo->attachments.begin(), memo->attachments.end());
+    } catch (const Error& error) {
+      logFailure("filesNamed", error);
+      return std::nullopt;
+    }
+  }
+  return names;
+}
+
+void DayStore::trashUnnamedFiles(const std::vector<std::string>& names, Day day) const {
+  const auto named = filesNamed(day);
+  if (!named) return;
+  for (const std::string& name : names) {
+    if (named->contains(name)) continue;
+    try {
+      AttachmentManager(context_).deleteFile(name, day);
+    } catch (const FileError& error) {
+      logFailure("trashUnnamedFiles", error);
+    }
   }
 }
 
@@ -189,17 +218,7 @@ Memo DayStore::moveMemo(const Memo& memo, Day from, Day to) const {
       withdraw(moved, to, context_.paths.memoFile(from, memo.seqNumber));
       throw;
     }
-    std::set<std::string> stillNamed;
-    for (const Memo& remaining : listMemos(from))
-      stillNamed.insert(remaining.attachments.begin(), remaining.attachments.end());
-    for (const std::string& name : moved.attachments) {
-      if (stillNamed.contains(name)) continue;
-      try {
-        attachments.deleteFile(name, from);
-      } catch (const FileError& error) {
-        logFailure("moveMemo", error);
-      }
-    }
+    trashUnnamedFiles(moved.attachments, from);
     return moved;
   });
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -59,12 +60,14 @@ class DayStore {
   // The check in front of both: throws instead of changing anything.
   void validateUpdate(const Memo& memo, Day day, const std::optional<Memo>& expected) const;
 
-  // Removes the memo and the files it names, for good.
+  // Removes the memo and then the files it names, for good, whoever else names them.
   void deleteMemo(Day day, const Memo& memo) const;
 
   // Gives the memo the next number of another day, attachments and all, and returns it as it is
-  // there. Files that no other memo of the old day names go to the attachment trash. Until the old
-  // file goes both stand, so that a failure leaves the memo twice rather than not at all.
+  // there. Files that no other memo of the old day names go to the attachment trash, unless one of
+  // those memos can't be read. Until the old file goes both stand, so that a failure leaves the
+  // memo twice rather than not at all. A failure to list the old day is reported when the move has
+  // happened.
   [[nodiscard]] Memo moveMemo(const Memo& memo, Day from, Day to) const;
 
  private:
@@ -72,6 +75,11 @@ class DayStore {
   void place(Memo& memo, Day day) const;
   // Takes a moved memo's new file away again, never throwing, when its old one still stands.
   void withdraw(const Memo& moved, Day to, const std::filesystem::path& oldFile) const;
+  // The attachments that the memos of a day name; absent when one of them can't be read.
+  [[nodiscard]] std::optional<std::set<std::string>> filesNamed(Day day) const;
+  // Trashes those of the files that no memo of the day names, none when that is not certain. A
+  // file that can't be moved is logged. Throws FileError when the day can't be listed.
+  void trashUnnamedFiles(const std::vector<std::string>& names, Day day) const;
 
   StoreContext context_;
   MemoStore memoStore_;

@@ -14,10 +14,10 @@
 namespace nomely {
 namespace {
 
-// Seconds since 1970 in the shortest form that reads back as the same number.
+// Seconds since 1970, always to the microsecond: names then sort by age within a second too.
 std::string secondsText(Moment moment) {
   const std::chrono::duration<double> seconds = moment.time_since_epoch();
-  return fmt::format("{}", seconds.count());
+  return fmt::format("{:.6f}", seconds.count());
 }
 
 }  // namespace

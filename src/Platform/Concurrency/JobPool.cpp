@@ -17,6 +17,7 @@ JobPool::JobPool(std::size_t threads) {
 JobPool::~JobPool() {
   {
     const std::lock_guard lock(mutex_);
+    closing_ = true;
     for (auto& queue : waiting_) queue.clear();
     for (const auto& job : running_) job->source.request_stop();
   }
@@ -28,6 +29,7 @@ JobPool::Handle JobPool::submit(std::function<void(std::stop_token)> job, Priori
   Handle handle(entry->source);
   {
     const std::lock_guard lock(mutex_);
+    if (closing_) return handle;
     waiting_[static_cast<std::size_t>(priority)].push_back(std::move(entry));
   }
   available_.notify_one();

@@ -61,6 +61,7 @@ class JobPool {
   std::condition_variable_any available_;
   std::array<std::deque<std::shared_ptr<Job>>, 2> waiting_;  // by priority
   std::vector<std::shared_ptr<Job>> running_;
+  bool closing_ = false;
   std::vector<std::jthread> threads_;
 };
 

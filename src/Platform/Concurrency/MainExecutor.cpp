@@ -41,15 +41,18 @@ bool RunLoop::runUntil(const std::function<bool()>& done, std::chrono::milliseco
   const auto deadline = std::chrono::steady_clock::now() + limit;
   std::unique_lock lock(mutex_);
   thread_ = std::this_thread::get_id();
-  for (;;) {
+  for (bool late = false;;) {
     lock.unlock();
     if (done()) return true;
+    // Jobs that post jobs never leave the queue empty.
+    if (late) return false;
     lock.lock();
     if (!posted_.wait_until(lock, deadline, [&] { return !jobs_.empty(); })) return false;
     const std::function<void()> job = std::move(jobs_.front());
     jobs_.pop_front();
     lock.unlock();
     runLogged(job);
+    late = std::chrono::steady_clock::now() >= deadline;
     lock.lock();
   }
 }

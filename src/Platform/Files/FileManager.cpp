@@ -151,24 +151,14 @@ bool FileManager::createAtomically(const path& target, std::string_view bytes) c
     if (error.kind() == FileError::Kind::alreadyExists) return false;
     throw;
   }
-  syncParent(target);
+  settleNew(target);
   return true;
 }
 
 void FileManager::createDirectories(const path& directory, unsigned permissions) const {
   if (directory.empty() || isDirectory(directory)) return;
   createDirectories(directory.parent_path());
-  if (!fileSystem_.makeDirectory(directory, permissions)) return;
-  try {
-    syncParent(directory);
-  } catch (const FileError&) {
-    // Left standing, the next attempt would take a folder for durable that is not.
-    try {
-      fileSystem_.remove(directory);
-    } catch (const FileError&) {
-    }
-    throw;
-  }
+  if (fileSystem_.makeDirectory(directory, permissions)) settleNew(directory);
 }
 
 void FileManager::copyFile(const path& source, const path& destination, LinkPolicy links) const {
@@ -181,7 +171,7 @@ void FileManager::copyFile(const path& source, const path& destination, LinkPoli
   temporary.file().copyContents(*original);
   temporary.file().copyMetadata(*original);
   temporary.place(destination, Replacement::forbid);
-  syncParent(destination);
+  settleNew(destination);
 }
 
 void FileManager::moveFile(const path& source, const path& destination) const {
@@ -218,6 +208,19 @@ std::size_t FileManager::sweepTemporaries(const path& directory) const {
     }
   }
   return swept;
+}
+
+void FileManager::settleNew(const path& name) const {
+  try {
+    syncParent(name);
+  } catch (const FileError&) {
+    try {
+      fileSystem_.remove(name);
+    } catch (const FileError&) {
+      // The failure that brought us here is the one to report.
+    }
+    throw;
+  }
 }
 
 void FileManager::syncParent(const path& name) const {

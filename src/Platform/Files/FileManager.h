@@ -15,8 +15,9 @@ namespace nomely {
 // and the folder made durable too, so that what returned has survived a power cut.
 //
 // A call that throws has left the old contents, or, when the last step (making the folder durable)
-// failed, the new ones; repeating it is safe. A temporary that could not be removed stays behind
-// under a name that no later call uses; sweepTemporaries takes it away.
+// failed, the new ones; what it made anew it takes away again. Repeating it is safe. A temporary
+// that could not be removed stays behind under a name that no later call uses; sweepTemporaries
+// takes it away.
 //
 // Everything throws FileError. Stateless; safe on any thread.
 class FileManager {
@@ -68,6 +69,9 @@ class FileManager {
  private:
   class Temporary;
 
+  // Makes the entry of a new file or folder durable, or takes it away: left standing, the next
+  // attempt would take for durable what is not, or find its name taken by its own leavings.
+  void settleNew(const std::filesystem::path& path) const;
   void syncParent(const std::filesystem::path& path) const;
 
   FileSystem& fileSystem_;

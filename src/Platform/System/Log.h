@@ -24,22 +24,22 @@ class Log {
   template <typename... Arguments>
   static void information(LogChannel channel, fmt::format_string<Arguments...> format,
                           Arguments&&... arguments) noexcept {
-    write(channel, LogLevel::information, format, arguments...);
+    writeFormatted(channel, LogLevel::information, format, arguments...);
   }
   template <typename... Arguments>
   static void error(LogChannel channel, fmt::format_string<Arguments...> format,
                     Arguments&&... arguments) noexcept {
-    write(channel, LogLevel::error, format, arguments...);
+    writeFormatted(channel, LogLevel::error, format, arguments...);
   }
 
  private:
   template <typename Format, typename... Arguments>
-  static void write(LogChannel channel, LogLevel level, Format format,
-                    const Arguments&... arguments) noexcept {
+  static void writeFormatted(LogChannel channel, LogLevel level, Format format,
+                             const Arguments&... arguments) noexcept {
     try {
-      write(channel, level, std::string_view(fmt::format(fmt::runtime(format), arguments...)));
+      write(channel, level, fmt::format(fmt::runtime(format), arguments...));
     } catch (...) {
-      write(channel, level, std::string_view("(message could not be formatted)"));
+      write(channel, level, "(message could not be formatted)");
     }
   }
 };

@@ -17,7 +17,9 @@ constexpr std::string_view fileName = "defaults.json";
 template <typename Value>
 bool holds(const Json& json) {
   if constexpr (std::is_same_v<Value, bool>) return json.is_boolean();
-  if constexpr (std::is_same_v<Value, std::int64_t>) return json.is_number_integer();
+  if constexpr (std::is_same_v<Value, std::int64_t>)
+    return json.is_number_integer() &&
+           !(json.is_number_unsigned() && json.get<std::uint64_t>() > INT64_MAX);
   if constexpr (std::is_same_v<Value, std::string>) return json.is_string();
 }
 

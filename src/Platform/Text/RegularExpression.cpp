@@ -18,6 +18,29 @@ icu::UnicodeString aliasOf(std::u16string_view text) {
   return icu::UnicodeString(false, text.data(), static_cast<int32_t>(text.size()));
 }
 
+// By hand: the library's own templates also give a meaning to backslashes and to a "$" that names
+// no group.
+void appendReplacement(std::u16string& output, std::u16string_view replacement,
+                       std::u16string_view text, const RegularExpression::Match& match) {
+  for (std::size_t at = 0; at < replacement.size();) {
+    // As many digits as still name a group.
+    std::size_t group = 0;
+    std::size_t end = at + 1;
+    while (replacement[at] == u'$' && end < replacement.size() && replacement[end] >= u'0' &&
+           replacement[end] <= u'9') {
+      const std::size_t longer = group * 10 + static_cast<std::size_t>(replacement[end] - u'0');
+      if (longer >= match.groups.size()) break;
+      group = longer;
+      ++end;
+    }
+    if (end == at + 1)
+      output += replacement[at];
+    else if (const auto& range = match.groups[group])
+      output += text.substr(range->begin, range->length());
+    at = end;
+  }
+}
+
 }  // namespace
 
 struct RegularExpression::Compiled {
@@ -51,7 +74,7 @@ RegularExpression::~RegularExpression() = default;
 RegularExpression::RegularExpression(RegularExpression&&) noexcept = default;
 RegularExpression& RegularExpression::operator=(RegularExpression&&) noexcept = default;
 
-void RegularExpression::forEachMatch(std::u16string_view text,
+bool RegularExpression::forEachMatch(std::u16string_view text,
                                      const std::function<bool(Match)>& visit) const {
   const icu::UnicodeString source = aliasOf(text);
   const auto matcher = compiled_->matcher(source);
@@ -67,8 +90,9 @@ void RegularExpression::forEachMatch(std::u16string_view text,
         match.groups.emplace_back(
             TextRange{static_cast<std::size_t>(begin), static_cast<std::size_t>(end)});
     }
-    if (!visit(std::move(match))) return;
+    if (!visit(std::move(match))) return true;
   }
+  return U_SUCCESS(status) != 0;
 }
 
 bool RegularExpression::matchesIn(std::u16string_view text) const {
@@ -96,12 +120,16 @@ std::vector<RegularExpression::Match> RegularExpression::matches(std::u16string_
 
 std::u16string RegularExpression::replacingMatches(std::u16string_view text,
                                                    std::u16string_view replacement) const {
-  const icu::UnicodeString source = aliasOf(text);
-  const auto matcher = compiled_->matcher(source);
-  UErrorCode status = U_ZERO_ERROR;
-  const icu::UnicodeString replaced = matcher->replaceAll(aliasOf(replacement), status);
-  if (U_FAILURE(status)) return std::u16string(text);
-  return {replaced.getBuffer(), static_cast<std::size_t>(replaced.length())};
+  std::u16string replaced;
+  std::size_t copied = 0;
+  const bool finished = forEachMatch(text, [&](const Match& match) {
+    replaced += text.substr(copied, match.whole().begin - copied);
+    appendReplacement(replaced, replacement, text, match);
+    copied = match.whole().end;
+    return true;
+  });
+  if (!finished) return std::u16string(text);
+  return replaced.append(text.substr(copied));
 }
 
 }  // namespace nomely

@@ -42,15 +42,16 @@ class RegularExpression {
   [[nodiscard]] bool matchesIn(std::u16string_view text) const;
   [[nodiscard]] std::optional<Match> firstMatch(std::u16string_view text) const;
   [[nodiscard]] std::vector<Match> matches(std::u16string_view text) const;
-  // Every match replaced, "$1" in `replacement` standing for the first group. The text as it was
-  // when a bound was hit.
+  // Every match replaced, "$1" in `replacement` standing for the first group and "$0" for the
+  // match; nothing else in it is special. The text as it was when a bound was hit.
   [[nodiscard]] std::u16string replacingMatches(std::u16string_view text,
                                                 std::u16string_view replacement) const;
 
  private:
   struct Compiled;
 
-  void forEachMatch(std::u16string_view text, const std::function<bool(Match)>& visit) const;
+  // Stops when `visit` answers false; false when a bound was hit.
+  bool forEachMatch(std::u16string_view text, const std::function<bool(Match)>& visit) const;
 
   std::unique_ptr<Compiled> compiled_;
 };

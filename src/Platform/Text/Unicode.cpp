@@ -73,6 +73,19 @@ void forEachGrapheme(std::string_view text, Visit visit) {
   utext_close(&source);
 }
 
+std::size_t columnsOf(std::string_view cluster) {
+  const auto first = static_cast<UChar32>(decodeFirst(cluster).value);
+  const int type = u_charType(first);
+  if (type == U_CONTROL_CHAR || type == U_FORMAT_CHAR) return 0;
+  const int eastAsian = u_getIntPropertyValue(first, UCHAR_EAST_ASIAN_WIDTH);
+  if (eastAsian == U_EA_WIDE || eastAsian == U_EA_FULLWIDTH) return 2;
+  // Flags are made of narrow letters, and a selector turns narrow signs into emoji.
+  constexpr std::string_view emojiSelector = "\xEF\xB8\x8F";
+  const bool isEmoji = u_hasBinaryProperty(first, UCHAR_REGIONAL_INDICATOR) != 0 ||
+                       cluster.find(emojiSelector) != std::string_view::npos;
+  return isEmoji ? 2 : 1;
+}
+
 template <typename Belongs>
 std::string_view trim(std::string_view text, Belongs belongs) {
   while (!text.empty()) {
@@ -200,12 +213,7 @@ std::size_t displayWidth(std::string_view text) {
   std::size_t width = 0;
   std::size_t begin = 0;
   forEachGrapheme(text, [&](std::size_t end) {
-    const char32_t first = decodeFirst(text.substr(begin)).value;
-    const auto character = static_cast<UChar32>(first);
-    const int eastAsian = u_getIntPropertyValue(character, UCHAR_EAST_ASIAN_WIDTH);
-    const int type = u_charType(character);
-    if (type != U_CONTROL_CHAR && type != U_FORMAT_CHAR)
-      width += eastAsian == U_EA_WIDE || eastAsian == U_EA_FULLWIDTH ? 2 : 1;
+    width += columnsOf(text.substr(begin, end - begin));
     begin = end;
     return true;
   });

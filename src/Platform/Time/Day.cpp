@@ -14,7 +14,8 @@ Day Day::of(Moment moment) {
 std::optional<Day> Day::from(int year, unsigned month, unsigned day) {
   const std::chrono::year_month_day civil =
       std::chrono::year(year) / std::chrono::month(month) / std::chrono::day(day);
-  if (year < 1 || year > 9999 || !civil.ok()) return std::nullopt;
+  // Of larger numbers the calendar's types keep the low byte.
+  if (year < 1 || year > 9999 || month > 12 || day > 31 || !civil.ok()) return std::nullopt;
   return Day(civil);
 }
 

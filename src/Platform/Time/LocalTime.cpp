@@ -21,15 +21,16 @@ LocalTime LocalTime::of(Moment moment) {
 }
 
 Moment LocalTime::moment() const {
-  std::tm parts{};
-  parts.tm_year = year - 1900;
-  parts.tm_mon = month - 1;
-  parts.tm_mday = day;
-  parts.tm_hour = hour;
-  parts.tm_min = minute;
-  parts.tm_sec = second;
-  parts.tm_isdst = -1;
-  return Moment(std::chrono::seconds(::mktime(&parts)) + std::chrono::milliseconds(millisecond));
+  using std::chrono::seconds;
+  const std::chrono::sys_days date = std::chrono::year(year) / month / day;
+  const Moment shown = date + std::chrono::hours(hour) + std::chrono::minutes(minute) +
+                       seconds(second) + std::chrono::milliseconds(millisecond);
+  // Not mktime: it would look for a changed zone. The offset of the day before is the one that
+  // holds unless the clock has been changed since.
+  const seconds before(of(shown - std::chrono::days(1)).offset);
+  const seconds after(of(shown - before).offset);
+  if (after == before || seconds(of(shown - after).offset) != after) return shown - before;
+  return shown - after;
 }
 
 }  // namespace nomely

@@ -17,8 +17,8 @@ struct LocalTime {
   int offset = 0;  // seconds east of UTC; ignored by `moment`
 
   [[nodiscard]] static LocalTime of(Moment moment);
-  // The moment at which the local clock shows this. A time that a clock change skips or repeats
-  // gives one near it.
+  // The moment at which the local clock shows this: the earlier one of a time that a clock change
+  // repeats; one as far behind the change as the time is, when it is skipped.
   [[nodiscard]] Moment moment() const;
 };
 

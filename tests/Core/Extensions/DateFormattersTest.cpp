@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+
+#include "Core/Extensions/DateFormatters.h"
+#include "Platform/Time/LocalTime.h"
+#include "Support/ForkedRun.h"
+
+namespace nomely::test {
+namespace {
+
+using namespace DateFormatters;
+
+constexpr Moment utc(long long seconds) {
+  return Moment(std::chrono::seconds(seconds));
+}
+
+TEST(DateFormattersTest, FormatsAndReadsBack) {
+  const struct {
+    const char* name;
+    const SafeDateFormatter& formatter;
+    const char* text;
+    const char* moment;  // what the text means; fields that it lacks have their defaults
+  } cases[] = {
+      {"isoDate", isoDate, "2026-03-01", "20260301000000000"},
+      {"isoDateTime", isoDateTime, "2026-03-01 09:30:05", "20260301093005000"},
+      {"timeOnly", timeOnly, "09:30", "20000101093000000"},
+      {"yearOnly", yearOnly, "2026", "20260101000000000"},
+      {"monthOnly", monthOnly, "03", "20000301000000000"},
+      {"fileNameTimestamp", fileNameTimestamp, "2026-03-01_093005", "20260301093005000"},
+      {"preciseTimestamp", preciseTimestamp, "20260301093005042", "20260301093005042"},
+      {"exportDateTime", exportDateTime, "2026-03-01 09:30", "20260301093000000"},
+      {"chineseDateTime", chineseDateTime, "2026.3.1 9:30", "20260301093000000"},
+  };
+  const Moment moment =
+      LocalTime{.year = 2026, .month = 3, .day = 1, .hour = 9, .minute = 30, .second = 5}.moment() +
+      std::chrono::microseconds(42999);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(c.formatter.format(moment), c.text);
+    const auto read = c.formatter.parse(c.text);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(preciseTimestamp.format(*read), c.moment);
+  }
+  EXPECT_EQ(chineseDateTime.format(isoDateTime.parse("2026-12-31 23:59:00").value()),
+            "2026.12.31 23:59");
+}
+
+TEST(DateFormattersTest, RefusesWhatDoesNotPrintBack) {
+  const struct {
+    const char* name;
+    const SafeDateFormatter& formatter;
+    const char* text;
+  } cases[] = {
+      {"empty", isoDate, ""},
+      {"missing zeros", isoDate, "2026-3-1"},
+      {"no such day", isoDate, "2026-02-30"},
+      {"no such month", isoDate, "2026-13-01"},
+      {"month zero", isoDate, "2026-00-10"},
+      {"text behind", isoDate, "2026-03-01x"},
+      {"blank in front", isoDate, " 2026-03-01"},
+      {"cut off", isoDateTime, "2026-03-01 09:30"},
+      {"24 o'clock", isoDateTime, "2026-03-01 24:00:00"},
+      {"minute 60", timeOnly, "09:60"},
+      {"one digit", timeOnly, "9:30"},
+      {"sign", timeOnly, "-9:30"},
+      {"zeros too many", chineseDateTime, "2026.03.01 9:30"},
+      {"two digits of three", preciseTimestamp, "2026030109300542"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_FALSE(c.formatter.parse(c.text));
+  }
+  const std::string skipped = inZone("America/New_York", [] {
+    return std::string(isoDateTime.parse("2026-03-08 02:30:00") ? "a time" : "none");
+  });
+  EXPECT_EQ(skipped, "none");
+}
+
+TEST(DateFormattersTest, Timestamps) {
+  const struct {
+    const char* zone;
+    const char* expected;
+  } cases[] = {
+      {"Asia/Shanghai", "2026-03-01T09:30:05+08:00"},
+      {"UTC", "2026-03-01T01:30:05Z"},
+      {"Europe/London", "2026-03-01T01:30:05Z"},
+      {"Asia/Kathmandu", "2026-03-01T07:15:05+05:45"},
+      {"America/St_Johns", "2026-02-28T22:00:05-03:30"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.zone);
+    EXPECT_EQ(inZone(c.zone, [] { return timestamp(utc(1772328605)); }), c.expected);
+  }
+}
+
+}  // namespace
+}  // namespace nomely::test

@@ -1,0 +1,114 @@
+#include <gtest/gtest.h>
+
+#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Markdown/YamlDocument.h"
+#include "Core/Storage/MemoStore.h"
+#include "Core/Storage/WriteError.h"
+#include "Support/ErrorKind.h"
+#include "Support/StoreFixture.h"
+
+namespace nomely::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class MemoStoreTest : public StoreTest {
+ protected:
+  MemoStore memos{context};
+  Day today = day("2026-03-01");
+  fs::path file = folder.path() / "2026-03-01" / "007.md";
+};
+
+TEST_F(MemoStoreTest, WritesReadsAndRemovesByNumber) {
+  EXPECT_FALSE(memos.read(today, 7));
+  Memo memo = Memo::empty(7, clock);
+  memo.body = "一";
+  memos.write(memo, today);
+  EXPECT_EQ(readFile(file), "---\ntime: 09:30\n---\n\n一");
+  const Memo read = memos.read(today, 7).value();
+  EXPECT_EQ(read, memo);
+  EXPECT_NE(read.id, memos.read(today, 7)->id);
+
+  memo.body = "二";
+  EXPECT_FALSE(memos.create(memo, today));
+  EXPECT_EQ(memos.read(today, 7), read);
+  memos.write(memo, today);
+  EXPECT_EQ(memos.read(today, 7), memo);
+  memos.remove(today, 7);
+  EXPECT_FALSE(fs::exists(file));
+  memos.remove(today, 7);
+  EXPECT_TRUE(memos.create(memo, today));
+}
+
+TEST_F(MemoStoreTest, UnreadableFiles) {
+  writeFile(file, "no header");
+  EXPECT_EQ(kindOf<ParseError>([&] { (void)memos.read(today, 7); }),
+            ParseError::Kind::missingFrontmatter);
+  writeFile(file, "---\ntime: t\n---\n\xFF");
+  EXPECT_THROW((void)memos.read(today, 7), EncodingError);
+}
+
+TEST_F(MemoStoreTest, WhatCouldNotBeReadAgainIsNotWritten) {
+  Memo memo = Memo::empty(7, clock);
+  memo.body = "good";
+  memos.write(memo, today);
+  const std::string before = treeOf(folder.path());
+  for (std::string Memo::*field : {&Memo::body, static_cast<std::string Memo::*>(&Memo::time)}) {
+    Memo broken = memo;
+    broken.*field = "a\xE6\x97";
+    EXPECT_THROW(memos.write(broken, today), YamlError);
+    EXPECT_THROW((void)memos.create(broken, today), YamlError);
+  }
+  EXPECT_EQ(treeOf(folder.path()), before);
+}
+
+TEST_F(MemoStoreTest, DamagedTextShowsAsAnEmptyRow) {
+  for (const char* content : {"", "no header", "---\nmood: x\n---\n", "---\ntime: t\n---\n\xFF"}) {
+    SCOPED_TRACE(content);
+    EXPECT_EQ(MemoStore::parseMemoFile(content, 7, clock), Memo::empty(7, clock));
+  }
+  const Memo read = MemoStore::parseMemoFile("---\ntime: t\n---\n\nbody", 7, clock);
+  EXPECT_EQ(read.time, "t");
+  EXPECT_EQ(read.body, "body");
+  EXPECT_EQ(read.seqNumber, 7);
+}
+
+TEST(DiskPathsTest, DefaultRootIsForItsOwnerAlone) {
+  const TemporaryFolder home;
+  const Environment environment({{"HOME", home.path().string()}});
+  const DiskPaths paths = DiskPaths::defaultPaths(environment);
+  EXPECT_EQ(paths.rootURL, home.path() / "NomelyData");
+  EXPECT_EQ(fs::status(paths.rootURL).permissions(), fs::perms::owner_all);
+  EXPECT_EQ(paths.memoFile(day("2026-03-01"), 7), paths.rootURL / "2026-03-01" / "007.md");
+
+  fs::remove_all(paths.rootURL);
+  writeFile(paths.rootURL, "in the way");
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(DiskPaths::defaultPaths(environment).rootURL, paths.rootURL);
+  EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(WriteErrorTest, Texts) {
+  const struct {
+    WriteError::Kind kind;
+    const char* code;
+    const char* text;
+  } cases[] = {
+      {WriteError::Kind::maintenance, "write.maintenance",
+       "数据恢复维护中，请重启 Nomely 后继续。未提交的内容仍保留在编辑器中。"},
+      {WriteError::Kind::missingMemo, "write.missingMemo",
+       "这条笔记已被删除或移动，未覆盖磁盘。请保留草稿并重新打开笔记。"},
+      {WriteError::Kind::identityChanged, "write.identityChanged",
+       "此位置已属于另一条笔记，已阻止覆盖。请重新打开原笔记。"},
+      {WriteError::Kind::conflict, "write.conflict",
+       "笔记已在其他位置修改，已保留磁盘内容和当前草稿。请重新打开并核对两份内容。"},
+  };
+  for (const auto& c : cases) {
+    const WriteError error(c.kind);
+    EXPECT_EQ(error.code(), c.code);
+    EXPECT_STREQ(error.what(), c.text);
+  }
+}
+
+}  // namespace
+}  // namespace nomely::test

@@ -1,0 +1,135 @@
+#include <atomic>
+#include <future>
+#include <latch>
+#include <stdexcept>
+#include <string>
+
+#include <gmock/gmock.h>
+
+#include "Platform/Concurrency/JobPool.h"
+
+namespace nomely::test {
+namespace {
+
+using testing::HasSubstr;
+
+void waitForStop(const std::stop_token& stop) {
+  std::promise<void> stopped;
+  const std::stop_callback callback(stop, [&] { stopped.set_value(); });
+  stopped.get_future().wait();
+}
+
+TEST(JobPoolTest, HigherPriorityFirstThenTheOrderOfSubmission) {
+  std::string order;
+  std::latch began(1);
+  std::promise<void> go;
+  std::promise<void> last;
+  JobPool pool(1);
+  pool.submit([&](const std::stop_token&) {
+    began.count_down();
+    go.get_future().wait();
+  });
+  began.wait();
+  const auto add = [&](char name, JobPool::Priority priority) {
+    pool.submit([&order, name](const std::stop_token&) { order += name; }, priority);
+  };
+  add('u', JobPool::Priority::utility);
+  add('v', JobPool::Priority::utility);
+  add('a', JobPool::Priority::userInitiated);
+  add('b', JobPool::Priority::userInitiated);
+  pool.submit([&](const std::stop_token&) { last.set_value(); }, JobPool::Priority::utility);
+  go.set_value();
+  last.get_future().wait();
+  EXPECT_EQ(order, "abuv");
+}
+
+TEST(JobPoolTest, Cancellation) {
+  std::latch began(1);
+  std::promise<void> running;
+  std::promise<bool> waiting;
+  std::promise<bool> untouched;
+  JobPool pool(1);
+  JobPool::Handle first = pool.submit([&](const std::stop_token& stop) {
+    began.count_down();
+    waitForStop(stop);
+    running.set_value();
+  });
+  JobPool::Handle second =
+      pool.submit([&](const std::stop_token& stop) { waiting.set_value(stop.stop_requested()); });
+  pool.submit([&](const std::stop_token& stop) { untouched.set_value(stop.stop_requested()); });
+  began.wait();
+  second.cancel();
+  EXPECT_FALSE(first.isCancelled());
+  first.cancel();
+  running.get_future().wait();
+  EXPECT_TRUE(waiting.get_future().get()) << "cancelled before it began";
+  EXPECT_FALSE(untouched.get_future().get()) << "dropping its handle cancels nothing";
+}
+
+TEST(JobPoolTest, DestructionStopsWhatRunsAndDropsTheRest) {
+  std::atomic<bool> ended = false;
+  std::atomic<bool> laterRan = false;
+  {
+    std::latch began(1);
+    JobPool pool(1);
+    const auto later = [&](const std::stop_token&) { laterRan = true; };
+    pool.submit([&](const std::stop_token& stop) {
+      began.count_down();
+      waitForStop(stop);
+      pool.submit(later);
+      ended = true;
+    });
+    pool.submit(later);
+    began.wait();
+  }
+  EXPECT_TRUE(ended);
+  EXPECT_FALSE(laterRan);
+}
+
+TEST(JobPoolTest, EscapedExceptionIsLogged) {
+  testing::internal::CaptureStderr();
+  std::promise<void> done;
+  {
+    JobPool pool(1);
+    pool.submit([](const std::stop_token&) { throw std::runtime_error("job broke"); });
+    pool.submit([&](const std::stop_token&) { done.set_value(); });
+    done.get_future().wait();
+  }
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("job broke"));
+}
+
+TEST(JobPoolTest, ParallelForVisitsEachOnce) {
+  JobPool pool(3);
+  for (const std::size_t count : {0U, 1U, 2U, 1000U}) {
+    SCOPED_TRACE(count);
+    std::vector<std::atomic<int>> visits(count);
+    pool.parallelFor(count, [&](std::size_t i) { ++visits[i]; });
+    for (const auto& visit : visits) EXPECT_EQ(visit, 1);
+  }
+}
+
+TEST(JobPoolTest, ParallelForInsideAJobOfTheSamePool) {
+  JobPool pool(1);
+  std::promise<int> sum;
+  pool.submit([&](const std::stop_token&) {
+    std::atomic<int> total = 0;
+    pool.parallelFor(10, [&](std::size_t i) { total += static_cast<int>(i); });
+    sum.set_value(total);
+  });
+  EXPECT_EQ(sum.get_future().get(), 45);
+}
+
+TEST(JobPoolTest, ParallelForStopsAtTheFirstException) {
+  JobPool pool(2);
+  std::atomic<int> visits = 0;
+  EXPECT_THROW(pool.parallelFor(100'000,
+                                [&](std::size_t i) {
+                                  ++visits;
+                                  if (i == 3) throw std::out_of_range("third");
+                                }),
+               std::out_of_range);
+  EXPECT_LT(visits, 100'000);
+}
+
+}  // namespace
+}  // namespace nomely::test

@@ -1,0 +1,128 @@
+#include <cerrno>
+#include <set>
+
+#include <gmock/gmock.h>
+
+#include "Platform/Files/FileError.h"
+#include "Platform/System/Environment.h"
+#include "Platform/System/Log.h"
+#include "Platform/System/Uuid.h"
+#include "Support/ForkedRun.h"
+
+namespace nomely::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::Not;
+
+TEST(UuidTest, FormatVersionAndVariant) {
+  std::set<Uuid> drawn;
+  for (int i = 0; i < 1000; ++i) {
+    const Uuid id = Uuid::random();
+    drawn.insert(id);
+    ASSERT_THAT(
+        id.string(),
+        MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
+    ASSERT_THAT(id.compact(), MatchesRegex("[0-9a-f]{32}"));
+  }
+  EXPECT_EQ(drawn.size(), 1000);
+}
+
+TEST(UuidTest, ChildDrawsItsOwn) {
+  (void)Uuid::random();  // there is a buffer to inherit
+  const std::string first = inChild([] { return Uuid::random().string(); });
+  const std::string second = inChild([] { return Uuid::random().string(); });
+  const std::string own = Uuid::random().string();
+  EXPECT_NE(first, second);
+  EXPECT_NE(first, own);
+  EXPECT_NE(second, own);
+}
+
+TEST(LogTest, EchoLevels) {
+  const struct {
+    const char* name;
+    Log::Echo echo;
+    const char* expected;
+  } cases[] = {
+      {"nothing", Log::Echo::nothing, ""},
+      {"errors", Log::Echo::errors, "[storage] e\n[feishu] {} f\n"},
+      {"everything", Log::Echo::everything, "[app] i 1\n[storage] e\n[feishu] {} f\n"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Log::setEcho(c.echo);
+    testing::internal::CaptureStderr();
+    Log::information(LogChannel::app, "i {}", 1);
+    Log::error(LogChannel::storage, "e");
+    Log::write(LogChannel::feishu, LogLevel::fault, "{} f");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), c.expected);
+  }
+  Log::setEcho(Log::Echo::errors);
+}
+
+TEST(EnvironmentTest, Folders) {
+  const struct {
+    const char* name;
+    Environment::Variables variables;
+    const char* temporary;
+    const char* configuration;
+    const char* state;
+  } cases[] = {
+      {"defaults", {{"HOME", "/h"}}, "/tmp", "/h/.config/nomely", "/h/.local/state/nomely"},
+      {"set",
+       {{"HOME", "/h"}, {"TMPDIR", "/t"}, {"XDG_CONFIG_HOME", "/c"}, {"XDG_STATE_HOME", "/s"}},
+       "/t",
+       "/c/nomely",
+       "/s/nomely"},
+      {"empty or relative",
+       {{"HOME", "/h"}, {"TMPDIR", ""}, {"XDG_CONFIG_HOME", "c"}, {"XDG_STATE_HOME", "./s"}},
+       "/tmp",
+       "/h/.config/nomely",
+       "/h/.local/state/nomely"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const Environment environment(c.variables);
+    EXPECT_EQ(environment.homeFolder(), "/h");
+    EXPECT_EQ(environment.temporaryFolder(), c.temporary);
+    EXPECT_EQ(environment.configurationFolder(), c.configuration);
+    EXPECT_EQ(environment.stateFolder(), c.state);
+  }
+  EXPECT_TRUE(Environment(Environment::Variables{{"HOME", ""}}).homeFolder().is_absolute());
+  EXPECT_FALSE(Environment(Environment::Variables()).get("HOME"));
+  EXPECT_EQ(inChild([] {
+              ::setenv("NOMELY_TEST_VALUE", "a=b=", 1);
+              return Environment::current().get("NOMELY_TEST_VALUE").value_or("absent");
+            }),
+            "a=b=");
+}
+
+TEST(FileErrorTest, CasesOfTheErrno) {
+  using Kind = FileError::Kind;
+  const struct {
+    int errorNumber;
+    Kind kind;
+    const char* code;
+    const char* reason;
+  } cases[] = {
+      {ENOENT, Kind::notFound, "file.notFound", "文件或文件夹不存在"},
+      {EEXIST, Kind::alreadyExists, "file.alreadyExists", "同名文件已存在"},
+      {EACCES, Kind::accessDenied, "file.accessDenied", "没有访问权限"},
+      {ENOSPC, Kind::noSpace, "file.noSpace", "磁盘空间不足"},
+      {ELOOP, Kind::symbolicLink, "file.symbolicLink", "是符号链接或链接成环"},
+      {EDOM, Kind::other, "file.other", "Numerical argument out of domain"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.errorNumber);
+    const FileError error("读取", "/a/日记.md", c.errorNumber);
+    EXPECT_EQ(error.kind(), c.kind);
+    EXPECT_EQ(error.code(), c.code);
+    EXPECT_EQ(error.errorNumber(), c.errorNumber);
+    EXPECT_EQ(error.path(), "/a/日记.md");
+    EXPECT_EQ(error.what(), std::string("读取“/a/日记.md”失败：") + c.reason);
+  }
+}
+
+}  // namespace
+}  // namespace nomely::test

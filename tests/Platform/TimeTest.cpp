@@ -1,0 +1,137 @@
+#include <cstdlib>
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include "Platform/Time/Day.h"
+#include "Platform/Time/LocalTime.h"
+#include "Support/ForkedRun.h"
+
+namespace nomely::test {
+namespace {
+
+Moment utc(long long secondsSince1970) {
+  return Moment(std::chrono::seconds(secondsSince1970));
+}
+
+std::string show(Moment moment) {
+  const LocalTime at = LocalTime::of(moment);
+  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02} {:+}", at.year, at.month, at.day, at.hour,
+                     at.minute, at.second, at.offset);
+}
+
+TEST(DayTest, StrictParse) {
+  const struct {
+    const char* text;
+    bool expected;
+  } cases[] = {
+      {"2026-03-01", true},   {"0001-01-01", true},      {"9999-12-31", true},
+      {"2024-02-29", true},   {"2000-02-29", true},      {"2026-02-29", false},
+      {"1900-02-29", false},  {"2026-04-31", false},     {"2026-13-01", false},
+      {"2026-00-10", false},  {"2026-01-00", false},     {"0000-01-01", false},
+      {"2026-3-5", false},    {"2026-3-05", false},      {"26-03-01", false},
+      {"12026-03-01", false}, {"2026/03/01", false},     {"2026-03-01 ", false},
+      {" 2026-03-01", false}, {"2026-03-0x", false},     {"+026-03-01", false},
+      {"2026--3-01", false},  {"２０２６-03-01", false}, {"", false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    const auto day = Day::parse(c.text);
+    ASSERT_EQ(day.has_value(), c.expected);
+    if (day) {
+      EXPECT_EQ(day->string(), c.text);
+    }
+  }
+}
+
+TEST(DayTest, CountingAndOrder) {
+  const Day day = Day::parse("2024-02-28").value();
+  EXPECT_EQ(day.plusDays(2).string(), "2024-03-01");
+  EXPECT_EQ(day.plusDays(-59).string(), "2023-12-31");
+  EXPECT_LT(day, day.plusDays(1));
+  EXPECT_EQ(Day::from(2024, 2, 28), day);
+  EXPECT_FALSE(Day::from(2026, 257, 1));
+  EXPECT_FALSE(Day::from(2026, 1, 257));
+  EXPECT_FALSE(Day::from(10000, 1, 1));
+}
+
+TEST(DayTest, MomentsOfOneLocalDayNameTheSameDay) {
+  const auto daysAround = [](long long start) {
+    return [start] {
+      return Day::of(utc(start - 1)).string() + " " + Day::of(utc(start)).string() + " " +
+             Day::of(utc(start + 86399)).string();
+    };
+  };
+  EXPECT_EQ(inZone("Asia/Shanghai", daysAround(1772294400)), "2026-02-28 2026-03-01 2026-03-01");
+  EXPECT_EQ(inZone("Asia/Kolkata", daysAround(1772303400)), "2026-02-28 2026-03-01 2026-03-01");
+  EXPECT_EQ(inZone("UTC", daysAround(-86400)), "1969-12-30 1969-12-31 1969-12-31");
+}
+
+TEST(LocalTimeTest, Zones) {
+  const struct {
+    const char* name;
+    const char* zone;
+    Moment moment;
+    const char* expected;
+  } cases[] = {
+      {"no offset", "UTC", utc(1772328605), "2026-03-01 01:30:05 +0"},
+      {"half an hour", "Asia/Kolkata", utc(1772328605), "2026-03-01 07:00:05 +19800"},
+      {"three quarters", "Asia/Kathmandu", utc(1772328605), "2026-03-01 07:15:05 +20700"},
+      {"winter", "America/New_York", utc(1772328605), "2026-02-28 20:30:05 -18000"},
+      {"summer", "America/New_York", utc(1783000000), "2026-07-02 09:46:40 -14400"},
+      {"last second of winter", "America/New_York", utc(1772953199), "2026-03-08 01:59:59 -18000"},
+      {"first second of summer", "America/New_York", utc(1772953200), "2026-03-08 03:00:00 -14400"},
+      {"hour before the repeated one", "America/New_York", utc(1793508300),
+       "2026-11-01 00:45:00 -14400"},
+      {"hour after it", "America/New_York", utc(1793519100), "2026-11-01 02:45:00 -18000"},
+      {"before 1970", "UTC", utc(-1), "1969-12-31 23:59:59 +0"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(inZone(c.zone, [&] { return show(c.moment); }), c.expected);
+    EXPECT_EQ(inZone(c.zone, [&] { return show(LocalTime::of(c.moment).moment()); }), c.expected);
+  }
+  const Moment fraction = utc(-1) + std::chrono::microseconds(250999);
+  EXPECT_EQ(LocalTime::of(fraction).millisecond, 250);
+  EXPECT_EQ(LocalTime::of(fraction).moment(), utc(-1) + std::chrono::milliseconds(250));
+}
+
+// Also where a clock change takes midnight away or repeats it.
+TEST(LocalTimeTest, FirstMomentsOfDays) {
+  const struct {
+    const char* name;
+    const char* zone;
+    const char* day;
+    const char* expected;
+  } cases[] = {
+      {"usual", "Asia/Shanghai", "2026-03-01", "2026-03-01 00:00:00 +28800"},
+      {"clock goes forward later", "America/New_York", "2026-03-08", "2026-03-08 00:00:00 -18000"},
+      {"went forward the day before", "America/New_York", "2026-03-09",
+       "2026-03-09 00:00:00 -14400"},
+      {"clock goes back later", "America/New_York", "2026-11-01", "2026-11-01 00:00:00 -14400"},
+      {"went back the day before", "America/New_York", "2026-11-02", "2026-11-02 00:00:00 -18000"},
+      {"no midnight", "America/Sao_Paulo", "2018-11-04", "2018-11-04 01:00:00 -7200"},
+      {"clock goes back at midnight", "America/Sao_Paulo", "2018-02-18",
+       "2018-02-18 00:00:00 -10800"},
+      {"midnight twice", "America/St_Johns", "2010-11-07", "2010-11-07 00:00:00 -9000"},
+      {"far east", "Pacific/Kiritimati", "2026-03-01", "2026-03-01 00:00:00 +50400"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(inZone(c.zone, [&] { return show(Day::parse(c.day).value().start()); }), c.expected);
+  }
+}
+
+TEST(LocalTimeTest, ZoneStaysAsItWasWhenFirstAsked) {
+  const std::string text = inZone("Asia/Shanghai", [] {
+    const std::string first = show(utc(0));
+    ::setenv("TZ", "America/New_York", 1);
+    const Moment start = Day::of(utc(0)).start();
+    return first + ", " + show(start) + ", " + show(utc(0));
+  });
+  EXPECT_EQ(text,
+            "1970-01-01 08:00:00 +28800, 1970-01-01 00:00:00 +28800, 1970-01-01 08:00:00 +28800");
+}
+
+}  // namespace
+}  // namespace nomely::test

@@ -1,0 +1,150 @@
+#include <gtest/gtest.h>
+
+#include "Platform/Text/Unicode.h"
+
+namespace nomely::test {
+namespace {
+
+using namespace std::string_view_literals;
+
+TEST(UnicodeTest, Utf8Validity) {
+  const struct {
+    const char* name;
+    std::string_view bytes;
+    bool expected;
+  } cases[] = {
+      {"empty", "", true},
+      {"ASCII with NUL", "a\0b"sv, true},
+      {"longer than a machine word", "0123456789 日记 0123456789", true},
+      {"first and last of two bytes", "\xC2\x80\xDF\xBF", true},
+      {"first and last of three bytes", "\xE0\xA0\x80\xEF\xBF\xBF", true},
+      {"around the surrogates", "\xED\x9F\xBF\xEE\x80\x80", true},
+      {"first and last of four bytes", "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", true},
+      {"overlong two bytes", "\xC1\xBF", false},
+      {"overlong three bytes", "\xE0\x9F\xBF", false},
+      {"overlong four bytes", "\xF0\x8F\xBF\xBF", false},
+      {"high surrogate", "\xED\xA0\x80", false},
+      {"low surrogate", "\xED\xBF\xBF", false},
+      {"beyond the last character", "\xF4\x90\x80\x80", false},
+      {"lead byte that never occurs", "\xF5\x80\x80\x80", false},
+      {"continuation alone", "\x80", false},
+      {"two bytes cut off", "\xC3", false},
+      {"three bytes cut off", "\xE4\xBD", false},
+      {"four bytes cut off", "\xF0\x9F\x98", false},
+      {"second byte is none", "\xE4\x41\x80", false},
+      {"third byte is none", "\xE4\xBD\x41", false},
+      {"fourth byte is none", "\xF0\x9F\x98\x41", false},
+      {"damage behind a word of ASCII", "0123456789abcdef\xFF", false},
+      {"damage inside a word of ASCII", "01\xFF\x33\x34\x35\x36\x37\x38\x39", false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(isValidUtf8(c.bytes), c.expected);
+  }
+}
+
+TEST(UnicodeTest, DecodedAndAppendedCharacters) {
+  const struct {
+    const char* name;
+    std::string_view text;
+    char32_t value;
+    std::size_t length;
+  } cases[] = {
+      {"one byte", "a", U'a', 1},        {"two bytes", "éa", U'é', 2},
+      {"three bytes", "日a", U'日', 3},  {"four bytes", "😀a", U'😀', 4},
+      {"malformed", "\xFFz", 0xFFFD, 1}, {"cut off", "\xE4\xBD", 0xFFFD, 1},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const DecodedCharacter decoded = decodeFirst(c.text);
+    EXPECT_EQ(decoded.value, c.value);
+    EXPECT_EQ(decoded.length, c.length);
+    std::string appended;
+    appendUtf8(appended, c.value);
+    EXPECT_EQ(appended, c.value == 0xFFFD ? "\xEF\xBF\xBD" : c.text.substr(0, c.length));
+  }
+  std::string surrogate;
+  appendUtf8(surrogate, 0xD800);
+  EXPECT_EQ(surrogate, "\xEF\xBF\xBD");
+}
+
+TEST(UnicodeTest, TrimmingSets) {
+  const struct {
+    const char* name;
+    std::string_view text;
+    std::string_view horizontal;
+    std::string_view withBreaks;
+  } cases[] = {
+      {"blanks and tabs", " \t a b \t", "a b", "a b"},
+      {"nothing but blanks", " \t", "", ""},
+      {"ideographic space", "\u3000日记\u3000", "日记", "日记"},
+      {"no-break spaces", "\u00A0a\u202F", "a", "a"},
+      {"every other blank of its category", "\u1680\u2000\u200A\u205Fa", "a", "a"},
+      {"zero width space is no blank", "\u200Ba\u200B", "\u200Ba\u200B", "\u200Ba\u200B"},
+      {"line feed", "\na\n", "\na\n", "a"},
+      {"carriage return", " a\r", "a\r", "a"},
+      {"vertical tab and form feed", "\v\fa\f\v", "\v\fa\f\v", "a"},
+      {"next line", "\u0085a\u0085", "\u0085a\u0085", "a"},
+      {"line separator", "\u2028a\u2028", "\u2028a\u2028", "a"},
+      {"paragraph separator", "\u2029a\u2029", "\u2029a\u2029", "a"},
+      {"mixed", "\n \u3000\u2028a\u2028\u3000 \n", "\n \u3000\u2028a\u2028\u3000 \n", "a"},
+      {"malformed bytes stay", " \xE3\x80 \x80 ", "\xE3\x80 \x80", "\xE3\x80 \x80"},
+      {"emoji at the end", "a😀 ", "a😀", "a😀"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(trimHorizontal(c.text), c.horizontal);
+    EXPECT_EQ(trimSpaceAndBreaks(c.text), c.withBreaks);
+  }
+}
+
+TEST(UnicodeTest, LettersAndNumbers) {
+  for (const char32_t character : U"aZ9éß日あ한ⅷ²½٣"sv)
+    EXPECT_TRUE(isLetterOrNumber(character)) << std::hex << std::uint32_t{character};
+  for (const char32_t character : U" -_/.。，😀\u0301\u3000\n$"sv)
+    EXPECT_FALSE(isLetterOrNumber(character)) << std::hex << std::uint32_t{character};
+}
+
+TEST(UnicodeTest, Utf16AndBack) {
+  EXPECT_EQ(toUtf16("a日😀"), u"a日😀");
+  EXPECT_EQ(toUtf8(u"a日😀"), "a日😀");
+  EXPECT_EQ(toUtf16("a\xFFz"), u"a\uFFFDz");
+  EXPECT_EQ(toUtf8(std::u16string{u'a', 0xD83D, u'z'}), "a\uFFFDz");
+}
+
+TEST(UnicodeTest, ClustersAndColumns) {
+  const struct {
+    const char* name;
+    std::string_view text;
+    std::size_t clusters;
+    std::size_t columns;
+    std::string_view first;
+  } cases[] = {
+      {"empty", "", 0, 0, ""},
+      {"ASCII", "abc", 3, 3, "a"},
+      {"Chinese", "日记", 2, 4, "日"},
+      {"full-width and half-width", "Ａｱ", 2, 3, "Ａ"},
+      {"combining mark", "e\u0301a", 2, 2, "e\u0301"},
+      {"emoji", "😀a", 2, 3, "😀"},
+      {"skin tone", "👍🏽a", 2, 3, "👍🏽"},
+      {"family joined by ZWJ", "👨\u200D👩\u200D👧a", 2, 3, "👨\u200D👩\u200D👧"},
+      {"two flags", "🇨🇳🇫🇷", 2, 4, "🇨🇳"},
+      {"emoji by variation selector", "❤\uFE0Fa", 2, 3, "❤\uFE0F"},
+      {"keycap", "1\uFE0F\u20E3z", 2, 3, "1\uFE0F\u20E3"},
+      {"CR LF is one", "\r\na", 2, 1, "\r\n"},
+      {"zero width space", "\u200Bz", 2, 1, "\u200B"},
+      {"Hangul of conjoining letters", "\u1112\u1161\u11ABz", 2, 3, "\u1112\u1161\u11AB"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(graphemeCount(c.text), c.clusters);
+    EXPECT_EQ(displayWidth(c.text), c.columns);
+    EXPECT_EQ(graphemePrefix(c.text, 1), c.first);
+    EXPECT_EQ(graphemePrefix(c.text, 0), "");
+    EXPECT_EQ(graphemePrefix(c.text, c.clusters), c.text);
+    EXPECT_EQ(graphemePrefix(c.text, c.clusters + 5), c.text);
+  }
+}
+
+}  // namespace
+}  // namespace nomely::test
