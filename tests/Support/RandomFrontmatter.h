@@ -131,7 +131,8 @@ double drawNumber(Source& source) {
 
 template <typename Source>
 MemoFrontmatter drawFrontmatter(Source& source) {
-  const auto chance = [&] { return source.below(3) == 0; };
+  // Never by a zero: a source that is used up gives nothing else.
+  const auto chance = [&] { return source.below(3) == 1; };
   const auto text = [&] { return drawText(source); };
   MemoFrontmatter memo;
   memo.time = text();

@@ -62,10 +62,17 @@ std::uint64_t saturatingAdd(std::uint64_t left, std::uint64_t right) {
   return __builtin_add_overflow(left, right, &sum) ? UINT64_MAX : sum;
 }
 
-std::size_t countOf(std::string_view text, std::string_view part) {
+bool endsInLineBreak(std::string_view text) {
+  return text.ends_with('\n') || text.ends_with('\r') || text.ends_with("\xC2\x85") ||
+         text.ends_with("\xE2\x80\xA8") || text.ends_with("\xE2\x80\xA9");
+}
+
+// Lines that begin with one. A value of ours has no such line, whatever it says: its second and
+// later lines are indented.
+std::size_t countTagDirectives(std::string_view source) {
   std::size_t count = 0;
-  for (std::size_t at = 0; (at = text.find(part, at)) != std::string_view::npos; at += part.size())
-    ++count;
+  for (std::size_t at = 0; (at = source.find("%TAG", at)) != std::string_view::npos; ++at)
+    if (at == 0 || endsInLineBreak(source.substr(0, at))) ++count;
   return count;
 }
 
@@ -207,7 +214,7 @@ class YamlDocumentBuilder {
 YamlDocument::YamlDocument(std::string_view source) {
   if (source.size() >= none) throw YamlError("too long");
   // The library compares each tag directive with all before it.
-  if (countOf(source, "\n%TAG") > maxDirectives) throw YamlError("too many tag directives");
+  if (countTagDirectives(source) > maxDirectives) throw YamlError("too many tag directives");
   YamlDocumentBuilder(*this).build(source);
 }
 

@@ -38,8 +38,15 @@ INSTANTIATE_TEST_SUITE_P(Seeds, HeaderRoundTripTest, testing::Values(1U, 2U, 3U)
 // One string in each of the places where one can stand, so that a failure names the string.
 TEST(HeaderRoundTripTest, HardStringsSurviveInEveryPlace) {
   std::vector<std::string> texts{"", std::string(1, '\0'), std::string(300, 'w')};
+  const auto manyTimes = [&](std::string_view piece) {
+    std::string& text = texts.emplace_back();
+    for (int i = 0; i < 100; ++i) text += piece;
+  };
+  manyTimes("\n%TAG");
+  manyTimes("慨%TAG");  // ends in a byte of a line break
   for (const std::string_view first : hardPieces) {
     texts.emplace_back(first);
+    manyTimes(first);
     for (const std::string_view second : {"\n", " ", "a", "---", "\n---", "'", "\xC2\x85"}) {
       texts.push_back(std::string(first) + second.data());
       texts.push_back(second.data() + std::string(first));

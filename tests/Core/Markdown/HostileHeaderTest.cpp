@@ -138,6 +138,8 @@ std::vector<Hostile> hostileHeaders() {
       {"documents", refused, repeated("--- a\n")},
       {"tag directives", refused, in("", "%TAG !t{0}! tag:x,2000:\n", "--- {a: b}")},
       {"tag directives at the end", refused, in("a: b\n...\n", "%TAG !t{0}! tag:x,2000:\n", "")},
+      {"tag directives behind other breaks", refused,
+       in("", "%TAG !t{0}! tag:x,2000:\r", "--- {a: b}")},
       {"NUL bytes", refused, "a: " + std::string(megabyte, '\0')},
       {"tabs", refused, repeated("\t")},
       {"anchors on nothing", refused, repeated("&a ")},
