@@ -2,23 +2,42 @@
 
 #include <algorithm>
 #include <array>
-#include <ranges>
 
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
 namespace {
 
-using Expression = RegularExpression;
+struct Hit {
+  TextRange whole;
+  TextRange tag;
+};
 
-const Expression& tagExpression() {
-  static const Expression expression(R"((?:^|\s)#([^\s#@!?.，。！？、<>]+))");
-  return expression;
+bool isSpace(char16_t unit) {
+  return isHorizontalSpace(unit) || isLineBreak(unit);
+}
+
+bool endsTag(char16_t unit) {
+  constexpr std::u16string_view marks = u"#@!?.，。！？、<>";
+  return marks.find(unit) != std::u16string_view::npos || isSpace(unit);
+}
+
+// What (?:^|\s)#([^\s#@!?.，。！？、<>]+) matches, several times as fast.
+std::vector<Hit> tagHits(std::u16string_view masked) {
+  std::vector<Hit> hits;
+  for (std::size_t at = masked.find(u'#'); at != std::u16string_view::npos;
+       at = masked.find(u'#', at)) {
+    const std::size_t sign = at++;
+    if (sign > 0 && !isSpace(masked[sign - 1])) continue;
+    while (at < masked.size() && !endsTag(masked[at])) ++at;
+    if (at > sign + 1) hits.push_back({{sign > 0 ? sign - 1 : 0, at}, {sign + 1, at}});
+  }
+  return hits;
 }
 
 // Something in which no tag is looked for, with texts that each of its matches contains.
 struct Mask {
-  Expression expression;
+  RegularExpression expression;
   std::string_view opening;
   std::string_view closing;
 
@@ -31,10 +50,10 @@ struct Mask {
 
 const std::array<Mask, 4>& masks() {
   static const std::array<Mask, 4> all{{
-      {Expression("<[^>]*>"), "<", ">"},
-      {Expression(R"(color:\s*#[0-9A-Fa-f]{6})"), "color:", "#"},
-      {Expression("(?s)```.*?```"), "```", "```"},
-      {Expression(R"(`[^`\n]*`)"), "`", "`"},
+      {RegularExpression("<[^>]*>"), "<", ">"},
+      {RegularExpression(R"(color:\s*#[0-9A-Fa-f]{6})"), "color:", "#"},
+      {RegularExpression("(?s)```.*?```"), "```", "```"},
+      {RegularExpression(R"(`[^`\n]*`)"), "`", "`"},
   }};
   return all;
 }
@@ -58,12 +77,12 @@ bool mayHoldTag(std::string_view text) {
 using Blanked = std::vector<bool>;
 
 // What does not lie on the boundaries of characters is left as it is.
-void mark(Blanked& blanked, const std::vector<Expression::Match>& found,
+void mark(Blanked& blanked, const std::vector<RegularExpression::Match>& found,
           const std::vector<std::size_t>& ends) {
   const auto isBoundary = [&](std::size_t at) {
     return at == 0 || std::ranges::binary_search(ends, at);
   };
-  for (const Expression::Match& match : found) {
+  for (const RegularExpression::Match& match : found) {
     const TextRange range = match.whole();
     if (isBoundary(range.begin) && isBoundary(range.end))
       std::fill(blanked.begin() + static_cast<std::ptrdiff_t>(range.begin),
@@ -92,7 +111,7 @@ std::u16string mask(std::string_view utf8, std::u16string_view text) {
   Blanked blanked;
   for (const Mask& kind : masks()) {
     if (!kind.mayBeIn(utf8)) continue;
-    const std::vector<Expression::Match> found = kind.expression.matches(text);
+    const std::vector<RegularExpression::Match> found = kind.expression.matches(text);
     if (found.empty()) continue;
     if (ends.empty()) {
       ends = graphemeEnds(text);
@@ -143,12 +162,11 @@ std::vector<TagParser::Match> TagParser::matches(std::string_view text,
   const std::size_t begin = range ? std::min(range->begin, masked.size()) : 0;
   const std::size_t end = range ? std::clamp(range->end, begin, masked.size()) : masked.size();
   std::vector<Match> accepted;
-  for (const Expression::Match& hit :
-       tagExpression().matches(std::u16string_view(masked).substr(begin, end - begin))) {
-    const TextRange tagRange = shifted(*hit.groups[1], begin);
+  for (const Hit& hit : tagHits(std::u16string_view(masked).substr(begin, end - begin))) {
+    const TextRange tagRange = shifted(hit.tag, begin);
     std::string tag = toUtf8(std::u16string_view(masked).substr(tagRange.begin, tagRange.length()));
     if (isTag(tag) && !isHeading(masked, tagRange, tag))
-      accepted.push_back({std::move(tag), shifted(hit.whole(), begin), tagRange});
+      accepted.push_back({std::move(tag), shifted(hit.whole, begin), tagRange});
   }
   return accepted;
 }
@@ -173,9 +191,7 @@ std::string TagParser::removingInlineTags(std::string_view text) {
   const std::u16string masked = mask(text, whole);
   std::u16string kept;
   std::size_t copied = 0;
-  for (const Expression::Match& hit : tagExpression().matches(masked)) {
-    const TextRange tag = *hit.groups[1];
-    const TextRange cut = hit.whole();
+  for (const auto& [cut, tag] : tagHits(masked)) {
     if (!isTag(toUtf8(std::u16string_view(masked).substr(tag.begin, tag.length()))) ||
         splitsCharacter(whole, cut.begin) || splitsCharacter(whole, cut.end))
       continue;
