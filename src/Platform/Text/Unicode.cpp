@@ -86,6 +86,28 @@ std::size_t columnsOf(std::string_view cluster) {
   return isEmoji ? 2 : 1;
 }
 
+// Units that never join with one another, but for a carriage return with its line feed: most text
+// of this application is of nothing else.
+bool standsAlone(char16_t unit) {
+  return unit < 0x80 || (unit >= 0x4E00 && unit <= 0x9FFF) || (unit >= 0x3000 && unit <= 0x3029) ||
+         (unit >= 0xFF01 && unit <= 0xFF60);
+}
+
+std::vector<std::size_t> endsByIterator(std::u16string_view text) {
+  std::vector<std::size_t> ends;
+  UErrorCode status = U_ZERO_ERROR;
+  UText source = UTEXT_INITIALIZER;
+  utext_openUChars(&source, text.data(), static_cast<int64_t>(text.size()), &status);
+  icu::BreakIterator& iterator = graphemeIterator();
+  iterator.setText(&source, status);
+  if (U_SUCCESS(status)) {
+    for (int32_t end = iterator.next(); end != icu::BreakIterator::DONE; end = iterator.next())
+      ends.push_back(static_cast<std::size_t>(end));
+  }
+  utext_close(&source);
+  return ends;
+}
+
 template <typename Belongs>
 std::string_view trim(std::string_view text, Belongs belongs) {
   while (!text.empty()) {
@@ -167,6 +189,10 @@ bool isLetterOrNumber(char32_t character) {
   return (U_MASK(u_charType(static_cast<UChar32>(character))) & mask) != 0;
 }
 
+bool isMark(char32_t character) {
+  return (U_MASK(u_charType(static_cast<UChar32>(character))) & U_GC_M_MASK) != 0;
+}
+
 std::string_view trimHorizontal(std::string_view text) {
   return trim(text, isHorizontalSpace);
 }
@@ -196,6 +222,17 @@ std::size_t graphemeCount(std::string_view text) {
     return true;
   });
   return count;
+}
+
+std::vector<std::size_t> graphemeEnds(std::u16string_view text) {
+  std::vector<std::size_t> ends;
+  ends.reserve(text.size());
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (!standsAlone(text[at])) return endsByIterator(text);
+    if (text.substr(at).starts_with(u"\r\n")) ++at;
+    ends.push_back(at + 1);
+  }
+  return ends;
 }
 
 std::string_view graphemePrefix(std::string_view text, std::size_t count) {

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace nomely {
 
@@ -29,6 +30,8 @@ void appendUtf8(std::string& text, char32_t character);
 
 // Unicode categories L* and N*.
 [[nodiscard]] bool isLetterOrNumber(char32_t character);
+// Unicode categories M*: what stands on the letter before it.
+[[nodiscard]] bool isMark(char32_t character);
 
 // `text` without leading and trailing horizontal space.
 [[nodiscard]] std::string_view trimHorizontal(std::string_view text);
@@ -41,6 +44,8 @@ void appendUtf8(std::string& text, char32_t character);
 
 // Extended grapheme clusters (UAX #29): the characters that a reader counts.
 [[nodiscard]] std::size_t graphemeCount(std::string_view text);
+// Where each of them ends, in UTF-16 units, rising.
+[[nodiscard]] std::vector<std::size_t> graphemeEnds(std::u16string_view text);
 // The first `count` of them; the whole text when it has fewer.
 [[nodiscard]] std::string_view graphemePrefix(std::string_view text, std::size_t count);
 
