@@ -80,8 +80,8 @@ class PieceReader {
 
  private:
   [[nodiscard]] bool isBoundary(std::size_t at) const {
-    return composer().hasBoundaryBefore(static_cast<UChar32>(decodeFirst(text_.substr(at)).value)) !=
-           0;
+    return composer().hasBoundaryBefore(
+               static_cast<UChar32>(decodeFirst(text_.substr(at)).value)) != 0;
   }
 
   // Where the plain text from `begin` ends: a character that a mark follows is no part of it.
@@ -126,8 +126,7 @@ void appendFolded(std::string& out, std::string_view text, const Piece& piece, C
   UErrorCode status = U_ZERO_ERROR;
   icu::UnicodeString folded = composer().normalize(
       icu::UnicodeString::fromUTF8({part.data(), static_cast<int32_t>(part.size())}), status);
-  folded.foldCase(rules == CaseRules::turkic ? U_FOLD_CASE_EXCLUDE_SPECIAL_I
-                                             : U_FOLD_CASE_DEFAULT);
+  folded.foldCase(rules == CaseRules::turkic ? U_FOLD_CASE_EXCLUDE_SPECIAL_I : U_FOLD_CASE_DEFAULT);
   composer().normalize(folded, status).toUTF8String(out);
   if (U_FAILURE(status)) throw std::runtime_error(u_errorName(status));
 }

@@ -46,7 +46,8 @@ std::optional<std::size_t> findFrom(std::size_t start, std::string_view text,
 class Probe {
  public:
   Probe(std::string_view needle, std::size_t offset)
-      : offset_(offset), mask_(_mm_set1_epi8(maskFor(needle[offset]))),
+      : offset_(offset),
+        mask_(_mm_set1_epi8(maskFor(needle[offset]))),
         byte_(_mm_set1_epi8(needle[offset])) {}
 
   [[nodiscard]] __m128i equal(const char* at) const {
