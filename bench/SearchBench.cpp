@@ -1,11 +1,10 @@
-#include <algorithm>
-#include <atomic>
-#include <fstream>
-#include <iterator>
 #include <memory>
-#include <thread>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -147,7 +146,8 @@ Steps patchSteps() {
                 built().index.indexMemo(*memo, *day);
                 built().index.removeMemo(*day, memo->seqNumber);
               },
-          .units = 2};
+          .units = 2,
+          .note = fmt::format("memory {:.2f} of the files' bytes", built().memoryRatio)};
 }
 
 }  // namespace
