@@ -120,8 +120,7 @@ bool printRow(const Result& result) {
   Verdict verdict = judge(result.comparison.goal, floor, ours);
   if (result.bytes > 0)
     verdict.text += fmt::format("{:.0f} MB/s", result.bytes / units / ours / 1e6);
-  if (!result.note.empty())
-    verdict.text += (verdict.text.empty() ? "" : ", ") + result.note;
+  if (!result.note.empty()) verdict.text += (verdict.text.empty() ? "" : ", ") + result.note;
   fmt::print("{:<40} {:>11} {:>11} {:>6}  {}\n", result.comparison.what,
              floor ? duration(*floor) : "-", duration(ours),
              floor ? fmt::format("{:.2f}", ours / *floor) : "-", verdict.text);

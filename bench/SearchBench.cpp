@@ -120,19 +120,17 @@ Steps signatureSteps() {
 }
 
 void registerSearch(const std::string& what, const std::string& query, std::size_t atLeast) {
-  registerComparison(
-      {.what = "search " + what,
-       .prepare =
-           [=] {
-             if (built().index.search(query, 50).size() < atLeast)
-               throw std::runtime_error("finds too little");
-             return Steps{.ours =
-                              [=](std::size_t) {
-                                auto found = built().index.search(query, 50);
-                                benchmark::DoNotOptimize(found);
-                              }};
-           },
-       .goal = {.perSecond = 50}});
+  registerComparison({.what = "search " + what,
+                      .prepare =
+                          [=] {
+                            if (built().index.search(query, 50).size() < atLeast)
+                              throw std::runtime_error("finds too little");
+                            return Steps{.ours = [=](std::size_t) {
+                              auto found = built().index.search(query, 50);
+                              benchmark::DoNotOptimize(found);
+                            }};
+                          },
+                      .goal = {.perSecond = 50}});
 }
 
 Steps patchSteps() {
