@@ -1,6 +1,9 @@
+#include <chrono>
+#include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -52,6 +55,7 @@ struct BuiltIndex {
   SearchIndex index{contextFor(root().folder), pool()};
   double memoryRatio = [this] {
     (void)index.search("热身", 1);
+    while (!index.isFiltered()) std::this_thread::sleep_for(std::chrono::milliseconds(10));
     const std::size_t after = mallinfo2().uordblks + mallinfo2().hblkhd;
     return static_cast<double>(after - before) / static_cast<double>(root().summary.memoBytes);
   }();
@@ -119,6 +123,14 @@ Steps signatureSteps() {
   };
 }
 
+// The whole program, as someone would search the folder without an index.
+void ripgrep(const std::string& word) {
+  const std::string command =
+      fmt::format("rg -F -e '{}' '{}' >/dev/null 2>&1", word, root().folder.string());
+  const int status = std::system(command.c_str());
+  if (!WIFEXITED(status) || WEXITSTATUS(status) > 1) throw Skipped("no rg");
+}
+
 void registerSearch(const std::string& what, const std::string& query, std::size_t atLeast) {
   registerComparison({.what = "search " + what,
                       .prepare =
@@ -162,7 +174,19 @@ void registerSearching() {
   registerSearch("one character", "的", 50);
   registerSearch("a Latin word in the other case", "ZYZZYVA", 1);
   registerSearch("three words", "今天 读书 电影", 1);
-  registerSearch("a word that is nowhere", "爨龘", 0);
+  registerComparison({.what = "a word that is nowhere (floor: ripgrep)",
+                      .prepare =
+                          [] {
+                            ripgrep("爨龘");
+                            (void)built();
+                            return Steps{.floor = [](std::size_t) { ripgrep("爨龘"); },
+                                         .ours =
+                                             [](std::size_t) {
+                                               auto found = built().index.search("爨龘", 50);
+                                               benchmark::DoNotOptimize(found);
+                                             }};
+                          },
+                      .goal = {.ratio = 1.0 / 30}});
   registerComparison(
       {.what = "patch the index", .prepare = patchSteps, .goal = {.perSecond = 1000}});
 }

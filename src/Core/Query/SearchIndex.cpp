@@ -32,6 +32,7 @@ SearchIndex::SearchIndex(StoreContext context, JobPool& jobs)
     : context_(std::move(context)), jobs_(jobs) {}
 
 SearchIndex::~SearchIndex() {
+  closing_ = true;
   std::unique_lock lock(usesLock_);
   usesEnded_.wait(lock, [this] { return uses_ == 0; });
 }
@@ -138,31 +139,53 @@ void SearchIndex::warmUp(std::function<void()> completion) {
       JobPool::Priority::utility);
 }
 
+void SearchIndex::makeFilters(const Cache& cache) {
+  if (!cache->claimFilters()) return;
+  jobs_.submit(
+      [this, cache, use = std::make_shared<Use>(*this)](const std::stop_token& stop) {
+        for (const auto& day : cache->days()) {
+          if (stop.stop_requested() || closing_) return;
+          day->makeFilter();
+        }
+      },
+      JobPool::Priority::utility);
+}
+
+bool SearchIndex::isFiltered() const {
+  const Cache cache = cached();
+  return cache && std::ranges::all_of(cache->days(),
+                                      [](const auto& day) { return day->filter() != nullptr; });
+}
+
 std::vector<SearchResult> SearchIndex::search(std::string_view text, std::size_t limit) {
   const SearchQuery query(text);
   std::vector<SearchResult> results;
   if (query.isEmpty()) return results;
   const Cache cache = ensureCache();
-  for (const auto& day : cache->days())
-    for (const auto& indexed : day->memos) {
-      if (!query.matches(*indexed)) continue;
-      const Memo& memo = indexed->memo();
-      results.push_back({.date = day->date,
-                         .seqNumber = memo.seqNumber,
-                         .time = memo.time,
-                         .body = memo.body,
-                         .tags = memo.tags,
-                         .snippet = query.snippet(*indexed)});
-      if (results.size() >= limit) return results;
-    }
+  const auto add = [&](Day date, const IndexedMemo& indexed) {
+    const Memo& memo = indexed.memo();
+    results.push_back({.date = date,
+                       .seqNumber = memo.seqNumber,
+                       .time = memo.time,
+                       .body = memo.body,
+                       .tags = memo.tags,
+                       .snippet = query.snippet(indexed)});
+    return results.size() < limit;
+  };
+  cache->forEachMemo([&](const MemoCache::DayMemos& day) { return query.mayMatch(day); },
+                     [&](Day date, const std::shared_ptr<const IndexedMemo>& indexed) {
+                       return !query.matches(*indexed) || add(date, *indexed);
+                     });
+  makeFilters(cache);
   return results;
 }
 
 void SearchIndex::forEachEntry(const std::function<bool(const MemoEntry&)>& visit) {
   const Cache cache = ensureCache();
-  for (const auto& day : cache->days())
-    for (const auto& indexed : day->memos)
-      if (!visit({day->date, {indexed, &indexed->memo()}})) return;
+  cache->forEachMemo([](const MemoCache::DayMemos&) { return true; },
+                     [&](Day date, const std::shared_ptr<const IndexedMemo>& indexed) {
+                       return visit({date, {indexed, &indexed->memo()}});
+                     });
 }
 
 std::vector<MemoEntry> SearchIndex::allMemoEntries() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -77,6 +78,9 @@ class SearchIndex {
   // Drops the cache when the files are not those that it knows; returns whether it did.
   bool rebuildIfDiskChanged();
 
+  // Whether the filters of the present cache are made. Searches find the same without.
+  [[nodiscard]] bool isFiltered() const;
+
   // Builds on a background job unless it is built; `completion` runs on that job's thread, or not
   // at all when the pool ends first.
   void warmUp(std::function<void()> completion);
@@ -95,6 +99,8 @@ class SearchIndex {
   [[nodiscard]] Cache ensureCache();
   [[nodiscard]] Built build() const;
   [[nodiscard]] Cache cached() const;
+  // Makes the filters that later searches begin with on a background job, once for a cache.
+  void makeFilters(const Cache& cache);
   // Applies `change` to the cache if there is one, and brings the file's stamp up to date.
   void patch(Day date, std::int64_t seqNumber,
              const std::function<Cache(const MemoCache&)>& change);
@@ -109,6 +115,7 @@ class SearchIndex {
   std::optional<DiskSignature> builtSignature_;
   std::uint64_t generation_ = 0;  // raised by each change to the cache
 
+  std::atomic<bool> closing_ = false;
   std::mutex usesLock_;
   std::condition_variable usesEnded_;
   std::size_t uses_ = 0;  // guarded by usesLock_

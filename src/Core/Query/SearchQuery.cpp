@@ -14,7 +14,8 @@ SearchQuery::SearchQuery(std::string_view text) {
     text.remove_prefix(std::min(text.size(), word.size() + 1));
     if (word.empty()) continue;
     const bool isTag = word.starts_with('#');
-    keywords_.push_back({TextNeedle(word.substr(isTag ? 1 : 0)), isTag});
+    const TextNeedle needle(word.substr(isTag ? 1 : 0));
+    keywords_.push_back({needle, BigramFilter::Query(needle.folded()), isTag});
   }
   if (keywords_.empty()) return;
   // A word typed a hundred times is looked for once, and long ones first: they are seldom there.
@@ -38,6 +39,13 @@ SearchQuery::SearchQuery(std::string_view text) {
 
 bool SearchQuery::Keyword::isIn(const IndexedMemo& memo) const {
   return (!isTag && memo.bodyContains(needle)) || memo.aTagContains(needle);
+}
+
+bool SearchQuery::mayMatch(const MemoCache::DayMemos& day) const {
+  const BigramFilter* const filter = day.filter();
+  return filter == nullptr || std::ranges::all_of(keywords_, [&](const Keyword& keyword) {
+           return filter->mayContain(keyword.marks);
+         });
 }
 
 bool SearchQuery::matches(const IndexedMemo& memo) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -15,6 +16,8 @@ class SearchQuery {
 
   // Without words nothing is found.
   [[nodiscard]] bool isEmpty() const { return keywords_.empty(); }
+  // False only when no memo of the day matches.
+  [[nodiscard]] bool mayMatch(const MemoCache::DayMemos& day) const;
   // Whether every word is in the memo's tags or, unless it begins with "#", in its body.
   [[nodiscard]] bool matches(const IndexedMemo& memo) const;
   // What shows the first word in a memo that matches; empty when it stands in a tag alone.
@@ -23,6 +26,7 @@ class SearchQuery {
  private:
   struct Keyword {
     TextNeedle needle;
+    BigramFilter::Query marks;
     bool isTag;
 
     [[nodiscard]] bool isIn(const IndexedMemo& memo) const;

@@ -5,7 +5,7 @@
 namespace nomely::test {
 namespace {
 
-using SearchSnippetKit::Run;
+using SnippetRun = SearchSnippetKit::Run;
 
 std::string repeated(const char* text, int count) {
   std::string all;
@@ -38,7 +38,7 @@ TEST(SearchSnippetKitTest, CutsByCharacters) {
 }
 
 TEST(SearchSnippetKitTest, RunsBetweenMarkers) {
-  const std::pair<const char*, std::vector<Run>> cases[] = {
+  const std::pair<const char*, std::vector<SnippetRun>> cases[] = {
       {"", {}},
       {"无", {{"无", false}}},
       {"前>>>天<<<的", {{"前", false}, {"天", true}, {"的", false}}},
