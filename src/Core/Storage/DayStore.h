@@ -42,6 +42,10 @@ class DayStore {
   [[nodiscard]] std::vector<Memo> listMemos(Day day) const;
   // The numbers behind that list in rising order, unreadable memos included.
   [[nodiscard]] std::vector<std::int64_t> listNumbers(Day day) const;
+  // The two steps of listMemos, for callers that have listed the day's folder already.
+  [[nodiscard]] static std::vector<std::int64_t> numbersIn(
+      const std::vector<DirectoryEntry>& folder);
+  [[nodiscard]] std::vector<Memo> readMemos(Day day, std::vector<std::int64_t> numbers) const;
 
   // One more than the highest number in use, gaps and unreadable files notwithstanding.
   [[nodiscard]] std::int64_t nextSeqNumber(Day day) const;

@@ -58,19 +58,25 @@ icu::BreakIterator& graphemeIterator() {
   return *iterator;
 }
 
-// Calls `visit(end)` with the byte offset behind each cluster until it returns false.
-template <typename Visit>
-void forEachGrapheme(std::string_view text, Visit visit) {
+// Calls `use` with an iterator over the clusters of `text`.
+template <typename Use>
+void withGraphemes(std::string_view text, Use use) {
   UErrorCode status = U_ZERO_ERROR;
   UText source = UTEXT_INITIALIZER;
   utext_openUTF8(&source, text.data(), static_cast<int64_t>(text.size()), &status);
   icu::BreakIterator& iterator = graphemeIterator();
   iterator.setText(&source, status);
-  if (U_SUCCESS(status)) {
+  if (U_SUCCESS(status)) use(iterator);
+  utext_close(&source);
+}
+
+// Calls `visit(end)` with the byte offset behind each cluster until it returns false.
+template <typename Visit>
+void forEachGrapheme(std::string_view text, Visit visit) {
+  withGraphemes(text, [&](icu::BreakIterator& iterator) {
     for (int32_t end = iterator.next(); end != icu::BreakIterator::DONE; end = iterator.next())
       if (!visit(static_cast<std::size_t>(end))) break;
-  }
-  utext_close(&source);
+  });
 }
 
 std::size_t columnsOf(std::string_view cluster) {
@@ -244,6 +250,28 @@ std::string_view graphemePrefix(std::string_view text, std::size_t count) {
     return false;
   });
   return text.substr(0, end);
+}
+
+std::size_t graphemesBefore(std::string_view text, std::size_t offset, std::size_t count) {
+  std::size_t begin = 0;
+  withGraphemes(text, [&](icu::BreakIterator& iterator) {
+    auto at = static_cast<int32_t>(offset);
+    if (iterator.isBoundary(at) == 0) at = iterator.preceding(at);
+    for (; at > 0 && count > 0; --count) at = iterator.preceding(at);
+    begin = static_cast<std::size_t>(at);
+  });
+  return begin;
+}
+
+std::size_t graphemesAfter(std::string_view text, std::size_t offset, std::size_t count) {
+  std::size_t end = text.size();
+  withGraphemes(text, [&](icu::BreakIterator& iterator) {
+    auto at = static_cast<int32_t>(offset);
+    if (iterator.isBoundary(at) == 0) at = iterator.following(at);
+    for (; at != icu::BreakIterator::DONE && count > 0; --count) at = iterator.following(at);
+    if (at != icu::BreakIterator::DONE) end = static_cast<std::size_t>(at);
+  });
+  return end;
 }
 
 std::size_t displayWidth(std::string_view text) {

@@ -48,6 +48,12 @@ void appendUtf8(std::string& text, char32_t character);
 [[nodiscard]] std::vector<std::size_t> graphemeEnds(std::u16string_view text);
 // The first `count` of them; the whole text when it has fewer.
 [[nodiscard]] std::string_view graphemePrefix(std::string_view text, std::size_t count);
+// The offset `count` of them before or behind `offset`, or the end of the text on that side. Of a
+// cluster that `offset` splits, the part on the other side comes along first and is not counted.
+[[nodiscard]] std::size_t graphemesBefore(std::string_view text, std::size_t offset,
+                                          std::size_t count);
+[[nodiscard]] std::size_t graphemesAfter(std::string_view text, std::size_t offset,
+                                         std::size_t count);
 
 // Columns that `text` takes on a terminal: two for wide East Asian characters and emoji.
 [[nodiscard]] std::size_t displayWidth(std::string_view text);
