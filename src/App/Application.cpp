@@ -53,14 +53,14 @@ Application::Application(const ApplicationContext& context)
       userDefaults_(
           isUnitTesting_ ? storage_.paths.rootURL / ".state" : context.environment.stateFolder(),
           storage_.files),
+      searchIndex_(storage_, jobs_),
       startup_(context.executor) {}
 
 void Application::startMaintenance(bool ready) {
-  if (!ready || isUnitTesting_ || dataMaintenance_) return;
-  if (!jobs_) jobs_.emplace(1);
+  if (isUnitTesting_ || dataMaintenance_) return;
   const auto maintenance = [this](const std::stop_token& stop,
                                   const StartupCoordinator::Completion& completion) {
-    jobs_->submit(
+    jobs_.submit(
         [storage = storage_, stop, completion](const std::stop_token&) {
           try {
             sweepTemporaryFiles(storage, stop);

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "Core/Lifecycle/StartupCoordinator.h"
+#include "Core/Query/SearchIndex.h"
 #include "Core/Storage/DayStore.h"
 #include "Platform/Concurrency/JobPool.h"
 #include "Platform/Concurrency/MainExecutor.h"
@@ -37,6 +38,7 @@ class Application {
   [[nodiscard]] const DiskPaths& paths() const { return storage_.paths; }
   [[nodiscard]] const StoreContext& storage() const { return storage_; }
   [[nodiscard]] DayStore& dayStore() { return dayStore_; }
+  [[nodiscard]] SearchIndex& searchIndex() { return searchIndex_; }
   [[nodiscard]] UserDefaults& userDefaults() { return userDefaults_; }
   [[nodiscard]] StartupCoordinator& startup() { return startup_; }
 
@@ -50,7 +52,8 @@ class Application {
   StoreContext storage_;
   DayStore dayStore_;
   UserDefaults userDefaults_;
-  std::optional<JobPool> jobs_;  // started with the first job: one short command needs none
+  JobPool jobs_;
+  SearchIndex searchIndex_;
   StartupCoordinator startup_;
 };
 

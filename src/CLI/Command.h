@@ -40,6 +40,8 @@ struct CommandEntry {
 [[nodiscard]] std::unique_ptr<Command> makeRemoveCommand();
 [[nodiscard]] std::unique_ptr<Command> makeTrashCommand();
 [[nodiscard]] std::unique_ptr<Command> makeHistoryCommand();
+[[nodiscard]] std::unique_ptr<Command> makeSearchCommand();
+[[nodiscard]] std::unique_ptr<Command> makeTagsCommand();
 [[nodiscard]] std::unique_ptr<Command> makeDoctorCommand();
 [[nodiscard]] std::unique_ptr<Command> makeCompletionCommand();
 [[nodiscard]] std::unique_ptr<Command> makeManualCommand();

@@ -3,6 +3,8 @@
 #include "CLI/MemoOutput.h"
 #include "CLI/TextInput.h"
 #include "CLI/UsageError.h"
+#include "Core/Extensions/TagUtilities.h"
+#include "Core/Markdown/TagParser.h"
 #include "Core/Storage/MemoEditor.h"
 #include "Platform/Text/Unicode.h"
 
@@ -30,6 +32,8 @@ class EditCommand final : public Command {
     } else {
       entry.memo = MemoEditor(session.dayStore()).change(entry.date, entry.memo, [&](Memo& memo) {
         memo.body = *body;
+        for (std::string& tag : TagParser::tags(*body)) memo.tags.push_back(std::move(tag));
+        memo.tags = TagUtilities::uniqueTags(memo.tags);
       });
       input.accept();
     }

@@ -8,11 +8,8 @@
 
 namespace nomely {
 
-JobPool::JobPool(std::size_t threads) {
-  if (threads == 0) threads = std::max(1U, std::thread::hardware_concurrency());
-  for (std::size_t i = 0; i < threads; ++i)
-    threads_.emplace_back([this](std::stop_token stopping) { work(std::move(stopping)); });
-}
+JobPool::JobPool(std::size_t threads)
+    : limit_(threads > 0 ? threads : std::max(1U, std::thread::hardware_concurrency())) {}
 
 JobPool::~JobPool() {
   {
@@ -30,6 +27,8 @@ JobPool::Handle JobPool::submit(std::function<void(std::stop_token)> job, Priori
   {
     const std::lock_guard lock(mutex_);
     if (closing_) return handle;
+    if (threads_.size() < limit_)
+      threads_.emplace_back([this](std::stop_token stopping) { work(std::move(stopping)); });
     waiting_[static_cast<std::size_t>(priority)].push_back(std::move(entry));
   }
   available_.notify_one();
@@ -65,7 +64,7 @@ void drain(Loop& loop, const std::function<void(std::size_t)>& body) {
 void JobPool::parallelFor(std::size_t count, const std::function<void(std::size_t)>& body) {
   const auto loop = std::make_shared<Loop>();
   loop->count = count;
-  const std::size_t helpers = std::min(threads_.size(), count > 0 ? count - 1 : 0);
+  const std::size_t helpers = std::min(limit_, count > 0 ? count - 1 : 0);
   for (std::size_t i = 0; i < helpers; ++i) {
     submit([loop, &body](const std::stop_token&) {
       {

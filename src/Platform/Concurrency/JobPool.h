@@ -13,9 +13,9 @@
 
 namespace nomely {
 
-// Background jobs on a fixed number of threads. Jobs of higher priority start first; within one
-// priority, in the order of submission. Destruction asks every job to stop, drops those that have
-// not begun, and waits for the rest. Safe on any thread.
+// Background jobs on a fixed number of threads, each started when a job first needs it. Jobs of
+// higher priority start first; within one priority, in the order of submission. Destruction asks
+// every job to stop, drops those that have not begun, and waits for the rest. Safe on any thread.
 class JobPool {
  public:
   enum class Priority { userInitiated, utility };
@@ -62,6 +62,7 @@ class JobPool {
   std::array<std::deque<std::shared_ptr<Job>>, 2> waiting_;  // by priority
   std::vector<std::shared_ptr<Job>> running_;
   bool closing_ = false;
+  std::size_t limit_;
   std::vector<std::jthread> threads_;
 };
 
