@@ -1,3 +1,4 @@
+#include <array>
 #include <atomic>
 #include <future>
 #include <random>
@@ -6,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include "Core/Query/SearchIndex.h"
+#include "Core/Query/SearchQuery.h"
 #include "Support/PausingFileSystem.h"
 #include "Support/StoreFixture.h"
 
@@ -229,7 +231,8 @@ TEST_F(SearchIndexTest, WriterOvertakesABuild) {
         act();
         files.at(Call::list, folder.path(), [&] { startedAnew = true; });
       });
-      EXPECT_THAT(bodies(), ElementsAre(memo.body, "other"));
+      const std::vector<std::string> seen = bodies();
+      EXPECT_THAT(seen, ElementsAre(memo.body, "other"));
       EXPECT_FALSE(files.isPending());
       EXPECT_TRUE(startedAnew);
       EXPECT_FALSE(index.rebuildIfDiskChanged());
@@ -273,6 +276,38 @@ TEST_F(SearchIndexTest, ReadersShareOneBuild) {
   EXPECT_THAT(bodies(), ElementsAre("a"));
   EXPECT_THAT(second.get(), ElementsAre("a"));
   EXPECT_EQ(builds, 0);
+}
+
+// On few different characters, so that many words are nearly there.
+TEST_F(SearchIndexTest, FiltersChangeNoResult) {
+  std::mt19937 random(3);
+  const auto text = [&](std::size_t longest) {
+    static const std::array parts{"天", "地", "人", "a", "B", "ß", "İ", "é", "e\u0301", "👍"};
+    std::string made;
+    for (auto length = 1 + random() % longest; length > 0; --length)
+      made += parts[random() % parts.size()];
+    return made;
+  };
+  for (int i = 0; i < 120; ++i)
+    index.indexMemo(write(day("2026-03-01").plusDays(i / 3), text(12), {text(3)}), today);
+  index.invalidateCache();
+  std::vector<std::pair<std::string, std::vector<std::string>>> plain;
+  for (int i = 0; i < 300; ++i) {
+    const std::string query = i % 4 == 0 ? text(3) + " #" + text(2) : text(3);
+    std::vector<std::string> expected;
+    for (const MemoEntry& entry : index.allMemoEntries()) {
+      const SearchQuery words(query);
+      if (words.matches(IndexedMemo(*entry.memo))) expected.push_back(entry.memo->body);
+    }
+    plain.emplace_back(query, std::move(expected));
+  }
+  EXPECT_FALSE(index.isFiltered());
+  (void)found("a");
+  while (!index.isFiltered()) std::this_thread::yield();
+  for (const auto& [query, expected] : plain) EXPECT_EQ(found(query, 1'000), expected) << query;
+  Memo added = write(today, "新来的");
+  index.indexMemo(added, today);
+  EXPECT_THAT(found("新来"), ElementsAre("新来的"));
 }
 
 TEST_F(SearchIndexTest, WarmsUpBehindItsCaller) {

@@ -29,7 +29,7 @@ TEST_F(TimelineQueryStoreTest, EachListWithAndWithoutAnIndex) {
       {"2025-03-05", {.body = "hidden", .tags = {"_flomo_import"}}},
       {"2026-03-05", {.body = "link https://a.b", .tags = {"工作"}, .time = "08:00"}},
       {"2026-03-05", {.body = "LINK HTTP://a.b", .time = "07:00"}},
-      {"2026-03-05", {.body = " \n\u3000", .attachments = {"x.JPG"}, .time = "07:00"}},
+      {"2026-03-05", {.body = "\u3000", .attachments = {"x.JPG"}, .time = "07:00"}},
       {"2026-03-05", {.body = " \n", .tags = {"工作"}}},
       {"2026-03-06", {.body = "both", .attachments = {"x.pdf", "y.png"}}},
       {"2026-03-06", {.body = "caf", .attachments = {"x.caf"}}},
@@ -54,16 +54,15 @@ TEST_F(TimelineQueryStoreTest, EachListWithAndWithoutAnIndex) {
   };
   for (const TimelineQueryStore* lists : {&fromFiles, &fromIndex}) {
     SCOPED_TRACE(lists == &fromIndex ? "index" : "files");
-    EXPECT_THAT(
-        bodiesOf(lists->visibleEntries()),
-        ElementsAre("later", "small later", "large", "small", "caf", "both", "link https://a.b",
-                    " \n\u3000", "LINK HTTP://a.b", "hidden", "room", "plan"));
+    EXPECT_THAT(bodiesOf(lists->visibleEntries()),
+                ElementsAre("later", "small later", "large", "small", "caf", "both",
+                            "link https://a.b", "", "LINK HTTP://a.b", "hidden", "room", "plan"));
     EXPECT_THAT(bodiesOf(lists->entriesWithTag("工作")), ElementsAre("link https://a.b", "plan"));
     EXPECT_THAT(bodiesOf(lists->entriesWithTag("备忘录")), ElementsAre("trip"));
     EXPECT_THAT(bodiesOf(lists->entriesWithoutTags()),
-                ElementsAre("later", "small later", "large", "small", "caf", "both", " \n\u3000",
+                ElementsAre("later", "small later", "large", "small", "caf", "both", "",
                             "LINK HTTP://a.b"));
-    EXPECT_THAT(bodiesOf(lists->entriesWithImages()), ElementsAre("large", "both", " \n\u3000"));
+    EXPECT_THAT(bodiesOf(lists->entriesWithImages()), ElementsAre("large", "both", ""));
     EXPECT_THAT(bodiesOf(lists->entriesWithLinks()), ElementsAre("link https://a.b"));
     EXPECT_THAT(bodiesOf(lists->entriesWithAudioSortedBySize()),
                 ElementsAre("large", "small later", "small"));
