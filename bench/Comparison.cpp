@@ -24,6 +24,7 @@ struct Result {
   Samples samples = {};
   std::size_t units = 1;
   double bytes = 0;
+  std::string note = {};
   std::string skipped = {};
 };
 
@@ -70,6 +71,7 @@ void measure(benchmark::State& state, Result& result) {
     result.samples = {};
     result.units = steps.units;
     result.bytes = steps.bytes;
+    result.note = steps.note;
     takeTurns(state, steps, result.samples);
   } catch (const std::exception& reason) {
     result.skipped = reason.what();
@@ -118,6 +120,7 @@ bool printRow(const Result& result) {
   Verdict verdict = judge(result.comparison.goal, floor, ours);
   if (result.bytes > 0)
     verdict.text += fmt::format("{:.0f} MB/s", result.bytes / units / ours / 1e6);
+  if (!result.note.empty()) verdict.text += (verdict.text.empty() ? "" : ", ") + result.note;
   fmt::print("{:<40} {:>11} {:>11} {:>6}  {}\n", result.comparison.what,
              floor ? duration(*floor) : "-", duration(ours),
              floor ? fmt::format("{:.2f}", ours / *floor) : "-", verdict.text);

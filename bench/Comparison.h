@@ -24,6 +24,7 @@ struct Steps {
   std::function<void()> tidy{};  // after each step of either, untimed
   std::size_t units = 1;         // how many of what is measured a step does
   double bytes = 0;              // that a step goes through, where that is of interest
+  std::string note{};            // to be told beside the times
 };
 
 // Bounds that a result is held to; absent: told for information.
@@ -53,6 +54,7 @@ void registerParsing();
 void registerWriting();
 void registerProcesses();
 void registerText();
+void registerSearching();
 
 // A row for each comparison that was run. Returns whether all their goals are met.
 bool printTable();

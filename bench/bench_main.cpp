@@ -21,6 +21,7 @@ int main(int argc, char** argv) {
   registerWriting();
   registerProcesses();
   registerText();
+  registerSearching();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return printTable() ? 0 : 1;

@@ -93,6 +93,7 @@ std::string Arguments::tag(const std::string& text) {
 
 std::vector<std::string> Arguments::tags(const std::vector<std::string>& texts) {
   std::vector<std::string> cleaned;
+  cleaned.reserve(texts.size());
   for (const std::string& text : texts) cleaned.push_back(tag(text));
   return TagUtilities::uniqueTags(cleaned);
 }

@@ -35,6 +35,7 @@ class DetachCommand final : public Command {
   void run(Session& session) override {
     TimelineEntry entry = Arguments::memo(reference_, session);
     std::vector<std::string> stored;
+    stored.reserve(names_.size());
     for (const std::string& name : names_)
       stored.push_back(Arguments::attachment(entry.memo, name));
     entry.memo = MemoEditor(session.dayStore()).detach(entry.date, entry.memo, stored);

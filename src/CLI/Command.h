@@ -37,6 +37,9 @@ struct CommandEntry {
 [[nodiscard]] std::unique_ptr<Command> makeMoveCommand();
 [[nodiscard]] std::unique_ptr<Command> makeAttachCommand();
 [[nodiscard]] std::unique_ptr<Command> makeDetachCommand();
+[[nodiscard]] std::unique_ptr<Command> makeRemoveCommand();
+[[nodiscard]] std::unique_ptr<Command> makeTrashCommand();
+[[nodiscard]] std::unique_ptr<Command> makeHistoryCommand();
 [[nodiscard]] std::unique_ptr<Command> makeDoctorCommand();
 [[nodiscard]] std::unique_ptr<Command> makeCompletionCommand();
 [[nodiscard]] std::unique_ptr<Command> makeManualCommand();

@@ -15,6 +15,9 @@ std::vector<CommandEntry> allCommands() {
   add("move", "把笔记移到另一天", makeMoveCommand());
   add("attach", "给笔记加附件", makeAttachCommand());
   add("detach", "从笔记取下附件", makeDetachCommand());
+  add("rm", "把笔记移入回收站", makeRemoveCommand());
+  add("trash", "列出、恢复或清空回收站", makeTrashCommand());
+  add("history", "列出、显示或恢复一条笔记的历史版本", makeHistoryCommand());
   add("doctor", "检查全部数据，不作改动", makeDoctorCommand());
   add("completion", "输出 shell 补全脚本", makeCompletionCommand());
   add("manual", "", makeManualCommand());  // for the build, which makes the manual page of it

@@ -24,8 +24,8 @@ class ListCommand final : public Command {
     const PagedOutput pager(session.environment(), session.isJson());
     MemoListPrinter printer(session);
     if (all_)
-      timeline.forEachVisibleEntry([&](const TimelineEntry& entry) {
-        if (printer.count() < limit) printer.add(entry);
+      timeline.forEachVisibleEntry([&](const MemoEntry& entry) {
+        if (printer.count() < limit) printer.add({entry.date, *entry.memo});
         return printer.count() < limit;
       });
     else

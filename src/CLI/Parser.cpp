@@ -35,7 +35,7 @@ std::string beforeColon(const std::string& text) {
 
 // CLI11 speaks English; what it says is always one of these few things.
 std::string chineseTextOf(const CLI::ParseError& error, bool namesCommand) {
-  const std::string said = error.what();
+  std::string said = error.what();
   switch (static_cast<CLI::ExitCodes>(error.get_exit_code())) {
     case CLI::ExitCodes::RequiredError:
       if (said.ends_with(" is required"))

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <random>
+
 #include <gtest/gtest.h>
 
 #include "Platform/Text/Unicode.h"
@@ -103,6 +106,10 @@ TEST(UnicodeTest, LettersAndNumbers) {
     EXPECT_TRUE(isLetterOrNumber(character)) << std::hex << std::uint32_t{character};
   for (const char32_t character : U" -_/.。，😀\u0301\u3000\n$"sv)
     EXPECT_FALSE(isLetterOrNumber(character)) << std::hex << std::uint32_t{character};
+  for (const char32_t character : U"\u0301\u0E31\uFE0F"sv)
+    EXPECT_TRUE(isMark(character)) << std::hex << std::uint32_t{character};
+  for (const char32_t character : U"a日 .\u200D"sv)
+    EXPECT_FALSE(isMark(character)) << std::hex << std::uint32_t{character};
 }
 
 TEST(UnicodeTest, Utf16AndBack) {
@@ -143,6 +150,28 @@ TEST(UnicodeTest, ClustersAndColumns) {
     EXPECT_EQ(graphemePrefix(c.text, 0), "");
     EXPECT_EQ(graphemePrefix(c.text, c.clusters), c.text);
     EXPECT_EQ(graphemePrefix(c.text, c.clusters + 5), c.text);
+    const std::vector<std::size_t> ends = graphemeEnds(toUtf16(c.text));
+    ASSERT_EQ(ends.size(), c.clusters);
+    if (c.clusters == 0) continue;
+    EXPECT_EQ(ends.front(), toUtf16(c.first).size());
+    EXPECT_EQ(ends.back(), toUtf16(c.text).size());
+  }
+}
+
+// Text of units that never join is not given to the library; a syllable at the end makes it so.
+TEST(UnicodeTest, EndsOfPlainTextAreThoseOfTheLibrary) {
+  std::u16string plain;
+  for (char16_t unit = 1; unit < 0xFFFF; ++unit)
+    if (unit < 0x80 || (unit >= 0x3000 && unit <= 0x3029) || (unit >= 0x4E00 && unit <= 0x9FFF) ||
+        (unit >= 0xFF01 && unit <= 0xFF60))
+      plain += unit;
+  std::mt19937 random(1);
+  for (int round = 0; round < 3; ++round) {
+    std::ranges::shuffle(plain, random);
+    plain += u"\r\n\n\r";
+    std::vector<std::size_t> ends = graphemeEnds(plain);
+    ends.push_back(plain.size() + 1);
+    EXPECT_EQ(ends, graphemeEnds(plain + u"한"));
   }
 }
 

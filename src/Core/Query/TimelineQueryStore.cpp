@@ -1,25 +1,50 @@
 #include "Core/Query/TimelineQueryStore.h"
 
 #include <algorithm>
+#include <array>
 #include <ranges>
-#include <tuple>
 
+#include "Core/Extensions/PathNames.h"
 #include "Platform/Error.h"
-#include "Platform/Text/Unicode.h"
+#include "Platform/Files/FileError.h"
 
 namespace nomely {
 namespace {
 
-bool isVisible(const Memo& memo) {
-  return !memo.attachments.empty() || !trimSpaceAndBreaks(memo.body).empty();
+constexpr std::array<std::string_view, 6> imageExtensions{"jpg", "jpeg", "png",
+                                                          "gif", "heic", "webp"};
+constexpr std::array<std::string_view, 5> audioExtensions{"mp3", "wav", "m4a", "aac", "ogg"};
+
+bool isImage(const std::string& name) {
+  return std::ranges::find(imageExtensions, lowerCaseExtension(name)) != imageExtensions.end();
+}
+bool isAudio(const std::string& name) {
+  return std::ranges::find(audioExtensions, lowerCaseExtension(name)) != audioExtensions.end();
+}
+bool isOtherFile(const std::string& name) {
+  return !isImage(name) && !isAudio(name);
+}
+
+template <typename Belongs>
+bool hasAttachment(const MemoEntry& entry, Belongs belongs) {
+  return std::ranges::any_of(entry.memo->attachments, belongs);
+}
+
+std::uint64_t audioBytes(const MemoEntry& entry, const StoreContext& context) {
+  std::uint64_t bytes = 0;
+  for (const std::string& name : entry.memo->attachments) {
+    if (!isAudio(name)) continue;
+    try {
+      const auto file = context.files.attributes(context.paths.dayFolder(entry.date) / name);
+      bytes += file ? file->size : 0;
+    } catch (const FileError&) {
+      // Nothing to hear, nothing to weigh.
+    }
+  }
+  return bytes;
 }
 
 }  // namespace
-
-bool TimelineQueryStore::orderedBefore(const TimelineEntry& left, const TimelineEntry& right) {
-  return std::tie(left.date, left.memo.time, left.memo.seqNumber) >
-         std::tie(right.date, right.memo.time, right.memo.seqNumber);
-}
 
 std::vector<Memo> TimelineQueryStore::visibleMemos(Day day) const {
   try {
@@ -31,26 +56,107 @@ std::vector<Memo> TimelineQueryStore::visibleMemos(Day day) const {
   }
 }
 
-void TimelineQueryStore::forEachVisibleEntry(
-    const std::function<bool(const TimelineEntry&)>& visit) const {
-  const std::vector<Day> days = dayStore_.listAllDates();
+void TimelineQueryStore::forEach(const Test& test,
+                                 const std::function<bool(const MemoEntry&)>& visit) const {
+  if (searchIndex_ != nullptr) {
+    searchIndex_->forEachEntry([&](const MemoEntry& entry) {
+      return !isVisible(*entry.memo) || !test(entry) || visit(entry);
+    });
+    return;
+  }
+  std::vector<Day> days;
+  try {
+    days = dayStore_.listAllDates();
+  } catch (const Error&) {
+    return;
+  }
   for (const Day day : std::views::reverse(days)) {
-    std::vector<TimelineEntry> entries;
+    Entries entries;
     for (Memo& memo : visibleMemos(day))
-      if (!memo.isExcludedFromTimeline()) entries.push_back({day, std::move(memo)});
+      entries.push_back({day, std::make_shared<const Memo>(std::move(memo))});
+    std::erase_if(entries, [&](const MemoEntry& entry) { return !test(entry); });
     std::ranges::stable_sort(entries, orderedBefore);
-    for (const TimelineEntry& entry : entries)
+    for (const MemoEntry& entry : entries)
       if (!visit(entry)) return;
   }
 }
 
-std::vector<TimelineEntry> TimelineQueryStore::visibleEntries() const {
-  std::vector<TimelineEntry> entries;
-  forEachVisibleEntry([&](const TimelineEntry& entry) {
+TimelineQueryStore::Entries TimelineQueryStore::select(const Test& test) const {
+  Entries entries;
+  forEach(test, [&](const MemoEntry& entry) {
     entries.push_back(entry);
     return true;
   });
   return entries;
+}
+
+void TimelineQueryStore::forEachVisibleEntry(
+    const std::function<bool(const MemoEntry&)>& visit) const {
+  forEach([](const MemoEntry& entry) { return !entry.memo->isExcludedFromTimeline(); }, visit);
+}
+
+TimelineQueryStore::Entries TimelineQueryStore::visibleEntries() const {
+  return select([](const MemoEntry& entry) { return !entry.memo->isExcludedFromTimeline(); });
+}
+
+TimelineQueryStore::Entries TimelineQueryStore::entriesWithTag(std::string_view tag) const {
+  return select([&](const MemoEntry& entry) {
+    return std::ranges::any_of(entry.memo->tags, [&](std::string_view other) {
+      return other.starts_with(tag) && (other.size() == tag.size() || other[tag.size()] == '/');
+    });
+  });
+}
+
+TimelineQueryStore::Entries TimelineQueryStore::entriesWithoutTags() const {
+  return select([](const MemoEntry& entry) { return entry.memo->tags.empty(); });
+}
+
+TimelineQueryStore::Entries TimelineQueryStore::entriesWithImages() const {
+  return select([](const MemoEntry& entry) { return hasAttachment(entry, isImage); });
+}
+
+TimelineQueryStore::Entries TimelineQueryStore::entriesWithLinks() const {
+  return select([](const MemoEntry& entry) {
+    const std::string& body = entry.memo->body;
+    return body.find("http://") != std::string::npos || body.find("https://") != std::string::npos;
+  });
+}
+
+TimelineQueryStore::Entries TimelineQueryStore::entriesWithAudioSortedBySize() const {
+  struct Sized {
+    std::uint64_t bytes;
+    MemoEntry entry;
+  };
+  std::vector<Sized> found;
+  for (MemoEntry& entry :
+       select([](const MemoEntry& candidate) { return hasAttachment(candidate, isAudio); })) {
+    const std::uint64_t bytes = audioBytes(entry, dayStore_.context());
+    found.push_back({bytes, std::move(entry)});
+  }
+  std::ranges::stable_sort(found, [](const Sized& left, const Sized& right) {
+    return left.bytes != right.bytes ? left.bytes > right.bytes
+                                     : orderedBefore(left.entry, right.entry);
+  });
+  Entries entries;
+  for (Sized& sized : found) entries.push_back(std::move(sized.entry));
+  return entries;
+}
+
+TimelineQueryStore::Entries TimelineQueryStore::entriesWithAttachments() const {
+  return select([](const MemoEntry& entry) { return hasAttachment(entry, isOtherFile); });
+}
+
+TimelineQueryStore::Entries TimelineQueryStore::pinnedEntries() const {
+  return select([](const MemoEntry& entry) { return entry.memo->pinned; });
+}
+
+TimelineQueryStore::Entries TimelineQueryStore::onThisDayEntries(Day referenceDate) const {
+  const std::chrono::year_month_day reference = referenceDate.civil();
+  return select([&](const MemoEntry& entry) {
+    const std::chrono::year_month_day date = entry.date.civil();
+    return date.month() == reference.month() && date.day() == reference.day() &&
+           date.year() < reference.year();
+  });
 }
 
 }  // namespace nomely

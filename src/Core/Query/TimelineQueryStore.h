@@ -1,13 +1,16 @@
 #pragma once
 
 #include <functional>
+#include <string_view>
 #include <vector>
 
+#include "Core/Query/MemoEntry.h"
+#include "Core/Query/SearchIndex.h"
 #include "Core/Storage/DayStore.h"
 
 namespace nomely {
 
-// A memo with the day on which it stands.
+// A memo of one's own, with the day on which it stands.
 struct TimelineEntry {
   Day date;
   Memo memo;
@@ -15,25 +18,49 @@ struct TimelineEntry {
   friend bool operator==(const TimelineEntry&, const TimelineEntry&) = default;
 };
 
-// The lists of memos that the timeline shows. A memo with neither text nor attachments is in none
-// of them. Queries never fail: a day that can't be listed counts as empty. Stateless; any thread.
+// The lists of memos that the timeline shows, newest first. A memo with neither text nor
+// attachments is in none of them. With an index the lists come from memory, and are as it has them;
+// without one, from the day folders. Queries never fail: a day that can't be listed counts as
+// empty. Stateless; any thread.
 class TimelineQueryStore {
  public:
-  explicit TimelineQueryStore(const DayStore& dayStore) : dayStore_(dayStore) {}
+  using Entries = std::vector<MemoEntry>;
 
-  // What lies in the main timeline, newest first: imported and generated collections stay out.
-  [[nodiscard]] std::vector<TimelineEntry> visibleEntries() const;
-  // The same, day after day as each is read, until `visit` returns false.
-  void forEachVisibleEntry(const std::function<bool(const TimelineEntry&)>& visit) const;
+  explicit TimelineQueryStore(const DayStore& dayStore, SearchIndex* searchIndex = nullptr)
+      : dayStore_(dayStore), searchIndex_(searchIndex) {}
+
+  // The main timeline: imported and generated collections stay out.
+  [[nodiscard]] Entries visibleEntries() const;
+  // The same one by one, a day's memos as soon as they are read, until `visit` returns false.
+  void forEachVisibleEntry(const std::function<bool(const MemoEntry&)>& visit) const;
+
+  // Memos with that tag or one below it.
+  [[nodiscard]] Entries entriesWithTag(std::string_view tag) const;
+  // Hidden tags count as tags.
+  [[nodiscard]] Entries entriesWithoutTags() const;
+  [[nodiscard]] Entries entriesWithImages() const;
+  // "http://" or "https://" in the body, in lower case.
+  [[nodiscard]] Entries entriesWithLinks() const;
+  // By the size of a memo's audio files together, the largest first; a file that is not there
+  // counts as empty.
+  [[nodiscard]] Entries entriesWithAudioSortedBySize() const;
+  // Memos with files that are neither pictures nor sound.
+  [[nodiscard]] Entries entriesWithAttachments() const;
+  [[nodiscard]] Entries pinnedEntries() const;
+  // Memos of the same month and day in earlier years.
+  [[nodiscard]] Entries onThisDayEntries(Day referenceDate) const;
 
   // The day's memos, highest number first.
   [[nodiscard]] std::vector<Memo> visibleMemos(Day day) const;
 
-  // Newest first: by day, then by `time` as text, then by number.
-  [[nodiscard]] static bool orderedBefore(const TimelineEntry& left, const TimelineEntry& right);
-
  private:
+  using Test = std::function<bool(const MemoEntry&)>;
+
+  [[nodiscard]] Entries select(const Test& test) const;
+  void forEach(const Test& test, const std::function<bool(const MemoEntry&)>& visit) const;
+
   const DayStore& dayStore_;
+  SearchIndex* searchIndex_;
 };
 
 }  // namespace nomely

@@ -61,9 +61,13 @@ AttachmentManager::ImportResult AttachmentManager::importFile(const std::filesys
 }
 
 void AttachmentManager::deleteFile(const std::string& filename, Day day) const {
+  if (isSafeName(filename)) discard(context_.paths.dayFolder(day) / filename);
+}
+
+void AttachmentManager::discard(const std::filesystem::path& file) const {
   writes_.write([&] {
-    const std::filesystem::path file = context_.paths.dayFolder(day) / filename;
-    if (!isSafeName(filename) || !context_.files.exists(file)) return;
+    if (!context_.files.exists(file)) return;
+    const std::string filename = file.filename().string();
     const std::filesystem::path folder =
         context_.paths.attachmentTrashFolder() /
         DateFormatters::fileNameTimestamp.format(context_.clock.now());

@@ -49,6 +49,9 @@ class AttachmentManager {
   // made sure that no memo of the day names it.
   void deleteFile(const std::string& filename, Day day) const;
 
+  // The same for a file anywhere under the root.
+  void discard(const std::filesystem::path& file) const;
+
   // Copies files of other days to `destinationDate`, in order, up to the first failure. A file that
   // is there with the same contents counts as copied. Throws ImportError.
   void preparePendingAttachments(const std::vector<std::string>& filenames,

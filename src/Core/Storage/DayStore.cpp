@@ -1,6 +1,7 @@
 #include "Core/Storage/DayStore.h"
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 
 #include "Core/Extensions/DateFormatters.h"
@@ -30,8 +31,12 @@ DayStore::DayStore(StoreContext context)
 std::vector<std::int64_t> DayStore::listNumbers(Day day) const {
   const std::filesystem::path folder = context_.paths.dayFolder(day);
   if (!context_.files.exists(folder)) return {};
+  return numbersIn(context_.files.listVisible(folder));
+}
+
+std::vector<std::int64_t> DayStore::numbersIn(const std::vector<DirectoryEntry>& folder) {
   std::vector<std::int64_t> numbers;
-  for (const DirectoryEntry& entry : context_.files.listVisible(folder))
+  for (const DirectoryEntry& entry : folder)
     if (const auto number = DiskPaths::seqNumber(entry.name); number && *number >= 1)
       numbers.push_back(*number);
   std::ranges::sort(numbers);
@@ -42,8 +47,11 @@ std::vector<std::int64_t> DayStore::listNumbers(Day day) const {
 }
 
 std::vector<Memo> DayStore::listMemos(Day day) const {
-  std::vector<std::int64_t> numbers = listNumbers(day);
-  std::ranges::reverse(numbers);
+  return readMemos(day, listNumbers(day));
+}
+
+std::vector<Memo> DayStore::readMemos(Day day, std::vector<std::int64_t> numbers) const {
+  std::ranges::sort(numbers, std::greater());
   std::vector<Memo> memos;
   memos.reserve(numbers.size());
   for (const std::int64_t number : numbers) {

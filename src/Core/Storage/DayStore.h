@@ -31,6 +31,15 @@ class DayStore {
     std::map<std::string, AudioTranscript> audioTranscripts = {};
   };
 
+  // A memo in the trash: one folder `.trash/<trashSubdir>/`.
+  struct TrashEntry {
+    Day originalDate;
+    Memo memo;
+    std::string trashSubdir;  // its identity
+
+    friend bool operator==(const TrashEntry&, const TrashEntry&) = default;
+  };
+
   explicit DayStore(StoreContext context);
 
   [[nodiscard]] const StoreContext& context() const { return context_; }
@@ -42,6 +51,10 @@ class DayStore {
   [[nodiscard]] std::vector<Memo> listMemos(Day day) const;
   // The numbers behind that list in rising order, unreadable memos included.
   [[nodiscard]] std::vector<std::int64_t> listNumbers(Day day) const;
+  // The two steps of listMemos, for callers that have listed the day's folder already.
+  [[nodiscard]] static std::vector<std::int64_t> numbersIn(
+      const std::vector<DirectoryEntry>& folder);
+  [[nodiscard]] std::vector<Memo> readMemos(Day day, std::vector<std::int64_t> numbers) const;
 
   // One more than the highest number in use, gaps and unreadable files notwithstanding.
   [[nodiscard]] std::int64_t nextSeqNumber(Day day) const;
@@ -70,6 +83,23 @@ class DayStore {
   // happened.
   [[nodiscard]] Memo moveMemo(const Memo& memo, Day from, Day to) const;
 
+  // Moves the memo and its files to the trash and returns the entry's folder name. Throws
+  // WriteError like updateMemo, `memo` being what is expected there.
+  [[nodiscard]] std::string trashMemo(Day day, const Memo& memo) const;
+  // Brings a memo back under its own number, or the next free one when that was given away. A file
+  // whose name was given away goes to the attachment trash, which is logged. Throws WriteError
+  // (missingMemo) when the entry is gone.
+  void restoreMemo(const TrashEntry& entry) const;
+  // By `time`, latest first. Folders that are no entries are passed over; a memo file that can't be
+  // read shows as an empty memo. Never throws.
+  [[nodiscard]] std::vector<TrashEntry> listTrash() const;
+  // Both in order, ending with the first failure; what was done stays done. Deleting is for good
+  // and takes the memos' versions along.
+  void deleteTrashEntries(const std::vector<TrashEntry>& entries) const;
+  void restoreTrashEntries(const std::vector<TrashEntry>& entries) const;
+  // Removes everything in the trash for good, the attachment trash included.
+  void emptyTrash() const;
+
  private:
   // Writes a memo under `memo.seqNumber` or the next free number above it.
   void place(Memo& memo, Day day) const;
@@ -80,6 +110,12 @@ class DayStore {
   // Trashes those of the files that no memo of the day names, none when that is not certain. A
   // file that can't be moved is logged. Throws FileError when the day can't be listed.
   void trashUnnamedFiles(const std::vector<std::string>& names, Day day) const;
+
+  [[nodiscard]] std::filesystem::path makeTrashFolder(Day day, std::int64_t seqNumber) const;
+  [[nodiscard]] std::filesystem::path trashFolderOf(const TrashEntry& entry) const;
+  void restoreMemoFile(const TrashEntry& entry, const std::filesystem::path& folder) const;
+  void restoreAttachments(const TrashEntry& entry, const std::filesystem::path& folder) const;
+  void deleteVersions(const TrashEntry& entry) const;
 
   StoreContext context_;
   MemoStore memoStore_;

@@ -10,7 +10,7 @@
 namespace nomely {
 
 DiskPaths DiskPaths::defaultPaths(const Environment& environment) {
-  const DiskPaths paths{environment.homeFolder() / "NomelyData"};
+  DiskPaths paths{environment.homeFolder() / "NomelyData"};
   try {
     paths.createRoot();
   } catch (const FileError& error) {

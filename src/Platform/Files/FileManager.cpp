@@ -192,6 +192,20 @@ bool FileManager::removeFile(const path& name) const {
   return true;
 }
 
+void FileManager::removeTree(const path& name) const {
+  removeContents(name);
+  if (fileSystem_.remove(name)) syncParent(name);
+}
+
+void FileManager::removeContents(const path& name) const {
+  const auto found = fileSystem_.attributes(name, LinkPolicy::noFollow);
+  if (!found || found->type != FileType::directory) return;
+  for (const DirectoryEntry& entry : fileSystem_.list(name)) {
+    removeContents(name / entry.name);
+    fileSystem_.remove(name / entry.name);
+  }
+}
+
 bool FileManager::isTemporaryName(std::string_view name) {
   return name.size() > temporaryPrefix.size() + temporarySuffix.size() &&
          name.starts_with(temporaryPrefix) && name.ends_with(temporarySuffix);

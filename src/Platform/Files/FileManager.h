@@ -60,6 +60,10 @@ class FileManager {
   // Removes a file. False when there was none.
   bool removeFile(const std::filesystem::path& path) const;
 
+  // Removes a file, or a folder with everything in it, links not followed. Nothing happens when
+  // there is none. What a failure leaves can be removed by repeating the call.
+  void removeTree(const std::filesystem::path& path) const;
+
   // Whether `name` (a last path component) is that of a temporary of this class.
   [[nodiscard]] static bool isTemporaryName(std::string_view name);
   // Removes the temporaries in `directory` and returns how many went. Only for callers that know
@@ -69,6 +73,7 @@ class FileManager {
  private:
   class Temporary;
 
+  void removeContents(const std::filesystem::path& path) const;
   // Makes the entry of a new file or folder durable, or takes it away: left standing, the next
   // attempt would take for durable what is not, or find its name taken by its own leavings.
   void settleNew(const std::filesystem::path& path) const;

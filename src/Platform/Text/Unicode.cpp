@@ -58,19 +58,25 @@ icu::BreakIterator& graphemeIterator() {
   return *iterator;
 }
 
-// Calls `visit(end)` with the byte offset behind each cluster until it returns false.
-template <typename Visit>
-void forEachGrapheme(std::string_view text, Visit visit) {
+// Calls `use` with an iterator over the clusters of `text`.
+template <typename Use>
+void withGraphemes(std::string_view text, Use use) {
   UErrorCode status = U_ZERO_ERROR;
   UText source = UTEXT_INITIALIZER;
   utext_openUTF8(&source, text.data(), static_cast<int64_t>(text.size()), &status);
   icu::BreakIterator& iterator = graphemeIterator();
   iterator.setText(&source, status);
-  if (U_SUCCESS(status)) {
+  if (U_SUCCESS(status)) use(iterator);
+  utext_close(&source);
+}
+
+// Calls `visit(end)` with the byte offset behind each cluster until it returns false.
+template <typename Visit>
+void forEachGrapheme(std::string_view text, Visit visit) {
+  withGraphemes(text, [&](icu::BreakIterator& iterator) {
     for (int32_t end = iterator.next(); end != icu::BreakIterator::DONE; end = iterator.next())
       if (!visit(static_cast<std::size_t>(end))) break;
-  }
-  utext_close(&source);
+  });
 }
 
 std::size_t columnsOf(std::string_view cluster) {
@@ -84,6 +90,28 @@ std::size_t columnsOf(std::string_view cluster) {
   const bool isEmoji = u_hasBinaryProperty(first, UCHAR_REGIONAL_INDICATOR) != 0 ||
                        cluster.find(emojiSelector) != std::string_view::npos;
   return isEmoji ? 2 : 1;
+}
+
+// Units that never join with one another, but for a carriage return with its line feed: most text
+// of this application is of nothing else.
+bool standsAlone(char16_t unit) {
+  return unit < 0x80 || (unit >= 0x4E00 && unit <= 0x9FFF) || (unit >= 0x3000 && unit <= 0x3029) ||
+         (unit >= 0xFF01 && unit <= 0xFF60);
+}
+
+std::vector<std::size_t> endsByIterator(std::u16string_view text) {
+  std::vector<std::size_t> ends;
+  UErrorCode status = U_ZERO_ERROR;
+  UText source = UTEXT_INITIALIZER;
+  utext_openUChars(&source, text.data(), static_cast<int64_t>(text.size()), &status);
+  icu::BreakIterator& iterator = graphemeIterator();
+  iterator.setText(&source, status);
+  if (U_SUCCESS(status)) {
+    for (int32_t end = iterator.next(); end != icu::BreakIterator::DONE; end = iterator.next())
+      ends.push_back(static_cast<std::size_t>(end));
+  }
+  utext_close(&source);
+  return ends;
 }
 
 template <typename Belongs>
@@ -167,6 +195,10 @@ bool isLetterOrNumber(char32_t character) {
   return (U_MASK(u_charType(static_cast<UChar32>(character))) & mask) != 0;
 }
 
+bool isMark(char32_t character) {
+  return (U_MASK(u_charType(static_cast<UChar32>(character))) & U_GC_M_MASK) != 0;
+}
+
 std::string_view trimHorizontal(std::string_view text) {
   return trim(text, isHorizontalSpace);
 }
@@ -198,6 +230,17 @@ std::size_t graphemeCount(std::string_view text) {
   return count;
 }
 
+std::vector<std::size_t> graphemeEnds(std::u16string_view text) {
+  std::vector<std::size_t> ends;
+  ends.reserve(text.size());
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (!standsAlone(text[at])) return endsByIterator(text);
+    if (text.substr(at).starts_with(u"\r\n")) ++at;
+    ends.push_back(at + 1);
+  }
+  return ends;
+}
+
 std::string_view graphemePrefix(std::string_view text, std::size_t count) {
   if (count == 0) return {};
   std::size_t end = text.size();
@@ -207,6 +250,28 @@ std::string_view graphemePrefix(std::string_view text, std::size_t count) {
     return false;
   });
   return text.substr(0, end);
+}
+
+std::size_t graphemesBefore(std::string_view text, std::size_t offset, std::size_t count) {
+  std::size_t begin = 0;
+  withGraphemes(text, [&](icu::BreakIterator& iterator) {
+    auto at = static_cast<int32_t>(offset);
+    if (iterator.isBoundary(at) == 0) at = iterator.preceding(at);
+    for (; at > 0 && count > 0; --count) at = iterator.preceding(at);
+    begin = static_cast<std::size_t>(at);
+  });
+  return begin;
+}
+
+std::size_t graphemesAfter(std::string_view text, std::size_t offset, std::size_t count) {
+  std::size_t end = text.size();
+  withGraphemes(text, [&](icu::BreakIterator& iterator) {
+    auto at = static_cast<int32_t>(offset);
+    if (iterator.isBoundary(at) == 0) at = iterator.following(at);
+    for (; at != icu::BreakIterator::DONE && count > 0; --count) at = iterator.following(at);
+    if (at != icu::BreakIterator::DONE) end = static_cast<std::size_t>(at);
+  });
+  return end;
 }
 
 std::size_t displayWidth(std::string_view text) {

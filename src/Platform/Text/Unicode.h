@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace nomely {
 
@@ -29,6 +30,8 @@ void appendUtf8(std::string& text, char32_t character);
 
 // Unicode categories L* and N*.
 [[nodiscard]] bool isLetterOrNumber(char32_t character);
+// Unicode categories M*: what stands on the letter before it.
+[[nodiscard]] bool isMark(char32_t character);
 
 // `text` without leading and trailing horizontal space.
 [[nodiscard]] std::string_view trimHorizontal(std::string_view text);
@@ -41,8 +44,16 @@ void appendUtf8(std::string& text, char32_t character);
 
 // Extended grapheme clusters (UAX #29): the characters that a reader counts.
 [[nodiscard]] std::size_t graphemeCount(std::string_view text);
+// Where each of them ends, in UTF-16 units, rising.
+[[nodiscard]] std::vector<std::size_t> graphemeEnds(std::u16string_view text);
 // The first `count` of them; the whole text when it has fewer.
 [[nodiscard]] std::string_view graphemePrefix(std::string_view text, std::size_t count);
+// The offset `count` of them before or behind `offset`, or the end of the text on that side. Of a
+// cluster that `offset` splits, the part on the other side comes along first and is not counted.
+[[nodiscard]] std::size_t graphemesBefore(std::string_view text, std::size_t offset,
+                                          std::size_t count);
+[[nodiscard]] std::size_t graphemesAfter(std::string_view text, std::size_t offset,
+                                         std::size_t count);
 
 // Columns that `text` takes on a terminal: two for wide East Asian characters and emoji.
 [[nodiscard]] std::size_t displayWidth(std::string_view text);

@@ -1,0 +1,194 @@
+#include <chrono>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <malloc.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Core/Query/SearchIndex.h"
+#include "Core/Storage/DayStore.h"
+#include "bench/BareParse.h"
+#include "bench/Comparison.h"
+#include "bench/Workspace.h"
+
+namespace nomely::bench {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uint64_t memosInRoot = 100'000;
+
+// A root of a hundred thousand memos, in memory where the machine has that: what is measured is our
+// own work and the kernel's, not the disk's.
+struct Root {
+  fs::path folder = memoryWorkspace().value_or(workspace()) / "search";
+  CorpusSummary summary = writeCorpus({.memos = memosInRoot}, folder);
+  std::vector<fs::path> days = [this] {
+    std::vector<fs::path> found;
+    for (const auto& entry : fs::directory_iterator(folder))
+      if (entry.is_directory() && Day::parse(entry.path().filename().string()))
+        found.push_back(entry.path());
+    return found;
+  }();
+};
+
+const Root& root() {
+  static const Root made;
+  return made;
+}
+
+JobPool& pool() {
+  static JobPool jobs;
+  return jobs;
+}
+
+// An index that is built, and what it took to hold it.
+struct BuiltIndex {
+  std::size_t before = mallinfo2().uordblks + mallinfo2().hblkhd;
+  SearchIndex index{contextFor(root().folder), pool()};
+  double memoryRatio = [this] {
+    (void)index.search("热身", 1);
+    while (!index.isFiltered()) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    const std::size_t after = mallinfo2().uordblks + mallinfo2().hblkhd;
+    return static_cast<double>(after - before) / static_cast<double>(root().summary.memoBytes);
+  }();
+};
+
+BuiltIndex& built() {
+  static BuiltIndex index;
+  return index;
+}
+
+// The least that going through the memo files of a day can take.
+template <typename Visit>
+void forEachMemoFile(const fs::path& day, Visit visit) {
+  for (const auto& entry : fs::directory_iterator(day))
+    if (entry.path().extension() == ".md") visit(entry.path().c_str());
+}
+
+void readAndParse(const char* name) {
+  const int file = ::open(name, O_RDONLY | O_CLOEXEC);
+  struct stat info {};
+  if (file < 0 || ::fstat(file, &info) != 0) throw std::runtime_error("unreadable memo");
+  std::string content(static_cast<std::size_t>(info.st_size), '\0');
+  if (::read(file, content.data(), content.size()) != info.st_size)
+    throw std::runtime_error("unreadable memo");
+  ::close(file);
+  readEvents(headerOf(content));
+}
+
+Steps buildSteps() {
+  (void)root();
+  return {
+      .floor =
+          [](std::size_t) {
+            pool().parallelFor(root().days.size(), [](std::size_t i) {
+              forEachMemoFile(root().days[i], readAndParse);
+            });
+          },
+      .ours =
+          [](std::size_t) {
+            // Left to itself: giving the memory back is no part of what a reader waits for.
+            static std::unique_ptr<SearchIndex> index;
+            index = std::make_unique<SearchIndex>(contextFor(root().folder), pool());
+            (void)index->search("热身", 1);
+          },
+  };
+}
+
+Steps signatureSteps() {
+  (void)built();
+  return {
+      .floor =
+          [](std::size_t) {
+            pool().parallelFor(root().days.size(), [](std::size_t i) {
+              forEachMemoFile(root().days[i], [](const char* name) {
+                struct stat info {};
+                if (::stat(name, &info) != 0) throw std::runtime_error("unreadable memo");
+                benchmark::DoNotOptimize(info);
+              });
+            });
+          },
+      .ours =
+          [](std::size_t) {
+            if (built().index.rebuildIfDiskChanged()) throw std::runtime_error("changed");
+          },
+  };
+}
+
+// The whole program, as someone would search the folder without an index.
+void ripgrep(const std::string& word) {
+  const std::string command =
+      fmt::format("rg -F -e '{}' '{}' >/dev/null 2>&1", word, root().folder.string());
+  const int status = std::system(command.c_str());
+  if (!WIFEXITED(status) || WEXITSTATUS(status) > 1) throw Skipped("no rg");
+}
+
+void registerSearch(const std::string& what, const std::string& query, std::size_t atLeast) {
+  registerComparison({.what = "search " + what,
+                      .prepare =
+                          [=] {
+                            if (built().index.search(query, 50).size() < atLeast)
+                              throw std::runtime_error("finds too little");
+                            return Steps{.ours = [=](std::size_t) {
+                              auto found = built().index.search(query, 50);
+                              benchmark::DoNotOptimize(found);
+                            }};
+                          },
+                      .goal = {.perSecond = 50}});
+}
+
+Steps patchSteps() {
+  const DayStore store(contextFor(root().folder));
+  auto day = std::make_shared<Day>(store.listAllDates().back());
+  auto memo = std::make_shared<Memo>(store.listMemos(*day).front());
+  memo->seqNumber = 900;
+  (void)built();
+  return {.ours =
+              [=](std::size_t) {
+                built().index.indexMemo(*memo, *day);
+                built().index.removeMemo(*day, memo->seqNumber);
+              },
+          .units = 2,
+          .note = fmt::format("memory {:.2f} of the files' bytes", built().memoryRatio)};
+}
+
+}  // namespace
+
+void registerSearching() {
+  registerComparison({.what = "build the index (floor: read, YAML events)",
+                      .prepare = buildSteps,
+                      .goal = {.ratio = 1.5}});
+  registerComparison({.what = "disk signature (floor: list and stat)",
+                      .prepare = signatureSteps,
+                      .goal = {.ratio = 1.5}});
+  registerSearch("a rare word", "囹圄", 1);
+  registerSearch("a common word", "今天", 50);
+  registerSearch("one character", "的", 50);
+  registerSearch("a Latin word in the other case", "ZYZZYVA", 1);
+  registerSearch("three words", "今天 读书 电影", 1);
+  registerComparison({.what = "a word that is nowhere (floor: ripgrep)",
+                      .prepare =
+                          [] {
+                            ripgrep("爨龘");
+                            (void)built();
+                            return Steps{.floor = [](std::size_t) { ripgrep("爨龘"); },
+                                         .ours =
+                                             [](std::size_t) {
+                                               auto found = built().index.search("爨龘", 50);
+                                               benchmark::DoNotOptimize(found);
+                                             }};
+                          },
+                      .goal = {.ratio = 1.0 / 30}});
+  registerComparison(
+      {.what = "patch the index", .prepare = patchSteps, .goal = {.perSecond = 1000}});
+}
+
+}  // namespace nomely::bench

@@ -1,0 +1,147 @@
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "CLI/Arguments.h"
+#include "CLI/Command.h"
+#include "CLI/MemoOutput.h"
+#include "CLI/UsageError.h"
+
+namespace nomely {
+namespace {
+
+using TrashEntry = DayStore::TrashEntry;
+
+Json jsonOf(const TrashEntry& entry) {
+  return {{"trashSubdir", entry.trashSubdir},
+          {"originalDate", entry.originalDate.string()},
+          {"memo", MemoOutput::json({entry.originalDate, entry.memo})}};
+}
+
+class RemoveCommand final : public Command {
+ public:
+  void declare(CLI::App& app) override {
+    app.add_option("REF", references_, "笔记：日期/编号，或 memo_ 标识，可多条")->required();
+  }
+
+  void run(Session& session) override {
+    std::vector<TimelineEntry> entries;
+    for (const std::string& reference : references_)
+      entries.push_back(Arguments::memo(reference, session));
+    Json removed = Json::array();
+    for (const TimelineEntry& entry : entries) {
+      const std::string subdir = session.dayStore().trashMemo(entry.date, entry.memo);
+      removed.push_back({{"date", entry.date.string()},
+                         {"seqNumber", entry.memo.seqNumber},
+                         {"trashSubdir", subdir}});
+      session.say(fmt::format("已移入回收站：{}/{}。恢复：nomely trash restore {}",
+                              entry.date.string(), entry.memo.seqNumber, subdir));
+    }
+    if (session.isJson()) session.printJson(removed);
+  }
+
+ private:
+  std::vector<std::string> references_;
+};
+
+class TrashCommand final : public Command {
+ public:
+  void declare(CLI::App& app) override {
+    app.add_option("ACTION", action_, "list（默认）、restore、delete 或 empty");
+    app.add_option("NAME", names_, "回收站条目的名称，可多个");
+    app.add_option("--from", from_, "delete：从哪一天")->type_name("DATE");
+    app.add_option("--to", to_, "delete：到哪一天")->type_name("DATE");
+  }
+
+  void run(Session& session) override {
+    if (action_ == "list") return list(session);
+    if (action_ == "restore") return restore(session);
+    if (action_ == "delete") return erase(session);
+    if (action_ == "empty") return empty(session);
+    throw UsageError(
+        fmt::format("“{}”不是回收站的操作：请用 list、restore、delete 或 empty", action_));
+  }
+
+ private:
+  static void list(Session& session) {
+    const std::vector<TrashEntry> entries = session.dayStore().listTrash();
+    if (session.isJson()) {
+      Json json = Json::array();
+      for (const TrashEntry& entry : entries) json.push_back(jsonOf(entry));
+      return session.printJson(json);
+    }
+    const PagedOutput pager(session.environment(), session.isJson());
+    const Style style = session.style();
+    for (const TrashEntry& entry : entries)
+      session.print(fmt::format("{}\n{}\n", style.bold(Terminal::printable(entry.trashSubdir)),
+                                MemoOutput::text({entry.originalDate, entry.memo}, style)));
+    if (entries.empty()) session.say("回收站是空的。");
+  }
+
+  void restore(Session& session) const {
+    const std::vector<TrashEntry> entries = named(session);
+    session.dayStore().restoreTrashEntries(entries);
+    session.say(fmt::format("已恢复 {} 条笔记。", entries.size()));
+    if (session.isJson()) list(session);
+  }
+
+  void erase(Session& session) const {
+    const bool byDate = !from_.empty() || !to_.empty();
+    const std::vector<TrashEntry> entries = byDate ? dated(session) : named(session);
+    if (entries.empty())
+      session.say("该范围内没有笔记");
+    else if (session.confirm(
+                 byDate ? "将永久删除指定日期范围内回收站中的所有笔记。"
+                        : fmt::format("将永久删除 {} 条笔记，此操作不可撤销。", entries.size())))
+      session.dayStore().deleteTrashEntries(entries);
+    if (session.isJson()) list(session);
+  }
+
+  static void empty(Session& session) {
+    const std::size_t count = session.dayStore().listTrash().size();
+    if (session.confirm(fmt::format(
+            "确认清空回收站？将永久删除回收站中的所有 {} 条笔记，此操作不可撤销。", count)))
+      session.dayStore().emptyTrash();
+    if (session.isJson()) list(session);
+  }
+
+  [[nodiscard]] std::vector<TrashEntry> named(Session& session) const {
+    if (names_.empty()) throw UsageError("缺少回收站条目的名称，见 nomely trash list");
+    const std::vector<TrashEntry> all = session.dayStore().listTrash();
+    std::vector<TrashEntry> entries;
+    for (const std::string& name : names_) {
+      const auto found = std::ranges::find(all, name, &TrashEntry::trashSubdir);
+      if (found == all.end()) throw NameNotFoundError(fmt::format("回收站里没有“{}”", name));
+      entries.push_back(*found);
+    }
+    return entries;
+  }
+
+  [[nodiscard]] std::vector<TrashEntry> dated(Session& session) const {
+    if (from_.empty() || to_.empty() || !names_.empty())
+      throw UsageError("按日期删除需要同时给出 --from 和 --to，且不写名称");
+    const Day from = Arguments::day(from_, session.clock());
+    const Day to = Arguments::day(to_, session.clock());
+    std::vector<TrashEntry> entries = session.dayStore().listTrash();
+    std::erase_if(entries, [&](const TrashEntry& entry) {
+      return entry.originalDate < from || entry.originalDate > to;
+    });
+    return entries;
+  }
+
+  std::string action_ = "list";
+  std::vector<std::string> names_;
+  std::string from_;
+  std::string to_;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeRemoveCommand() {
+  return std::make_unique<RemoveCommand>();
+}
+std::unique_ptr<Command> makeTrashCommand() {
+  return std::make_unique<TrashCommand>();
+}
+
+}  // namespace nomely

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Core/Markdown/LinkResultCache.h"
+
+namespace nomely {
+
+// The links of a body, for the link bar of its card. Takes time in proportion to the text. Safe on
+// any thread.
+//
+// A link is an address with the scheme http or https, or a bare host name with a known ending, to
+// which the scheme http is given. Mail addresses are none; neither are bare names that more likely
+// are files ("readme.md"), unless a path follows or they begin with "www.".
+//
+// Links stand in Chinese text without blanks around them: a link ends before a mark that is no
+// ASCII, before an ideograph that follows a Latin letter or digit, before a closing bracket
+// without its opening one, and before ASCII marks of the sentence around it.
+namespace LinkDetector {
+
+// From the shared cache where the body is there. Each address once, in the order of the text.
+[[nodiscard]] LinkResultCache::Links links(std::string_view body);
+
+[[nodiscard]] std::vector<DetectedLink> computeLinks(std::string_view text);
+
+// The last component of the path without extension and percent signs, else the host, else the
+// address itself.
+[[nodiscard]] std::string title(std::string_view url);
+
+}  // namespace LinkDetector
+
+}  // namespace nomely

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "Core/Markdown/DetectedLink.h"
+
+namespace nomely {
+
+// The links of the bodies looked at last. Safe on any thread.
+class LinkResultCache {
+ public:
+  using Links = std::shared_ptr<const std::vector<DetectedLink>>;
+
+  static constexpr std::size_t maxEntries = 200;
+
+  // The one of this process.
+  [[nodiscard]] static LinkResultCache& shared();
+
+  // Null for a body that is not here. A body asked for stays longer than those that weren't.
+  [[nodiscard]] Links get(std::string_view body);
+  void set(Links links, std::string_view body);
+
+ private:
+  struct Entry {
+    std::string body;
+    Links links;
+  };
+
+  std::mutex lock_;
+  std::list<Entry> order_;  // the one to go first comes first
+  std::unordered_map<std::string_view, std::list<Entry>::iterator> cache_;
+};
+
+}  // namespace nomely

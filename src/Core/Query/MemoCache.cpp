@@ -1,0 +1,101 @@
+#include "Core/Query/MemoCache.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace nomely {
+namespace {
+
+// In no well-formed text, so that no needle reaches from one tag into the next.
+constexpr char tagSeparator = '\xFF';
+
+bool precedes(const Memo& left, const Memo& right) {
+  return std::tie(left.time, left.seqNumber) > std::tie(right.time, right.seqNumber);
+}
+
+std::string joinedFolded(const std::vector<std::string>& tags) {
+  std::string joined;
+  for (const std::string& tag : tags) {
+    if (!joined.empty()) joined += tagSeparator;
+    joined += foldedText(tag);
+  }
+  joined.shrink_to_fit();
+  return joined;
+}
+
+}  // namespace
+
+IndexedMemo::IndexedMemo(Memo memo)
+    : memo_(std::move(memo)), foldedTags_(joinedFolded(memo_.tags)) {
+  memo_.body.shrink_to_fit();
+  if (auto folded = foldedBeyondAscii(memo_.body))
+    foldedBody_ = std::make_unique<const std::string>(std::move(*folded));
+}
+
+void MemoCache::DayMemos::makeFilter() const {
+  std::vector<std::string_view> texts;
+  for (const auto& memo : memos_) {
+    texts.push_back(memo->searchableBody());
+    texts.push_back(memo->searchableTags());
+  }
+  auto made = std::make_unique<const BigramFilter>(texts);
+  const BigramFilter* none = nullptr;
+  if (filter_.compare_exchange_strong(none, made.get())) (void)made.release();
+}
+
+std::shared_ptr<const MemoCache::DayMemos> MemoCache::sortedDay(Day date, std::vector<Memo> memos) {
+  std::ranges::stable_sort(memos, precedes);
+  Memos indexed;
+  indexed.reserve(memos.size());
+  for (Memo& memo : memos) indexed.push_back(std::make_shared<IndexedMemo>(std::move(memo)));
+  return std::make_shared<const DayMemos>(date, std::move(indexed));
+}
+
+MemoCache::MemoCache(Days days) : days_(std::move(days)) {
+  std::erase_if(days_, [](const auto& day) { return !day || day->memos().empty(); });
+}
+
+MemoCache::Days::const_iterator MemoCache::position(Day date) const {
+  return std::ranges::lower_bound(days_, date, std::greater(),
+                                  [](const auto& day) { return day->date(); });
+}
+
+MemoCache::Memos MemoCache::memosOf(Day date) const {
+  const auto at = position(date);
+  return at != days_.end() && (*at)->date() == date ? (*at)->memos() : Memos();
+}
+
+std::shared_ptr<const MemoCache> MemoCache::withDay(Day date, Memos memos) const {
+  const auto at = position(date);
+  const bool isThere = at != days_.end() && (*at)->date() == date;
+  Days days;
+  days.reserve(days_.size() + 1);
+  days.insert(days.end(), days_.begin(), at);
+  if (!memos.empty()) days.push_back(std::make_shared<const DayMemos>(date, std::move(memos)));
+  days.insert(days.end(), isThere ? at + 1 : at, days_.end());
+  auto changed = std::make_shared<MemoCache>(std::move(days));
+  changed->filtersClaimed_ = filtersClaimed_.load();
+  return changed;
+}
+
+std::shared_ptr<const MemoCache> MemoCache::with(Memo memo, Day date) const {
+  Memos memos = memosOf(date);
+  const auto sameNumber = std::ranges::find_if(
+      memos, [&](const auto& other) { return other->memo().seqNumber == memo.seqNumber; });
+  const auto later =
+      std::ranges::find_if(memos, [&](const auto& other) { return precedes(memo, other->memo()); });
+  auto indexed = std::make_shared<IndexedMemo>(std::move(memo));
+  if (sameNumber != memos.end())
+    *sameNumber = std::move(indexed);
+  else
+    memos.insert(later, std::move(indexed));
+  return withDay(date, std::move(memos));
+}
+
+std::shared_ptr<const MemoCache> MemoCache::without(Day date, std::int64_t seqNumber) const {
+  Memos memos = memosOf(date);
+  std::erase_if(memos, [&](const auto& memo) { return memo->memo().seqNumber == seqNumber; });
+  return withDay(date, std::move(memos));
+}
+
+}  // namespace nomely

@@ -1,0 +1,106 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Core/Query/MemoEntry.h"
+#include "Platform/Text/BigramFilter.h"
+#include "Platform/Text/FoldedText.h"
+
+namespace nomely {
+
+// A memo made ready for searching. Immutable.
+class IndexedMemo {
+ public:
+  explicit IndexedMemo(Memo memo);
+
+  [[nodiscard]] const Memo& memo() const { return memo_; }
+  // Folded but for ASCII letters, as needles take it.
+  [[nodiscard]] std::string_view searchableBody() const {
+    return foldedBody_ ? *foldedBody_ : memo_.body;
+  }
+  [[nodiscard]] const std::string& searchableTags() const { return foldedTags_; }
+
+  [[nodiscard]] bool bodyContains(const TextNeedle& needle) const {
+    return needle.isInFolded(searchableBody());
+  }
+  [[nodiscard]] bool aTagContains(const TextNeedle& needle) const {
+    return needle.isInFolded(foldedTags_);
+  }
+
+ private:
+  Memo memo_;
+  // Most bodies need no folded copy, which halves what the index takes.
+  std::unique_ptr<const std::string> foldedBody_;
+  std::string foldedTags_;
+};
+
+// Every memo, newest first. Immutable: a change gives a new cache that shares all days but one, so
+// that readers go through theirs without a lock.
+class MemoCache {
+ public:
+  using Memos = std::vector<std::shared_ptr<const IndexedMemo>>;
+
+  class DayMemos {
+   public:
+    DayMemos(Day date, Memos memos) : date_(date), memos_(std::move(memos)) {}
+    ~DayMemos() { delete filter_.load(); }
+    DayMemos(const DayMemos&) = delete;
+    DayMemos& operator=(const DayMemos&) = delete;
+
+    [[nodiscard]] Day date() const { return date_; }
+    [[nodiscard]] const Memos& memos() const { return memos_; }
+
+    // What none of its bodies and tags contains; null until someone had the time to make it.
+    [[nodiscard]] const BigramFilter* filter() const { return filter_.load(); }
+    void makeFilter() const;
+
+   private:
+    Day date_;
+    Memos memos_;
+    mutable std::atomic<const BigramFilter*> filter_{nullptr};  // owned; set once
+  };
+  using Days = std::vector<std::shared_ptr<const DayMemos>>;
+
+  // The memos of a day in their order.
+  [[nodiscard]] static std::shared_ptr<const DayMemos> sortedDay(Day date, std::vector<Memo> memos);
+
+  // Days without memos may be null; the others descend.
+  explicit MemoCache(Days days);
+
+  [[nodiscard]] const Days& days() const { return days_; }
+
+  // True for the first caller, who makes the filters of all days. Days that come later do without.
+  [[nodiscard]] bool claimFilters() const { return !filtersClaimed_.exchange(true); }
+
+  // Visits the memos of the days that `wanted` accepts until `visit` returns false.
+  template <typename Wanted, typename Visit>
+  void forEachMemo(Wanted wanted, Visit visit) const {
+    for (const auto& day : days_) {
+      if (!wanted(*day)) continue;
+      for (const auto& memo : day->memos())
+        if (!visit(day->date(), memo)) return;
+    }
+  }
+
+  // A memo of that day and number is replaced where it stands, another goes to its place in the
+  // order.
+  [[nodiscard]] std::shared_ptr<const MemoCache> with(Memo memo, Day date) const;
+  [[nodiscard]] std::shared_ptr<const MemoCache> without(Day date, std::int64_t seqNumber) const;
+
+ private:
+  // Where that day is or would be.
+  [[nodiscard]] Days::const_iterator position(Day date) const;
+  [[nodiscard]] Memos memosOf(Day date) const;
+  // A copy in which the day has those memos.
+  [[nodiscard]] std::shared_ptr<const MemoCache> withDay(Day date, Memos memos) const;
+
+  Days days_;
+  mutable std::atomic<bool> filtersClaimed_ = false;
+};
+
+}  // namespace nomely

@@ -1,0 +1,230 @@
+#include "Core/Query/SearchIndex.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include <fmt/format.h>
+
+#include "Core/Query/SearchQuery.h"
+#include "Core/Storage/DayStore.h"
+#include "Platform/Text/Unicode.h"
+
+namespace nomely {
+
+class SearchIndex::Use {
+ public:
+  explicit Use(SearchIndex& index) : index_(index) {
+    const std::lock_guard lock(index_.usesLock_);
+    ++index_.uses_;
+  }
+  ~Use() {
+    const std::lock_guard lock(index_.usesLock_);
+    if (--index_.uses_ == 0) index_.usesEnded_.notify_all();
+  }
+  Use(const Use&) = delete;
+  Use& operator=(const Use&) = delete;
+
+ private:
+  SearchIndex& index_;
+};
+
+SearchIndex::SearchIndex(StoreContext context, JobPool& jobs)
+    : context_(std::move(context)), jobs_(jobs) {}
+
+SearchIndex::~SearchIndex() {
+  closing_ = true;
+  std::unique_lock lock(usesLock_);
+  usesEnded_.wait(lock, [this] { return uses_ == 0; });
+}
+
+SearchIndex::Cache SearchIndex::cached() const {
+  const std::lock_guard lock(lock_);
+  return cache_;
+}
+
+SearchIndex::Cache SearchIndex::ensureCache() {
+  if (Cache cache = cached()) return cache;
+  const std::lock_guard building(buildLock_);
+  for (;;) {
+    std::uint64_t noted = 0;
+    {
+      const std::lock_guard lock(lock_);
+      if (cache_) return cache_;
+      noted = generation_;
+    }
+    Built built = build();
+    const std::lock_guard lock(lock_);
+    // A writer that came meanwhile may have been missed: what was read is thrown away.
+    if (generation_ != noted) continue;
+    cache_ = std::move(built.cache);
+    builtSignature_ = std::move(built.signature);
+    return cache_;
+  }
+}
+
+// Each file is stamped before it is read, so that a write in between makes the signature stale and
+// not the cache wrong.
+SearchIndex::Built SearchIndex::build() const {
+  const DayStore store(context_);
+  MemoCache::Days days;
+  DiskSignature signature = DiskSignature::read(
+      context_, jobs_,
+      {.begin = [&](std::size_t count) { days.resize(count); },
+       .day =
+           [&](std::size_t index, Day day, const std::vector<DirectoryEntry>& folder) {
+             days[index] =
+                 MemoCache::sortedDay(day, store.readMemos(day, DayStore::numbersIn(folder)));
+           }});
+  std::ranges::reverse(days);
+  return {std::make_shared<MemoCache>(std::move(days)), std::move(signature)};
+}
+
+void SearchIndex::patch(Day date, std::int64_t seqNumber,
+                        const std::function<Cache(const MemoCache&)>& change) {
+  Cache old;  // destroyed when the lock is free again
+  const std::lock_guard lock(lock_);
+  ++generation_;
+  if (!cache_) return;
+  old = std::exchange(cache_, change(*cache_));
+  if (!builtSignature_) return;
+  builtSignature_->set(date, DiskPaths::memoFileName(seqNumber),
+                       FileStamp::of(context_.paths.memoFile(date, seqNumber), context_.files));
+}
+
+void SearchIndex::indexMemo(Memo memo, Day date) {
+  const std::int64_t seqNumber = memo.seqNumber;
+  patch(date, seqNumber, [&](const MemoCache& cache) { return cache.with(std::move(memo), date); });
+}
+
+void SearchIndex::removeMemo(Day date, std::int64_t seqNumber) {
+  patch(date, seqNumber, [&](const MemoCache& cache) { return cache.without(date, seqNumber); });
+}
+
+void SearchIndex::invalidateCache() {
+  Cache old;
+  std::optional<DiskSignature> oldSignature;
+  const std::lock_guard lock(lock_);
+  ++generation_;
+  old.swap(cache_);
+  oldSignature.swap(builtSignature_);
+}
+
+bool SearchIndex::rebuildIfDiskChanged() {
+  Cache old;
+  for (;;) {
+    std::uint64_t noted = 0;
+    {
+      const std::lock_guard lock(lock_);
+      if (!cache_) return false;
+      noted = generation_;
+    }
+    const DiskSignature signature = DiskSignature::read(context_, jobs_, {});
+    const std::lock_guard lock(lock_);
+    if (generation_ != noted) continue;
+    if (builtSignature_ == signature) return false;
+    ++generation_;
+    old.swap(cache_);
+    builtSignature_.reset();
+    return true;
+  }
+}
+
+void SearchIndex::warmUp(std::function<void()> completion) {
+  jobs_.submit(
+      [this, completion = std::move(completion),
+       use = std::make_shared<Use>(*this)](const std::stop_token& stop) {
+        if (!stop.stop_requested()) (void)ensureCache();
+        completion();
+      },
+      JobPool::Priority::utility);
+}
+
+void SearchIndex::makeFilters(const Cache& cache) {
+  if (!cache->claimFilters()) return;
+  jobs_.submit(
+      [this, cache, use = std::make_shared<Use>(*this)](const std::stop_token& stop) {
+        for (const auto& day : cache->days()) {
+          if (stop.stop_requested() || closing_) return;
+          day->makeFilter();
+        }
+      },
+      JobPool::Priority::utility);
+}
+
+bool SearchIndex::isFiltered() const {
+  const Cache cache = cached();
+  return cache && std::ranges::all_of(cache->days(),
+                                      [](const auto& day) { return day->filter() != nullptr; });
+}
+
+std::vector<SearchResult> SearchIndex::search(std::string_view text, std::size_t limit) {
+  const SearchQuery query(text);
+  std::vector<SearchResult> results;
+  if (query.isEmpty()) return results;
+  const Cache cache = ensureCache();
+  const auto add = [&](Day date, const IndexedMemo& indexed) {
+    const Memo& memo = indexed.memo();
+    results.push_back({.date = date,
+                       .seqNumber = memo.seqNumber,
+                       .time = memo.time,
+                       .body = memo.body,
+                       .tags = memo.tags,
+                       .snippet = query.snippet(indexed)});
+    return results.size() < limit;
+  };
+  cache->forEachMemo([&](const MemoCache::DayMemos& day) { return query.mayMatch(day); },
+                     [&](Day date, const std::shared_ptr<const IndexedMemo>& indexed) {
+                       return !query.matches(*indexed) || add(date, *indexed);
+                     });
+  makeFilters(cache);
+  return results;
+}
+
+void SearchIndex::forEachEntry(const std::function<bool(const MemoEntry&)>& visit) {
+  const Cache cache = ensureCache();
+  cache->forEachMemo([](const MemoCache::DayMemos&) { return true; },
+                     [&](Day date, const std::shared_ptr<const IndexedMemo>& indexed) {
+                       return visit({date, {indexed, &indexed->memo()}});
+                     });
+}
+
+std::vector<MemoEntry> SearchIndex::allMemoEntries() {
+  std::vector<MemoEntry> entries;
+  forEachEntry([&](const MemoEntry& entry) {
+    entries.push_back(entry);
+    return true;
+  });
+  return entries;
+}
+
+std::vector<TagUse> SearchIndex::allTags() {
+  std::vector<TagUse> rows;
+  std::unordered_map<std::string, std::size_t> places;
+  forEachEntry([&](const MemoEntry& entry) {
+    if (entry.memo->tags.empty()) return true;
+    const std::string key = fmt::format("{}:{:06}", entry.date.string(), entry.memo->seqNumber);
+    for (const std::string& text : entry.memo->tags) {
+      const std::string tag(trimHorizontal(text));
+      if (tag.empty()) continue;
+      const auto [place, isNew] = places.try_emplace(tag, rows.size());
+      if (isNew) rows.push_back({.tag = tag, .count = 0, .latestDate = {}});
+      TagUse& row = rows[place->second];
+      ++row.count;
+      row.latestDate = std::max(row.latestDate, key);
+    }
+    return true;
+  });
+  std::ranges::stable_sort(rows, std::greater(), &TagUse::latestDate);
+  return rows;
+}
+
+std::vector<EntryTags> SearchIndex::allEntryTags() {
+  std::vector<EntryTags> all;
+  forEachEntry([&](const MemoEntry& entry) {
+    all.push_back({entry.date, entry.memo->tags});
+    return true;
+  });
+  return all;
+}
+
+}  // namespace nomely

@@ -1,0 +1,61 @@
+#include "Core/Query/SearchQuery.h"
+
+#include <algorithm>
+
+#include "Core/Query/SearchSnippetKit.h"
+#include "Platform/Text/Unicode.h"
+
+namespace nomely {
+
+SearchQuery::SearchQuery(std::string_view text) {
+  text = trimHorizontal(text);
+  while (!text.empty()) {
+    const std::string_view word = text.substr(0, text.find(' '));
+    text.remove_prefix(std::min(text.size(), word.size() + 1));
+    if (word.empty()) continue;
+    const bool isTag = word.starts_with('#');
+    const TextNeedle needle(word.substr(isTag ? 1 : 0));
+    keywords_.push_back({needle, BigramFilter::Query(needle.folded()), isTag});
+  }
+  if (keywords_.empty()) return;
+  // A word typed a hundred times is looked for once, and long ones first: they are seldom there.
+  const std::string first = keywords_.front().needle.folded();
+  const bool firstIsTag = keywords_.front().isTag;
+  const auto key = [](const Keyword& keyword) {
+    const std::string& folded = keyword.needle.folded();
+    return std::tuple(-static_cast<std::ptrdiff_t>(folded.size()), std::cref(folded).get(),
+                      keyword.isTag);
+  };
+  std::ranges::sort(keywords_, {}, key);
+  const auto [begin, end] = std::ranges::unique(keywords_, {}, key);
+  keywords_.erase(begin, end);
+  first_ = static_cast<std::size_t>(std::ranges::find_if(keywords_,
+                                                         [&](const Keyword& keyword) {
+                                                           return keyword.isTag == firstIsTag &&
+                                                                  keyword.needle.folded() == first;
+                                                         }) -
+                                    keywords_.begin());
+}
+
+bool SearchQuery::Keyword::isIn(const IndexedMemo& memo) const {
+  return (!isTag && memo.bodyContains(needle)) || memo.aTagContains(needle);
+}
+
+bool SearchQuery::mayMatch(const MemoCache::DayMemos& day) const {
+  const BigramFilter* const filter = day.filter();
+  return filter == nullptr || std::ranges::all_of(keywords_, [&](const Keyword& keyword) {
+           return filter->mayContain(keyword.marks);
+         });
+}
+
+bool SearchQuery::matches(const IndexedMemo& memo) const {
+  return std::ranges::all_of(keywords_, [&](const Keyword& keyword) { return keyword.isIn(memo); });
+}
+
+std::string SearchQuery::snippet(const IndexedMemo& memo) const {
+  const Keyword& keyword = keywords_[first_];
+  if (!keyword.isTag && !memo.bodyContains(keyword.needle)) return {};
+  return SearchSnippetKit::makeSnippet(memo.memo().body, keyword.needle);
+}
+
+}  // namespace nomely

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Core/Query/MemoCache.h"
+#include "Platform/Text/FoldedText.h"
+
+namespace nomely {
+
+// The words that someone looks for. A value.
+class SearchQuery {
+ public:
+  explicit SearchQuery(std::string_view text);
+
+  // Without words nothing is found.
+  [[nodiscard]] bool isEmpty() const { return keywords_.empty(); }
+  // False only when no memo of the day matches.
+  [[nodiscard]] bool mayMatch(const MemoCache::DayMemos& day) const;
+  // Whether every word is in the memo's tags or, unless it begins with "#", in its body.
+  [[nodiscard]] bool matches(const IndexedMemo& memo) const;
+  // What shows the first word in a memo that matches; empty when it stands in a tag alone.
+  [[nodiscard]] std::string snippet(const IndexedMemo& memo) const;
+
+ private:
+  struct Keyword {
+    TextNeedle needle;
+    BigramFilter::Query marks;
+    bool isTag;
+
+    [[nodiscard]] bool isIn(const IndexedMemo& memo) const;
+  };
+
+  std::vector<Keyword> keywords_;  // the first as typed, each once, the most telling in front
+  std::size_t first_ = 0;          // which of them was typed first
+};
+
+}  // namespace nomely

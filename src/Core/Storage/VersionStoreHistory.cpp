@@ -1,0 +1,143 @@
+#include <algorithm>
+#include <charconv>
+#include <functional>
+
+#include "Core/Extensions/PathNames.h"
+#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Storage/DayStore.h"
+#include "Core/Storage/VersionStore.h"
+#include "Core/Storage/WriteError.h"
+#include "Platform/Files/FileError.h"
+#include "Platform/Text/Unicode.h"
+
+namespace nomely {
+namespace {
+
+constexpr auto identitiesFolder = "by-id";
+
+// "1795235666.834093_9D0DBF25-….md" names the seconds since 1970.
+std::optional<Moment> timestampOf(std::string_view fileName) {
+  const std::string_view stem = withoutExtension(fileName);
+  const std::string_view digits = stem.substr(0, stem.find('_'));
+  double seconds = 0;
+  const char* const end = digits.data() + digits.size();
+  const auto [stop, error] = std::from_chars(digits.data(), end, seconds);
+  constexpr double latest = 253402300800;  // the year 10000
+  if (error != std::errc() || stop != end || !(seconds >= 0 && seconds < latest))
+    return std::nullopt;
+  return Moment(
+      std::chrono::duration_cast<Moment::duration>(std::chrono::duration<double>(seconds)));
+}
+
+// A folder that can't be listed counts as empty.
+std::vector<DirectoryEntry> entriesOf(const FileManager& files,
+                                      const std::filesystem::path& folder) {
+  try {
+    return files.listAll(folder);
+  } catch (const FileError&) {
+    return {};
+  }
+}
+
+}  // namespace
+
+MissingAttachmentError::MissingAttachmentError(const std::string& name)
+    : Error("version.attachmentMissing", "此历史版本的附件已缺失，未替换当前笔记：" + name) {}
+
+std::optional<std::string> VersionStore::identityOf(
+    Day day, std::int64_t seqNumber, const std::optional<std::string>& memoId) const {
+  if (memoId) return memoId->empty() ? std::nullopt : memoId;
+  const std::optional<Memo> memo = memoStore_.read(day, seqNumber);
+  return memo && memo->memoId && !memo->memoId->empty() ? memo->memoId : std::nullopt;
+}
+
+std::optional<VersionEntry> VersionStore::entryOf(const std::filesystem::path& file,
+                                                  std::int64_t seqNumber,
+                                                  std::string_view memoId) const {
+  const auto timestamp = timestampOf(file.filename().native());
+  if (!timestamp) return std::nullopt;
+  try {
+    const auto content = context_.files.read(file);
+    if (!content || !isValidUtf8(*content)) return std::nullopt;
+    Memo memo = MemoStore::parseMemoFile(*content, seqNumber, context_.clock);
+    if (memo.memoId != memoId) return std::nullopt;
+    return VersionEntry{
+        .timestamp = *timestamp,
+        .memo = std::move(memo),
+        .filename = file.lexically_relative(context_.paths.versionsFolder()).string()};
+  } catch (const FileError&) {
+    return std::nullopt;
+  }
+}
+
+std::vector<VersionEntry> VersionStore::listVersions(
+    Day day, std::int64_t seqNumber, const std::optional<std::string>& memoId) const {
+  const auto identity = identityOf(day, seqNumber, memoId);
+  if (!identity) return {};
+  std::vector<std::filesystem::path> folders{identityDirectory(*identity)};
+  for (const DirectoryEntry& other : entriesOf(context_.files, context_.paths.versionsFolder()))
+    if (other.type == FileType::directory && other.name != identitiesFolder)
+      folders.push_back(context_.paths.versionsFolder() / other.name);
+  std::vector<VersionEntry> versions;
+  for (const std::filesystem::path& folder : folders)
+    for (const DirectoryEntry& file : entriesOf(context_.files, folder))
+      if (pathExtension(file.name) == "md")
+        if (auto entry = entryOf(folder / file.name, seqNumber, *identity))
+          versions.push_back(std::move(*entry));
+  std::ranges::stable_sort(versions, std::greater(), &VersionEntry::timestamp);
+  return versions;
+}
+
+std::filesystem::path VersionStore::snapshotFile(const VersionEntry& version) const {
+  const std::string folder = context_.paths.versionsFolder().lexically_normal().string() + "/";
+  const std::filesystem::path file =
+      (context_.paths.versionsFolder() / version.filename).lexically_normal();
+  // A forged name must not reach outside.
+  if (!file.native().starts_with(folder) || file.native().size() == folder.size())
+    throw WriteError(WriteError::Kind::identityChanged);
+  return file;
+}
+
+void VersionStore::bringBackAttachments(Day day, const Memo& restored) const {
+  const std::filesystem::path kept = identityDirectory(*restored.memoId) / "attachments";
+  const std::filesystem::path dayFolder = context_.paths.dayFolder(day);
+  for (const std::string& name : restored.attachments) {
+    if (!isSafeFilename(name) || context_.files.exists(dayFolder / name)) continue;
+    if (!context_.files.exists(kept / name)) throw MissingAttachmentError(name);
+    context_.files.copyFile(kept / name, dayFolder / name);
+  }
+}
+
+void VersionStore::restore(Day day, std::int64_t seqNumber, const VersionEntry& version,
+                           const std::optional<Memo>& expected) const {
+  writes_.write([&] {
+    const std::filesystem::path file = snapshotFile(version);
+    const std::optional<std::string> content = context_.files.read(file);
+    if (!content) throw FileError("读取", file, ENOENT);
+    if (!isValidUtf8(*content)) throw EncodingError(file);
+    const auto snapshotId = MemoFrontmatterParser::parse(*content).frontmatter.memoId;
+    const std::optional<Memo> current = memoStore_.read(day, seqNumber);
+    if (!snapshotId || !current || current->memoId != snapshotId)
+      throw WriteError(WriteError::Kind::identityChanged);
+    const Memo restored = MemoStore::parseMemoFile(*content, seqNumber, context_.clock);
+    const DayStore store(context_);
+    store.validateUpdate(restored, day, expected);
+    bringBackAttachments(day, restored);
+    store.validateUpdate(restored, day, expected);
+    saveIfNeeded(day, seqNumber, restored);
+    memoStore_.write(restored, day);
+  });
+}
+
+void VersionStore::deleteAllVersions(Day day, std::int64_t seqNumber,
+                                     const std::optional<std::string>& memoId) const {
+  writes_.write([&] {
+    const auto identity = identityOf(day, seqNumber, memoId);
+    if (!identity) return;
+    for (const VersionEntry& version : listVersions(day, seqNumber, identity))
+      context_.files.removeFile(snapshotFile(version));
+    context_.files.removeTree(identityDirectory(*identity));
+  });
+}
+
+}  // namespace nomely

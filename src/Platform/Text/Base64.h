@@ -1,0 +1,14 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace nomely {
+
+// Standard alphabet with padding, on one line. Pure.
+[[nodiscard]] std::string encodeBase64(std::string_view bytes);
+// Absent for any other character, and for padding that is missing or misplaced.
+[[nodiscard]] std::optional<std::string> decodeBase64(std::string_view text);
+
+}  // namespace nomely

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace nomely {
+
+// Tells at a glance that a text can't contain another: it remembers, not quite exactly, which
+// characters and which pairs of neighbours there are. Takes about a third of the text's size.
+// Capital ASCII letters count as small ones. Immutable once filled; safe on any thread then.
+class BigramFilter {
+ public:
+  // A text to look for, without capital ASCII letters.
+  class Query {
+   public:
+    explicit Query(std::string_view text);
+
+   private:
+    friend class BigramFilter;
+    std::vector<std::uint64_t> marks_;
+  };
+
+  // Of all these texts together.
+  explicit BigramFilter(const std::vector<std::string_view>& texts);
+
+  // False only when none of the texts contains it.
+  [[nodiscard]] bool mayContain(const Query& query) const;
+
+ private:
+  [[nodiscard]] std::uint64_t place(std::uint32_t half) const {
+    return half * std::uint64_t{bitCount_} >> 32U;
+  }
+  void set(std::uint64_t place) { words_[place / 64] |= std::uint64_t{1} << place % 64; }
+  [[nodiscard]] bool isSet(std::uint64_t place) const {
+    return (words_[place / 64] >> place % 64 & 1U) != 0;
+  }
+
+  std::uint32_t bitCount_;
+  std::vector<std::uint64_t> words_;
+};
+
+}  // namespace nomely

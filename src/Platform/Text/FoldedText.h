@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace nomely {
+
+// Finding text in text the way a reader takes it: case makes no difference, nor does the way in
+// which an accented character is composed. A text contains another when its folded form contains
+// the other's folded form; folded is full case folding between two compositions (NFC). So "ss" is
+// in "ß", and "é" in any of its spellings is found by any other; "e" is not in "é", and full-width
+// letters stay apart from narrow ones. Pure; safe on any thread.
+
+// Turkic languages have two letters i, with a dot and without, and fold each to its own.
+enum class CaseRules { common, turkic };
+
+// The rules of a locale's language: "tr_TR.UTF-8" and "az" are turkic.
+[[nodiscard]] CaseRules caseRulesOf(std::string_view locale);
+// Those of LC_ALL, LC_CTYPE or LANG, the first that is set, as they stood when first asked.
+[[nodiscard]] CaseRules userCaseRules();
+
+// Malformed bytes become U+FFFD.
+[[nodiscard]] std::string foldedText(std::string_view text, CaseRules rules = userCaseRules());
+// The same, absent when folding does no more to `text` than to lower its ASCII letters: a needle is
+// found in such a text as it stands.
+[[nodiscard]] std::optional<std::string> foldedBeyondAscii(std::string_view text,
+                                                           CaseRules rules = userCaseRules());
+
+// A text to look for, prepared once for many haystacks.
+class TextNeedle {
+ public:
+  struct Range {
+    std::size_t begin = 0;  // bytes
+    std::size_t end = 0;
+
+    friend bool operator==(const Range&, const Range&) = default;
+  };
+
+  explicit TextNeedle(std::string_view text, CaseRules rules = userCaseRules());
+
+  // An empty needle is in no text.
+  [[nodiscard]] bool isEmpty() const { return folded_.empty(); }
+  [[nodiscard]] const std::string& folded() const { return folded_; }
+
+  // Where it begins in a folded text, or in one that foldedBeyondAscii has nothing for.
+  [[nodiscard]] std::optional<std::size_t> findInFolded(std::string_view folded) const;
+  [[nodiscard]] bool isInFolded(std::string_view folded) const {
+    return findInFolded(folded).has_value();
+  }
+
+  [[nodiscard]] bool isIn(std::string_view text) const;
+  // The first occurrence in any text, widened to whole grapheme clusters of that text.
+  [[nodiscard]] std::optional<Range> firstIn(std::string_view text) const;
+
+ private:
+  CaseRules rules_;
+  std::string folded_;
+  // The two bytes of `folded_` that are looked for first, those that say most.
+  std::size_t firstProbe_ = 0;
+  std::size_t secondProbe_ = 0;
+};
+
+}  // namespace nomely

@@ -1,0 +1,226 @@
+#include <gmock/gmock.h>
+
+#include "Core/Storage/VersionStore.h"
+#include "Core/Storage/WriteError.h"
+#include "Support/ErrorKind.h"
+#include "Support/StoreFixture.h"
+
+namespace nomely::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using TrashEntry = DayStore::TrashEntry;
+
+class TrashTest : public StoreTest {
+ protected:
+  Day today = day("2026-03-01");
+  std::filesystem::path trash = folder.path() / ".trash";
+
+  [[nodiscard]] Memo create(const std::string& body, std::vector<std::string> files = {}) {
+    for (const std::string& name : files) writeFile(dayFile(name), "content of " + name);
+    return store.createMemo(today, {.body = body, .attachments = std::move(files)});
+  }
+  [[nodiscard]] std::filesystem::path dayFile(const std::string& name) const {
+    return folder.path() / "2026-03-01" / name;
+  }
+  [[nodiscard]] TrashEntry trashed(const Memo& memo) {
+    const std::string subdir = store.trashMemo(today, memo);
+    for (const TrashEntry& entry : store.listTrash())
+      if (entry.trashSubdir == subdir) return entry;
+    throw std::runtime_error("not listed: " + subdir);
+  }
+};
+
+TEST_F(TrashTest, AMemoGoesWithItsFilesAndComesBackAsItWas) {
+  const Memo memo = create("去而复返", {"a.png", "b.pdf"});
+  const std::string before = treeOf(folder.path() / "2026-03-01");
+  const TrashEntry entry = trashed(memo);
+  EXPECT_EQ(entry.trashSubdir, "2026-03-01_001");
+  EXPECT_EQ(entry.memo, memo);
+  EXPECT_EQ(readFile(trash / "2026-03-01_001" / "meta.txt"), "2026-03-01,1");
+  EXPECT_THAT(treeOf(folder.path() / "2026-03-01"), IsEmpty());
+  store.restoreMemo(entry);
+  EXPECT_EQ(treeOf(folder.path() / "2026-03-01"), before);
+  EXPECT_THAT(store.listTrash(), IsEmpty());
+  EXPECT_EQ(kindOf<WriteError>([&] { store.restoreMemo(entry); }), WriteError::Kind::missingMemo);
+}
+
+TEST_F(TrashTest, AMemoThatChangedSinceItWasReadStays) {
+  const Memo memo = create("原文");
+  Memo changed = memo;
+  changed.body = "改过";
+  store.updateMemo(changed, today, std::nullopt);
+  EXPECT_EQ(kindOf<WriteError>([&] { (void)store.trashMemo(today, memo); }),
+            WriteError::Kind::conflict);
+  EXPECT_EQ(store.listMemos(today), std::vector{changed});
+}
+
+TEST_F(TrashTest, NumbersAndNamesThatWereGivenAwayStayWithTheirNewOwners) {
+  const TrashEntry first = trashed(create("第一个一号", {"a.png"}));
+  const Memo second = create("第二个一号");
+  writeFile(dayFile("a.png"), "another a.png");
+  testing::internal::CaptureStderr();
+  store.restoreMemo(first);
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("附件 a.png 在目标位置已存在"));
+  EXPECT_EQ(readFile(dayFile("a.png")), "another a.png");
+  EXPECT_THAT(treeOf(trash / "_attachments"), HasSubstr("content of a.png"));
+
+  Memo moved = first.memo;
+  moved.seqNumber = 2;
+  EXPECT_EQ(store.listMemos(today), (std::vector{moved, second}));
+  EXPECT_EQ(trashed(moved).trashSubdir, "2026-03-01_002");
+  EXPECT_EQ(trashed(create("又一个二号")).trashSubdir, "2026-03-01_002_20260301093005000_1");
+}
+
+TEST_F(TrashTest, ADamagedMemoComesBackByteForByte) {
+  TrashEntry entry = trashed(create("将要损坏"));
+  writeFile(trash / entry.trashSubdir / "memo.md", "no header, but words");
+  const std::vector<TrashEntry> listed = store.listTrash();
+  ASSERT_THAT(listed, SizeIs(1));
+  EXPECT_EQ(listed[0].memo.body, "");
+  EXPECT_EQ(listed[0].memo.time, "09:30");
+  const Memo taken = create("占了一号");
+  store.restoreMemo(listed[0]);
+  EXPECT_EQ(readFile(dayFile("002.md")), "no header, but words");
+}
+
+TEST_F(TrashTest, FoldersThatAreNoEntriesAreNotListed) {
+  for (const auto& [name, meta] :
+       std::vector<std::pair<std::string, std::string>>{{"no comma", "2026-03-01"},
+                                                        {"no date", "x,7"},
+                                                        {"short date", "2026-3-1,7"},
+                                                        {"no number", "2026-03-01,seven"}}) {
+    writeFile(trash / name / "memo.md", "---\ntime: 08:00\n---\n");
+    writeFile(trash / name / "meta.txt", meta);
+  }
+  writeFile(trash / "no meta" / "memo.md", "---\ntime: 08:00\n---\n");
+  writeFile(trash / "no memo" / "meta.txt", "2026-03-01,7");
+  writeFile(trash / "_attachments" / "2026-03-01_093005" / "a.png", "a");
+  EXPECT_THAT(store.listTrash(), IsEmpty());
+}
+
+TEST_F(TrashTest, ForgedNamesReachNothingOutside) {
+  writeFile(folder.path() / "outside" / "memo.md", "---\ntime: 08:00\n---\n");
+  const std::string before = treeOf(folder.path());
+  const TrashEntry real = trashed(create("x"));
+  for (const std::string name : {"../outside", "", ".", "..", "a/b"}) {
+    SCOPED_TRACE(name);
+    TrashEntry forged = real;
+    forged.trashSubdir = name;
+    EXPECT_EQ(kindOf<WriteError>([&] { store.restoreMemo(forged); }),
+              WriteError::Kind::missingMemo);
+    EXPECT_EQ(kindOf<WriteError>([&] { store.deleteTrashEntries({forged}); }),
+              WriteError::Kind::missingMemo);
+  }
+  EXPECT_THAT(store.listTrash(), SizeIs(1));
+  EXPECT_EQ(readFile(folder.path() / "outside" / "memo.md"), "---\ntime: 08:00\n---\n");
+}
+
+TEST_F(TrashTest, DeletingForGoodTakesTheVersionsAlong) {
+  Memo memo = create("一");
+  memo.body = "二";
+  store.commitMemo(memo, today, std::nullopt);
+  const Memo other = create("留下");
+  const TrashEntry entry = trashed(memo);
+  const std::filesystem::path versions = VersionStore(context).identityDirectory(*memo.memoId);
+  EXPECT_TRUE(std::filesystem::exists(versions));
+  store.deleteTrashEntries({entry});
+  EXPECT_FALSE(std::filesystem::exists(versions));
+  EXPECT_THAT(store.listTrash(), IsEmpty());
+
+  writeFile(dayFile("a.png"), "a");
+  const TrashEntry again = trashed(other);
+  writeFile(trash / "_attachments" / "x" / "a.png", "a");
+  store.emptyTrash();
+  EXPECT_FALSE(std::filesystem::exists(trash));
+  store.emptyTrash();
+}
+
+class HistoryTest : public TrashTest {
+ protected:
+  // A memo with the bodies given one after the other, an hour apart.
+  [[nodiscard]] Memo written(const std::vector<std::string>& bodies) {
+    Memo memo = create(bodies[0]);
+    for (std::size_t i = 1; i < bodies.size(); ++i) {
+      clock.advance(std::chrono::hours(1));
+      memo.body = bodies[i];
+      store.commitMemo(memo, today, std::nullopt);
+    }
+    return memo;
+  }
+  [[nodiscard]] std::vector<std::string> bodies(const Memo& memo) const {
+    std::vector<std::string> found;
+    for (const VersionEntry& version : versions.listVersions(today, memo.seqNumber, std::nullopt))
+      found.push_back(version.memo.body);
+    return found;
+  }
+
+  VersionStore versions{context};
+};
+
+TEST_F(HistoryTest, VersionsAreListedNewestFirstAndRestoredUndoably) {
+  const Memo memo = written({"一", "二", "三"});
+  EXPECT_EQ(bodies(memo), (std::vector<std::string>{"二", "一"}));
+  const auto listed = versions.listVersions(today, 1, memo.memoId);
+  EXPECT_EQ(DateFormatters::isoDateTime.format(listed[0].timestamp), "2026-03-01 11:30:05");
+  clock.advance(std::chrono::hours(1));
+  versions.restore(today, 1, listed[1], memo);
+  EXPECT_EQ(store.listMemos(today)[0].body, "一");
+  EXPECT_EQ(bodies(memo), (std::vector<std::string>{"三", "二", "一"}));
+  EXPECT_EQ(kindOf<WriteError>([&] { versions.restore(today, 1, listed[0], memo); }),
+            WriteError::Kind::conflict);
+}
+
+TEST_F(HistoryTest, OldLayoutsAreReadAndStrangersPassedOver) {
+  const Memo memo = written({"一", "二"});
+  const std::string own = "---\nid: " + *memo.memoId + "\ntime: 08:00\n---\n\n";
+  writeFile(folder.path() / ".versions/2020-01-01_001/1500000000.5_X.md", own + "老版本");
+  writeFile(folder.path() / ".versions/2020-01-01_001/notanumber_X.md", own + "无时间");
+  writeFile(folder.path() / ".versions/2020-01-01_001/1_X.md", "---\nid: memo_other\n---\n别人的");
+  writeFile(versions.identityDirectory(*memo.memoId) / "2_X.md", "damaged");
+  EXPECT_EQ(bodies(memo), (std::vector<std::string>{"一", "老版本"}));
+  versions.deleteAllVersions(today, 1, std::nullopt);
+  EXPECT_THAT(bodies(memo), IsEmpty());
+  EXPECT_FALSE(std::filesystem::exists(versions.identityDirectory(*memo.memoId)));
+  EXPECT_TRUE(std::filesystem::exists(folder.path() / ".versions/2020-01-01_001/1_X.md"));
+}
+
+TEST_F(HistoryTest, AttachmentsComeBackWithTheVersionThatNamesThem) {
+  Memo memo = create("有图", {"a.png"});
+  memo.attachments.clear();
+  store.commitMemo(memo, today, std::nullopt);
+  std::filesystem::remove(dayFile("a.png"));
+  const VersionEntry version = versions.listVersions(today, 1, std::nullopt).at(0);
+  versions.restore(today, 1, version, std::nullopt);
+  EXPECT_EQ(readFile(dayFile("a.png")), "content of a.png");
+
+  std::filesystem::remove(dayFile("a.png"));
+  std::filesystem::remove_all(versions.identityDirectory(*memo.memoId) / "attachments");
+  const std::string before = treeOf(folder.path());
+  try {
+    versions.restore(today, 1, version, std::nullopt);
+    ADD_FAILURE() << "restored without its attachment";
+  } catch (const MissingAttachmentError& error) {
+    EXPECT_STREQ(error.what(), "此历史版本的附件已缺失，未替换当前笔记：a.png");
+  }
+  EXPECT_EQ(treeOf(folder.path()), before);
+}
+
+TEST_F(HistoryTest, ForgedAndForeignVersionsAreRefused) {
+  const Memo memo = written({"一", "二"});
+  const Memo other = create("另一条");
+  VersionEntry version = versions.listVersions(today, 1, std::nullopt).at(0);
+  EXPECT_EQ(kindOf<WriteError>([&] { versions.restore(today, 2, version, std::nullopt); }),
+            WriteError::Kind::identityChanged);
+  for (const std::string name : {"../../x", "../2026-03-01/002.md", ""}) {
+    SCOPED_TRACE(name);
+    version.filename = name;
+    EXPECT_EQ(kindOf<WriteError>([&] { versions.restore(today, 1, version, std::nullopt); }),
+              WriteError::Kind::identityChanged);
+  }
+}
+
+}  // namespace
+}  // namespace nomely::test
