@@ -32,38 +32,52 @@ DayStore usualDay(const std::filesystem::path& folder) {
   return store;
 }
 
-Steps::Step bareStep(const std::filesystem::path& parent) {
-  const std::filesystem::path folder = parent / "bare" / day.string();
+std::filesystem::path bareFolder(const std::filesystem::path& parent) {
+  std::filesystem::path folder = parent / "bare" / day.string();
   std::filesystem::create_directories(folder);
-  return [folder](std::size_t turn) {
-    if (!bareWrite(folder, DiskPaths::memoFileName(numberAt(turn)), fileInMemory(turn).content))
+  return folder;
+}
+
+// Writes the turn's file under a number: each turn another, or always that of the next memo.
+template <typename Number>
+Steps::Step bareStep(const std::filesystem::path& parent, Number number) {
+  return [folder = bareFolder(parent), number](std::size_t turn) {
+    if (!bareWrite(folder, DiskPaths::memoFileName(number(turn)), fileInMemory(turn).content))
       throw std::runtime_error("bare write failed");
   };
 }
 
 Steps writing(const std::filesystem::path& folder) {
-  return {.floor = bareStep(folder), .ours = [store = usualDay(folder)](std::size_t turn) {
+  return {.floor = bareStep(folder, numberAt),
+          .ours = [store = usualDay(folder)](std::size_t turn) {
             store.memoStore().write(memoAt(turn, numberAt(turn)), day);
           }};
 }
 
 Steps updating(const std::filesystem::path& folder) {
-  return {.floor = bareStep(folder), .ours = [store = usualDay(folder)](std::size_t turn) {
+  return {.floor = bareStep(folder, numberAt),
+          .ours = [store = usualDay(folder)](std::size_t turn) {
             store.updateMemo(memoAt(turn, numberAt(turn)), day, std::nullopt);
           }};
 }
 
 Steps creating(const std::filesystem::path& folder) {
   const DayStore store = usualDay(folder);
+  constexpr std::int64_t next = memosOfDay + 1;
   return {
-      .floor = bareStep(folder),
+      .floor = bareStep(folder, [](std::size_t) { return next; }),
       .ours =
           [store](std::size_t turn) {
             const Memo like = memoAt(turn, 0);
             (void)store.createMemo(day, {.body = like.body, .tags = like.tags, .mood = like.mood});
           },
-      .tidy = [file =
-                   store.paths().memoFile(day, memosOfDay + 1)] { std::filesystem::remove(file); },
+      // A file that takes no other's place is quicker to make durable.
+      .tidy =
+          [file = store.paths().memoFile(day, next),
+           bare = bareFolder(folder) / DiskPaths::memoFileName(next)] {
+            std::filesystem::remove(file);
+            std::filesystem::remove(bare);
+          },
   };
 }
 
