@@ -26,6 +26,7 @@ class RemoveCommand final : public Command {
 
   void run(Session& session) override {
     std::vector<TimelineEntry> entries;
+    entries.reserve(references_.size());
     for (const std::string& reference : references_)
       entries.push_back(Arguments::memo(reference, session));
     Json removed = Json::array();

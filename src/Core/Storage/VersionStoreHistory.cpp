@@ -90,7 +90,7 @@ std::vector<VersionEntry> VersionStore::listVersions(
 
 std::filesystem::path VersionStore::snapshotFile(const VersionEntry& version) const {
   const std::string folder = context_.paths.versionsFolder().lexically_normal().string() + "/";
-  const std::filesystem::path file =
+  std::filesystem::path file =
       (context_.paths.versionsFolder() / version.filename).lexically_normal();
   // A forged name must not reach outside.
   if (!file.native().starts_with(folder) || file.native().size() == folder.size())
