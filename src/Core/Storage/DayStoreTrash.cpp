@@ -128,6 +128,8 @@ std::filesystem::path DayStore::trashFolderOf(const TrashEntry& entry) const {
 }
 
 void DayStore::deleteVersions(const TrashEntry& entry) const {
+  // Without an identity it has none, and its number may be another memo's by now.
+  if (!entry.memo.memoId) return;
   VersionStore(context_).deleteAllVersions(entry.originalDate, entry.memo.seqNumber,
                                            entry.memo.memoId);
 }

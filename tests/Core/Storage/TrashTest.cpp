@@ -138,6 +138,27 @@ TEST_F(TrashTest, DeletingForGoodTakesTheVersionsAlong) {
   store.emptyTrash();
 }
 
+TEST_F(TrashTest, DeletingAMemoWithoutIdentityLeavesTheNextOwnerOfItsNumberItsVersions) {
+  writeFile(dayFile("001.md"), "---\ntime: 08:00\n---\n\n旧格式");
+  const TrashEntry legacy = trashed(store.listMemos(today).at(0));
+  Memo next = create("接着用一号");
+  next.body = "改过";
+  store.commitMemo(next, today, std::nullopt);
+  ASSERT_EQ(next.seqNumber, legacy.memo.seqNumber);
+  store.deleteTrashEntries({legacy});
+  EXPECT_THAT(VersionStore(context).listVersions(today, 1, next.memoId), SizeIs(1));
+  const TrashEntry again = [&] {
+    writeFile(dayFile("002.md"), "---\ntime: 08:00\n---\n\n又一条");
+    return trashed(store.listMemos(today).at(0));
+  }();
+  Memo second = create("接着用二号");
+  second.body = "改过";
+  store.commitMemo(second, today, std::nullopt);
+  ASSERT_EQ(second.seqNumber, again.memo.seqNumber);
+  store.emptyTrash();
+  EXPECT_THAT(VersionStore(context).listVersions(today, 2, second.memoId), SizeIs(1));
+}
+
 class HistoryTest : public TrashTest {
  protected:
   // A memo with the bodies given one after the other, an hour apart.
