@@ -110,6 +110,15 @@ TEST_F(MemoCommandsTest, AttachmentsComeGoAndAreDescribed) {
   EXPECT_NE(treeOf(root / ".versions").find("picture"), std::string::npos);
 }
 
+TEST_F(MemoCommandsTest, DetachingLeavesAFileThatAnUnreadableMemoMayName) {
+  writeFile(home.path() / "a.txt", "文件");
+  const Json added = add("一", {"--attach", (home.path() / "a.txt").string()});
+  const std::string name = added["attachments"][0];
+  writeFile(root / "2026-03-01" / "002.md", "---\nattachments: [" + name + "]\nmood: x\n---\n");
+  EXPECT_EQ(json({"detach", "2026-03-01/1", "a.txt"})["attachments"], Json::array());
+  EXPECT_EQ(readFile(root / "2026-03-01" / name), "文件");
+}
+
 TEST_F(MemoCommandsTest, AFileIsAttachedWithPipedTextOrNone) {
   writeFile(home.path() / "a.txt", "文件");
   const std::string file = (home.path() / "a.txt").string();

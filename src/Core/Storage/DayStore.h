@@ -83,6 +83,10 @@ class DayStore {
   // happened.
   [[nodiscard]] Memo moveMemo(const Memo& memo, Day from, Day to) const;
 
+  // Trashes those of the files that no memo of the day names, none when that is not certain. A
+  // file that can't be moved is logged. Throws FileError when the day can't be listed.
+  void trashUnnamedFiles(const std::vector<std::string>& names, Day day) const;
+
   // Moves the memo and its files to the trash and returns the entry's folder name. Throws
   // WriteError like updateMemo, `memo` being what is expected there.
   [[nodiscard]] std::string trashMemo(Day day, const Memo& memo) const;
@@ -107,9 +111,6 @@ class DayStore {
   void withdraw(const Memo& moved, Day to, const std::filesystem::path& oldFile) const;
   // The attachments that the memos of a day name; absent when one of them can't be read.
   [[nodiscard]] std::optional<std::set<std::string>> filesNamed(Day day) const;
-  // Trashes those of the files that no memo of the day names, none when that is not certain. A
-  // file that can't be moved is logged. Throws FileError when the day can't be listed.
-  void trashUnnamedFiles(const std::vector<std::string>& names, Day day) const;
 
   [[nodiscard]] std::filesystem::path makeTrashFolder(Day day, std::int64_t seqNumber) const;
   [[nodiscard]] std::filesystem::path trashFolderOf(const TrashEntry& entry) const;

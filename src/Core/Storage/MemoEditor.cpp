@@ -99,14 +99,7 @@ Memo MemoEditor::detach(Day day, const Memo& original,
     Memo changed = change(day, original, [&](Memo& memo) {
       for (const std::string& name : filenames) forget(memo, name);
     });
-    const std::vector<Memo> ofDay = store_.listMemos(day);
-    const AttachmentManager attachments(store_.context());
-    for (const std::string& filename : filenames) {
-      const bool stillNamed = std::ranges::any_of(ofDay, [&](const Memo& memo) {
-        return std::ranges::find(memo.attachments, filename) != memo.attachments.end();
-      });
-      if (!stillNamed) attachments.deleteFile(filename, day);
-    }
+    store_.trashUnnamedFiles(filenames, day);
     return changed;
   });
 }

@@ -28,7 +28,8 @@ class MemoEditor {
   // Adds copies of `files` to the memo.
   Memo attach(Day day, const Memo& original, const std::vector<std::filesystem::path>& files) const;
   // Takes the names off the memo with all that is kept about them. A file that no other memo of
-  // the day names goes to the attachment trash; the snapshot keeps a copy.
+  // the day names goes to the attachment trash, unless one of those memos can't be read; the
+  // snapshot keeps a copy.
   Memo detach(Day day, const Memo& original, const std::vector<std::string>& filenames) const;
 
  private:
