@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/DiskPaths.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/Files/FileManager.h"

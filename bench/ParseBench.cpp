@@ -1,6 +1,6 @@
 #include <string_view>
 
-#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "bench/BareParse.h"
 #include "bench/Comparison.h"
 #include "bench/Workspace.h"

@@ -1,4 +1,4 @@
-#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Platform/Text/Unicode.h"
 #include "bench/Comparison.h"
 #include "bench/Workspace.h"

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <memory>
 
-#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Platform/Files/FileError.h"
 
 namespace nomely::bench {

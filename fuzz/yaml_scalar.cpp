@@ -4,9 +4,9 @@
 #include <cmath>
 #include <cstring>
 
-#include "Core/Markdown/YamlDocument.h"
-#include "Core/Markdown/YamlScalar.h"
-#include "Core/Markdown/YamlWriter.h"
+#include "Core/Markdown/Frontmatter/YamlDocument.h"
+#include "Core/Markdown/Frontmatter/YamlScalar.h"
+#include "Core/Markdown/Frontmatter/YamlWriter.h"
 #include "Platform/Text/Unicode.h"
 #include "fuzz/Fuzzing.h"
 

@@ -4,7 +4,7 @@
 #include "CLI/TextInput.h"
 #include "CLI/UsageError.h"
 #include "Core/Extensions/TagUtilities.h"
-#include "Core/Markdown/TagParser.h"
+#include "Core/Markdown/Text/TagParser.h"
 #include "Core/Storage/MemoEditor.h"
 #include "Platform/Text/Unicode.h"
 

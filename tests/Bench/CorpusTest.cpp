@@ -3,7 +3,7 @@
 
 #include "Core/Extensions/AttachmentNamingKit.h"
 #include "Core/Extensions/PathNames.h"
-#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Platform/Text/Unicode.h"
 #include "Support/StoreFixture.h"

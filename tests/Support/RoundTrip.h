@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely::test {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "Core/Extensions/DateFormatters.h"
-#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"

@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include "Core/Markdown/MemoFrontmatterParser.h"
-#include "Core/Markdown/YamlDocument.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/YamlDocument.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {

@@ -8,7 +8,7 @@
 #include <fmt/format.h>
 
 #include "Core/Extensions/PathNames.h"
-#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/WriteError.h"
 
 namespace nomely {

@@ -3,7 +3,7 @@
 #include <functional>
 
 #include "Core/Extensions/PathNames.h"
-#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/DayStore.h"
 #include "Core/Storage/VersionStore.h"
 #include "Core/Storage/WriteError.h"

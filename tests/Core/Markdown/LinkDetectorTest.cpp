@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Core/Markdown/LinkDetector.h"
+#include "Core/Markdown/Text/LinkDetector.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely::test {

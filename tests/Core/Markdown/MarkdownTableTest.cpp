@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Core/Markdown/MarkdownTableLayout.h"
-#include "Core/Markdown/MarkdownTableParser.h"
+#include "Core/Markdown/Tables/MarkdownTableLayout.h"
+#include "Core/Markdown/Tables/MarkdownTableParser.h"
 
 namespace nomely::test {
 namespace {

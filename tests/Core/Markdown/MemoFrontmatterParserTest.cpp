@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
-#include "Core/Markdown/MemoFrontmatterParser.h"
-#include "Core/Markdown/YamlDocument.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/YamlDocument.h"
 #include "Support/ErrorKind.h"
 
 namespace nomely::test {

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "Core/Extensions/TextStats.h"
-#include "Core/Markdown/MemoTextSanitizer.h"
-#include "Core/Markdown/MemoTextUtilities.h"
+#include "Core/Markdown/Text/MemoTextSanitizer.h"
+#include "Core/Markdown/Text/MemoTextUtilities.h"
 #include "Platform/Text/RegularExpression.h"
 #include "Platform/Text/Unicode.h"
 

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Core/Markdown/TagParser.h"
+#include "Core/Markdown/Text/TagParser.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely::test {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "Core/Markdown/YamlScalar.h"
+#include "Core/Markdown/Frontmatter/YamlScalar.h"
 #include "Platform/Text/RegularExpression.h"
 #include "Platform/Text/Unicode.h"
 

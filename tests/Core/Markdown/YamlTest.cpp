@@ -4,9 +4,9 @@
 
 #include <gmock/gmock.h>
 
-#include "Core/Markdown/YamlDocument.h"
-#include "Core/Markdown/YamlScalar.h"
-#include "Core/Markdown/YamlWriter.h"
+#include "Core/Markdown/Frontmatter/YamlDocument.h"
+#include "Core/Markdown/Frontmatter/YamlScalar.h"
+#include "Core/Markdown/Frontmatter/YamlWriter.h"
 
 namespace nomely::test {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/VersionStore.h"
 #include "Support/TemporaryFolder.h"
 

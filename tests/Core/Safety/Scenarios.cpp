@@ -4,7 +4,7 @@
 
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Lifecycle/TemporaryFileSweep.h"
-#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Safety/Scenario.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/VersionStore.h"

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/DayStore.h"
 #include "Core/Storage/WriteError.h"

@@ -1,4 +1,4 @@
-#include "Core/Markdown/TagParser.h"
+#include "Core/Markdown/Text/TagParser.h"
 
 #include <algorithm>
 #include <array>

@@ -1,13 +1,13 @@
-#include "Core/Markdown/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 
 #include <array>
 #include <optional>
 
 #include <fmt/format.h>
 
-#include "Core/Markdown/YamlDocument.h"
-#include "Core/Markdown/YamlScalar.h"
-#include "Core/Markdown/YamlWriter.h"
+#include "Core/Markdown/Frontmatter/YamlDocument.h"
+#include "Core/Markdown/Frontmatter/YamlScalar.h"
+#include "Core/Markdown/Frontmatter/YamlWriter.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {

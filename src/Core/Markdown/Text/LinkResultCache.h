@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "Core/Markdown/DetectedLink.h"
+#include "Core/Markdown/Text/DetectedLink.h"
 
 namespace nomely {
 

@@ -1,4 +1,4 @@
-#include "Core/Markdown/MarkdownTableParser.h"
+#include "Core/Markdown/Tables/MarkdownTableParser.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "Core/Markdown/YamlScalar.h"
+#include "Core/Markdown/Frontmatter/YamlScalar.h"
 
 #include <algorithm>
 #include <array>

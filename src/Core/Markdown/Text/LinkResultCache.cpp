@@ -1,4 +1,4 @@
-#include "Core/Markdown/LinkResultCache.h"
+#include "Core/Markdown/Text/LinkResultCache.h"
 
 namespace nomely {
 

@@ -1,4 +1,4 @@
-#include "Core/Markdown/MemoTextSanitizer.h"
+#include "Core/Markdown/Text/MemoTextSanitizer.h"
 
 #include <algorithm>
 #include <array>

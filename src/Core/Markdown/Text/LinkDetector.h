@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Core/Markdown/LinkResultCache.h"
+#include "Core/Markdown/Text/LinkResultCache.h"
 
 namespace nomely {
 

@@ -1,4 +1,4 @@
-#include "Core/Markdown/MarkdownTableLayout.h"
+#include "Core/Markdown/Tables/MarkdownTableLayout.h"
 
 #include <algorithm>
 #include <numeric>

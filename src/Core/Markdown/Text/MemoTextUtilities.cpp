@@ -1,4 +1,4 @@
-#include "Core/Markdown/MemoTextUtilities.h"
+#include "Core/Markdown/Text/MemoTextUtilities.h"
 
 #include <algorithm>
 

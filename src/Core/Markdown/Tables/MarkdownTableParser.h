@@ -5,7 +5,7 @@
 #include <span>
 #include <string_view>
 
-#include "Core/Markdown/MarkdownTable.h"
+#include "Core/Markdown/Tables/MarkdownTable.h"
 
 namespace nomely {
 

@@ -1,11 +1,11 @@
-#include "Core/Markdown/YamlWriter.h"
+#include "Core/Markdown/Frontmatter/YamlWriter.h"
 
 #include <new>
 
 #include <yaml.h>
 
-#include "Core/Markdown/YamlDocument.h"
-#include "Core/Markdown/YamlScalar.h"
+#include "Core/Markdown/Frontmatter/YamlDocument.h"
+#include "Core/Markdown/Frontmatter/YamlScalar.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "Core/Markdown/MarkdownTable.h"
+#include "Core/Markdown/Tables/MarkdownTable.h"
 
 namespace nomely {
 

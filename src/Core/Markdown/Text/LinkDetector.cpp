@@ -1,4 +1,4 @@
-#include "Core/Markdown/LinkDetector.h"
+#include "Core/Markdown/Text/LinkDetector.h"
 
 #include <algorithm>
 #include <array>

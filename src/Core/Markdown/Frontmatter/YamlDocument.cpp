@@ -1,4 +1,4 @@
-#include "Core/Markdown/YamlDocument.h"
+#include "Core/Markdown/Frontmatter/YamlDocument.h"
 
 #include <algorithm>
 #include <map>
@@ -7,7 +7,7 @@
 #include <fmt/format.h>
 #include <yaml.h>
 
-#include "Core/Markdown/YamlScalar.h"
+#include "Core/Markdown/Frontmatter/YamlScalar.h"
 
 namespace nomely {
 namespace {
