@@ -47,7 +47,8 @@ DiskPaths choosePaths(const ApplicationContext& context) {
 }  // namespace
 
 Application::Application(const ApplicationContext& context)
-    : isUnitTesting_(isUiTesting(context.environment) || isTestHost(context.environment)),
+    : executor_(context.executor),
+      isUnitTesting_(isUiTesting(context.environment) || isTestHost(context.environment)),
       storage_{choosePaths(context), FileManager(context.fileSystem), context.clock},
       dayStore_(storage_),
       userDefaults_(
@@ -55,6 +56,18 @@ Application::Application(const ApplicationContext& context)
           storage_.files),
       searchIndex_(storage_, jobs_),
       startup_(context.executor) {}
+
+DayViewModel& Application::dayViewModel() {
+  if (!dayViewModel_)
+    dayViewModel_.emplace(DayViewModel::Context{
+        .dayStore = dayStore_, .searchIndex = &searchIndex_, .executor = executor_, .jobs = jobs_});
+  return *dayViewModel_;
+}
+
+EntryDateIndex& Application::entryDateIndex() {
+  if (!entryDateIndex_) entryDateIndex_.emplace(dayStore_, jobs_, executor_);
+  return *entryDateIndex_;
+}
 
 void Application::startMaintenance(bool ready) {
   if (isUnitTesting_ || dataMaintenance_) return;

@@ -4,8 +4,10 @@
 #include <optional>
 
 #include "Core/Lifecycle/StartupCoordinator.h"
+#include "Core/Query/EntryDateIndex.h"
 #include "Core/Query/SearchIndex.h"
 #include "Core/Storage/DayStore.h"
+#include "Editor/DayViewModel.h"
 #include "Platform/Concurrency/JobPool.h"
 #include "Platform/Concurrency/MainExecutor.h"
 #include "Platform/System/Environment.h"
@@ -39,6 +41,9 @@ class Application {
   [[nodiscard]] const StoreContext& storage() const { return storage_; }
   [[nodiscard]] DayStore& dayStore() { return dayStore_; }
   [[nodiscard]] SearchIndex& searchIndex() { return searchIndex_; }
+  // The models of a user interface, made when first asked for: a single command needs none.
+  [[nodiscard]] DayViewModel& dayViewModel();
+  [[nodiscard]] EntryDateIndex& entryDateIndex();
   [[nodiscard]] UserDefaults& userDefaults() { return userDefaults_; }
   [[nodiscard]] StartupCoordinator& startup() { return startup_; }
 
@@ -47,6 +52,7 @@ class Application {
   void startMaintenance(bool ready);
 
  private:
+  MainExecutor& executor_;
   bool isUnitTesting_;
   bool dataMaintenance_ = false;
   StoreContext storage_;
@@ -54,6 +60,8 @@ class Application {
   UserDefaults userDefaults_;
   JobPool jobs_;
   SearchIndex searchIndex_;
+  std::optional<DayViewModel> dayViewModel_;
+  std::optional<EntryDateIndex> entryDateIndex_;
   StartupCoordinator startup_;
 };
 

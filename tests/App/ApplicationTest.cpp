@@ -107,6 +107,10 @@ TEST_F(ApplicationTest, UnreadableRootShowsEmptyDays) {
   EXPECT_NE(testing::internal::GetCapturedStderr(), "");
   EXPECT_TRUE(application.dayStore().listMemos(day("2026-03-01")).empty());
   EXPECT_TRUE(application.dayStore().listAllDates().empty());
+  DayViewModel& model = application.dayViewModel();
+  model.loadDay(day("2026-03-01"));
+  ASSERT_TRUE(loop.runUntil([&] { return model.hasLoadedInitialTimeline.get(); }, 10s));
+  EXPECT_TRUE(model.displayMemos.get().empty());
   EXPECT_THROW((void)application.dayStore().createMemo(day("2026-03-01"), {}), Error);
 }
 
@@ -133,10 +137,12 @@ TEST_F(ApplicationTest, NoMaintenanceUnderTests) {
   EXPECT_EQ(application.startup().state(), State::waitingForContent);
 }
 
-TEST_F(ApplicationTest, EndsWhileMaintenanceRuns) {
+TEST_F(ApplicationTest, EndsWhileJobsRun) {
   for (int i = 0; i < 20; ++i) {
     Application application(with({}));
     application.startMaintenance(true);
+    application.dayViewModel().loadAllMemos();
+    application.entryDateIndex().refresh();
     (void)loop.runUntil([&, calls = 0]() mutable { return calls++ > i % 3; }, 1ms);
   }
   loop.stop();

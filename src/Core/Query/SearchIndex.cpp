@@ -11,31 +11,8 @@
 
 namespace nomely {
 
-class SearchIndex::Use {
- public:
-  explicit Use(SearchIndex& index) : index_(index) {
-    const std::lock_guard lock(index_.usesLock_);
-    ++index_.uses_;
-  }
-  ~Use() {
-    const std::lock_guard lock(index_.usesLock_);
-    if (--index_.uses_ == 0) index_.usesEnded_.notify_all();
-  }
-  Use(const Use&) = delete;
-  Use& operator=(const Use&) = delete;
-
- private:
-  SearchIndex& index_;
-};
-
 SearchIndex::SearchIndex(StoreContext context, JobPool& jobs)
-    : context_(std::move(context)), jobs_(jobs) {}
-
-SearchIndex::~SearchIndex() {
-  closing_ = true;
-  std::unique_lock lock(usesLock_);
-  usesEnded_.wait(lock, [this] { return uses_ == 0; });
-}
+    : context_(std::move(context)), jobs_(jobs), background_(jobs) {}
 
 SearchIndex::Cache SearchIndex::cached() const {
   const std::lock_guard lock(lock_);
@@ -130,10 +107,9 @@ bool SearchIndex::rebuildIfDiskChanged() {
 }
 
 void SearchIndex::warmUp(std::function<void()> completion) {
-  jobs_.submit(
-      [this, completion = std::move(completion),
-       use = std::make_shared<Use>(*this)](const std::stop_token& stop) {
-        if (!stop.stop_requested()) (void)ensureCache();
+  background_.submit(
+      [this, completion = std::move(completion)](const std::stop_token&) {
+        (void)ensureCache();
         completion();
       },
       JobPool::Priority::utility);
@@ -141,10 +117,10 @@ void SearchIndex::warmUp(std::function<void()> completion) {
 
 void SearchIndex::makeFilters(const Cache& cache) {
   if (!cache->claimFilters()) return;
-  jobs_.submit(
-      [this, cache, use = std::make_shared<Use>(*this)](const std::stop_token& stop) {
+  background_.submit(
+      [cache](const std::stop_token& stop) {
         for (const auto& day : cache->days()) {
-          if (stop.stop_requested() || closing_) return;
+          if (stop.stop_requested()) return;
           day->makeFilter();
         }
       },

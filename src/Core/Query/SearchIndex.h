@@ -1,7 +1,5 @@
 #pragma once
 
-#include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -14,6 +12,7 @@
 #include "Core/Query/DiskSignature.h"
 #include "Core/Query/MemoCache.h"
 #include "Core/Storage/StoreContext.h"
+#include "Platform/Concurrency/JobGroup.h"
 #include "Platform/Concurrency/JobPool.h"
 #include "Platform/System/Uuid.h"
 
@@ -54,7 +53,6 @@ class SearchIndex {
   // `jobs` must outlive the index. More threads than cores help while files are not yet in the
   // system's cache.
   SearchIndex(StoreContext context, JobPool& jobs);
-  ~SearchIndex();
   SearchIndex(const SearchIndex&) = delete;
   SearchIndex& operator=(const SearchIndex&) = delete;
 
@@ -82,13 +80,10 @@ class SearchIndex {
   [[nodiscard]] bool isFiltered() const;
 
   // Builds on a background job unless it is built; `completion` runs on that job's thread, or not
-  // at all when the pool ends first.
+  // at all when the index ends first.
   void warmUp(std::function<void()> completion);
 
  private:
-  // Counts the background jobs that still use the index.
-  class Use;
-
   using Cache = std::shared_ptr<const MemoCache>;
   struct Built {
     Cache cache;
@@ -115,10 +110,7 @@ class SearchIndex {
   std::optional<DiskSignature> builtSignature_;
   std::uint64_t generation_ = 0;  // raised by each change to the cache
 
-  std::atomic<bool> closing_ = false;
-  std::mutex usesLock_;
-  std::condition_variable usesEnded_;
-  std::size_t uses_ = 0;  // guarded by usesLock_
+  JobGroup background_;
 };
 
 }  // namespace nomely

@@ -1,27 +1,19 @@
 #include "Core/Query/TimelineQueryStore.h"
 
 #include <algorithm>
-#include <array>
 #include <ranges>
 
-#include "Core/Extensions/PathNames.h"
+#include "Core/Extensions/AttachmentKinds.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileError.h"
 
 namespace nomely {
 namespace {
 
-constexpr std::array<std::string_view, 6> imageExtensions{"jpg", "jpeg", "png",
-                                                          "gif", "heic", "webp"};
-constexpr std::array<std::string_view, 5> audioExtensions{"mp3", "wav", "m4a", "aac", "ogg"};
+using AttachmentKinds::isAudio;
+using AttachmentKinds::isImage;
 
-bool isImage(const std::string& name) {
-  return std::ranges::find(imageExtensions, lowerCaseExtension(name)) != imageExtensions.end();
-}
-bool isAudio(const std::string& name) {
-  return std::ranges::find(audioExtensions, lowerCaseExtension(name)) != audioExtensions.end();
-}
-bool isOtherFile(const std::string& name) {
+bool isOtherFile(std::string_view name) {
   return !isImage(name) && !isAudio(name);
 }
 

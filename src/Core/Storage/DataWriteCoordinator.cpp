@@ -29,13 +29,17 @@ DataWriteCoordinator::DataWriteCoordinator(const std::filesystem::path& root)
     : root_(root), processLock_(root) {}
 
 void DataWriteCoordinator::throwIfFrozen() {
-  const std::lock_guard lock(stateLock_);
-  if (frozen_) throw WriteError(WriteError::Kind::maintenance);
+  if (isFrozen()) throw WriteError(WriteError::Kind::maintenance);
 }
 
 void DataWriteCoordinator::freeze() {
   const std::lock_guard lock(stateLock_);
   frozen_ = true;
+}
+
+bool DataWriteCoordinator::isFrozen() {
+  const std::lock_guard lock(stateLock_);
+  return frozen_;
 }
 
 void DataWriteCoordinator::prepareFolder(const std::filesystem::path& folder,

@@ -40,6 +40,7 @@ class DataWriteCoordinator {
 
   // Refuses every later write, nested ones included, until the process ends.
   void freeze();
+  [[nodiscard]] bool isFrozen();
 
   // Inside a write: makes sure that `folder` exists before something is written to it and, once
   // per process, that no temporary of a writer that died is left there.

@@ -6,6 +6,7 @@
 
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Extensions/PathNames.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/VersionStore.h"
 #include "Core/Storage/WriteError.h"
@@ -142,6 +143,15 @@ void DayStore::validateUpdate(const Memo& memo, Day day,
   if (expected && *current != *expected) throw WriteError(WriteError::Kind::conflict);
 }
 
+void DayStore::validateUnchanged(const Memo& memo, Day day) const {
+  if (!memo.hasTranscriptSegments()) return validateUpdate(memo, day, memo);
+  validateUpdate(memo, day, {});
+  const std::optional<Memo> current = memoStore_.read(day, memo.seqNumber);
+  if (!current || MemoFrontmatterParser::serialize(*current, current->body) !=
+                      MemoFrontmatterParser::serialize(memo, memo.body))
+    throw WriteError(WriteError::Kind::conflict);
+}
+
 void DayStore::updateMemo(const Memo& memo, Day day, const std::optional<Memo>& expected) const {
   writes_.write([&] {
     validateUpdate(memo, day, expected);
@@ -159,7 +169,7 @@ void DayStore::commitMemo(const Memo& memo, Day day, const std::optional<Memo>& 
 
 void DayStore::deleteMemo(Day day, const Memo& memo) const {
   writes_.write([&] {
-    validateUpdate(memo, day, memo);
+    validateUnchanged(memo, day);
     // The memo goes first: without its files it would be half a memo, and they without it are
     // merely in nobody's way.
     memoStore_.remove(day, memo.seqNumber);
@@ -213,7 +223,7 @@ void DayStore::trashUnnamedFiles(const std::vector<std::string>& names, Day day)
 
 Memo DayStore::moveMemo(const Memo& memo, Day from, Day to) const {
   return writes_.write([&] {
-    validateUpdate(memo, from, memo);
+    validateUnchanged(memo, from);
     Memo moved = memo;
     moved.seqNumber = nextSeqNumber(to);
     const AttachmentManager attachments(context_);

@@ -72,6 +72,10 @@ class DayStore {
   void commitMemo(const Memo& memo, Day day, const std::optional<Memo>& expected) const;
   // The check in front of both: throws instead of changing anything.
   void validateUpdate(const Memo& memo, Day day, const std::optional<Memo>& expected) const;
+  // The check in front of what takes a memo as it was read: throws like validateUpdate with `memo`
+  // as what is expected. Where transcript segments make every two readings unequal, what is stored
+  // is compared instead.
+  void validateUnchanged(const Memo& memo, Day day) const;
 
   // Removes the memo and then the files it names, for good, whoever else names them.
   void deleteMemo(Day day, const Memo& memo) const;
@@ -87,8 +91,8 @@ class DayStore {
   // file that can't be moved is logged. Throws FileError when the day can't be listed.
   void trashUnnamedFiles(const std::vector<std::string>& names, Day day) const;
 
-  // Moves the memo and its files to the trash and returns the entry's folder name. Throws
-  // WriteError like updateMemo, `memo` being what is expected there.
+  // Moves the memo and its files to the trash and returns the entry's folder name. Throws like
+  // validateUnchanged.
   [[nodiscard]] std::string trashMemo(Day day, const Memo& memo) const;
   // Brings a memo back under its own number, or the next free one when that was given away. A file
   // whose name was given away goes to the attachment trash, which is logged. Throws WriteError

@@ -52,7 +52,7 @@ std::filesystem::path DayStore::makeTrashFolder(Day day, std::int64_t seqNumber)
 
 std::string DayStore::trashMemo(Day day, const Memo& memo) const {
   return writes_.write([&] {
-    validateUpdate(memo, day, memo);
+    validateUnchanged(memo, day);
     const std::filesystem::path folder = makeTrashFolder(day, memo.seqNumber);
     context_.files.moveFile(context_.paths.memoFile(day, memo.seqNumber), folder / memoFileName);
     if (!memo.attachments.empty()) writes_.prepareFolder(folder / attachmentsName, context_.files);

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "Core/Extensions/DateFormatters.h"
-#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
@@ -11,14 +10,6 @@
 
 namespace nomely {
 namespace {
-
-// Compares what is stored, so that two reads of one file agree although their transcript segments
-// have identities of their own.
-bool isStoredAlike(const Memo& left, const Memo& right) {
-  return left.seqNumber == right.seqNumber &&
-         MemoFrontmatterParser::serialize(left, left.body) ==
-             MemoFrontmatterParser::serialize(right, right.body);
-}
 
 void forget(Memo& memo, const std::string& filename) {
   std::erase(memo.attachments, filename);
@@ -32,11 +23,7 @@ void forget(Memo& memo, const std::string& filename) {
 Memo MemoEditor::change(Day day, const Memo& original,
                         const std::function<void(Memo&)>& change) const {
   return store_.writes().write([&] {
-    const std::optional<Memo> current = store_.memoStore().read(day, original.seqNumber);
-    if (!current) throw WriteError(WriteError::Kind::missingMemo);
-    if (current->memoId && current->memoId != original.memoId)
-      throw WriteError(WriteError::Kind::identityChanged);
-    if (!isStoredAlike(*current, original)) throw WriteError(WriteError::Kind::conflict);
+    store_.validateUnchanged(original, day);
     Memo changed = original;
     change(changed);
     if (changed == original) return changed;

@@ -29,15 +29,14 @@ class Observable {
   // cancels meanwhile takes effect with the next assignment, but a cancelled one is not called.
   void set(Value value) {
     value_ = std::move(value);
-    const std::shared_ptr<Observers> observers = observers_;
-    std::vector<std::size_t> keys;
-    for (const auto& [key, observer] : observers->byKey) keys.push_back(key);
-    for (const std::size_t key : keys) {
-      const auto found = observers->byKey.find(key);
-      if (found == observers->byKey.end()) continue;
-      const Observer observer = found->second;
-      observer(value_);
-    }
+    notify();
+  }
+
+  // The same for a value that `change` alters in place: a large one is not copied.
+  template <typename Change>
+  void modify(Change&& change) {
+    std::forward<Change>(change)(value_);
+    notify();
   }
 
   // Assigns only a value that differs.
@@ -45,7 +44,7 @@ class Observable {
     if (!(value_ == value)) set(std::move(value));
   }
 
-  [[nodiscard]] Subscription observe(Observer observer) {
+  [[nodiscard]] Subscription observe(Observer observer) const {
     const std::size_t key = observers_->nextKey++;
     observers_->byKey.emplace(key, std::move(observer));
     return Subscription([weak = std::weak_ptr(observers_), key] {
@@ -59,8 +58,33 @@ class Observable {
     std::size_t nextKey = 0;
   };
 
+  void notify() {
+    const std::shared_ptr<Observers> observers = observers_;
+    std::vector<std::size_t> keys;
+    keys.reserve(observers->byKey.size());
+    for (const auto& [key, observer] : observers->byKey) keys.push_back(key);
+    for (const std::size_t key : keys) {
+      const auto found = observers->byKey.find(key);
+      if (found == observers->byKey.end()) continue;
+      const Observer observer = found->second;
+      observer(value_);
+    }
+  }
+
   Value value_{};
   std::shared_ptr<Observers> observers_ = std::make_shared<Observers>();
+};
+
+// One that everybody may read and observe, and only its owner assigns.
+template <typename Owner, typename Value>
+class Published : private Observable<Value> {
+ public:
+  using Observable<Value>::Observable;
+  using Observable<Value>::get;
+  using Observable<Value>::observe;
+
+ private:
+  friend Owner;
 };
 
 }  // namespace nomely

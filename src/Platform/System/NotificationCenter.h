@@ -34,6 +34,8 @@ class NotificationCenter {
 // The notices in use.
 namespace Notifications {
 inline constexpr std::string_view dataMaintenance = "NomelyDataMaintenance";
-}
+// Asks whoever plays a recording to stop: what is on the screen is about to change.
+inline constexpr std::string_view stopAudioPlayback = "stopNomelyAudioPlayback";
+}  // namespace Notifications
 
 }  // namespace nomely

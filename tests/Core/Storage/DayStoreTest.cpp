@@ -221,6 +221,19 @@ TEST_F(DayStoreTest, SegmentsMakeEveryExpectationFail) {
   EXPECT_EQ(kindOf<WriteError>([&] { store.updateMemo(memo, today, {}); }), std::nullopt);
 }
 
+TEST_F(DayStoreTest, MemoWithSegmentsMovesAndIsTrashedUnlessItChanged) {
+  AudioTranscript transcript{.text = "话", .segments = {{.text = "话"}}};
+  Memo memo = store.createMemo(today, {.audioTranscripts = {{"a.m4a", transcript}}});
+  memo = store.moveMemo(memo, today, tomorrow);
+  Memo stale = memo;
+  stale.body = "别处读到的";
+  EXPECT_EQ(kindOf<WriteError>([&] { (void)store.moveMemo(stale, tomorrow, today); }),
+            Kind::conflict);
+  EXPECT_EQ(kindOf<WriteError>([&] { (void)store.trashMemo(tomorrow, stale); }), Kind::conflict);
+  (void)store.trashMemo(tomorrow, memo);
+  EXPECT_EQ(store.listTrash().size(), 1U);
+}
+
 TEST_F(DayStoreTest, OnlyCommitKeepsASnapshot) {
   Memo memo = store.createMemo(today, {.body = "1"});
   memo.body = "2";

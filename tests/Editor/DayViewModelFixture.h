@@ -1,0 +1,93 @@
+#pragma once
+
+#include <chrono>
+#include <latch>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "Editor/DayViewModel.h"
+#include "Support/PausingFileSystem.h"
+#include "Support/StoreFixture.h"
+
+namespace nomely::test {
+
+// A model over real stores, with the run loop as the main executor. `store` is somebody else's on
+// the same root: what it writes, the model and its index don't know.
+class DayViewModelTest : public StoreTest {
+ protected:
+  DayViewModelTest() { renew(); }
+
+  void renew() {
+    model = std::make_unique<DayViewModel>(DayViewModel::Context{
+        .dayStore = modelStore, .searchIndex = &index, .executor = loop, .jobs = jobs});
+  }
+
+  Memo add(Day date, const std::string& body, std::vector<std::string> tags = {}) {
+    const Memo memo = store.createMemo(date, {.body = body, .tags = std::move(tags)});
+    index.indexMemo(memo, date);
+    return memo;
+  }
+
+  // Runs the loop until `done`.
+  template <typename Done>
+  [[nodiscard]] testing::AssertionResult comesTrue(Done done) {
+    if (loop.runUntil(done, std::chrono::seconds(20))) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "not within 20 s";
+  }
+  [[nodiscard]] testing::AssertionResult isLoaded() {
+    return comesTrue([this] { return !model->isLoadingTimeline.get(); });
+  }
+  [[nodiscard]] testing::AssertionResult isSettled() {
+    return comesTrue([this] {
+      return model->saveState.get() != SaveState::saving() && !model->isLoadingTimeline.get();
+    });
+  }
+
+  // Waits until each of the pool's threads has ended what it was at, and runs what that posted.
+  void drain() {
+    const auto together = std::make_shared<std::latch>(threads);
+    for (std::ptrdiff_t i = 0; i < threads; ++i)
+      jobs.submit([together](const std::stop_token&) { together->arrive_and_wait(); });
+    together->wait();
+    bool isDrained = false;
+    loop.post([&] { isDrained = true; });
+    EXPECT_TRUE(comesTrue([&] { return isDrained; }));
+  }
+
+  [[nodiscard]] std::vector<std::string> shown() const {
+    std::vector<std::string> bodies;
+    for (const MemoEntry& entry : model->displayMemos.get()) bodies.push_back(entry.memo->body);
+    return bodies;
+  }
+  [[nodiscard]] std::vector<std::string> ofTheDay() const {
+    std::vector<std::string> bodies;
+    for (const Memo& memo : model->memos.get()) bodies.push_back(memo.body);
+    return bodies;
+  }
+  [[nodiscard]] std::string failure() const { return model->saveState.get().message; }
+  [[nodiscard]] bool isSaved() const {
+    return model->saveState.get() == SaveState::saved(clock.now());
+  }
+  // The list's own copy, as a card hands it to an editor.
+  [[nodiscard]] Memo listed(const std::string& body) const {
+    for (const MemoEntry& entry : model->allMemos.get())
+      if (entry.memo->body == body) return *entry.memo;
+    ADD_FAILURE() << "no memo with the text " << body;
+    return {};
+  }
+
+  PausingFileSystem files{posixFileSystem()};
+  RunLoop loop;
+  static constexpr std::ptrdiff_t threads = 3;
+  JobPool jobs{threads};
+  DayStore modelStore{{context.paths, FileManager(files), clock}};
+  SearchIndex index{modelStore.context(), jobs};
+  std::unique_ptr<DayViewModel> model;
+  Day today = clock.today();
+  Day yesterday = today.plusDays(-1);
+};
+
+}  // namespace nomely::test

@@ -1,0 +1,205 @@
+#include <future>
+
+#include "Editor/DayViewModelFixture.h"
+#include "Platform/System/NotificationCenter.h"
+
+namespace nomely::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Call = PausingFileSystem::Call;
+using Cause = DayViewModel::Cause;
+
+class DayViewModelLoadingTest : public DayViewModelTest {};
+
+TEST_F(DayViewModelLoadingTest, DayShowsItsMemosLockedAndPinnedFirst) {
+  add(yesterday, "另一天");
+  add(today, "一");
+  Memo pinned = add(today, "钉住");
+  Memo locked = add(today, "锁住");
+  add(today, "四");
+  pinned.pinned = true;
+  locked.lockedOnTop = true;
+  store.updateMemo(pinned, today, {});
+  store.updateMemo(locked, today, {});
+  std::vector<bool> loading;
+  const Subscription watch =
+      model->isLoadingTimeline.observe([&](bool value) { loading.push_back(value); });
+  int stops = 0;
+  const Subscription player = NotificationCenter::shared().observe(
+      Notifications::stopAudioPlayback, [&](const std::string&) { ++stops; });
+
+  model->loadDay(today);
+  EXPECT_FALSE(model->hasLoadedInitialTimeline.get());
+  ASSERT_TRUE(isLoaded());
+  EXPECT_THAT(shown(), ElementsAre("锁住", "钉住", "四", "一"));
+  EXPECT_THAT(ofTheDay(), ElementsAre("四", "锁住", "钉住", "一"));
+  EXPECT_THAT(loading, ElementsAre(true, false));
+  EXPECT_TRUE(model->hasLoadedInitialTimeline.get());
+  EXPECT_EQ(stops, 1);
+}
+
+TEST_F(DayViewModelLoadingTest, AllMemosCountsInFifties) {
+  for (int i = 0; i < 120; ++i) add(i % 2 == 0 ? today : yesterday, std::to_string(i));
+  model->loadMoreDisplayMemos();
+  EXPECT_THAT(shown(), IsEmpty());
+  model->loadAllMemos();
+  ASSERT_TRUE(isLoaded());
+  EXPECT_EQ(model->allMemos.get().size(), 120U);
+  EXPECT_EQ(shown().size(), 50U);
+  EXPECT_TRUE(model->canLoadMoreDisplayMemos());
+  model->loadMoreDisplayMemos();
+  EXPECT_EQ(shown().size(), 100U);
+  model->loadAllDisplayMemos();
+  EXPECT_EQ(shown().size(), 120U);
+  EXPECT_FALSE(model->canLoadMoreDisplayMemos());
+  model->loadDay(today);
+  ASSERT_TRUE(isLoaded());
+  EXPECT_EQ(shown().size(), 60U);
+}
+
+// The first load is held in the middle of its query while others come; whatever order they end in,
+// the last one asked for is what is shown.
+TEST_F(DayViewModelLoadingTest, SlowerEarlierLoadNeverLands) {
+  add(today, "今天");
+  add(yesterday, "昨天");
+  (void)index.allMemoEntries();
+  const auto shows = [&](const std::function<void()>& last) {
+    std::promise<void> release;
+    bool isHeld = false;
+    files.at(Call::list, context.paths.dayFolder(yesterday), [&] {
+      loop.post([&] { isHeld = true; });
+      release.get_future().wait();
+    });
+    model->loadDay(yesterday);
+    EXPECT_TRUE(comesTrue([&] { return isHeld; }));
+    last();
+    EXPECT_TRUE(isLoaded());
+    release.set_value();
+    drain();
+    return shown();
+  };
+  EXPECT_THAT(shows([&] { model->loadDay(today); }), ElementsAre("今天"));
+  EXPECT_THAT(shows([&] { model->loadAllMemos(); }), ElementsAre("今天", "昨天"));
+  EXPECT_THAT(shows([&] { model->loadMemosNoTag(); }), ElementsAre("今天", "昨天"));
+}
+
+TEST_F(DayViewModelLoadingTest, SupersededLoadLeavesTheLoadingFlagToItsSuccessor) {
+  add(today, "今天");
+  std::promise<void> release;
+  bool isHeld = false;
+  files.at(Call::list, context.paths.dayFolder(today), [&] {
+    loop.post([&] { isHeld = true; });
+    release.get_future().wait();
+  });
+  int loads = 0;
+  const Subscription watch =
+      model->isLoadingTimeline.observe([&](bool value) { loads += value ? 0 : 1; });
+  model->loadDay(yesterday);
+  model->loadDay(today);
+  ASSERT_TRUE(comesTrue([&] { return isHeld; }));
+  EXPECT_TRUE(model->isLoadingTimeline.get());
+  EXPECT_EQ(loads, 0);
+  release.set_value();
+  ASSERT_TRUE(isLoaded());
+  EXPECT_EQ(loads, 1);
+  EXPECT_THAT(shown(), ElementsAre("今天"));
+}
+
+TEST_F(DayViewModelLoadingTest, FiltersShowWhatTheirQueriesFind) {
+  Memo audio = store.createMemo(yesterday, {.body = "录音", .attachments = {"a.M4A"}});
+  Memo image = store.createMemo(yesterday, {.body = "照片", .attachments = {"b.jpg"}});
+  Memo paper = store.createMemo(yesterday, {.body = "合同", .attachments = {"c.pdf"}});
+  add(today, "见 https://example.org/", {"网"});
+  Memo pinned = add(Day::parse("2025-03-01").value(), "去年", {"网/旧"});
+  pinned.pinned = true;
+  store.updateMemo(pinned, Day::parse("2025-03-01").value(), {});
+  index.invalidateCache();
+
+  const struct {
+    const char* name;
+    std::function<void()> load;
+    std::vector<std::string> bodies;
+    TimelineMode mode = TimelineMode::filtered;
+  } cases[] = {
+      {"tag", [&] { model->loadMemosWithTag("网"); }, {"去年", "见 https://example.org/"}},
+      {"no tag", [&] { model->loadMemosNoTag(); }, {"合同", "照片", "录音"}},
+      {"images", [&] { model->loadMemosWithImages(); }, {"照片"}},
+      {"links", [&] { model->loadMemosWithLinks(); }, {"见 https://example.org/"}},
+      {"files", [&] { model->loadMemosWithAttachments(); }, {"合同"}},
+      {"audio", [&] { model->loadMemosWithAudio(); }, {"录音"}},
+      {"on this day", [&] { model->loadOnThisDay(); }, {"去年"}},
+      {"pinned", [&] { model->loadPinnedMemos(); }, {"去年"}, TimelineMode::pinned},
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.name);
+    test.load();
+    EXPECT_THAT(shown(), IsEmpty());
+    ASSERT_TRUE(isLoaded());
+    EXPECT_EQ(shown(), test.bodies);
+    EXPECT_EQ(model->timelineMode.get(), test.mode);
+    EXPECT_EQ(model->currentFilterTag.get().has_value(), std::string_view(test.name) == "tag");
+  }
+  model->refreshOnThisDayFlag();
+  EXPECT_TRUE(comesTrue([&] { return model->hasOnThisDay.get(); }));
+}
+
+TEST_F(DayViewModelLoadingTest, SearchKeepsTheOrderOfItsResults) {
+  add(yesterday, "苹果派");
+  const Memo gone = add(today, "苹果树");
+  add(today, "苹果酱");
+  const auto results = index.search("苹果", 50);
+  store.deleteMemo(today, gone);
+  model->loadSearchResults(results, "苹果");
+  ASSERT_TRUE(isLoaded());
+  EXPECT_THAT(shown(), ElementsAre("苹果酱", "苹果派"));
+  EXPECT_EQ(model->searchResultCount.get(), 3U);
+  EXPECT_EQ(model->activeSearchQuery.get(), "苹果");
+  EXPECT_EQ(model->searchSnippet(yesterday, 1), results[2].snippet);
+  EXPECT_EQ(model->searchSnippet(yesterday, 2), std::nullopt);
+  model->loadDay(today);
+  EXPECT_EQ(model->activeSearchQuery.get(), std::nullopt);
+  EXPECT_EQ(model->searchResultCount.get(), 0U);
+  EXPECT_EQ(model->searchSnippet(yesterday, 1), std::nullopt);
+}
+
+// Each filter runs again for a write from outside, and stands still for the model's own.
+TEST_F(DayViewModelLoadingTest, OnlyAnExternalWriteRunsAFilterAgain) {
+  add(today, "苹果 #果", {"果"});
+  const struct {
+    const char* name;
+    std::function<void()> load;
+  } cases[] = {
+      {"search", [&] { model->loadSearchResults(index.search("苹果", 50), "苹果"); }},
+      {"tag", [&] { model->loadMemosWithTag("果"); }},
+      {"query", [&] { model->loadMemosWithLinks(); }},
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.name);
+    test.load();
+    ASSERT_TRUE(isLoaded());
+    const std::size_t before = shown().size();
+    add(today, "苹果 https://example.org/", {"果"});
+    model->refreshCurrentTimeline(Cause::ownWrite);
+    EXPECT_FALSE(model->isLoadingTimeline.get());
+    model->refreshCurrentTimeline(Cause::externalWrite);
+    ASSERT_TRUE(comesTrue([&] { return shown().size() == before + 1; }));
+    ASSERT_TRUE(isLoaded());
+  }
+}
+
+TEST_F(DayViewModelLoadingTest, LoadSeesTheWriteBegunBefore) {
+  add(today, "旧");
+  model->loadDay(today);
+  ASSERT_TRUE(isLoaded());
+  Memo memo = listed("旧");
+  memo.body = "新";
+  model->updateMemo(memo);
+  model->loadMemosNoTag();
+  ASSERT_TRUE(isLoaded());
+  EXPECT_THAT(shown(), ElementsAre("新"));
+}
+
+}  // namespace
+}  // namespace nomely::test
