@@ -65,6 +65,12 @@ Day Arguments::day(const std::string& text, const Clock& clock) {
       "“{}”不是有效日期。请写作 2026-03-01、today/今天、yesterday/昨天，或 -N（N 天前）", text));
 }
 
+std::chrono::year_month Arguments::month(const std::string& text, const Clock& clock) {
+  const auto first = text.empty() ? clock.today() : Day::parse(text + "-01");
+  if (!first) throw UsageError(fmt::format("“{}”不是有效月份。请写作 2026-03", text));
+  return {first->civil().year(), first->civil().month()};
+}
+
 std::string Arguments::time(const std::string& text) {
   const std::size_t colon = text.find(':');
   if (colon == 1 || colon == 2) {

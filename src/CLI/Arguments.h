@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -18,6 +19,8 @@ namespace Arguments {
 
 // "2026-03-01", today/今天, yesterday/昨天, "-3" (days ago).
 [[nodiscard]] Day day(const std::string& text, const Clock& clock);
+// "2026-03"; the present month for an empty text.
+[[nodiscard]] std::chrono::year_month month(const std::string& text, const Clock& clock);
 // "9:05" or "09:05", given back as "09:05".
 [[nodiscard]] std::string time(const std::string& text);
 [[nodiscard]] std::int64_t integer(const std::string& text, std::string_view what);

@@ -74,5 +74,17 @@ TEST_F(QueryCommandsTest, TagsAreCountedRenamedMergedAndDeleted) {
   EXPECT_EQ(json({"trash"}).size(), 1U);
 }
 
+TEST_F(QueryCommandsTest, MonthOnOnePage) {
+  const Json today = add("2026年3月2日 补记 #日记");
+  EXPECT_EQ(json({"add", "又一条 #日记", "--date", "2026-03-09"})["seqNumber"], 1);
+  const Json month = json({"month", "2026-03"});
+  EXPECT_EQ(month["dailyCounts"], Json({{"1", 1}, {"9", 1}}));
+  EXPECT_EQ(month["threads"][0]["days"], Json({1, 9}));
+  EXPECT_EQ(month["anomalies"][0]["seqNumber"], today["seqNumber"]);
+  EXPECT_EQ(json({"month", "2026-02"})["threads"], Json::array());
+  EXPECT_NE(run({"month", "2026-03"}).output.find("   9 ██"), std::string::npos);
+  EXPECT_EQ(run({"month", "2026-3"}).status, 2);
+}
+
 }  // namespace
 }  // namespace nomely::test
