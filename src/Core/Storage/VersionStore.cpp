@@ -37,19 +37,24 @@ std::filesystem::path VersionStore::identityDirectory(std::string_view memoId) c
 
 void VersionStore::saveIfNeeded(Day day, std::int64_t seqNumber, const Memo& newMemo) const {
   writes_.write([&] {
-    const std::optional<Memo> current = memoStore_.read(day, seqNumber);
-    if (!current || *current == newMemo) return;
-    if (!current->memoId || current->memoId->empty()) return;
-    if (newMemo.memoId != current->memoId) throw WriteError(WriteError::Kind::identityChanged);
-    const std::filesystem::path folder = identityDirectory(*current->memoId);
-    writes_.prepareFolder(folder, context_.files);
-    keepAttachments(day, *current, newMemo);
-    const std::string name =
-        fmt::format("{}_{}.md", secondsText(context_.clock.now()), Uuid::random().string());
-    context_.files.writeAtomically(folder / name,
-                                   MemoFrontmatterParser::serialize(*current, current->body));
-    prune(folder);
+    if (const auto folder = keepSnapshot(day, seqNumber, newMemo)) prune(*folder);
   });
+}
+
+std::optional<std::filesystem::path> VersionStore::keepSnapshot(Day day, std::int64_t seqNumber,
+                                                                const Memo& newMemo) const {
+  const std::optional<Memo> current = memoStore_.read(day, seqNumber);
+  if (!current || *current == newMemo) return std::nullopt;
+  if (!current->memoId || current->memoId->empty()) return std::nullopt;
+  if (newMemo.memoId != current->memoId) throw WriteError(WriteError::Kind::identityChanged);
+  std::filesystem::path folder = identityDirectory(*current->memoId);
+  writes_.prepareFolder(folder, context_.files);
+  keepAttachments(day, *current, newMemo);
+  const std::string name =
+      fmt::format("{}_{}.md", secondsText(context_.clock.now()), Uuid::random().string());
+  context_.files.writeAtomically(folder / name,
+                                 MemoFrontmatterParser::serialize(*current, current->body));
+  return folder;
 }
 
 void VersionStore::keepAttachments(Day day, const Memo& current, const Memo& newMemo) const {

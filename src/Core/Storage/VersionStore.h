@@ -64,6 +64,9 @@ class VersionStore {
   [[nodiscard]] static bool isSafeFilename(std::string_view name);
 
  private:
+  // saveIfNeeded without dropping any; the folder of the snapshots when one was added.
+  [[nodiscard]] std::optional<std::filesystem::path> keepSnapshot(Day day, std::int64_t seqNumber,
+                                                                  const Memo& newMemo) const;
   void keepAttachments(Day day, const Memo& current, const Memo& newMemo) const;
   void prune(const std::filesystem::path& folder) const;
   [[nodiscard]] std::optional<std::string> identityOf(

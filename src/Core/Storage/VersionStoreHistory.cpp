@@ -8,6 +8,7 @@
 #include "Core/Storage/VersionStore.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
+#include "Platform/System/Log.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -124,8 +125,16 @@ void VersionStore::restore(Day day, std::int64_t seqNumber, const VersionEntry& 
     store.validateUpdate(restored, day, expected);
     bringBackAttachments(day, restored);
     store.validateUpdate(restored, day, expected);
-    saveIfNeeded(day, seqNumber, restored);
+    const auto snapshots = keepSnapshot(day, seqNumber, restored);
     memoStore_.write(restored, day);
+    if (!snapshots) return;
+    // Not before: the oldest snapshot may be the one that is being restored, and until it is
+    // written the only place of that state.
+    try {
+      prune(*snapshots);
+    } catch (const FileError& error) {
+      Log::error(LogChannel::storage, "⚠️ VersionStore.restore: {}", error.what());
+    }
   });
 }
 

@@ -46,7 +46,12 @@ Diary::Diary()
                   {"single.png", bytesOf('i', 100)},
                   {"distant.bin", bytesOf('d', 1)},
                   {"loose.bin", bytesOf('l', 400)}},
-      photo(bytesOf('p', 9000)) {}
+      photo(bytesOf('p', 9000)) {
+  for (Memo* memo : {&changed, &sharing, &distant}) {
+    memo->tags.emplace_back("旅行/海边");
+    memo->body += "又去了 #旅行/海边 一次。\n";
+  }
+}
 
 std::vector<Diary::Entry> Diary::entries() const {
   return {

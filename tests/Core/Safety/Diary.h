@@ -26,6 +26,7 @@ struct Diary {
   Memo sharing;  // first/003, names "shared.png" too
   Memo single;   // first/004, names "single.png", which no other memo does
   Memo distant;  // second/001, names "distant.bin"
+  // `changed`, `sharing` and `distant` have the tag "旅行/海边".
 
   std::map<std::string, std::string> attachments;  // contents by name; "loose.bin" is named nowhere
   std::string photo;                               // of photoFile()

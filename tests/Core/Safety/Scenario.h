@@ -43,6 +43,8 @@ struct Scenario {
   std::vector<std::string> touched = {};
   // Contents that new files may have, besides those of the diary.
   std::vector<std::string> contents = {};
+  // A folder below the root where attachments may lie instead of beside their memo.
+  std::string attachmentsIn = {};
   // Further files of the diary, contents by path below the root.
   std::map<std::string, std::string> extra = {};
 };
@@ -70,6 +72,8 @@ class Stage {
   void checkFiles(const StoreContext& context) const;
   void checkMemos(const StoreContext& context) const;
   void checkAttachments(const StoreContext& context, Day day, const Memo& memo) const;
+  [[nodiscard]] std::filesystem::path placeOf(const StoreContext& context, Day day,
+                                              const std::string& attachment) const;
   [[nodiscard]] std::string fateOf(Day day, const Memo& memo) const;
 
   const Diary& diary_;

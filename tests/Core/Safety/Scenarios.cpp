@@ -1,11 +1,12 @@
 #include <algorithm>
+#include <iterator>
 
 #include <gtest/gtest.h>
 
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
-#include "Core/Safety/Scenario.h"
+#include "Core/Safety/ScenarioParts.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/VersionStore.h"
 
@@ -13,28 +14,6 @@ namespace nomely::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-// The memos of a day that are `state`, whatever their numbers.
-std::vector<Memo> found(const StoreContext& context, Day day, const Memo& state) {
-  std::vector<Memo> memos = DayStore(context).listMemos(day);
-  std::erase_if(memos, [&](const Memo& memo) { return !sameButForNumber(memo, state); });
-  return memos;
-}
-
-std::string belowRoot(Day day, const std::string& name) {
-  return day.string() + "/" + name;
-}
-
-std::string memoBelowRoot(Day day, const Memo& memo) {
-  return belowRoot(day, DiskPaths::memoFileName(memo.seqNumber));
-}
-
-std::size_t filesWith(const fs::path& folder, const std::string& content) {
-  if (!fs::exists(folder)) return 0;
-  const auto files = filesBelow(folder);
-  return static_cast<std::size_t>(
-      std::ranges::count_if(files, [&](const auto& file) { return file.second == content; }));
-}
 
 Scenario creation(const Diary& diary, std::string name, Day day) {
   const Memo wanted = [&] {
@@ -70,14 +49,6 @@ Scenario creation(const Diary& diary, std::string name, Day day) {
           [=](const StoreContext& context) { EXPECT_EQ(found(context, day, wanted).size(), 1); },
       .fates = {{"", {.states = {wanted}, .days = {day}, .survival = Fate::Survival::optional}}},
   };
-}
-
-Memo edited(const Diary& diary) {
-  Memo memo = diary.changed;
-  memo.attachments = {"shared.png"};  // "own.png" is let go
-  memo.updatedAt = DateFormatters::timestamp(diary.clock.now());
-  memo.body += "又写了一段。\n";
-  return memo;
 }
 
 // Anything that replaces `changed` by `edited`.
@@ -122,32 +93,6 @@ Scenario updating(const Diary& diary) {
                      });
 }
 
-fs::path versionsOfChanged(const StoreContext& context, const Diary& diary) {
-  return VersionStore(context).identityDirectory(diary.changed.memoId.value());
-}
-
-void expectSnapshotOfOld(const StoreContext& context, const Diary& diary) {
-  const fs::path versions = versionsOfChanged(context, diary);
-  EXPECT_GE(filesWith(versions, Diary::textOf(diary.changed)), 1) << "no snapshot of the old memo";
-  const fs::path kept = versions / "attachments" / "own.png";
-  ASSERT_TRUE(fs::exists(kept));
-  EXPECT_EQ(readFile(kept), diary.attachments.at("own.png"));
-}
-
-void allowPruning(Scenario& scenario, const Diary& diary) {
-  scenario.extra = diary.snapshots();
-  // The oldest: each try may add a snapshot.
-  for (const auto& [name, text] : scenario.extra)
-    if (scenario.touched.size() < 7) scenario.touched.push_back(name);
-}
-
-void expectPruned(const StoreContext& context, const Diary& diary) {
-  const auto files = context.files.listVisible(versionsOfChanged(context, diary));
-  EXPECT_EQ(
-      std::ranges::count_if(files, [](const auto& entry) { return entry.name.ends_with(".md"); }),
-      VersionStore::defaultMaxVersions);
-}
-
 Scenario committing(const Diary& diary) {
   Scenario scenario =
       replacement(diary, "commitMemo",
@@ -160,21 +105,6 @@ Scenario committing(const Diary& diary) {
     if (now != diary.changed) expectSnapshotOfOld(context, diary);
   };
   scenario.tidy = [&diary](const StoreContext& context) { expectPruned(context, diary); };
-  return scenario;
-}
-
-Scenario snapshotting(const Diary& diary) {
-  Scenario scenario{
-      .name = "saveIfNeeded",
-      .run =
-          [&diary](const StoreContext& context) {
-            VersionStore(context).saveIfNeeded(diary.first, diary.changed.seqNumber, edited(diary));
-            return true;
-          },
-      .done = [&diary](const StoreContext& context) { expectSnapshotOfOld(context, diary); },
-      .tidy = [&diary](const StoreContext& context) { expectPruned(context, diary); },
-  };
-  allowPruning(scenario, diary);
   return scenario;
 }
 
@@ -393,7 +323,7 @@ Scenario sweeping() {
 }  // namespace
 
 std::vector<Scenario> scenarios(const Diary& diary) {
-  return {
+  std::vector<Scenario> all{
       creation(diary, "createMemoInDayWithMemos", diary.first),
       creation(diary, "createMemoInNewDay", diary.missing),
       updating(diary),
@@ -404,13 +334,15 @@ std::vector<Scenario> scenarios(const Diary& diary) {
       writing(diary),
       placing(diary),
       removing(diary),
-      snapshotting(diary),
       importing(diary),
       discarding(diary),
       preparing(diary),
       storing(diary),
       sweeping(),
   };
+  for (const auto& more : {historyScenarios, trashScenarios, tagScenarios})
+    std::ranges::move(more(diary), std::back_inserter(all));
+  return all;
 }
 
 }  // namespace nomely::test

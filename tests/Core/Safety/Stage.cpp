@@ -101,12 +101,21 @@ void Stage::checkMemos(const StoreContext& context) const {
 
 void Stage::checkAttachments(const StoreContext& context, Day day, const Memo& memo) const {
   for (const std::string& name : memo.attachments) {
-    const fs::path file = context.paths.dayFolder(day) / name;
+    const fs::path file = placeOf(context, day, name);
     if (!fs::exists(file))
       ADD_FAILURE() << memo.body.substr(0, 20) << " lacks " << name;
     else
       EXPECT_EQ(readFile(file), diary_.attachments.at(name));
   }
+}
+
+fs::path Stage::placeOf(const StoreContext& context, Day day, const std::string& attachment) const {
+  fs::path usual = context.paths.dayFolder(day) / attachment;
+  const fs::path other = context.paths.rootURL / scenario_.attachmentsIn;
+  if (fs::exists(usual) || scenario_.attachmentsIn.empty() || !fs::exists(other)) return usual;
+  for (const auto& [name, bytes] : filesBelow(other))
+    if (fs::path(name).filename() == attachment) return other / name;
+  return usual;
 }
 
 std::string Stage::fateOf(Day day, const Memo& memo) const {
