@@ -4,6 +4,7 @@
 #include "CLI/TextInput.h"
 #include "CLI/UsageError.h"
 #include "Core/Extensions/TagUtilities.h"
+#include "Core/Markdown/Text/MemoTextUtilities.h"
 #include "Core/Markdown/Text/TagParser.h"
 #include "Core/Storage/MemoEditor.h"
 #include "Platform/Text/Unicode.h"
@@ -21,17 +22,19 @@ class EditCommand final : public Command {
   void run(Session& session) override {
     TimelineEntry entry = Arguments::memo(reference_, session);
     TextInput input(session);
-    const std::optional<std::string> body = input.read(text_, entry.memo.body);
+    const std::string& stored = entry.memo.body;
+    const std::string shown = MemoTextUtilities::textForEditing(stored);
+    const std::optional<std::string> body = input.read(text_, shown);
     if (body && entry.memo.attachments.empty() && trimSpaceAndBreaks(*body).empty()) {
       input.accept();
       throw UsageError("新的正文是空的，笔记未改动");
     }
-    if (!body || *body == entry.memo.body) {
+    if (!body || *body == shown) {
       input.accept();
       session.say("正文没有变化，笔记未改动。");
     } else {
       entry.memo = MemoEditor(session.dayStore()).change(entry.date, entry.memo, [&](Memo& memo) {
-        memo.body = *body;
+        memo.body = MemoTextUtilities::editedBody(stored, *body);
         for (std::string& tag : TagParser::tags(*body)) memo.tags.push_back(std::move(tag));
         memo.tags = TagUtilities::uniqueTags(memo.tags);
       });

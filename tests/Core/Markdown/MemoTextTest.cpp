@@ -52,6 +52,16 @@ TEST(MemoTextUtilitiesTest, WrittenCommentsAreReadAndStripped) {
             "新\n\n---\n<!-- original-base64:5pen -->");
 }
 
+TEST(MemoTextUtilitiesTest, EditorsKeepTheOlderText) {
+  const std::string body = MemoTextUtilities::appendOriginal("旧", "新");
+  EXPECT_EQ(MemoTextUtilities::textForEditing(body), "新");
+  EXPECT_EQ(MemoTextUtilities::editedBody(body, "改"),
+            MemoTextUtilities::appendOriginal("旧", "改"));
+  EXPECT_EQ(MemoTextUtilities::editedBody(body, body), body);
+  const std::string damaged = "新\n<!-- original-base64:%%% -->";
+  EXPECT_EQ(MemoTextUtilities::textForEditing(damaged), damaged);
+}
+
 TEST(MemoTextUtilitiesTest, CommentsOfEveryForm) {
   const struct {
     const char* name;

@@ -105,4 +105,15 @@ std::string MemoTextUtilities::stripOriginalComment(std::string_view text) {
   return std::string(trimSpaceAndBreaks(kept));
 }
 
+std::string MemoTextUtilities::textForEditing(std::string_view body) {
+  return extractOriginal(body) ? stripOriginalComment(body) : std::string(body);
+}
+
+std::string MemoTextUtilities::editedBody(std::string_view body, std::string_view editedText) {
+  const auto original = extractOriginal(body);
+  // An editor of the whole text has it there still.
+  return original && !hasOriginalComment(editedText) ? appendOriginal(*original, editedText)
+                                                     : std::string(editedText);
+}
+
 }  // namespace nomely

@@ -24,6 +24,12 @@ namespace MemoTextUtilities {
 // The text without such comments and the rules above them, trimmed at both ends.
 [[nodiscard]] std::string stripOriginalComment(std::string_view text);
 
+// What an editor shows of a body: the text without a comment that can be kept aside.
+[[nodiscard]] std::string textForEditing(std::string_view body);
+// What that editor saves: the edited text with the older text that `body` keeps. A later state
+// never takes that one's place.
+[[nodiscard]] std::string editedBody(std::string_view body, std::string_view editedText);
+
 }  // namespace MemoTextUtilities
 
 }  // namespace nomely
