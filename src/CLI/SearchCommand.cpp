@@ -27,7 +27,7 @@ class SearchCommand final : public Command {
     if (session.isJson()) return session.printJson(jsonOf(results));
     const PagedOutput pager(session.environment(), session.isJson());
     for (const SearchResult& result : results) session.print(textOf(result, session.style()));
-    if (results.empty()) session.say(fmt::format("没有找到“{}”。", query_));
+    if (results.empty()) session.say(fmt::format("没有找到“{}”。", shortQuery()));
   }
 
  private:
@@ -55,6 +55,12 @@ class SearchCommand final : public Command {
       text += isHighlighted ? style.bold(style.warning(shown)) : shown;
     }
     return text + "\n\n";
+  }
+
+  [[nodiscard]] std::string shortQuery() const {
+    constexpr std::size_t longest = 40;
+    const std::string_view start = graphemePrefix(query_, longest);
+    return Terminal::printable(start) + (start.size() < query_.size() ? "…" : "");
   }
 
   std::string query_;

@@ -80,6 +80,7 @@ class TagsCommand final : public Command {
         store.deleteTagWithMemos(tag);
       else
         store.deleteTag(tag);
+      session.say(fmt::format("已处理 {} 条笔记。", found));
     }
     if (session.isJson()) list(session, store);
   }
@@ -92,12 +93,13 @@ class TagsCommand final : public Command {
     if (from == to) throw UsageError("两个标签相同，没有要改的");
     if (to.starts_with(from + "/"))
       throw UsageError(fmt::format("不能把“{}”改到它自己的下级“{}”", from, to));
-    if (session.confirm(fmt::format("将在 {} 条笔记中把标签“{}”换成“{}”。",
-                                    store.countNotesWithTag(from), from, to))) {
+    const std::int64_t found = store.countNotesWithTag(from);
+    if (session.confirm(fmt::format("将在 {} 条笔记中把标签“{}”换成“{}”。", found, from, to))) {
       if (renames)
         store.renameTag(from, to);
       else
         store.mergeTag(from, to);
+      session.say(fmt::format("已处理 {} 条笔记，原文在各条的历史版本里。", found));
     }
     if (session.isJson()) list(session, store);
   }

@@ -42,7 +42,8 @@ void TagManagementStore::rewriteAll(std::string_view verb,
   forEachMemo(Reporting::on, [&](Day day, Memo& memo) {
     if (!rewrite(memo)) return;
     try {
-      dayStore_.updateMemo(memo, day, std::nullopt);
+      // With a snapshot: a word that merely begins like the tag is cut in the body too.
+      dayStore_.commitMemo(memo, day, std::nullopt);
     } catch (const std::exception& error) {
       report(fmt::format("{}标签时更新笔记失败（第{}条）：{}", verb, memo.seqNumber, error.what()));
     }
