@@ -131,9 +131,12 @@ bool printRow(const Result& result) {
 
 void registerComparison(Comparison comparison) {
   Result& result = *results().emplace_back(std::make_unique<Result>(std::move(comparison)));
-  benchmark::RegisterBenchmark(result.comparison.what.c_str(), [&result](benchmark::State& state) {
-    measure(state, result);
-  })->UseManualTime();
+  auto* const registered =
+      benchmark::RegisterBenchmark(result.comparison.what.c_str(),
+                                   [&result](benchmark::State& state) { measure(state, result); });
+  registered->UseManualTime();
+  if (result.comparison.turns > 0)
+    registered->Iterations(static_cast<benchmark::IterationCount>(result.comparison.turns));
 }
 
 bool printTable() {

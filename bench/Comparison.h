@@ -44,6 +44,7 @@ struct Comparison {
   std::string what;
   std::function<Steps()> prepare;
   Goal goal = {};
+  std::size_t turns = 0;  // 0: as many as take about a second
 };
 
 // Makes the comparison known to the benchmark library.
@@ -55,6 +56,7 @@ void registerWriting();
 void registerProcesses();
 void registerText();
 void registerSearching();
+void registerColdReading();
 
 // A row for each comparison that was run. Returns whether all their goals are met.
 bool printTable();

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <fstream>
 
@@ -7,6 +8,7 @@
 
 #include "Platform/Time/Clock.h"
 #include "bench/Comparison.h"
+#include "bench/LargeRoot.h"
 #include "bench/Workspace.h"
 
 namespace nomely::bench {
@@ -15,6 +17,7 @@ namespace {
 using std::filesystem::path;
 
 constexpr std::uint64_t memosInRoot = 10'000;
+constexpr const char* rareWord = "囹圄";
 constexpr const char* text = "今天在图书馆看完了那本书，觉得值得。#生活/读书";
 
 // The exit status of a program that sees nothing of the user's, or -1. Its output goes nowhere.
@@ -70,7 +73,7 @@ bool addBare() {
          0;
 }
 
-Steps steps() {
+Steps addSteps() {
   emptyToday();
   if (!addNote()) throw Skipped("this nomely has no `add`");
   emptyToday();
@@ -82,11 +85,41 @@ Steps steps() {
   return {.floor = checked(addBare), .ours = checked(addNote), .tidy = emptyToday};
 }
 
+void runReader(std::vector<std::string> words) {
+  words.insert(words.begin(), {programFolder() / "nomely", "--root", rootOnDisk().folder});
+  if (runProgram(words) != 0) throw std::runtime_error("program failed");
+}
+
+Steps listSteps() {
+  // A day with memos, so that there is something to show.
+  const std::string day = std::ranges::max(rootOnDisk().days).filename();
+  return {.floor = [](std::size_t) { runReader({"--version"}); },
+          .ours =
+              [=](std::size_t) {
+                runReader({"list", "--day", day});
+              }};
+}
+
+Steps searchSteps() {
+  if (!searchWithRipgrep(rareWord, rootOnDisk().folder)) throw Skipped("no rg");
+  return {.floor = [](std::size_t) { (void)searchWithRipgrep(rareWord, rootOnDisk().folder); },
+          .ours =
+              [](std::size_t) {
+                runReader({"search", rareWord});
+              }};
+}
+
 }  // namespace
 
 void registerProcesses() {
+  registerComparison({.what = "nomely add to 10,000 memos",
+                      .prepare = addSteps,
+                      .goal = {.millisecondsBeyond = 30}});
+  registerComparison({.what = "nomely list, 100,000 (floor: --version)",
+                      .prepare = listSteps,
+                      .goal = {.perSecond = 20}});
   registerComparison(
-      {.what = "nomely add to 10,000 memos", .prepare = steps, .goal = {.millisecondsBeyond = 30}});
+      {.what = "nomely search, 100,000 (floor: rg)", .prepare = searchSteps, .turns = 5});
 }
 
 }  // namespace nomely::bench

@@ -1,21 +1,19 @@
+#include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <malloc.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "Core/Query/SearchIndex.h"
 #include "Core/Storage/DayStore.h"
-#include "bench/BareParse.h"
 #include "bench/Comparison.h"
+#include "bench/LargeRoot.h"
 #include "bench/Workspace.h"
 
 namespace nomely::bench {
@@ -23,25 +21,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uint64_t memosInRoot = 100'000;
-
-// A root of a hundred thousand memos, in memory where the machine has that: what is measured is our
-// own work and the kernel's, not the disk's.
-struct Root {
-  fs::path folder = memoryWorkspace().value_or(workspace()) / "search";
-  CorpusSummary summary = writeCorpus({.memos = memosInRoot}, folder);
-  std::vector<fs::path> days = [this] {
-    std::vector<fs::path> found;
-    for (const auto& entry : fs::directory_iterator(folder))
-      if (entry.is_directory() && Day::parse(entry.path().filename().string()))
-        found.push_back(entry.path());
-    return found;
-  }();
-};
-
-const Root& root() {
-  static const Root made;
-  return made;
+const LargeRoot& root() {
+  return rootInMemory();
 }
 
 JobPool& pool() {
@@ -64,24 +45,6 @@ struct BuiltIndex {
 BuiltIndex& built() {
   static BuiltIndex index;
   return index;
-}
-
-// The least that going through the memo files of a day can take.
-template <typename Visit>
-void forEachMemoFile(const fs::path& day, Visit visit) {
-  for (const auto& entry : fs::directory_iterator(day))
-    if (entry.path().extension() == ".md") visit(entry.path().c_str());
-}
-
-void readAndParse(const char* name) {
-  const int file = ::open(name, O_RDONLY | O_CLOEXEC);
-  struct stat info {};
-  if (file < 0 || ::fstat(file, &info) != 0) throw std::runtime_error("unreadable memo");
-  std::string content(static_cast<std::size_t>(info.st_size), '\0');
-  if (::read(file, content.data(), content.size()) != info.st_size)
-    throw std::runtime_error("unreadable memo");
-  ::close(file);
-  readEvents(headerOf(content));
 }
 
 Steps buildSteps() {
@@ -125,10 +88,7 @@ Steps signatureSteps() {
 
 // The whole program, as someone would search the folder without an index.
 void ripgrep(const std::string& word) {
-  const std::string command =
-      fmt::format("rg -F -e '{}' '{}' >/dev/null 2>&1", word, root().folder.string());
-  const int status = std::system(command.c_str());
-  if (!WIFEXITED(status) || WEXITSTATUS(status) > 1) throw Skipped("no rg");
+  if (!searchWithRipgrep(word, root().folder)) throw Skipped("no rg");
 }
 
 void registerSearch(const std::string& what, const std::string& query, std::size_t atLeast) {
@@ -143,6 +103,38 @@ void registerSearch(const std::string& what, const std::string& query, std::size
                             }};
                           },
                       .goal = {.perSecond = 50}});
+}
+
+// An index that is built and has no filters yet: the first search is what has them made. In `note`,
+// the slowest of the searches that come while they are.
+Steps unfilteredSteps() {
+  static std::unique_ptr<SearchIndex> index;
+  const auto renew = [] {
+    while (index && !index->isFiltered()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    index = std::make_unique<SearchIndex>(contextFor(root().folder), pool());
+    index->forEachEntry([](const MemoEntry&) { return false; });
+  };
+  const auto search = [] {
+    auto found = index->search("爨龘", 50);
+    benchmark::DoNotOptimize(found);
+  };
+  using Clock = std::chrono::steady_clock;
+  using Milliseconds = std::chrono::duration<double, std::milli>;
+  renew();
+  search();
+  Milliseconds slowest{0};
+  const auto begun = Clock::now();
+  while (!index->isFiltered()) {
+    const auto before = Clock::now();
+    search();
+    slowest = std::max<Milliseconds>(slowest, Clock::now() - before);
+  }
+  const Milliseconds window = Clock::now() - begun;
+  renew();
+  return {.ours = [=](std::size_t) { search(); },
+          .tidy = renew,
+          .note = fmt::format("filters {:.0f} ms later, slowest search till then {:.1f} ms",
+                              window.count(), slowest.count())};
 }
 
 Steps patchSteps() {
@@ -163,9 +155,13 @@ Steps patchSteps() {
 }  // namespace
 
 void registerSearching() {
-  registerComparison({.what = "build the index (floor: read, YAML events)",
+  registerComparison({.what = "build and search (floor: read, YAML events)",
                       .prepare = buildSteps,
                       .goal = {.ratio = 1.5}});
+  registerComparison({.what = "search before there are filters",
+                      .prepare = unfilteredSteps,
+                      .goal = {.perSecond = 50},
+                      .turns = 10});
   registerComparison({.what = "disk signature (floor: list and stat)",
                       .prepare = signatureSteps,
                       .goal = {.ratio = 1.5}});

@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
   registerProcesses();
   registerText();
   registerSearching();
+  registerColdReading();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return printTable() ? 0 : 1;

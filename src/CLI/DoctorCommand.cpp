@@ -6,16 +6,23 @@
 namespace nomely {
 namespace {
 
+Json jsonOf(const std::vector<RootInspector::Unreadable>& all, const char* pathKey) {
+  Json json = Json::array();
+  for (const auto& [path, reason] : all)
+    json.push_back({{pathKey, path.string()}, {"reason", reason}});
+  return json;
+}
+
 Json jsonOf(const RootInspector::Report& report, const std::filesystem::path& root) {
   Json json{{"root", root.string()},
             {"days", report.days},
             {"memos", report.memos},
-            {"unreadableMemos", Json::array()},
+            {"unreadableMemos", jsonOf(report.unreadableMemos, "file")},
+            {"unreadableVersions", jsonOf(report.unreadableVersions, "file")},
+            {"unreadableTrash", jsonOf(report.unreadableTrash, "folder")},
             {"missingAttachments", Json::array()},
             {"staleTemporaryFiles", Json::array()},
             {"unreadableFolders", Json::array()}};
-  for (const auto& memo : report.unreadableMemos)
-    json["unreadableMemos"].push_back({{"file", memo.file.string()}, {"reason", memo.reason}});
   for (const auto& missing : report.missingAttachments) {
     Json item{{"date", missing.date.string()}, {"seqNumber", missing.seqNumber}};
     if (missing.memoId) item["memoId"] = *missing.memoId;
@@ -49,8 +56,9 @@ class DoctorCommand final : public Command {
                             const Style& style) {
     std::string text = fmt::format("{}：{} 天，{} 条笔记可读\n", Terminal::printable(root.string()),
                                    report.days, report.memos);
-    for (const auto& memo : report.unreadableMemos)
-      text += line(style, "读不出的笔记", memo.file.string() + "：" + memo.reason);
+    text += lines(style, "读不出的笔记", report.unreadableMemos) +
+            lines(style, "读不出的历史版本", report.unreadableVersions) +
+            lines(style, "读不出的回收站文件夹", report.unreadableTrash);
     for (const auto& missing : report.missingAttachments)
       text += line(
           style, "缺失的附件",
@@ -61,6 +69,13 @@ class DoctorCommand final : public Command {
       text += line(style, "残留的临时文件", file.string());
     if (!report.staleTemporaryFiles.empty()) text += "临时文件会在下次写入同一文件夹时自动清理。\n";
     if (report.isClean()) text += "一切正常。\n";
+    return text;
+  }
+
+  static std::string lines(const Style& style, std::string_view kind,
+                           const std::vector<RootInspector::Unreadable>& all) {
+    std::string text;
+    for (const auto& [path, reason] : all) text += line(style, kind, path.string() + "：" + reason);
     return text;
   }
 

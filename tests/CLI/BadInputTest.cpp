@@ -1,3 +1,5 @@
+#include <map>
+
 #include "CLI/CommandTest.h"
 
 namespace nomely::test {
@@ -114,6 +116,54 @@ TEST_F(BadInputTest, DoctorFindsWhatIsWrongAndChangesNothing) {
   EXPECT_EQ(report["missingAttachments"][0]["attachment"], "gone.png");
   EXPECT_EQ(report["staleTemporaryFiles"], Json({"2026-03-01/.nomely-0123.tmp"}));
   EXPECT_EQ(run({"doctor"}).status, 0);
+}
+
+TEST_F(BadInputTest, DoctorFindsVersionsAndTrashThatShowNothing) {
+  const std::string id = add("一")["memoId"];
+  const std::string memo = memoFile("001.md");
+  (void)json({"edit", "2026-03-01/1", "二"});
+  const auto kept = json({"history", "2026-03-01/1"})[0]["filename"].get<std::filesystem::path>();
+  const std::filesystem::path own = std::filesystem::path(".versions") / kept.parent_path();
+  (void)json({"rm", "2026-03-01/1"});
+  const std::string otherMemo = "---\nid: memo_other\n---\n";
+  const struct {
+    std::filesystem::path path;
+    std::string content;
+    std::string told = {};  // part of the reason why this file or its folder is told of
+  } versions[] =
+      {
+          {own / "1.5_A.md", memo},
+          {own / "attachments" / "x.png", "x"},
+          {own / "draft_A.md", memo, "文件名"},
+          {own / "2_A.md", otherMemo, "不是这条笔记"},
+          {own / "3_A.md", "half a mem", "missingFrontmatter"},
+          {".versions/2020-01-01_001/4_A.md", otherMemo},
+          {".versions/2020-01-01_001/5_A.md", "\xff", "UTF-8"},
+      },
+    trash[] = {
+        {".trash/_attachments/2026-03-01_080000/x.png", "x"},
+        {".trash/a/memo.md", memo, "缺少 meta.txt"},
+        {".trash/b/meta.txt", "2026-03-01,7", "缺少 memo.md"},
+        {".trash/c/meta.txt", "../../x,7", "meta.txt 不是"},
+        {".trash/c/memo.md", memo, "meta.txt 不是"},
+        {".trash/d/meta.txt", "2026-03-01,7", "UTF-8"},
+        {".trash/d/memo.md", "\xff", "UTF-8"},
+    };
+  for (const auto& file : versions) writeFile(root / file.path, file.content);
+  for (const auto& file : trash) writeFile(root / file.path, file.content);
+  const std::string before = treeOf(root);
+  const Json report = json({"doctor"});
+  EXPECT_EQ(treeOf(root), before);
+  std::map<std::filesystem::path, std::string> told;
+  for (const Json& each : report["unreadableVersions"]) told[each["file"]] = each["reason"];
+  for (const Json& each : report["unreadableTrash"]) told[each["folder"]] = each["reason"];
+  EXPECT_EQ(told.size(), 8U);
+  const auto check = [&](const std::filesystem::path& path, const std::string& reason) {
+    EXPECT_EQ(told.contains(path), !reason.empty()) << path;
+    EXPECT_NE(told[path].find(reason), std::string::npos) << path << told[path];
+  };
+  for (const auto& file : versions) check(file.path, file.told);
+  for (const auto& file : trash) check(file.path.parent_path(), file.told);
 }
 
 }  // namespace

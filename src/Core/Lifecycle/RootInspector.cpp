@@ -2,14 +2,46 @@
 
 #include <algorithm>
 
+#include "Core/Extensions/PathNames.h"
 #include "Core/Lifecycle/StartupCoordinator.h"
 #include "Core/Lifecycle/TemporaryFileSweep.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
+#include "Core/Storage/VersionStore.h"
 #include "Platform/Files/FileError.h"
+#include "Platform/Text/Unicode.h"
 
 namespace nomely {
 namespace {
 
 constexpr auto oddName = "文件名不是标准编号（如 007.md），不会显示";
+constexpr auto noVersionName = "文件名不以时间开头，不会显示";
+constexpr auto strangeVersion = "不是这条笔记的版本，不会显示";
+constexpr auto noMeta = "缺少 meta.txt，不会显示";
+constexpr auto forgedMeta = "meta.txt 不是原来的日期和编号，不会显示";
+constexpr auto noMemo = "缺少 memo.md，不会显示";
+
+void throwIfStopped(const std::stop_token& stop) {
+  if (stop.stop_requested()) throw CancellationError();
+}
+
+// A folder that can't be listed is told of with all the others.
+std::vector<DirectoryEntry> entriesOf(const FileManager& files,
+                                      const std::filesystem::path& folder) {
+  try {
+    return files.exists(folder) ? files.listAll(folder) : std::vector<DirectoryEntry>();
+  } catch (const FileError&) {
+    return {};
+  }
+}
+
+// Absent when there is no such file.
+std::optional<MemoFrontmatterParser::ParsedMemo> parsed(const FileManager& files,
+                                                        const std::filesystem::path& file) {
+  const std::optional<std::string> content = files.read(file);
+  if (!content) return std::nullopt;
+  if (!isValidUtf8(*content)) throw EncodingError(file);
+  return MemoFrontmatterParser::parse(*content);
+}
 
 }  // namespace
 
@@ -25,10 +57,12 @@ RootInspector::Report RootInspector::inspect(const std::function<void(double)>& 
         day && files.isDirectory(paths.rootURL / entry.name))
       days.push_back(*day);
   for (std::size_t i = 0; i < days.size(); ++i) {
-    if (stop.stop_requested()) throw CancellationError();
+    throwIfStopped(stop);
     inspectDay(days[i], report);
     progress(static_cast<double>(i + 1) / static_cast<double>(days.size()));
   }
+  inspectVersions(report, stop);
+  inspectTrash(report, stop);
   collectTemporaries(paths.rootURL, 0, report);
   return report;
 }
@@ -65,6 +99,71 @@ void RootInspector::inspectMemo(Day day, const std::string& fileName, Report& re
   } catch (const Error& error) {
     report.unreadableMemos.push_back(
         {std::filesystem::path(day.string()) / fileName, error.what()});
+  }
+}
+
+void RootInspector::inspectVersions(Report& report, const std::stop_token& stop) const {
+  const DiskPaths& paths = store_.paths();
+  const FileManager& files = store_.context().files;
+  for (const DirectoryEntry& folder : entriesOf(files, paths.versionsFolder())) {
+    throwIfStopped(stop);
+    if (folder.type == FileType::directory && folder.name != paths.versionsByIdFolder().filename())
+      inspectVersionFolder(paths.versionsFolder() / folder.name, Layout::former, report);
+  }
+  for (const DirectoryEntry& folder : entriesOf(files, paths.versionsByIdFolder())) {
+    throwIfStopped(stop);
+    if (folder.type == FileType::directory)
+      inspectVersionFolder(paths.versionsByIdFolder() / folder.name, Layout::byIdentity, report);
+  }
+}
+
+void RootInspector::inspectVersionFolder(const std::filesystem::path& folder, Layout layout,
+                                         Report& report) const {
+  const VersionStore versions(store_.context());
+  for (const DirectoryEntry& entry : entriesOf(store_.context().files, folder)) {
+    if (pathExtension(entry.name) != "md") continue;
+    const auto tell = [&](const std::string& reason) {
+      report.unreadableVersions.push_back(
+          {(folder / entry.name).lexically_relative(store_.paths().rootURL), reason});
+    };
+    try {
+      const auto version = parsed(store_.context().files, folder / entry.name);
+      if (!version) continue;  // gone since the folder was listed
+      const auto& memoId = version->frontmatter.memoId;
+      if (!VersionStore::timestampOf(entry.name))
+        tell(noVersionName);
+      else if (layout == Layout::byIdentity &&
+               (!memoId || versions.identityDirectory(*memoId) != folder))
+        tell(strangeVersion);
+    } catch (const Error& error) {
+      tell(error.what());
+    }
+  }
+}
+
+void RootInspector::inspectTrash(Report& report, const std::stop_token& stop) const {
+  const DiskPaths& paths = store_.paths();
+  for (const DirectoryEntry& entry : entriesOf(store_.context().files, paths.trashFolder())) {
+    throwIfStopped(stop);
+    const std::filesystem::path folder = paths.trashFolder() / entry.name;
+    if (entry.type != FileType::directory || folder == paths.attachmentTrashFolder()) continue;
+    if (std::string fault = faultOfTrashFolder(folder); !fault.empty())
+      report.unreadableTrash.push_back(
+          {folder.lexically_relative(paths.rootURL), std::move(fault)});
+  }
+}
+
+std::string RootInspector::faultOfTrashFolder(const std::filesystem::path& folder) const {
+  using TrashEntry = DayStore::TrashEntry;
+  const FileManager& files = store_.context().files;
+  try {
+    if (!parsed(files, folder / TrashEntry::memoFileName)) return noMemo;
+    const std::optional<std::string> meta = files.read(folder / TrashEntry::metaFileName);
+    if (!meta) return noMeta;
+    const auto origin = DayStore::parseTrashMeta(*meta);
+    return origin && origin->seqNumber >= 1 ? "" : forgedMeta;
+  } catch (const Error& error) {
+    return error.what();
   }
 }
 

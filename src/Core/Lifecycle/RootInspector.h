@@ -16,8 +16,8 @@ namespace nomely {
 // Reads everything under the root and tells what is wrong with it. Changes nothing.
 class RootInspector {
  public:
-  struct UnreadableMemo {
-    std::filesystem::path file;  // relative to the root
+  struct Unreadable {
+    std::filesystem::path path;  // relative to the root
     std::string reason;
   };
   struct MissingAttachment {
@@ -29,14 +29,16 @@ class RootInspector {
   struct Report {
     std::size_t days = 0;
     std::size_t memos = 0;  // that can be read
-    std::vector<UnreadableMemo> unreadableMemos;
+    std::vector<Unreadable> unreadableMemos;
+    std::vector<Unreadable> unreadableVersions;
+    std::vector<Unreadable> unreadableTrash;  // folders that show no memo, or not the one they hold
     std::vector<MissingAttachment> missingAttachments;
     std::vector<std::filesystem::path> staleTemporaryFiles;  // relative to the root
     std::vector<std::filesystem::path> unreadableFolders;    // relative to the root
 
     [[nodiscard]] bool isClean() const {
-      return unreadableMemos.empty() && missingAttachments.empty() && staleTemporaryFiles.empty() &&
-             unreadableFolders.empty();
+      return unreadableMemos.empty() && unreadableVersions.empty() && unreadableTrash.empty() &&
+             missingAttachments.empty() && staleTemporaryFiles.empty() && unreadableFolders.empty();
     }
   };
 
@@ -48,8 +50,17 @@ class RootInspector {
                                const std::stop_token& stop) const;
 
  private:
+  // Of a folder of versions: one memo's, or those of any memos.
+  enum class Layout { byIdentity, former };
+
   void inspectDay(Day day, Report& report) const;
   void inspectMemo(Day day, const std::string& fileName, Report& report) const;
+  void inspectVersions(Report& report, const std::stop_token& stop) const;
+  void inspectVersionFolder(const std::filesystem::path& folder, Layout layout,
+                            Report& report) const;
+  void inspectTrash(Report& report, const std::stop_token& stop) const;
+  // Why an entry of the trash does not show what it holds; empty when it does.
+  [[nodiscard]] std::string faultOfTrashFolder(const std::filesystem::path& folder) const;
   void collectTemporaries(const std::filesystem::path& folder, int depth, Report& report) const;
 
   const DayStore& store_;

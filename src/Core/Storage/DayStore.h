@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Core/Models/Memo.h"
@@ -31,8 +32,13 @@ class DayStore {
     std::map<std::string, AudioTranscript> audioTranscripts = {};
   };
 
-  // A memo in the trash: one folder `.trash/<trashSubdir>/`.
+  // A memo in the trash: one folder `.trash/<trashSubdir>/`, in which lie the memo's file, one that
+  // tells where it was, and its attachments.
   struct TrashEntry {
+    static constexpr const char* memoFileName = "memo.md";
+    static constexpr const char* metaFileName = "meta.txt";
+    static constexpr const char* attachmentsName = "attachments";
+
     Day originalDate;
     Memo memo;
     std::string trashSubdir;  // its identity
@@ -98,6 +104,12 @@ class DayStore {
   // whose name was given away goes to the attachment trash, which is logged. Throws WriteError
   // (missingMemo) when the entry is gone.
   void restoreMemo(const TrashEntry& entry) const;
+  // What the second of an entry's files says, "2026-03-01,7"; absent when it says something else.
+  struct TrashOrigin {
+    Day date;
+    std::int64_t seqNumber;
+  };
+  [[nodiscard]] static std::optional<TrashOrigin> parseTrashMeta(std::string_view text);
   // By `time`, latest first. Folders that are no entries are passed over; a memo file that can't be
   // read shows as an empty memo. Never throws.
   [[nodiscard]] std::vector<TrashEntry> listTrash() const;

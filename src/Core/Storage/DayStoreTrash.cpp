@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <cerrno>
 #include <functional>
+#include <limits>
 
 #include <fmt/format.h>
 
@@ -15,27 +17,15 @@
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
-namespace {
 
-constexpr auto memoFileName = "memo.md";
-constexpr auto attachmentsName = "attachments";
-constexpr auto metaFileName = "meta.txt";
-
-struct Origin {
-  Day date;
-  std::int64_t seqNumber;
-};
-
-std::optional<Origin> parseMeta(std::string_view text) {
+std::optional<DayStore::TrashOrigin> DayStore::parseTrashMeta(std::string_view text) {
   const std::size_t comma = text.find(',');
   if (comma == std::string_view::npos) return std::nullopt;
   const auto date = Day::parse(text.substr(0, comma));
   const auto number = parseDecimal(text.substr(comma + 1));
   if (!date || !number) return std::nullopt;
-  return Origin{*date, *number};
+  return TrashOrigin{*date, *number};
 }
-
-}  // namespace
 
 std::filesystem::path DayStore::makeTrashFolder(Day day, std::int64_t seqNumber) const {
   const std::filesystem::path trash = context_.paths.trashFolder();
@@ -54,18 +44,20 @@ std::string DayStore::trashMemo(Day day, const Memo& memo) const {
   return writes_.write([&] {
     validateUnchanged(memo, day);
     const std::filesystem::path folder = makeTrashFolder(day, memo.seqNumber);
-    context_.files.moveFile(context_.paths.memoFile(day, memo.seqNumber), folder / memoFileName);
-    if (!memo.attachments.empty()) writes_.prepareFolder(folder / attachmentsName, context_.files);
+    context_.files.moveFile(context_.paths.memoFile(day, memo.seqNumber),
+                            folder / TrashEntry::memoFileName);
+    if (!memo.attachments.empty())
+      writes_.prepareFolder(folder / TrashEntry::attachmentsName, context_.files);
     for (const std::string& name : memo.attachments) {
       const std::filesystem::path file = context_.paths.dayFolder(day) / name;
       try {
         if (AttachmentManager::isSafeName(name) && context_.files.exists(file))
-          context_.files.moveFile(file, folder / attachmentsName / name);
+          context_.files.moveFile(file, folder / TrashEntry::attachmentsName / name);
       } catch (const FileError& error) {
         Log::error(LogChannel::storage, "⚠️ DayStore.trashMemo: {}", error.what());
       }
     }
-    context_.files.writeAtomically(folder / metaFileName,
+    context_.files.writeAtomically(folder / TrashEntry::metaFileName,
                                    fmt::format("{},{}", day.string(), memo.seqNumber));
     return folder.filename().string();
   });
@@ -75,9 +67,9 @@ void DayStore::restoreMemo(const TrashEntry& entry) const {
   writes_.write([&] {
     const std::filesystem::path folder = trashFolderOf(entry);
     if (!context_.files.exists(folder)) throw WriteError(WriteError::Kind::missingMemo);
-    if (context_.files.exists(folder / memoFileName)) restoreMemoFile(entry, folder);
-    if (context_.files.isDirectory(folder / attachmentsName))
-      restoreAttachments(entry, folder / attachmentsName);
+    if (context_.files.exists(folder / TrashEntry::memoFileName)) restoreMemoFile(entry, folder);
+    if (context_.files.isDirectory(folder / TrashEntry::attachmentsName))
+      restoreAttachments(entry, folder / TrashEntry::attachmentsName);
     try {
       context_.files.removeTree(folder);
     } catch (const FileError& error) {
@@ -88,17 +80,22 @@ void DayStore::restoreMemo(const TrashEntry& entry) const {
 }
 
 // The file moves as it is, to the next number that nobody has when its own was given away: written
-// anew it would lose what we don't read, and a damaged one would lose everything.
+// anew it would lose what we don't read, and a damaged one would lose everything. A forged number
+// below 1 is nobody's either, because no list shows it.
 void DayStore::restoreMemoFile(const TrashEntry& entry, const std::filesystem::path& folder) const {
-  writes_.prepareFolder(context_.paths.dayFolder(entry.originalDate), context_.files);
-  for (std::int64_t number = entry.memo.seqNumber;;) {
+  const Day date = entry.originalDate;
+  writes_.prepareFolder(context_.paths.dayFolder(date), context_.files);
+  std::int64_t number = entry.memo.seqNumber >= 1 ? entry.memo.seqNumber : nextSeqNumber(date);
+  for (;;) {
+    const std::filesystem::path place = context_.paths.memoFile(date, number);
     try {
-      return context_.files.moveFile(folder / memoFileName,
-                                     context_.paths.memoFile(entry.originalDate, number));
+      return context_.files.moveFile(folder / TrashEntry::memoFileName, place);
     } catch (const FileError& error) {
       if (error.kind() != FileError::Kind::alreadyExists) throw;
     }
-    number = std::max(number + 1, nextSeqNumber(entry.originalDate));
+    if (number == std::numeric_limits<std::int64_t>::max())
+      throw FileError("编号", place, EOVERFLOW);
+    number = std::max(number + 1, nextSeqNumber(date));
   }
 }
 
@@ -147,9 +144,9 @@ std::vector<DayStore::TrashEntry> DayStore::listTrash() const {
     if (folder.type != FileType::directory) continue;
     try {
       const std::filesystem::path path = context_.paths.trashFolder() / folder.name;
-      const auto meta = context_.files.read(path / metaFileName);
-      const auto origin = meta ? parseMeta(*meta) : std::nullopt;
-      const auto content = context_.files.read(path / memoFileName);
+      const auto meta = context_.files.read(path / TrashEntry::metaFileName);
+      const auto origin = meta ? parseTrashMeta(*meta) : std::nullopt;
+      const auto content = context_.files.read(path / TrashEntry::memoFileName);
       if (!origin || !content || !isValidUtf8(*content)) continue;
       entries.push_back({origin->date,
                          MemoStore::parseMemoFile(*content, origin->seqNumber, context_.clock),

@@ -60,6 +60,10 @@ class VersionStore {
   void deleteAllVersions(Day day, std::int64_t seqNumber,
                          const std::optional<std::string>& memoId) const;
 
+  // The time that a snapshot's file name tells, "1795235666.834093_9D0DBF25-….md"; absent when it
+  // is no such name, and the file then no snapshot.
+  [[nodiscard]] static std::optional<Moment> timestampOf(std::string_view fileName);
+
   // Whether a name read from a file stays inside its folder.
   [[nodiscard]] static bool isSafeFilename(std::string_view name);
 

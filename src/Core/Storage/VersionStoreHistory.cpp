@@ -16,20 +16,6 @@ namespace {
 
 constexpr auto identitiesFolder = "by-id";
 
-// "1795235666.834093_9D0DBF25-….md" names the seconds since 1970.
-std::optional<Moment> timestampOf(std::string_view fileName) {
-  const std::string_view stem = withoutExtension(fileName);
-  const std::string_view digits = stem.substr(0, stem.find('_'));
-  double seconds = 0;
-  const char* const end = digits.data() + digits.size();
-  const auto [stop, error] = std::from_chars(digits.data(), end, seconds);
-  constexpr double latest = 253402300800;  // the year 10000
-  if (error != std::errc() || stop != end || !(seconds >= 0 && seconds < latest))
-    return std::nullopt;
-  return Moment(
-      std::chrono::duration_cast<Moment::duration>(std::chrono::duration<double>(seconds)));
-}
-
 // A folder that can't be listed counts as empty.
 std::vector<DirectoryEntry> entriesOf(const FileManager& files,
                                       const std::filesystem::path& folder) {
@@ -44,6 +30,19 @@ std::vector<DirectoryEntry> entriesOf(const FileManager& files,
 
 MissingAttachmentError::MissingAttachmentError(const std::string& name)
     : Error("version.attachmentMissing", "此历史版本的附件已缺失，未替换当前笔记：" + name) {}
+
+std::optional<Moment> VersionStore::timestampOf(std::string_view fileName) {
+  const std::string_view stem = withoutExtension(fileName);
+  const std::string_view digits = stem.substr(0, stem.find('_'));
+  double seconds = 0;
+  const char* const end = digits.data() + digits.size();
+  const auto [stop, error] = std::from_chars(digits.data(), end, seconds);
+  constexpr double latest = 253402300800;  // the year 10000
+  if (error != std::errc() || stop != end || !(seconds >= 0 && seconds < latest))
+    return std::nullopt;
+  return Moment(
+      std::chrono::duration_cast<Moment::duration>(std::chrono::duration<double>(seconds)));
+}
 
 std::optional<std::string> VersionStore::identityOf(
     Day day, std::int64_t seqNumber, const std::optional<std::string>& memoId) const {

@@ -310,6 +310,18 @@ TEST_F(SearchIndexTest, FiltersChangeNoResult) {
   EXPECT_THAT(found("新来"), ElementsAre("新来的"));
 }
 
+TEST_F(SearchIndexTest, FirstAnswerWaitsForNoFilter) {
+  write(today, "第一个答案");
+  std::promise<void> answered;
+  JobPool busy(1);
+  busy.submit([&](const std::stop_token&) { answered.get_future().wait(); });
+  SearchIndex fresh(context, busy);
+  EXPECT_EQ(fresh.search("答案", 1).size(), 1U);
+  EXPECT_FALSE(fresh.isFiltered());
+  answered.set_value();
+  while (!fresh.isFiltered()) std::this_thread::yield();
+}
+
 TEST_F(SearchIndexTest, WarmsUpBehindItsCaller) {
   const Memo memo = write(today, "a");
   std::promise<void> done;

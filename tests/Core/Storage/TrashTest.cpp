@@ -1,7 +1,10 @@
+#include <limits>
+
 #include <gmock/gmock.h>
 
 #include "Core/Storage/VersionStore.h"
 #include "Core/Storage/WriteError.h"
+#include "Platform/Files/FileError.h"
 #include "Support/ErrorKind.h"
 #include "Support/StoreFixture.h"
 
@@ -99,6 +102,19 @@ TEST_F(TrashTest, FoldersThatAreNoEntriesAreNotListed) {
   writeFile(trash / "no memo" / "meta.txt", "2026-03-01,7");
   writeFile(trash / "_attachments" / "2026-03-01_093005" / "a.png", "a");
   EXPECT_THAT(store.listTrash(), IsEmpty());
+}
+
+TEST_F(TrashTest, ForgedNumbersHideNoMemo) {
+  TrashEntry entry = trashed(create("编号是假的"));
+  entry.memo.seqNumber = -3;
+  store.restoreMemo(entry);
+  EXPECT_EQ(store.listNumbers(today), std::vector<std::int64_t>{1});
+
+  entry = trashed(store.listMemos(today).front());
+  entry.memo.seqNumber = std::numeric_limits<std::int64_t>::max();
+  writeFile(dayFile("9223372036854775807.md"), "");
+  EXPECT_EQ(kindOf<FileError>([&] { store.restoreMemo(entry); }), FileError::Kind::other);
+  EXPECT_EQ(store.listTrash().size(), 1U);
 }
 
 TEST_F(TrashTest, ForgedNamesReachNothingOutside) {
