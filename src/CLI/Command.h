@@ -42,6 +42,7 @@ struct CommandEntry {
 [[nodiscard]] std::unique_ptr<Command> makeHistoryCommand();
 [[nodiscard]] std::unique_ptr<Command> makeSearchCommand();
 [[nodiscard]] std::unique_ptr<Command> makeTagsCommand();
+[[nodiscard]] std::unique_ptr<Command> makePasteCommand();
 [[nodiscard]] std::unique_ptr<Command> makeDoctorCommand();
 [[nodiscard]] std::unique_ptr<Command> makeCompletionCommand();
 [[nodiscard]] std::unique_ptr<Command> makeManualCommand();
