@@ -31,7 +31,7 @@ TEST(ClipboardMarkdownImporterTest, Markup) {
        "```c++\na<b\n\nc\n```"},
       {"markup shown in code and tables",
        "<pre>&lt;b>&amp;amp;lt;</pre><table><tr><td>&lt;td&gt;</td></tr></table><p>",
-       "```\n<b>&lt;\n```\n\n| <td> |\n| --- |"},
+       "```\n<b>&amp;lt;\n```\n\n| <td> |\n| --- |"},
       {"table", "<table><tr><th>a<br>b</th></tr><tr></tr><tr><td>c|d<td>e</td></tr></table>",
        "| a b |\n| --- |\n| c\\|de |"},
       {"rows of different length",
