@@ -21,6 +21,8 @@ std::vector<CommandEntry> allCommands() {
   add("search", "全文搜索", makeSearchCommand());
   add("tags", "列出、改名、合并或删除标签", makeTagsCommand());
   add("month", "一个月的概览：每天的疏密、线索和可疑之处", makeMonthCommand());
+  add("paste", "把剪贴板的 HTML 或 RTF 转成 Markdown", makePasteCommand());
+  add("export", "导出为网页", makeExportCommand());
   add("doctor", "检查全部数据，不作改动", makeDoctorCommand());
   add("completion", "输出 shell 补全脚本", makeCompletionCommand());
   add("manual", "", makeManualCommand());  // for the build, which makes the manual page of it

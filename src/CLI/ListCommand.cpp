@@ -1,93 +1,28 @@
-#include <algorithm>
-#include <array>
-#include <functional>
-#include <limits>
-
-#include "CLI/Arguments.h"
 #include "CLI/Command.h"
 #include "CLI/MemoOutput.h"
-#include "CLI/UsageError.h"
+#include "CLI/MemoSelection.h"
 
 namespace nomely {
 namespace {
 
 class ListCommand final : public Command {
  public:
-  void declare(CLI::App& app) override {
-    auto* selection = app.add_option_group("selection");
-    selection->add_option("--day", day_, "某一天，默认今天")->type_name("DATE");
-    selection->add_flag("--all", all_, "主时间线上的全部笔记，最新的在前");
-    selection->add_option("--tag", tag_, "有此标签（或其下级）的")->type_name("TAG");
-    for (Selection& each : selections_) selection->add_flag(each.option, each.chosen, each.help);
-    selection->require_option(0, 1);
-    app.add_option("-n,--limit", limit_, "最多显示几条")->type_name("N");
-  }
+  void declare(CLI::App& app) override { selection_.declare(app); }
 
   void run(Session& session) override {
-    const std::size_t limit = limitOf();
-    const TimelineQueryStore timeline(session.dayStore());
     const PagedOutput pager(session.environment(), session.isJson());
     MemoListPrinter printer(session);
-    const auto chosen = std::ranges::find_if(selections_, &Selection::chosen);
-    if (chosen != selections_.end() || tag_)
-      addAll(tag_ ? timeline.entriesWithTag(Arguments::tag(*tag_)) : chosen->query(timeline),
-             printer, limit);
-    else if (all_)
-      timeline.forEachVisibleEntry([&](const MemoEntry& entry) {
-        if (printer.count() < limit) printer.add({entry.date, *entry.memo});
-        return printer.count() < limit;
-      });
-    else
-      listDay(session, timeline, printer, limit);
+    selection_.forEach(session, [&](const MemoEntry& entry) {
+      printer.add({entry.date, *entry.memo});
+    });
+    const auto day = selection_.day(session);
+    if (day && printer.count() == 0 && !session.isJson())
+      session.say(MemoOutput::dayHeading(*day) + "没有笔记。");
     printer.finish();
   }
 
  private:
-  struct Selection {
-    const char* option;
-    const char* help;
-    std::function<TimelineQueryStore::Entries(const TimelineQueryStore&)> query;
-    bool chosen = false;
-  };
-
-  static void addAll(const TimelineQueryStore::Entries& entries, MemoListPrinter& printer,
-                     std::size_t limit) {
-    for (const MemoEntry& entry : entries)
-      if (printer.count() < limit) printer.add({entry.date, *entry.memo});
-  }
-
-  [[nodiscard]] std::size_t limitOf() const {
-    if (!limit_) return std::numeric_limits<std::size_t>::max();
-    const std::int64_t limit = Arguments::integer(*limit_, "-n");
-    if (limit < 1) throw UsageError("-n 需要一个不小于 1 的整数");
-    return static_cast<std::size_t>(limit);
-  }
-
-  void listDay(const Session& session, const TimelineQueryStore& timeline, MemoListPrinter& printer,
-               std::size_t limit) const {
-    const Day day = day_ ? Arguments::day(*day_, session.clock()) : session.clock().today();
-    for (Memo& memo : timeline.visibleMemos(day))
-      if (printer.count() < limit) printer.add({day, std::move(memo)});
-    if (printer.count() == 0 && !session.isJson())
-      session.say(MemoOutput::dayHeading(day) + "没有笔记。");
-  }
-
-  std::optional<std::string> day_;
-  std::optional<std::string> tag_;
-  std::array<Selection, 7> selections_{{
-      {"--untagged", "没有标签的", &TimelineQueryStore::entriesWithoutTags},
-      {"--images", "有图片的", &TimelineQueryStore::entriesWithImages},
-      {"--links", "有链接的", &TimelineQueryStore::entriesWithLinks},
-      {"--audio", "有录音的，最大的在前", &TimelineQueryStore::entriesWithAudioSortedBySize},
-      {"--files", "有其他附件的", &TimelineQueryStore::entriesWithAttachments},
-      {"--pinned", "置顶的", &TimelineQueryStore::pinnedEntries},
-      {"--on-this-day", "往年今日的",
-       [](const TimelineQueryStore& timeline) {
-         return timeline.onThisDayEntries(SystemClock().today());
-       }},
-  }};
-  std::optional<std::string> limit_;
-  bool all_ = false;
+  MemoSelection selection_;
 };
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "CLI/TextInput.h"
 
-#include <array>
 #include <cerrno>
 
 #include <fmt/format.h>
@@ -8,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "CLI/InputFile.h"
 #include "CLI/UsageError.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Uuid.h"
@@ -72,20 +72,9 @@ std::optional<std::string> TextInput::read(const std::optional<std::string>& arg
                                            const std::string& original) {
   if (argument && *argument != "-") return asBody(checkedUtf8(*argument, "正文"));
   if (!argument && Terminal::isInput() && session_.options.noInput) return "";
-  if (argument || !Terminal::isInput()) return asBody(checkedUtf8(fromStandardInput(), "标准输入"));
+  if (argument || !Terminal::isInput())
+    return asBody(checkedUtf8(InputFile::readStandardInput(), "标准输入"));
   return fromEditor(original);
-}
-
-std::string TextInput::fromStandardInput() const {
-  std::string text;
-  std::array<char, 65536> buffer{};
-  for (;;) {
-    const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) throw FileError("读取", "标准输入", errno);
-    if (count == 0) return text;
-    text.append(buffer.data(), static_cast<std::size_t>(count));
-  }
 }
 
 std::optional<std::string> TextInput::fromEditor(const std::string& original) {

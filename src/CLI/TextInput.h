@@ -28,7 +28,6 @@ class TextInput {
   void accept();
 
  private:
-  [[nodiscard]] std::string fromStandardInput() const;
   [[nodiscard]] std::optional<std::string> fromEditor(const std::string& original);
 
   Session& session_;

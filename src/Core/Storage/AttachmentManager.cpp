@@ -60,6 +60,15 @@ AttachmentManager::ImportResult AttachmentManager::importFile(const std::filesys
   });
 }
 
+std::optional<std::string> AttachmentManager::read(const std::string& filename, Day day) const {
+  if (!isSafeName(filename)) return std::nullopt;
+  try {
+    return context_.files.read(context_.paths.dayFolder(day) / filename);
+  } catch (const FileError&) {
+    return std::nullopt;
+  }
+}
+
 void AttachmentManager::deleteFile(const std::string& filename, Day day) const {
   if (isSafeName(filename)) discard(context_.paths.dayFolder(day) / filename);
 }

@@ -45,6 +45,10 @@ class AttachmentManager {
   // Copies a file into a day under a fresh short name; the source stays. Throws ImportError.
   [[nodiscard]] ImportResult importFile(const std::filesystem::path& source, Day day) const;
 
+  // The bytes of a day's file; absent when there is none, it can't be read, or the name is not that
+  // of an attachment.
+  [[nodiscard]] std::optional<std::string> read(const std::string& filename, Day day) const;
+
   // Moves a day's file to the attachment trash; one that isn't there is no error. The caller has
   // made sure that no memo of the day names it.
   void deleteFile(const std::string& filename, Day day) const;

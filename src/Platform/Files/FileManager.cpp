@@ -52,6 +52,25 @@ class FileManager::Temporary {
     while (!bytes.empty()) bytes.remove_prefix(file_->write(bytes));
   }
 
+  // Writes what `produce` gives, small pieces together.
+  void write(const Producer& produce) {
+    constexpr std::size_t step = std::size_t{1} << 18;
+    std::string collected;
+    collected.reserve(step);
+    const auto flush = [&] {
+      write(collected);
+      collected.clear();
+    };
+    produce([&](std::string_view piece) {
+      if (collected.size() + piece.size() > step) flush();
+      if (piece.size() >= step)
+        write(piece);
+      else
+        collected += piece;
+    });
+    flush();
+  }
+
   void place(const path& target, Replacement replacement) {
     file_->sync();
     file_.reset();
@@ -131,28 +150,48 @@ bool FileManager::contentsEqual(const path& left, const path& right) const {
   }
 }
 
-void FileManager::writeAtomically(const path& target, std::string_view bytes) const {
-  Temporary temporary(fileSystem_, folderOf(target));
-  temporary.write(bytes);
+void FileManager::replace(const path& target, Temporary& written) const {
   if (const auto replaced = fileSystem_.attributes(target, LinkPolicy::noFollow);
       replaced && replaced->type == FileType::regular &&
-      replaced->permissions != temporary.file().attributes().permissions)
-    temporary.file().setPermissions(replaced->permissions);
-  temporary.place(target, Replacement::allow);
+      replaced->permissions != written.file().attributes().permissions)
+    written.file().setPermissions(replaced->permissions);
+  written.place(target, Replacement::allow);
   syncParent(target);
 }
 
-bool FileManager::createAtomically(const path& target, std::string_view bytes) const {
-  Temporary temporary(fileSystem_, folderOf(target));
-  temporary.write(bytes);
+bool FileManager::putNew(const path& target, Temporary& written) const {
   try {
-    temporary.place(target, Replacement::forbid);
+    written.place(target, Replacement::forbid);
   } catch (const FileError& error) {
     if (error.kind() == FileError::Kind::alreadyExists) return false;
     throw;
   }
   settleNew(target);
   return true;
+}
+
+void FileManager::writeAtomically(const path& target, std::string_view bytes) const {
+  Temporary temporary(fileSystem_, folderOf(target));
+  temporary.write(bytes);
+  replace(target, temporary);
+}
+
+void FileManager::writeAtomically(const path& target, const Producer& produce) const {
+  Temporary temporary(fileSystem_, folderOf(target));
+  temporary.write(produce);
+  replace(target, temporary);
+}
+
+bool FileManager::createAtomically(const path& target, std::string_view bytes) const {
+  Temporary temporary(fileSystem_, folderOf(target));
+  temporary.write(bytes);
+  return putNew(target, temporary);
+}
+
+bool FileManager::createAtomically(const path& target, const Producer& produce) const {
+  Temporary temporary(fileSystem_, folderOf(target));
+  temporary.write(produce);
+  return putNew(target, temporary);
 }
 
 void FileManager::createDirectories(const path& directory, unsigned permissions) const {

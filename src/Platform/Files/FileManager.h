@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -45,6 +46,14 @@ class FileManager {
   [[nodiscard]] bool createAtomically(const std::filesystem::path& path,
                                       std::string_view bytes) const;
 
+  // The same for contents too large to be held: `produce` hands them on piece by piece. What it
+  // throws leaves everything as it was.
+  using Sink = std::function<void(std::string_view piece)>;
+  using Producer = std::function<void(const Sink& sink)>;
+  void writeAtomically(const std::filesystem::path& path, const Producer& produce) const;
+  [[nodiscard]] bool createAtomically(const std::filesystem::path& path,
+                                      const Producer& produce) const;
+
   // Creates the directory, with those permissions less the process's file mode mask, and its
   // missing parents. Nothing happens when it is there.
   void createDirectories(const std::filesystem::path& path, unsigned permissions = 0777) const;
@@ -73,6 +82,8 @@ class FileManager {
  private:
   class Temporary;
 
+  void replace(const std::filesystem::path& target, Temporary& written) const;
+  bool putNew(const std::filesystem::path& target, Temporary& written) const;
   void removeContents(const std::filesystem::path& path) const;
   // Makes the entry of a new file or folder durable, or takes it away: left standing, the next
   // attempt would take for durable what is not, or find its name taken by its own leavings.

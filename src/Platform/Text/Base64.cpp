@@ -25,15 +25,15 @@ std::uint32_t byteAt(std::string_view text, std::size_t at) {
 }  // namespace
 
 std::string encodeBase64(std::string_view bytes) {
-  std::string text;
-  text.reserve((bytes.size() + 2) / 3 * 4);
+  std::string text((bytes.size() + 2) / 3 * 4, '=');
+  char* to = text.data();
   for (std::size_t at = 0; at < bytes.size(); at += 3) {
     const std::uint32_t group =
         byteAt(bytes, at) << 16U | byteAt(bytes, at + 1) << 8U | byteAt(bytes, at + 2);
-    text += alphabet[group >> 18U];
-    text += alphabet[group >> 12U & 63U];
-    text += at + 1 < bytes.size() ? alphabet[group >> 6U & 63U] : '=';
-    text += at + 2 < bytes.size() ? alphabet[group & 63U] : '=';
+    *to++ = alphabet[group >> 18U];
+    *to++ = alphabet[group >> 12U & 63U];
+    if (at + 1 < bytes.size()) *to++ = alphabet[group >> 6U & 63U];
+    if (at + 2 < bytes.size()) *to++ = alphabet[group & 63U];
   }
   return text;
 }

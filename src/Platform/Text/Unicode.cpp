@@ -199,6 +199,20 @@ bool isMark(char32_t character) {
   return (U_MASK(u_charType(static_cast<UChar32>(character))) & U_GC_M_MASK) != 0;
 }
 
+bool isDecimalDigit(char32_t character) {
+  if (character < 0x80) return character >= '0' && character <= '9';
+  return u_charType(static_cast<UChar32>(character)) == U_DECIMAL_DIGIT_NUMBER;
+}
+
+bool continuesWord(char32_t character) {
+  // Format characters are passed over by ICU's \b, as marks are.
+  constexpr uint32_t mask = U_GC_M_MASK | U_GC_ND_MASK | U_GC_PC_MASK | U_GC_CF_MASK;
+  const auto point = static_cast<UChar32>(character);
+  return (U_MASK(u_charType(point)) & mask) != 0 ||
+         u_hasBinaryProperty(point, UCHAR_ALPHABETIC) != 0 ||
+         u_hasBinaryProperty(point, UCHAR_GRAPHEME_EXTEND) != 0;
+}
+
 std::string_view trimHorizontal(std::string_view text) {
   return trim(text, isHorizontalSpace);
 }

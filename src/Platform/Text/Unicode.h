@@ -32,6 +32,10 @@ void appendUtf8(std::string& text, char32_t character);
 [[nodiscard]] bool isLetterOrNumber(char32_t character);
 // Unicode categories M*: what stands on the letter before it.
 [[nodiscard]] bool isMark(char32_t character);
+// Unicode category Nd, which goes far beyond ASCII.
+[[nodiscard]] bool isDecimalDigit(char32_t character);
+// Whether `character` behind a letter leaves an expression's \b no boundary between the two.
+[[nodiscard]] bool continuesWord(char32_t character);
 
 // `text` without leading and trailing horizontal space.
 [[nodiscard]] std::string_view trimHorizontal(std::string_view text);

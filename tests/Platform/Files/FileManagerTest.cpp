@@ -227,6 +227,38 @@ TEST_F(FileManagerTest, AStaleTemporaryBlocksNothing) {
   EXPECT_EQ(readFile(at("a")), "new");
 }
 
+TEST_F(FileManagerTest, ContentsPieceByPiece) {
+  // Around the size at which pieces are no longer collected.
+  constexpr std::size_t step = std::size_t{1} << 18;
+  std::string expected;
+  const auto produce = [&](const FileManager::Sink& sink) {
+    expected.clear();
+    for (const std::size_t size : {std::size_t{1}, step - 1, std::size_t{1}, step, 2 * step + 3}) {
+      const std::string piece(size, static_cast<char>('a' + expected.size() % 26));
+      expected += piece;
+      sink(piece);
+    }
+  };
+  EXPECT_TRUE(files_.createAtomically(at("a"), produce));
+  EXPECT_EQ(readFile(at("a")), expected);
+  EXPECT_FALSE(files_.createAtomically(at("a"), [](const auto& sink) { sink("other"); }));
+
+  const std::string before = treeOf(folder_.path());
+  const auto giveUp = [](const FileManager::Sink& sink) {
+    sink(std::string(2 * step, 'x'));
+    throw std::runtime_error("enough");
+  };
+  EXPECT_THROW(files_.writeAtomically(at("a"), giveUp), std::runtime_error);
+  EXPECT_THROW((void)files_.createAtomically(at("b"), giveUp), std::runtime_error);
+  FaultyFileSystem full(posixFileSystem(), {.mode = Mode::partial, .atCall = 2, .lasting = true});
+  EXPECT_TRUE(kindOf<FileError>([&] { FileManager(full).writeAtomically(at("a"), produce); }));
+  files_.sweepTemporaries(folder_.path());
+  EXPECT_EQ(treeOf(folder_.path()), before);
+
+  files_.writeAtomically(at("a"), [](const auto& sink) { sink("new"); });
+  EXPECT_EQ(readFile(at("a")), "new");
+}
+
 TEST_F(FileManagerTest, WhatIsNewAndNotDurableIsTakenAway) {
   writeFile(at("source"), "text");
   struct Case {

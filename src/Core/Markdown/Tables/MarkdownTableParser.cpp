@@ -48,7 +48,11 @@ std::optional<MarkdownTableParser::Result> MarkdownTableParser::parse(
   auto headers = rowIn(lines[startIndex]);
   if (!headers || !isSeparator(lines[startIndex + 1])) return std::nullopt;
   Result result{{std::move(*headers), {}}, startIndex + 2};
-  for (; result.nextIndex < lines.size(); ++result.nextIndex) {
+  // A table ends where its filled up rows would take far more room than the text they came from.
+  constexpr std::size_t mostCells = 1'000'000;
+  const std::size_t mostRows = std::max<std::size_t>(mostCells / result.table.headers.size(), 1);
+  for (; result.nextIndex < lines.size() && result.table.rows.size() < mostRows;
+       ++result.nextIndex) {
     auto row = rowIn(lines[result.nextIndex]);
     if (!row) break;
     row->resize(result.table.headers.size());

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "CLI/Session.h"
+#include "Core/Query/TimelineQueryStore.h"
+
+namespace nomely {
+
+// The options that choose memos, which `list` and `export` share: a day, a tag, everything, or one
+// of the timeline's lists.
+class MemoSelection {
+ public:
+  MemoSelection() = default;
+  // The options write into it.
+  MemoSelection(const MemoSelection&) = delete;
+  MemoSelection& operator=(const MemoSelection&) = delete;
+
+  void declare(CLI::App& app);
+
+  // The chosen memos in the order of their list, as many as were asked for. Throws UsageError
+  // before the first.
+  void forEach(Session& session, const std::function<void(const MemoEntry&)>& visit) const;
+  // The day whose memos are chosen; absent when it is not a day's.
+  [[nodiscard]] std::optional<Day> day(const Session& session) const;
+
+ private:
+  struct List {
+    const char* option;
+    const char* help;
+    std::function<TimelineQueryStore::Entries(const TimelineQueryStore&)> query;
+    bool chosen = false;
+  };
+
+  [[nodiscard]] std::size_t limit() const;
+  [[nodiscard]] const List* chosenList() const;
+
+  std::optional<std::string> day_;
+  std::optional<std::string> tag_;
+  std::array<List, 7> lists_{{
+      {"--untagged", "没有标签的", &TimelineQueryStore::entriesWithoutTags},
+      {"--images", "有图片的", &TimelineQueryStore::entriesWithImages},
+      {"--links", "有链接的", &TimelineQueryStore::entriesWithLinks},
+      {"--audio", "有录音的，最大的在前", &TimelineQueryStore::entriesWithAudioSortedBySize},
+      {"--files", "有其他附件的", &TimelineQueryStore::entriesWithAttachments},
+      {"--pinned", "置顶的", &TimelineQueryStore::pinnedEntries},
+      {"--on-this-day", "往年今日的",
+       [](const TimelineQueryStore& timeline) {
+         return timeline.onThisDayEntries(SystemClock().today());
+       }},
+  }};
+  std::optional<std::string> limit_;
+  bool all_ = false;
+};
+
+}  // namespace nomely

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace nomely {
+
+// How exported Markdown gets its looks.
+enum class RenderMode {
+  plain,   // bare elements, for a page with a style sheet
+  styled,  // elements with styles of their own: light text on a dark background
+};
+
+// A small converter from Markdown to what a plain browser shows, line by line: headings, lists,
+// quotes, tables, code, running text. Pure; linear in the text. The text can't bring in any element
+// or script of its own.
+[[nodiscard]] std::string markdownToHTML(std::string_view text, RenderMode mode);
+
+}  // namespace nomely

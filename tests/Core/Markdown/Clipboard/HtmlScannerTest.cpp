@@ -1,0 +1,179 @@
+#include <random>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Core/Markdown/Clipboard/HtmlScanner.h"
+#include "Platform/Text/RegularExpression.h"
+#include "Platform/Text/Unicode.h"
+
+namespace nomely::test {
+namespace {
+
+using HtmlScanner::Closing;
+using HtmlScanner::Names;
+using HtmlScanner::TagKind;
+using Groups = std::vector<std::string>;
+
+// Texts of what the expressions look at, with what folds to it and what ends no word.
+class Texts {
+ public:
+  std::string draw(std::string_view subject) {
+    static const std::string_view shared[] = {
+        "<", "</", ">",      "<",      ">",      "/", " ", "\n", "x", "中", "😀",
+        "1", "_",  "\u0301", "\u200D", "\u2028", "é", "=", "\"", "'", "K",  "ſ"};
+    static const std::map<std::string_view, std::vector<std::string_view>> own = {
+        {"script", {"<script", "<STYLE", "</script>", "<ﬆyle", "</ſtyle>", "</ﬅyle>", "</ſcript>"}},
+        {"blocks",
+         {"<h1", "<H2>", "</h1>", "</h2>", "<h7", "<pre>", "</PRE>", "<blockquote", "<h3>",
+          "<blocKquote>", "</blockquote>", "<li", "</li>", "</h3>", "<code", "</code>"}},
+        {"table", {"<td>", "<th", "</TD>", "</th>", "<tr>", "</tr>", "<table>", "</table>", "<t"}},
+        {"inline",
+         {"<b>",  "</b>",      "<strong",   "<ﬆrong>", "</strong>", "</ſtrong>", "<i>",
+          "</i>", "<em>",      "</em>",     "<br",     "<br/>",     "<hr",       "<p",
+          "</p>", "<section>", "</ſection", "<div",    "<ARTICLE>", "<body>",    "<BODY x"}},
+        {"link",
+         {"<a ", "<a", "<a href", "href", "HREF=", "href=\"", "href = '", "'>", "\">", "</a>",
+          "</A>", "<a href='x'>", "href='"}},
+        {"language",
+         {"class", "CLASS", "claß=\"", "cla\u1E9E='", "class=\"", "class = '", "language-",
+          "Language-", "language-c", "c++", "-", "l", "claſs='"}},
+    };
+    const auto& mine = own.at(subject);
+    std::string text;
+    for (std::size_t left = 1 + engine_() % 14; left > 0; --left)
+      text +=
+          engine_() % 5 < 3 ? mine[engine_() % mine.size()] : shared[engine_() % std::size(shared)];
+    return text;
+  }
+
+ private:
+  std::mt19937_64 engine_{20260301};
+};
+
+using Wanted = std::vector<std::size_t>;
+
+// The matches of `pattern`: where each begins and the texts of the groups asked for.
+std::vector<Groups> matchesOf(const RegularExpression& pattern, const std::string& text,
+                              const Wanted& wanted) {
+  const std::u16string units = toUtf16(text);
+  std::vector<Groups> all;
+  for (const auto& match : pattern.matches(units)) {
+    Groups groups{std::to_string(match.whole().begin)};
+    for (const std::size_t group : wanted)
+      groups.push_back(
+          toUtf8(units.substr(match.groups[group]->begin, match.groups[group]->length())));
+    all.push_back(groups);
+  }
+  return all;
+}
+
+std::string place(const std::string& text, std::string_view part) {
+  const auto offset = static_cast<std::size_t>(part.data() - text.data());
+  return std::to_string(toUtf16(text.substr(0, offset)).size());
+}
+
+struct Comparison {
+  std::string_view subject;
+  std::string pattern;
+  Wanted groups;
+  std::function<std::vector<Groups>(const std::string&)> scan;
+};
+
+auto elementsOf(const Names& names, Closing closing = Closing::sameName) {
+  return [kept = std::vector(names.begin(), names.end()), closing](const std::string& text) {
+    std::vector<Groups> found;
+    for (const auto& element : HtmlScanner::elements(text, Names(kept), closing))
+      found.push_back(
+          {place(text, element.whole), std::string(element.whole), std::string(element.content)});
+    return found;
+  };
+}
+
+template <typename Find>
+auto partsOf(Find find) {
+  return [find](const std::string& text) {
+    std::vector<Groups> found;
+    for (const std::string_view part : find(text))
+      found.push_back({place(text, part), std::string(part)});
+    return found;
+  };
+}
+
+TEST(HtmlScannerTest, FindsWhatTheExpressionsMatch) {
+  using std::string_view;
+  const auto links = [](const std::string& text) {
+    std::vector<Groups> found;
+    for (const auto& link : HtmlScanner::links(text))
+      found.push_back({place(text, link.whole), std::string(link.whole), std::string(link.address),
+                       std::string(link.label)});
+    return found;
+  };
+  const Comparison comparisons[] = {
+      {"script",
+       R"((?is)<(script|style)\b[^>]*>(.*?)</\1>)",
+       {0, 2},
+       elementsOf({"script", "style"})},
+      {"blocks", R"((?is)<pre\b[^>]*>(.*?)</pre>)", {0, 1}, elementsOf({"pre"})},
+      {"blocks",
+       R"((?is)<h([1-6])\b[^>]*>(.*?)</h\1>)",
+       {0, 2},
+       elementsOf({"h1", "h2", "h3", "h4", "h5", "h6"})},
+      {"blocks",
+       R"((?is)<blockquote\b[^>]*>(.*?)</blockquote>)",
+       {0, 1},
+       elementsOf({"blockquote"})},
+      {"blocks", R"((?is)<li\b[^>]*>(.*?)</li>)", {0, 1}, elementsOf({"li"})},
+      {"blocks", R"((?is)<code\b[^>]*>(.*?)</code>)", {0, 1}, elementsOf({"code"})},
+      {"table", R"((?is)<table\b[^>]*>(.*?)</table>)", {0, 1}, elementsOf({"table"})},
+      {"table", R"((?is)<tr\b[^>]*>(.*?)</tr>)", {0, 1}, elementsOf({"tr"})},
+      {"table",
+       R"((?is)<t[hd]\b[^>]*>(.*?)</t[hd]>)",
+       {0, 1},
+       elementsOf({"th", "td"}, Closing::anyOfTheNames)},
+      {"inline", R"((?is)<(strong|b)\b[^>]*>(.*?)</\1>)", {0, 2}, elementsOf({"strong", "b"})},
+      {"inline", R"((?is)<(em|i)\b[^>]*>(.*?)</\1>)", {0, 2}, elementsOf({"em", "i"})},
+      {"inline", R"((?is)<hr\b[^>]*>)", {0}, partsOf([](string_view text) {
+         return HtmlScanner::tags(text, {"hr"}, TagKind::startTags);
+       })},
+      {"inline", R"((?is)<body\b[^>]*>)", {0}, partsOf([](string_view text) {
+         return HtmlScanner::tags(text, {"body"}, TagKind::startTags);
+       })},
+      {"inline", R"((?is)</?(p|div|section|article)\b[^>]*>)", {0}, partsOf([](string_view text) {
+         return HtmlScanner::tags(text, {"p", "div", "section", "article"}, TagKind::allTags);
+       })},
+      {"inline", "(?is)<[^>]+>", {0}, partsOf(HtmlScanner::anyTags)},
+      {"inline", R"((?is)<br\s*/?>)", {0}, partsOf(HtmlScanner::lineBreaks)},
+      {"link", R"((?is)<a\b[^>]*href\s*=\s*["']([^"']+)["'][^>]*>(.*?)</a>)", {0, 1, 2}, links},
+  };
+  Texts texts;
+  for (const Comparison& c : comparisons) {
+    SCOPED_TRACE(c.pattern);
+    const RegularExpression pattern(c.pattern);
+    std::size_t met = 0;
+    for (int round = 0; round < 12'000; ++round) {
+      const std::string text = texts.draw(c.subject);
+      const std::vector<Groups> expected = matchesOf(pattern, text, c.groups);
+      ASSERT_EQ(c.scan(text), expected) << text;
+      met += expected.size();
+    }
+    EXPECT_GT(met, 100U);
+  }
+}
+
+TEST(HtmlScannerTest, CodeLanguageIsThatOfTheExpression) {
+  const RegularExpression pattern(R"((?is)class\s*=\s*["'][^"']*language-([A-Za-z0-9_+-]+))");
+  Texts texts;
+  int met = 0;
+  for (int round = 0; round < 60'000; ++round) {
+    const std::string text = texts.draw("language");
+    const std::vector<Groups> found = matchesOf(pattern, text, {1});
+    const std::string expected = found.empty() ? "" : found.front().back();
+    ASSERT_EQ(HtmlScanner::codeLanguage(text), expected) << text;
+    met += expected.empty() ? 0 : 1;
+  }
+  EXPECT_GT(met, 500);
+}
+
+}  // namespace
+}  // namespace nomely::test

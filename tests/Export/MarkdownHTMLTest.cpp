@@ -1,0 +1,119 @@
+#include <random>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Export/InlineHTML.h"
+#include "Export/MarkdownHTML.h"
+#include "Platform/Text/RegularExpression.h"
+#include "Platform/Text/Unicode.h"
+
+namespace nomely::test {
+namespace {
+
+TEST(MarkdownHTMLTest, Plain) {
+  const struct {
+    const char* name;
+    std::string text;
+    std::string expected;
+  } cases[] = {
+      {"escaped", "a < b & c > d", "<p>a &lt; b &amp; c &gt; d</p>"},
+      {"marks", "**bold** and *it*", "<p><strong>bold</strong> and <em>it</em></p>"},
+      {"headings", "# a\n## b\n  ### c\n#### d\n#e",
+       "<h1>a</h1>\n<h2>b</h2>\n<h3>c</h3>\n<p>#### d</p>\n<p>#e</p>"},
+      {"rules", "---\n*****\n___\n--\n-*-", "<hr>\n<hr>\n<hr>\n<p>--</p>\n<p>-*-</p>"},
+      {"checklist, then a list", "- [x] done\n- [ ]\n- [X]b\n- a\n* c\n\n- d",
+       "<ul class=\"checklist\">\n<li><input type=\"checkbox\" checked disabled>done</li>\n"
+       "<li><input type=\"checkbox\" disabled></li>\n"
+       "<li><input type=\"checkbox\" checked disabled>b</li>\n</ul>\n"
+       "<ul>\n<li>a</li>\n<li>c</li>\n</ul>\n<ul>\n<li>d</li>\n</ul>"},
+      {"numbers", "1. a\n٢.\u3000b\n3.c\n4. ",
+       "<ol>\n<li>a</li>\n<li>b</li>\n</ol>\n<p>3.c</p>\n<p>4.</p>"},
+      {"quotes", "- x\n> a\n>b",
+       "<ul>\n<li>x</li>\n</ul>\n<blockquote>a</blockquote>\n<p>&gt;b</p>"},
+      {"code", "- x\n ```js\n  a<b\n\n*c*\n```\nd",
+       "<ul>\n<li>x</li>\n</ul>\n<pre><code>  a&lt;b\n\n*c*</code></pre>\n<p>d</p>"},
+      {"code left open", "```\na\n- b", "<pre><code>a\n- b</code></pre>"},
+      {"table", "x\n| a | *b* |\n|---|---|\n| 1 |\n| <i> |\ny",
+       "<p>x</p>\n<table><thead><tr><th>a</th><th><em>b</em></th></tr></thead><tbody></tbody>"
+       "</table>\n<p>| 1 |</p>\n<p>| &lt;i&gt; |</p>\n<p>y</p>"},
+      {"rows filled up", "a|b\n---|---\n1|2|3\n|4|",
+       "<table><thead><tr><th>a</th><th>b</th></tr></thead><tbody><tr><td>1</td><td>2</td></tr>"
+       "</tbody></table>\n<p>|4|</p>"},
+      {"nothing", "\n \n", ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(markdownToHTML(c.text, RenderMode::plain), c.expected);
+  }
+}
+
+TEST(MarkdownHTMLTest, Styled) {
+  EXPECT_EQ(markdownToHTML("## a\nb\na|b\n---|---\n1|2", RenderMode::styled),
+            "<h2 style=\"color:#ffffff;font-size:28px;font-weight:850;line-height:1.35;"
+            "margin:0 0 22px 0;\">a</h2>\n"
+            "<p style=\"color:#f4f4f4;margin:0 0 12px 0;\">b</p>\n"
+            "<div style=\"background:#1f1f1f;border-radius:18px;padding:26px 32px;margin:16px 0;"
+            "display:inline-block;max-width:100%;\">\n<table style=\"border-collapse:collapse;"
+            "width:100%;background:#1f1f1f;color:#f4f4f4;border-radius:18px;overflow:hidden;"
+            "font-size:20px;font-weight:650;line-height:1.55;margin:16px 0;\"><thead><tr>"
+            "<th style=\"padding:18px 24px;text-align:left;border-bottom:1px solid #3d3d3d;"
+            "color:#ffffff;font-weight:800;white-space:nowrap;\">a</th>"
+            "<th style=\"padding:18px 24px;text-align:left;border-bottom:1px solid #3d3d3d;"
+            "color:#ffffff;font-weight:800;white-space:nowrap;\">b</th></tr></thead><tbody><tr>"
+            "<td style=\"padding:18px 24px;text-align:left;border-bottom:1px solid #333333;"
+            "color:#f5f5f5;font-weight:650;white-space:nowrap;\">1</td>"
+            "<td style=\"padding:18px 24px;text-align:left;border-bottom:1px solid #333333;"
+            "color:#f5f5f5;font-weight:650;white-space:nowrap;\">2</td></tr></tbody></table>\n"
+            "</div>");
+}
+
+TEST(InlineHTMLTest, IsThatOfTheExpressions) {
+  const struct {
+    RegularExpression expression;
+    std::u16string_view replacement;
+  } rules[] = {
+      {RegularExpression(R"(\*\*(.+?)\*\*)"), u"<strong>$1</strong>"},
+      {RegularExpression(R"(\*(.+?)\*)"), u"<em>$1</em>"},
+      {RegularExpression("`(.+?)`"), u"<code>$1</code>"},
+      {RegularExpression(R"(\[(.+?)\]\((.+?)\))"), u"<a href=\"$2\">$1</a>"},
+  };
+  const std::string_view pieces[] = {"*", "**", "`",  "[", "](", "]",      "(", ")", "a",
+                                     "<", "&",  "中", "😀", "\r", "\u2028", "/", "$1"};
+  std::mt19937_64 engine(20260301);
+  for (int round = 0; round < 60'000; ++round) {
+    std::string line;
+    for (std::size_t left = engine() % 14; left > 0; --left)
+      line += pieces[engine() % std::size(pieces)];
+    std::u16string expected = toUtf16(InlineHTML::escapeText(line));
+    for (const auto& [expression, replacement] : rules)
+      expected = expression.replacingMatches(expected, replacement);
+    ASSERT_EQ(InlineHTML::convert(line), toUtf8(expected)) << line;
+  }
+}
+
+TEST(InlineHTMLTest, AddressesThatRunScripts) {
+  for (const char* address :
+       {"javascript:alert(1", "JaVaScRiPt:x", " \tjavascript:x", "java\tscript:x",
+        "javascript\u00A0:x", "java\u200Bscript:x", "&#106;avascript:x", "&#x6A;avascript:x",
+        "&#X6a;avascript:x", "java&Tab;script&colon;x", "&amp;#106;avascript:x", "vbscript:x",
+        "data:text/html,x", "feed:javascript:x", "view-source:data:x", "\x01javascript:x",
+        "javaſcript:x"}) {
+    SCOPED_TRACE(address);
+    EXPECT_TRUE(InlineHTML::isHarmful(address));
+    EXPECT_EQ(InlineHTML::convert("[a](" + std::string(address) + ")").find("<a"),
+              std::string::npos);
+  }
+  EXPECT_TRUE(InlineHTML::isHarmful(std::string(100'000, ' ') + "javascript:x"));
+  for (const char* address :
+       {"https://example.org/javascript:x", "/data:x", "a?javascript:b", "mailto:a@example.org",
+        "中文data:x", "javascript", "database:x", "x&amp;y:z", "&#99999999999;:x"}) {
+    SCOPED_TRACE(address);
+    EXPECT_FALSE(InlineHTML::isHarmful(address));
+  }
+  EXPECT_EQ(InlineHTML::convert("[a](x\" onclick=\"y) [b](javascript:1) [c](z)"),
+            "<a href=\"x&quot; onclick=&quot;y\">a</a> [b](javascript:1) <a href=\"z\">c</a>");
+}
+
+}  // namespace
+}  // namespace nomely::test
