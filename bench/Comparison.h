@@ -55,6 +55,7 @@ void registerWriting();
 void registerProcesses();
 void registerText();
 void registerSearching();
+void registerMarkdown();
 
 // A row for each comparison that was run. Returns whether all their goals are met.
 bool printTable();

@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
   registerProcesses();
   registerText();
   registerSearching();
+  registerMarkdown();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return printTable() ? 0 : 1;

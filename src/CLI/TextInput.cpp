@@ -72,11 +72,11 @@ std::optional<std::string> TextInput::read(const std::optional<std::string>& arg
                                            const std::string& original) {
   if (argument && *argument != "-") return asBody(checkedUtf8(*argument, "正文"));
   if (!argument && Terminal::isInput() && session_.options.noInput) return "";
-  if (argument || !Terminal::isInput()) return asBody(checkedUtf8(fromStandardInput(), "标准输入"));
+  if (argument || !Terminal::isInput()) return asBody(checkedUtf8(standardInput(), "标准输入"));
   return fromEditor(original);
 }
 
-std::string TextInput::fromStandardInput() const {
+std::string TextInput::standardInput() {
   std::string text;
   std::array<char, 65536> buffer{};
   for (;;) {

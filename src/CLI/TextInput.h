@@ -23,12 +23,14 @@ class TextInput {
   [[nodiscard]] std::optional<std::string> read(const std::optional<std::string>& argument,
                                                 const std::string& original);
 
+  // All of standard input, whatever its bytes. Throws FileError.
+  [[nodiscard]] static std::string standardInput();
+
   // The text has been saved: what the editor left can go. Without this call it is kept, and the
   // user is told where.
   void accept();
 
  private:
-  [[nodiscard]] std::string fromStandardInput() const;
   [[nodiscard]] std::optional<std::string> fromEditor(const std::string& original);
 
   Session& session_;
