@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "CLI/CommandTest.h"
 
 namespace nomely::test {
@@ -34,6 +36,20 @@ ls
 
 ---)";
 
+constexpr auto sampleBlocks = R"json([
+  {"kind": "heading", "level": 1, "text": "标题 **重**"},
+  {"kind": "bulletItem", "text": "甲"},
+  {"kind": "numberedItem", "number": "1", "text": "乙"},
+  {"kind": "checkItem", "checked": true, "text": "丙"},
+  {"kind": "paragraph", "text": "短句一 [链接](https://x.org)"
+},
+  {"kind": "paragraph", "text": "短句二"},
+  {"kind": "blockquote", "text": "引文"},
+  {"kind": "callout", "callout": {"kind": "tip", "title": "Tip", "body": "提示"}},
+  {"kind": "codeBlock", "code": "ls", "language": "sh"},
+  {"kind": "table", "headers": ["名", "值"], "rows": [["a", "**b**"]]},
+  {"kind": "horizontalRule"}])json";
+
 TEST_F(RenderCommandTest, DrawsWithoutColour) {
   EXPECT_EQ(render(sample).output,
             "# 标题 重\n\n• 甲\n1. 乙\n☑ 丙\n\n短句一 链接 (https://x.org)\n短句二\n\n│ 引文\n\n"
@@ -48,22 +64,10 @@ TEST_F(RenderCommandTest, DrawsWithColour) {
 }
 
 TEST_F(RenderCommandTest, GivesBlocks) {
-  EXPECT_EQ(Json::parse(render(sample, {"--json"}).output),
-            Json::parse(R"([
-    {"kind": "heading", "level": 1, "text": "标题 **重**"},
-    {"kind": "bulletItem", "text": "甲"},
-    {"kind": "numberedItem", "number": "1", "text": "乙"},
-    {"kind": "checkItem", "checked": true, "text": "丙"},
-    {"kind": "paragraph", "text": "短句一 [链接](https://x.org)"},
-    {"kind": "paragraph", "text": "短句二"},
-    {"kind": "blockquote", "text": "引文"},
-    {"kind": "callout", "callout": {"kind": "tip", "title": "Tip", "body": "提示"}},
-    {"kind": "codeBlock", "code": "ls", "language": "sh"},
-    {"kind": "table", "headers": ["名", "值"], "rows": [["a", "**b**"]]},
-    {"kind": "horizontalRule"}])"));
+  EXPECT_EQ(Json::parse(render(sample, {"--json"}).output), Json::parse(sampleBlocks));
   EXPECT_EQ(render("", {"--json"}).output, "[]\n");
-EXPECT_EQ(render("> a\n> b\n# c", {"--blocks"}).output,
-          "blockquote\n  text: a\n    b\nheading\n  level: 1\n  text: c\n");
+  EXPECT_EQ(render("> a\n> b\n# c", {"--blocks"}).output,
+            "blockquote\n  text: a\n    b\nheading\n  level: 1\n  text: c\n");
 }
 
 TEST_F(RenderCommandTest, BreaksWideTables) {

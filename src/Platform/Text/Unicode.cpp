@@ -93,7 +93,7 @@ Clusters clustersStandingAlone(std::string_view text, std::size_t most) {
   while (length != 0 && passed.count < most) {
     const std::size_t end = passed.end + length;
     const std::size_t next = end < text.size() ? lengthStandingAlone(text.substr(end)) : 0;
-    const bool isPair = text.substr(passed.end).starts_with("\r\n");
+    const bool isPair = text[passed.end] == '\r' && text.substr(end).starts_with('\n');
     if (isPair || (next == 0 && end < text.size())) break;
     passed = {passed.count + 1, end};
     length = next;
@@ -157,15 +157,23 @@ std::vector<std::size_t> endsByIterator(std::u16string_view text) {
   return ends;
 }
 
+// Leads of U+4000 to U+9FFF, where no character is white space.
+bool leadsIdeograph(char byte) {
+  return static_cast<Byte>(byte) >= 0xE4 && static_cast<Byte>(byte) <= 0xE9;
+}
+
 template <typename Belongs>
 std::string_view trim(std::string_view text, Belongs belongs) {
-  while (!text.empty()) {
+  while (!text.empty() && !leadsIdeograph(text.front())) {
     const DecodedCharacter first = decodeFirst(text);
     if (!belongs(first.value)) break;
     text.remove_prefix(first.length);
   }
   while (!text.empty()) {
     std::size_t start = text.size() - 1;
+    if (start >= 2 && isContinuation(text.data() + start) &&
+        isContinuation(text.data() + start - 1) && leadsIdeograph(text[start - 2]))
+      break;
     while (start > 0 && text.size() - start < 4 && isContinuation(text.data() + start)) --start;
     const DecodedCharacter last = decodeFirst(text.substr(start));
     if (start + last.length != text.size() || !belongs(last.value)) break;

@@ -17,6 +17,7 @@ using Lines = std::vector<std::string_view>;
 
 constexpr auto npos = std::string_view::npos;
 constexpr std::string_view fence = "```";
+constexpr std::size_t mostReserved = 64;
 
 Lines linesOf(std::string_view text) {
   Lines lines;
@@ -58,6 +59,7 @@ class BlockParser {
   explicit BlockParser(std::string_view text) : lines_(linesOf(text)) {}
 
   MarkdownBlocks parse() {
+    blocks_.reserve(std::min(lines_.size(), mostReserved));
     while (next_ < lines_.size()) passLine();
     flushParagraph();
     // One left open keeps its lines.
@@ -225,7 +227,7 @@ void BlockParser::flushParagraph() {
 void BlockParser::flushLine(std::string_view line) {
   std::vector<SplitSegment> segments = SmartSplit::smartSplit(line);
   if (segments.size() < 2) {
-    blocks_.emplace_back(markdown::Paragraph{std::string(line)});
+    blocks_.emplace_back(markdown::Paragraph{std::move(segments.front().text)});
     return;
   }
   for (SplitSegment& segment : segments) {

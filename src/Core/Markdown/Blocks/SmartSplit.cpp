@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <optional>
 
 #include "Core/Markdown/Blocks/LineRules.h"
@@ -64,14 +65,16 @@ bool endsSentence(std::string_view before) {
          std::ranges::any_of(marks, [&](auto mark) { return before.ends_with(mark); });
 }
 
-// Bytes that can begin white space or a digit.
-constexpr std::array<bool, 256> interestingBytes() {
-  std::array<bool, 256> interesting{};
-  for (std::size_t byte = 0; byte < interesting.size(); ++byte)
-    interesting[byte] = (byte >= 0x09 && byte <= 0x0D) || byte == ' ' ||
-                        (byte >= '0' && byte <= '9') ||
-                        (byte >= 0xC2 && !(byte >= 0xE4 && byte <= 0xE9));
-  return interesting;
+// How far to go on from a byte: 0 for one that can begin white space or a digit.
+constexpr std::array<std::uint8_t, 256> stepsByByte() {
+  std::array<std::uint8_t, 256> steps{};
+  for (std::size_t byte = 0; byte < steps.size(); ++byte) {
+    const bool isIdeograph = byte >= 0xE4 && byte <= 0xE9;
+    const bool isInteresting = (byte >= 0x09 && byte <= 0x0D) || byte == ' ' ||
+                               (byte >= '0' && byte <= '9') || (byte >= 0xC2 && !isIdeograph);
+    if (!isInteresting) steps[byte] = isIdeograph ? 3 : 1;
+  }
+  return steps;
 }
 
 // One way through a line, from one run of white space or digits to the next.
@@ -80,16 +83,12 @@ class LineScanner {
   explicit LineScanner(std::string_view text) : text_(text) {}
 
   Cuts scan() {
-    static constexpr std::array<bool, 256> interesting = interestingBytes();
+    static constexpr std::array<std::uint8_t, 256> steps = stepsByByte();
     while (at_ < text_.size()) {
       const auto byte = static_cast<unsigned char>(text_[at_]);
-      if (!interesting[byte]) {
-        ++at_;
-        continue;
-      }
-      // The blank of ideographic width shares its first byte with the commonest marks.
-      if (byte == 0xE3 && !text_.substr(at_).starts_with("\u3000")) {
-        at_ += 3;
+      const std::size_t step = steps[byte] != 0 ? steps[byte] : lengthOfCommonMark(byte);
+      if (step != 0) {
+        at_ += step;
         continue;
       }
       const DecodedCharacter first = decodeFirst(text_.substr(at_));
@@ -104,6 +103,27 @@ class LineScanner {
   }
 
  private:
+  [[nodiscard]] unsigned char byteAt(std::size_t place) const {
+    return place < text_.size() ? static_cast<unsigned char>(text_[place]) : 0;
+  }
+
+  // Bytes of what shares its first byte with white space or digits but is neither, or is a blank
+  // between words where nothing can be cut; 0 when a closer look is needed.
+  [[nodiscard]] std::size_t lengthOfCommonMark(unsigned char byte) const {
+    const unsigned char second = byteAt(at_ + 1);
+    if (byte == ' ') {
+      const unsigned char before = at_ == 0 ? 0 : byteAt(at_ - 1);
+      const bool isWordBehind =
+          (second >= 'a' && second <= 'z') || (second >= 0xE4 && second <= 0xE9);
+      return isWordBehind && before > ' ' && before < 0x7F && before != ')' ? 1 : 0;
+    }
+    const unsigned char third = byteAt(at_ + 2);
+    if (third < 0x80) return 0;
+    if (byte == 0xE3) return second == 0x80 && third == 0x80 ? 0 : 3;
+    if (byte == 0xEF) return second == 0xBC && (third < 0x90 || third > 0x99) ? 3 : 0;
+    return byte == 0xE2 && second == 0x80 && third >= 0x90 && third <= 0xA7 ? 3 : 0;
+  }
+
   void passSpace() {
     const std::size_t begin = at_;
     std::size_t count = 0;
@@ -198,7 +218,7 @@ std::vector<SplitSegment> numberedItems(std::string_view text, const std::vector
 }
 
 std::optional<std::string> withProtectedColors(std::string_view text) {
-  if (text.find("color:") == npos) return std::nullopt;
+  if (text.find('#') == npos || text.find("color:") == npos) return std::nullopt;
   static const RegularExpression color(R"(color:\s*(#[0-9A-Fa-f]{6}))");
   return toUtf8(color.replacingMatches(toUtf16(text), u"color:§$1"));
 }
