@@ -57,6 +57,7 @@ void registerProcesses();
 void registerText();
 void registerSearching();
 void registerColdReading();
+void registerMarkdown();
 
 // A row for each comparison that was run. Returns whether all their goals are met.
 bool printTable();

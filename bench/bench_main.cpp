@@ -23,6 +23,7 @@ int main(int argc, char** argv) {
   registerText();
   registerSearching();
   registerColdReading();
+  registerMarkdown();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return printTable() ? 0 : 1;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "Core/Markdown/Text/LinkScheme.h"
 #include "Export/InlineHTML.h"
 #include "Export/MarkdownHTML.h"
 #include "Platform/Text/Unicode.h"
@@ -66,7 +67,7 @@ std::size_t checkTag(std::string_view html) {
     require(end != std::string_view::npos && html.substr(end).starts_with("\">"));
     const std::string_view address = html.substr(link.size(), end - link.size());
     // Marks inside of an address become elements in name only: in an attribute they are text.
-    require(!InlineHTML::isHarmful(address));
+    require(mayBeLinked(address));
     return end + 2;
   }
   const std::size_t end = html.find('>');

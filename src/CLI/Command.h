@@ -41,6 +41,7 @@ struct CommandEntry {
 [[nodiscard]] std::unique_ptr<Command> makeTrashCommand();
 [[nodiscard]] std::unique_ptr<Command> makeHistoryCommand();
 [[nodiscard]] std::unique_ptr<Command> makeSearchCommand();
+[[nodiscard]] std::unique_ptr<Command> makeRenderCommand();
 [[nodiscard]] std::unique_ptr<Command> makeTagsCommand();
 [[nodiscard]] std::unique_ptr<Command> makeMonthCommand();
 [[nodiscard]] std::unique_ptr<Command> makePasteCommand();

@@ -19,6 +19,7 @@ std::vector<CommandEntry> allCommands() {
   add("trash", "列出、恢复或清空回收站", makeTrashCommand());
   add("history", "列出、显示或恢复一条笔记的历史版本", makeHistoryCommand());
   add("search", "全文搜索", makeSearchCommand());
+  add("render", "把 Markdown 画在终端上，或列出各块", makeRenderCommand());
   add("tags", "列出、改名、合并或删除标签", makeTagsCommand());
   add("month", "一个月的概览：每天的疏密、线索和可疑之处", makeMonthCommand());
   add("paste", "把剪贴板的 HTML 或 RTF 转成 Markdown", makePasteCommand());

@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include "CLI/MarkdownDrawing.h"
+
 namespace nomely {
 namespace {
 
@@ -84,6 +86,12 @@ std::string MemoOutput::dayHeading(Day day) {
   return fmt::format("{}年{}月{}日 {}", static_cast<int>(date.year()),
                      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
                      weekdays[weekday.c_encoding()]);
+}
+
+std::string MemoOutput::drawn(const TimelineEntry& entry, const Style& style) {
+  return heading(entry, style) +
+         MarkdownDrawing::drawBody(entry.memo.body, style, Terminal::columns()) +
+         attachmentLines(entry.memo, style);
 }
 
 std::string MemoOutput::text(const TimelineEntry& entry, const Style& style) {

@@ -16,6 +16,8 @@ namespace MemoOutput {
 
 // A heading with the memo's place and marks, its body, its attachments.
 [[nodiscard]] std::string text(const TimelineEntry& entry, const Style& style);
+// The same with the body drawn as the Markdown that it is.
+[[nodiscard]] std::string drawn(const TimelineEntry& entry, const Style& style);
 // "2026年3月1日 周日"
 [[nodiscard]] std::string dayHeading(Day day);
 

@@ -16,7 +16,8 @@ class ShowCommand final : public Command {
   void run(Session& session) override {
     if (raw_ && session.isJson()) throw UsageError("--raw 与 --json 不能同时使用");
     const TimelineEntry entry = Arguments::memo(reference_, session);
-    if (!raw_) return MemoOutput::print(entry, session);
+    if (session.isJson()) return session.printJson(MemoOutput::json(entry));
+    if (!raw_) return session.print(MemoOutput::drawn(entry, session.style()));
     const DayStore& store = session.dayStore();
     const auto file = store.paths().memoFile(entry.date, entry.memo.seqNumber);
     session.print(store.context().files.read(file).value_or(""));

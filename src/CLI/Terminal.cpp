@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -28,6 +29,13 @@ bool Terminal::isOutput() {
 }
 bool Terminal::isError() {
   return ::isatty(STDERR_FILENO) != 0;
+}
+
+std::size_t Terminal::columns() {
+  constexpr std::size_t usual = 80;
+  winsize size{};
+  const bool isKnown = ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return isKnown ? size.ws_col : usual;
 }
 
 Style Terminal::styleFor(ColorMode mode, bool isTerminal, const Environment& environment) {

@@ -15,11 +15,17 @@ class Style {
  public:
   explicit Style(bool enabled) : enabled_(enabled) {}
 
+  [[nodiscard]] bool isEnabled() const { return enabled_; }
+
   [[nodiscard]] std::string bold(std::string_view text) const { return wrap("1", text); }
   [[nodiscard]] std::string dim(std::string_view text) const { return wrap("2", text); }
   [[nodiscard]] std::string tag(std::string_view text) const { return wrap("36", text); }
   [[nodiscard]] std::string warning(std::string_view text) const { return wrap("33", text); }
   [[nodiscard]] std::string error(std::string_view text) const { return wrap("31", text); }
+  // Any of the terminal's codes, parted by semicolons.
+  [[nodiscard]] std::string withCodes(std::string_view codes, std::string_view text) const {
+    return wrap(codes, text);
+  }
 
  private:
   [[nodiscard]] std::string wrap(std::string_view code, std::string_view text) const;
@@ -33,6 +39,8 @@ namespace Terminal {
 [[nodiscard]] bool isInput();
 [[nodiscard]] bool isOutput();
 [[nodiscard]] bool isError();
+// Of standard output; 80 where that is no terminal.
+[[nodiscard]] std::size_t columns();
 [[nodiscard]] Style styleFor(ColorMode mode, bool isTerminal, const Environment& environment);
 
 // `text` fit to be shown: control characters but line feeds and tabs, which could drive the

@@ -7,6 +7,7 @@
 
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Extensions/PathNames.h"
+#include "Core/Markdown/Text/MemoTextUtilities.h"
 #include "Export/InlineHTML.h"
 #include "Platform/Text/Base64.h"
 
@@ -85,6 +86,14 @@ constexpr std::string_view pageStart =
     "<div class=\"date\">共 ";
 constexpr std::string_view pageEnd = "\n</div>\n</body>\n</html>";
 
+// A reader of the page has no use for the comment that keeps an older text.
+std::string contentOf(const Memo& memo) {
+  const std::string& body = memo.body;
+  return MemoTextUtilities::hasOriginalComment(body)
+             ? markdownToHTML(MemoTextUtilities::stripOriginalComment(body), RenderMode::plain)
+             : markdownToHTML(body, RenderMode::plain);
+}
+
 constexpr struct {
   std::string_view extension;
   std::string_view mimeType;
@@ -139,7 +148,7 @@ void writeBlock(const Memo& memo, Day date, const AttachmentManager& attachments
   sink("<div class=\"memo\">\n  <div class=\"time\">");
   sink(dateAndTime(memo, date));
   sink("</div>\n  <div class=\"content\">");
-  sink(markdownToHTML(memo.body, RenderMode::plain));
+  sink(contentOf(memo));
   sink("</div>\n  ");
   Pictures{"<div class=\"files\">\n", "  </div>"}.write(memo, date, attachments, sink);
   sink("\n</div>");
@@ -195,8 +204,7 @@ std::string HTMLExporter::exportMemo(const Memo& memo, Day date,
                                      const AttachmentManager& attachmentManager) {
   return collected([&](const Sink& sink) {
     sink("<div class=\"memo\">\n    <div class=\"time\">" + dateAndTime(memo, date) +
-         "</div>\n    <div class=\"body\">" + markdownToHTML(memo.body, RenderMode::plain) +
-         "</div>");
+         "</div>\n    <div class=\"body\">" + contentOf(memo) + "</div>");
     Pictures{"\n    <div class=\"images\">", "</div>"}.write(memo, date, attachmentManager, sink);
     sink(tagsBlock(memo.tags) + "\n</div>");
   });

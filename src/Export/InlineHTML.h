@@ -18,10 +18,6 @@ namespace InlineHTML {
 // makes no link, and its text stays as it was.
 [[nodiscard]] std::string convert(std::string_view line);
 
-// Whether an address makes a browser run what it holds instead of going there, be it disguised with
-// entities, white space or control characters.
-[[nodiscard]] bool isHarmful(std::string_view address);
-
 }  // namespace InlineHTML
 
 }  // namespace nomely

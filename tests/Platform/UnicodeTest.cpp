@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Platform/Text/RegularExpression.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely::test {
@@ -172,6 +173,66 @@ TEST(UnicodeTest, EndsOfPlainTextAreThoseOfTheLibrary) {
     std::vector<std::size_t> ends = graphemeEnds(plain);
     ends.push_back(plain.size() + 1);
     EXPECT_EQ(ends, graphemeEnds(plain + u"한"));
+  }
+}
+
+// Each character behind an "a" and in front of a blank.
+TEST(UnicodeTest, ClassesAreThoseOfExpressions) {
+  std::string text;
+  std::vector<char32_t> characters;
+  for (char32_t c = 1; c < 0x30000; ++c) {
+    if (c == 'a' || (c >= 0xD800 && c <= 0xDFFF)) continue;
+    characters.push_back(c);
+    text += 'a';
+    appendUtf8(text, c);
+    text += ' ';
+  }
+  const std::u16string units = toUtf16(text);
+  std::vector<bool> spaces;
+  std::vector<bool> digits;
+  std::vector<bool> wordEnds;
+  for (const char32_t c : characters) {
+    std::string rest;
+    appendUtf8(rest, c);
+    spaces.push_back(isSpaceOrBreak(c));
+    digits.push_back(isDecimalDigit(c));
+    wordEnds.push_back(endsWord(rest));
+  }
+  const auto found = [&](std::string_view pattern) {
+    std::vector<bool> all(characters.size());
+    std::size_t index = 0;
+    std::size_t at = 0;
+    for (const auto& match : RegularExpression(pattern).matches(units)) {
+      for (; at < match.whole().begin; ++index) at += characters[index] > 0xFFFF ? 4 : 3;
+      all[index] = true;
+    }
+    return all;
+  };
+  EXPECT_TRUE(spaces == found(R"(a(?=\s ))"));
+  EXPECT_TRUE(digits == found(R"(a(?=\d ))"));
+  EXPECT_TRUE(wordEnds == found(R"(a\b)"));
+}
+
+TEST(UnicodeTest, CountsAndPrefixesByShortcut) {
+  constexpr std::string_view pieces[] = {
+      "a",      "日",     "。", "，", "“",    "…",      "\u3000", "あ", "\r",     "\n", "\u3099",
+      "\u302A", "\u0301", "é",  "👍",  "🏽", "\u200D", "🇨",      "한", "\u1100", "㊙", "ﾞ"};
+  std::mt19937 random(1);
+  for (int round = 0; round < 5000; ++round) {
+    std::string text;
+    for (std::size_t count = random() % 12; count > 0; --count)
+      text += pieces[random() % std::size(pieces)];
+    SCOPED_TRACE(testing::PrintToString(text));
+    // A mark behind a control character is one of its own, and keeps the shortcut from being taken.
+    const std::u16string units = toUtf16(text + "\t\u0301");
+    const std::vector<std::size_t> ends = graphemeEnds(units);
+    const std::size_t count = ends.size() - 2;
+    ASSERT_EQ(graphemeCount(text), count);
+    for (std::size_t most = 0; most < 4; ++most) {
+      ASSERT_EQ(graphemeCountUpTo(text, most), std::min(count, most));
+      const std::size_t end = most == 0 ? 0 : count == 0 ? 0 : ends[std::min(count, most) - 1];
+      ASSERT_EQ(graphemePrefix(text, most), toUtf8(units.substr(0, end)));
+    }
   }
 }
 

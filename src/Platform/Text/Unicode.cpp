@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <stdexcept>
 
@@ -56,6 +57,48 @@ icu::BreakIterator& graphemeIterator() {
     return made;
   }();
   return *iterator;
+}
+
+// Length of the character at the beginning of `text` when it is of those that never join with one
+// another, but for a carriage return with its line feed: ASCII, most ideographs, kana, and the
+// marks of Chinese text. 0 for any other.
+std::size_t lengthStandingAlone(std::string_view text) {
+  const Byte lead = byteAt(text.data());
+  if (lead < 0x80) return 1;
+  if (lead < 0xE2 || lead > 0xEF || text.size() < 3) return 0;
+  const Byte second = byteAt(text.data() + 1);
+  const Byte third = byteAt(text.data() + 2);
+  if (!isContinuation(text.data() + 1) || !isContinuation(text.data() + 2)) return 0;
+  if (lead >= 0xE4 && lead <= 0xE9) return 3;  // U+4000 to U+9FFF
+  if (lead == 0xE2) return second == 0x80 && third >= 0x90 && third <= 0xA7 ? 3 : 0;
+  if (lead == 0xE3) {
+    const bool mayJoin = (second == 0x80 && third >= 0xAA && third <= 0xBD) ||
+                         (second == 0x82 && (third == 0x99 || third == 0x9A)) ||
+                         (second >= 0x8A && second <= 0x8B);
+    return mayJoin ? 0 : 3;
+  }
+  return lead == 0xEF && (second == 0xBC || second == 0xBD) ? 3 : 0;
+}
+
+struct Clusters {
+  std::size_t count = 0;
+  std::size_t end = 0;  // bytes
+};
+
+// Goes over characters that stand alone, `most` at the most, and stops in front of one that may be
+// part of a cluster with what follows.
+Clusters clustersStandingAlone(std::string_view text, std::size_t most) {
+  Clusters passed;
+  std::size_t length = text.empty() ? 0 : lengthStandingAlone(text);
+  while (length != 0 && passed.count < most) {
+    const std::size_t end = passed.end + length;
+    const std::size_t next = end < text.size() ? lengthStandingAlone(text.substr(end)) : 0;
+    const bool isPair = text[passed.end] == '\r' && text.substr(end).starts_with('\n');
+    if (isPair || (next == 0 && end < text.size())) break;
+    passed = {passed.count + 1, end};
+    length = next;
+  }
+  return passed;
 }
 
 // Calls `use` with an iterator over the clusters of `text`.
@@ -114,15 +157,23 @@ std::vector<std::size_t> endsByIterator(std::u16string_view text) {
   return ends;
 }
 
+// Leads of U+4000 to U+9FFF, where no character is white space.
+bool leadsIdeograph(char byte) {
+  return static_cast<Byte>(byte) >= 0xE4 && static_cast<Byte>(byte) <= 0xE9;
+}
+
 template <typename Belongs>
 std::string_view trim(std::string_view text, Belongs belongs) {
-  while (!text.empty()) {
+  while (!text.empty() && !leadsIdeograph(text.front())) {
     const DecodedCharacter first = decodeFirst(text);
     if (!belongs(first.value)) break;
     text.remove_prefix(first.length);
   }
   while (!text.empty()) {
     std::size_t start = text.size() - 1;
+    if (start >= 2 && isContinuation(text.data() + start) &&
+        isContinuation(text.data() + start - 1) && leadsIdeograph(text[start - 2]))
+      break;
     while (start > 0 && text.size() - start < 4 && isContinuation(text.data() + start)) --start;
     const DecodedCharacter last = decodeFirst(text.substr(start));
     if (start + last.length != text.size() || !belongs(last.value)) break;
@@ -182,12 +233,38 @@ void appendUtf8(std::string& text, char32_t character) {
 
 bool isHorizontalSpace(char32_t character) {
   if (character < 0x80) return character == ' ' || character == '\t';
-  return u_charType(static_cast<UChar32>(character)) == U_SPACE_SEPARATOR;
+  if (character >= 0x3001) return false;
+  return character == 0xA0 || character == 0x1680 || (character >= 0x2000 && character <= 0x200A) ||
+         character == 0x202F || character == 0x205F || character == 0x3000;
 }
 
 bool isLineBreak(char32_t character) {
   return (character >= 0x0A && character <= 0x0D) || character == 0x85 || character == 0x2028 ||
          character == 0x2029;
+}
+
+bool isSpaceOrBreak(char32_t character) {
+  return isHorizontalSpace(character) || isLineBreak(character);
+}
+
+bool isDecimalDigit(char32_t character) {
+  if (character < 0x80) return character >= '0' && character <= '9';
+  return u_charType(static_cast<UChar32>(character)) == U_DECIMAL_DIGIT_NUMBER;
+}
+
+bool endsWord(std::string_view rest) {
+  if (rest.empty()) return true;
+  const auto next = static_cast<UChar32>(decodeFirst(rest).value);
+  const int type = u_charType(next);
+  const bool isPart = type == U_DECIMAL_DIGIT_NUMBER || type == U_CONNECTOR_PUNCTUATION ||
+                      type == U_FORMAT_CHAR || (U_MASK(type) & U_GC_M_MASK) != 0 ||
+                      u_hasBinaryProperty(next, UCHAR_ALPHABETIC) != 0 ||
+                      u_hasBinaryProperty(next, UCHAR_GRAPHEME_EXTEND) != 0;
+  return !isPart;
+}
+
+char32_t foldedCase(char32_t character) {
+  return static_cast<char32_t>(u_foldCase(static_cast<UChar32>(character), U_FOLD_CASE_DEFAULT));
 }
 
 bool isLetterOrNumber(char32_t character) {
@@ -218,9 +295,7 @@ std::string_view trimHorizontal(std::string_view text) {
 }
 
 std::string_view trimSpaceAndBreaks(std::string_view text) {
-  return trim(text, [](char32_t character) {
-    return isHorizontalSpace(character) || isLineBreak(character);
-  });
+  return trim(text, isSpaceOrBreak);
 }
 
 std::u16string toUtf16(std::string_view text) {
@@ -236,12 +311,14 @@ std::string toUtf8(std::u16string_view text) {
 }
 
 std::size_t graphemeCount(std::string_view text) {
-  std::size_t count = 0;
-  forEachGrapheme(text, [&](std::size_t) {
-    ++count;
-    return true;
-  });
-  return count;
+  return graphemeCountUpTo(text, std::numeric_limits<std::size_t>::max());
+}
+
+std::size_t graphemeCountUpTo(std::string_view text, std::size_t most) {
+  Clusters passed = clustersStandingAlone(text, most);
+  if (passed.count == most || passed.end == text.size()) return passed.count;
+  forEachGrapheme(text.substr(passed.end), [&](std::size_t) { return ++passed.count < most; });
+  return passed.count;
 }
 
 std::vector<std::size_t> graphemeEnds(std::u16string_view text) {
@@ -256,14 +333,14 @@ std::vector<std::size_t> graphemeEnds(std::u16string_view text) {
 }
 
 std::string_view graphemePrefix(std::string_view text, std::size_t count) {
-  if (count == 0) return {};
-  std::size_t end = text.size();
-  forEachGrapheme(text, [&](std::size_t boundary) {
-    if (--count > 0) return true;
-    end = boundary;
-    return false;
-  });
-  return text.substr(0, end);
+  Clusters passed = clustersStandingAlone(text, count);
+  const std::size_t begin = passed.end;
+  if (passed.count < count)
+    forEachGrapheme(text.substr(begin), [&](std::size_t end) {
+      passed = {passed.count + 1, begin + end};
+      return passed.count < count;
+    });
+  return text.substr(0, passed.end);
 }
 
 std::size_t graphemesBefore(std::string_view text, std::size_t offset, std::size_t count) {

@@ -28,6 +28,15 @@ void appendUtf8(std::string& text, char32_t character);
 // U+000A to U+000D, U+0085, U+2028, U+2029.
 [[nodiscard]] bool isLineBreak(char32_t character);
 
+// The two kinds of white space together; what "\s" matches in an expression.
+[[nodiscard]] bool isSpaceOrBreak(char32_t character);
+// Decimal digits of any script, Unicode category Nd; what "\d" matches in an expression.
+[[nodiscard]] bool isDecimalDigit(char32_t character);
+// Whether "\b" matches in an expression between a letter or digit and `rest`.
+[[nodiscard]] bool endsWord(std::string_view rest);
+// Simple case folding: one character for one.
+[[nodiscard]] char32_t foldedCase(char32_t character);
+
 // Unicode categories L* and N*.
 [[nodiscard]] bool isLetterOrNumber(char32_t character);
 // Unicode categories M*: what stands on the letter before it.
@@ -48,6 +57,8 @@ void appendUtf8(std::string& text, char32_t character);
 
 // Extended grapheme clusters (UAX #29): the characters that a reader counts.
 [[nodiscard]] std::size_t graphemeCount(std::string_view text);
+// The same, but `most` as soon as there are as many.
+[[nodiscard]] std::size_t graphemeCountUpTo(std::string_view text, std::size_t most);
 // Where each of them ends, in UTF-16 units, rising.
 [[nodiscard]] std::vector<std::size_t> graphemeEnds(std::u16string_view text);
 // The first `count` of them; the whole text when it has fewer.

@@ -8,6 +8,9 @@ namespace nomely {
 namespace {
 
 constexpr std::size_t leastCells = 2;
+// Many headers over many short rows would make a small text a huge table: it ends where that many
+// cells have been added.
+constexpr std::size_t mostAdded = 200'000;
 
 std::vector<std::string> cellsIn(std::string_view line) {
   std::string_view rest = trimHorizontal(line);
@@ -48,14 +51,14 @@ std::optional<MarkdownTableParser::Result> MarkdownTableParser::parse(
   auto headers = rowIn(lines[startIndex]);
   if (!headers || !isSeparator(lines[startIndex + 1])) return std::nullopt;
   Result result{{std::move(*headers), {}}, startIndex + 2};
-  // A table ends where its filled up rows would take far more room than the text they came from.
-  constexpr std::size_t mostCells = 1'000'000;
-  const std::size_t mostRows = std::max<std::size_t>(mostCells / result.table.headers.size(), 1);
-  for (; result.nextIndex < lines.size() && result.table.rows.size() < mostRows;
-       ++result.nextIndex) {
+  const std::size_t width = result.table.headers.size();
+  std::size_t added = 0;
+  for (; result.nextIndex < lines.size(); ++result.nextIndex) {
     auto row = rowIn(lines[result.nextIndex]);
     if (!row) break;
-    row->resize(result.table.headers.size());
+    added += width - std::min(row->size(), width);
+    if (added > mostAdded) break;
+    row->resize(width);
     result.table.rows.push_back(std::move(*row));
   }
   return result;

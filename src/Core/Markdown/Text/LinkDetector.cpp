@@ -68,7 +68,7 @@ class LinkScanner {
  public:
   explicit LinkScanner(std::string_view text) : text_(text) {}
 
-  std::vector<DetectedLink> scan() {
+  std::vector<LinkDetector::Place> scan() {
     for (std::size_t at = 0; at < text_.size();) {
       if (text_[at] == ':')
         at = consumed_ = passColon(at);
@@ -77,7 +77,7 @@ class LinkScanner {
       else
         ++at;
     }
-    return std::move(links_);
+    return std::move(places_);
   }
 
  private:
@@ -97,15 +97,10 @@ class LinkScanner {
   [[nodiscard]] std::size_t portEnd(std::size_t hostEnd) const;
   [[nodiscard]] std::size_t tailEnd(std::size_t begin) const;
   [[nodiscard]] std::size_t endInSentence(std::size_t begin, std::size_t end) const;
-  void add(std::size_t begin, std::size_t end, std::string_view scheme);
-  [[nodiscard]] std::size_t unitsUpTo(std::size_t place);
 
   std::string_view text_;
-  std::vector<DetectedLink> links_;
-  std::unordered_set<std::string> seen_;
+  std::vector<LinkDetector::Place> places_;
   std::size_t consumed_ = 0;
-  std::size_t counted_ = 0;  // bytes that `units_` stands for
-  std::size_t units_ = 0;
 };
 
 std::size_t LinkScanner::passColon(std::size_t colon) {
@@ -116,7 +111,7 @@ std::size_t LinkScanner::passColon(std::size_t colon) {
   if (end == host) return host;
   if (end - host > longestHost) return end;
   const std::size_t stop = tailEnd(portEnd(end));
-  add(*scheme, stop, "");
+  places_.push_back({*scheme, endInSentence(*scheme, stop), true});
   return stop;
 }
 
@@ -178,7 +173,7 @@ std::size_t LinkScanner::passDot(std::size_t dot) {
   const std::size_t behind = last == end ? portEnd(last) : last;
   if (mayBeFileName(host) && !host.starts_with("www.") && at(behind) != '/') return end;
   const std::size_t stop = last == end ? tailEnd(behind) : last;
-  add(first, stop, "http://");
+  places_.push_back({first, endInSentence(first, stop), false});
   return std::max(stop, end);
 }
 
@@ -250,23 +245,24 @@ std::size_t LinkScanner::endInSentence(std::size_t begin, std::size_t end) const
   return end;
 }
 
-void LinkScanner::add(std::size_t begin, std::size_t end, std::string_view scheme) {
-  const std::string_view source = text_.substr(begin, endInSentence(begin, end) - begin);
-  std::string url = std::string(scheme).append(source);
-  if (!seen_.insert(url).second) return;
-  const std::size_t location = unitsUpTo(begin);
-  const std::size_t length = unitsUpTo(begin + source.size()) - location;
-  std::string title = LinkDetector::title(url);
-  links_.push_back({std::move(url), std::move(title), std::string(source), location, length});
-}
+// UTF-16 units of a text up to places that come in rising order.
+class UnitCounter {
+ public:
+  explicit UnitCounter(std::string_view text) : text_(text) {}
 
-std::size_t LinkScanner::unitsUpTo(std::size_t place) {
-  for (; counted_ < place; ++counted_) {
-    const auto byte = static_cast<unsigned char>(text_[counted_]);
-    if ((byte & 0xC0U) != 0x80U) units_ += byte >= 0xF0 ? 2 : 1;
+  std::size_t upTo(std::size_t place) {
+    for (; counted_ < place; ++counted_) {
+      const auto byte = static_cast<unsigned char>(text_[counted_]);
+      if ((byte & 0xC0U) != 0x80U) units_ += byte >= 0xF0 ? 2 : 1;
+    }
+    return units_;
   }
-  return units_;
-}
+
+ private:
+  std::string_view text_;
+  std::size_t counted_ = 0;  // bytes that `units_` stands for
+  std::size_t units_ = 0;
+};
 
 int hexDigit(char c) {
   if (c >= '0' && c <= '9') return c - '0';
@@ -303,6 +299,22 @@ LinkResultCache::Links LinkDetector::links(std::string_view body) {
 }
 
 std::vector<DetectedLink> LinkDetector::computeLinks(std::string_view text) {
+  std::vector<DetectedLink> links;
+  std::unordered_set<std::string> seen;
+  UnitCounter units(text);
+  for (const Place& place : places(text)) {
+    const std::string_view source = text.substr(place.begin, place.end - place.begin);
+    std::string url = std::string(place.hasScheme ? "" : "http://").append(source);
+    if (!seen.insert(url).second) continue;
+    const std::size_t location = units.upTo(place.begin);
+    const std::size_t length = units.upTo(place.end) - location;
+    std::string title = LinkDetector::title(url);
+    links.push_back({std::move(url), std::move(title), std::string(source), location, length});
+  }
+  return links;
+}
+
+std::vector<LinkDetector::Place> LinkDetector::places(std::string_view text) {
   return LinkScanner(text).scan();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,15 @@ namespace LinkDetector {
 [[nodiscard]] LinkResultCache::Links links(std::string_view body);
 
 [[nodiscard]] std::vector<DetectedLink> computeLinks(std::string_view text);
+
+// Where a link stands in a text, in bytes.
+struct Place {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+  bool hasScheme = false;
+};
+// All of them, repetitions too.
+[[nodiscard]] std::vector<Place> places(std::string_view text);
 
 // The last component of the path without extension and percent signs, else the host, else the
 // address itself.

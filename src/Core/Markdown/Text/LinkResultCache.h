@@ -1,14 +1,12 @@
 #pragma once
 
 #include <cstddef>
-#include <list>
 #include <memory>
 #include <mutex>
-#include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
+#include "Core/Extensions/RecentlyUsed.h"
 #include "Core/Markdown/Text/DetectedLink.h"
 
 namespace nomely {
@@ -28,14 +26,8 @@ class LinkResultCache {
   void set(Links links, std::string_view body);
 
  private:
-  struct Entry {
-    std::string body;
-    Links links;
-  };
-
   std::mutex lock_;
-  std::list<Entry> order_;  // the one to go first comes first
-  std::unordered_map<std::string_view, std::list<Entry>::iterator> cache_;
+  RecentlyUsed<Links> cache_{maxEntries};
 };
 
 }  // namespace nomely

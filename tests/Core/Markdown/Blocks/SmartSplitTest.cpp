@@ -1,0 +1,186 @@
+#include <array>
+#include <random>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Core/Markdown/Blocks/LineRules.h"
+#include "Core/Markdown/Blocks/SmartSplit.h"
+#include "Platform/Text/RegularExpression.h"
+#include "Platform/Text/Unicode.h"
+
+namespace nomely {
+
+void PrintTo(const SplitSegment& segment, std::ostream* stream) {
+  *stream << static_cast<int>(segment.kind) << ' ' << segment.text;
+}
+
+namespace test {
+namespace {
+
+using Segments = std::vector<SplitSegment>;
+using enum SplitSegment::Kind;
+
+TEST(SmartSplitTest, Lines) {
+  const struct {
+    const char* name;
+    std::string text;
+    Segments expected;
+  } cases[] = {
+      {"three sentences",
+       "今天很好。  明天再说。  后天见。",
+       {{paragraph, "今天很好。"}, {paragraph, "明天再说。"}, {paragraph, "后天见。"}}},
+      {"two sentences", "今天很好。  明天再说。", {{paragraph, "今天很好。  明天再说。"}}},
+      {"a colour is no tag",
+       "<span style=\"color: #FF0000\">红</span> 文字",
+       {{paragraph, "<span style=\"color: #FF0000\">红</span> 文字"}}},
+      {"a colour gains its blank",
+       "<span style=\"color:#FF0000\">红</span> #标签",
+       {{paragraph, "<span style=\"color: #FF0000\">红</span>"}, {paragraph, "#标签"}}},
+      {"year behind other digits", "12026.3.5x", {{paragraph, "12026.3.5x"}}},
+      {"the same with its end", "12026.3.5", {{paragraph, "1"}, {heading, "2026.3.5"}}},
+      {"brackets",
+       "[甲] 文 #乙 #丙 [丁]",
+       {{heading, "[甲] 文"}, {paragraph, "#乙"}, {paragraph, "#丙 [丁]"}}},
+      {"numbers within",
+       "做一1、 早饭二2、 午饭三3、 晚饭",
+       {{paragraph, "做一"},
+        {paragraph, "1、 早饭二"},
+        {paragraph, "2、 午饭三"},
+        {paragraph, "3、 晚饭"}}},
+      {"nothing", "", {{paragraph, ""}}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(SmartSplit::smartSplit(c.text), c.expected);
+  }
+  EXPECT_EQ(SmartSplit::classifySegment("2024.5.1 晴 \n a\nb\n"),
+            (SplitSegment{heading, "2024.5.1 晴\na\nb"}));
+  EXPECT_EQ(SmartSplit::classifySegment("[]x"), (SplitSegment{paragraph, "[]x"}));
+}
+
+// The same by expressions alone.
+
+Segments cutAt(const RegularExpression& expression, std::size_t leastCuts,
+               const std::string& text) {
+  const std::u16string whole = toUtf16(text);
+  const auto found = expression.matches(whole);
+  std::vector<std::u16string> raw;
+  std::size_t begin = 0;
+  for (const auto& match : found) {
+    raw.push_back(whole.substr(begin, match.whole().begin - begin));
+    begin = match.whole().end;
+  }
+  raw.push_back(whole.substr(begin));
+  Segments pieces;
+  for (const std::u16string& piece : raw)
+    if (const std::string trimmed(trimSpaceAndBreaks(toUtf8(piece))); !trimmed.empty())
+      pieces.push_back({paragraph, trimmed});
+  if (found.size() < leastCuts) return {};
+  return pieces;
+}
+
+Segments plainSplit(const std::string& text) {
+  static const RegularExpression color(R"(color:\s*(#[0-9A-Fa-f]{6}))");
+  static const RegularExpression marks(
+      R"((?=\d{4}[.\-/]\d{1,2}[.\-/]\d{1,2}\b|(?<=\S)\s+(?=\d+[、\.]\s)|(?<=\S)\s+(?=Q\d+[：:])|(?<=\S)\s+(?=Day\d+\s)|(?<=\S)\s+(?=#\S)))");
+  static const RegularExpression sentences(R"((?<=[。！？…」』）\)])(?:\s{2,}|\s+(?=[^\s])))");
+  static const RegularExpression items(R"((?<=.)(?=\d+[、\.]\s))");
+  static const RegularExpression date(R"(^\d{4}[.\-/]\d{1,2}[.\-/]\d{1,2})");
+  static const RegularExpression day(R"(^Day\d+|^\[.+\])");
+  static const RegularExpression question(R"(^Q\d+)");
+  static const RegularExpression mark("color:§#");
+  const std::string colored = toUtf8(color.replacingMatches(toUtf16(text), u"color:§$1"));
+  Segments pieces = cutAt(marks, 0, colored);
+  if (pieces.size() > 1) {
+    for (SplitSegment& piece : pieces) {
+      piece.text = toUtf8(mark.replacingMatches(toUtf16(piece.text), u"color: #"));
+      const std::u16string units = toUtf16(piece.text);
+      if (date.matchesIn(units) || day.matchesIn(units))
+        piece.kind = heading;
+      else if (question.matchesIn(units))
+        piece.kind = bulletItem;
+    }
+    return pieces;
+  }
+  pieces = cutAt(sentences, 2, text);
+  if (pieces.size() > 2) return pieces;
+  if (graphemeCount(text) > 10) pieces = cutAt(items, 2, text);
+  return pieces.size() > 2 ? pieces : Segments{{paragraph, text}};
+}
+
+class RandomText {
+ public:
+  std::string draw(std::size_t most) {
+    constexpr std::array<std::string_view, 58> pieces{
+        "2024.5.1", " 3. ",   "4、 ", " Q1：",  " Day2 ", "。 ",     " ",       " ",  " ",
+        "  ",       "\u3000", "\t",   "\u00A0", "\u2028", "\u0085",  "\r",      "\v", "\f",
+        "2024",     "1999",   "12",   "5",      "5",      "１",      "٣",       ".",  ".",
+        "-",        "/",      "、",   "。",     "！",     "）",      ")",       "…",  "Q",
+        "Day",      "：",     ":",    "#",      "#",      "color:",  "#ff00FF", "§",  "[",
+        "]",        "a",      "日",   "字",     "😀",      "e\u0301", "\u200D",  "_",  "[!",
+        "note",     "NOTE]",  "Tip]", "\u00AD"};
+    std::string text;
+    for (std::size_t count = random_() % most; count > 0; --count)
+      text += pieces.at(random_() % pieces.size());
+    return text;
+  }
+
+ private:
+  std::mt19937 random_{1};
+};
+
+TEST(SmartSplitTest, CutsWhereTheExpressionsDo) {
+  RandomText random;
+  std::size_t cut = 0;
+  for (int round = 0; round < 20'000; ++round) {
+    const std::string text = random.draw(14);
+    SCOPED_TRACE(testing::PrintToString(text));
+    const Segments expected = plainSplit(text);
+    ASSERT_EQ(SmartSplit::smartSplit(text), expected);
+    if (expected.size() > 1) ++cut;
+  }
+  EXPECT_GT(cut, 2000U);
+}
+
+TEST(LineRulesTest, FindWhatTheExpressionsFind) {
+  static const RegularExpression date(R"(^(\d{4}[.\-/]\d{1,2}[.\-/]\d{1,2})\b)");
+  static const RegularExpression numbered(R"(^(\d+)\.\s(.+)$)");
+  static const RegularExpression callout(
+      R"((?i)^\[!(NOTE|TIP|IMPORTANT|WARNING|CAUTION)\]\s*(.*)$)");
+  RandomText random;
+  std::array<std::size_t, 3> found{};
+  for (int round = 0; round < 30'000; ++round) {
+    constexpr std::array<std::string_view, 5> openings{"", "2024.5.1", "1999-12/", "12.",
+                                                       "[!nOte]"};
+    const std::string text =
+        std::string(openings.at(static_cast<std::size_t>(round) % 5)) + random.draw(8);
+    const std::u16string units = toUtf16(text);
+    SCOPED_TRACE(testing::PrintToString(text));
+    const auto group = [&](const RegularExpression::Match& match, std::size_t index) {
+      return toUtf8(units.substr(match.groups[index]->begin, match.groups[index]->length()));
+    };
+    ASSERT_EQ(LineRules::beginsWithDate(text), date.matchesIn(units));
+    found[0] += LineRules::beginsWithDate(text) ? 1 : 0;
+    const auto item = numbered.firstMatch(units);
+    const auto ours = LineRules::numberedLine(text);
+    ASSERT_EQ(ours.has_value(), item.has_value());
+    if (item) {
+      ++found[1];
+      ASSERT_EQ(ours->number, group(*item, 1));
+      ASSERT_EQ(ours->text, group(*item, 2));
+    }
+    const auto box = callout.firstMatch(units);
+    const auto opened = LineRules::calloutLine(text);
+    ASSERT_EQ(opened.has_value(), box.has_value());
+    if (box) {
+      ++found[2];
+      ASSERT_EQ(opened->title, trimSpaceAndBreaks(group(*box, 2)));
+    }
+  }
+  EXPECT_THAT(found, testing::Each(testing::Gt(500U)));
+}
+
+}  // namespace
+}  // namespace test
+}  // namespace nomely

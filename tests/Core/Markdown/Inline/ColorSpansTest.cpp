@@ -1,0 +1,126 @@
+#include <array>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "Core/Markdown/Inline/ColorSpans.h"
+#include "Core/Markdown/Inline/InlineText.h"
+#include "Platform/Text/RegularExpression.h"
+#include "Platform/Text/Unicode.h"
+
+namespace nomely::test {
+namespace {
+
+using Expression = RegularExpression;
+
+std::string part(const std::u16string& text, const std::optional<TextRange>& range) {
+  return toUtf8(text.substr(range->begin, range->length()));
+}
+
+// The matches as "whole|value|content".
+std::vector<std::string> plainSpans(const std::string& text, const Expression& expression) {
+  const std::u16string units = toUtf16(text);
+  std::vector<std::string> found;
+  for (const auto& match : expression.matches(units))
+    found.push_back(part(units, match.groups[0]) + "|" + part(units, match.groups[1]) + "|" +
+                    part(units, match.groups[2]));
+  return found;
+}
+
+const Expression& colorExpression() {
+  static const Expression color(
+      R"(<span\s+style=\"color:\s*(#[0-9A-Fa-f]{6})\">([\s\S]*?)</span>)");
+  return color;
+}
+
+std::string plainlyNormalized(const std::string& text, const std::string& marker) {
+  static const Expression bold(R"(\*\*([\s\S]+?)\*\*)");
+  static const Expression italic(R"((?<!\*)\*([\s\S]+?)\*(?!\*))");
+  const std::u16string units = toUtf16(text);
+  std::string normalized;
+  std::size_t copied = 0;
+  for (const auto& match : (marker == "*" ? italic : bold).matches(units)) {
+    const std::string content = part(units, match.groups[1]);
+    if (plainSpans(content, colorExpression()).empty()) continue;
+    normalized += toUtf8(units.substr(copied, match.whole().begin - copied));
+    normalized += ColorSpans::normalizeColorSpans(content, marker);
+    copied = match.whole().end;
+  }
+  return normalized + toUtf8(units.substr(copied));
+}
+
+TEST(ColorSpansTest, FindsWhatTheExpressionsFind) {
+  static const Expression size(R"(<span\s+style=\"font-size:\s*([0-9]+)px\">([\s\S]*?)</span>)");
+  static const Expression opening(R"(<span\s+style=\"color:\s*#[0-9A-Fa-f]{6}\">)");
+  static const Expression mention(R"(@\[\[[^\]|]+\|([^\]]+)\]\])");
+  constexpr std::array<std::string_view, 30> pieces{"<span style=\"color: #FF0000\">",
+                                                    "<span style=\"color:#00ff00\">",
+                                                    "</span>",
+                                                    "</span>",
+                                                    "<span\u3000\nstyle=\"color:\u2003#123456\">",
+                                                    "<span style=\"font-size:18px\">",
+                                                    "<span style=\"font-size: 7px\">",
+                                                    "<span style=\"color: #12345\">",
+                                                    "<span",
+                                                    " ",
+                                                    "style=\"",
+                                                    "font-size:",
+                                                    "12",
+                                                    "px",
+                                                    "\">",
+                                                    "*",
+                                                    "*",
+                                                    "**",
+                                                    "**",
+                                                    "***",
+                                                    "日",
+                                                    "a",
+                                                    "\n",
+                                                    "@[[",
+                                                    "@[[a|",
+                                                    "|",
+                                                    "]",
+                                                    "]]",
+                                                    "b",
+                                                    "😀"};
+  std::mt19937 random(1);
+  std::size_t found = 0;
+  for (int round = 0; round < 20'000; ++round) {
+    std::string text;
+    for (std::size_t count = random() % 12; count > 0; --count)
+      text += pieces.at(random() % pieces.size());
+    SCOPED_TRACE(testing::PrintToString(text));
+    std::vector<std::string> colors;
+    for (const SpanMatch& span : ColorSpans::colors(text))
+      colors.push_back(std::string(span.range.of(text)) + "|" +
+                       std::get<SpanMatch::Color>(span.kind).hex + "|" +
+                       std::string(span.contentRange.of(text)));
+    ASSERT_EQ(colors, plainSpans(text, colorExpression()));
+    std::vector<std::string> sizes;
+    for (const SpanMatch& span : ColorSpans::sizes(text))
+      sizes.push_back(std::string(span.range.of(text)) + "|" +
+                      std::to_string(std::get<SpanMatch::FontSize>(span.kind).px) + "|" +
+                      std::string(span.contentRange.of(text)));
+    ASSERT_EQ(sizes, plainSpans(text, size));
+    ASSERT_EQ(ColorSpans::openingCount(text), opening.matches(toUtf16(text)).size());
+    for (const std::string marker : {"**", "*"})
+      ASSERT_EQ(ColorSpans::normalizeColorSpansInsideMarkdown(text, marker),
+                plainlyNormalized(text, marker));
+    ASSERT_EQ(MarkdownTextView::prepared(text),
+              toUtf8(mention.replacingMatches(toUtf16(text), u"**@$1**")));
+    found += colors.size() + sizes.size();
+  }
+  EXPECT_GT(found, 2000U);
+}
+
+TEST(ColorSpansTest, Normalized) {
+  const std::string span = "<span style=\"color:#FF0000\">";
+  EXPECT_EQ(ColorSpans::normalizeColorSpans("a " + span + "b</span>" + span + "</span>c", "**"),
+            "**a **<span style=\"color: #FF0000\">**b**</span>"
+            "<span style=\"color: #FF0000\"></span>**c**");
+  EXPECT_EQ(ColorSpans::normalizeColorSpans("a", "*"), "*a*");
+  EXPECT_EQ(ColorSpans::normalizeColorSpans("", "*"), "");
+}
+
+}  // namespace
+}  // namespace nomely::test

@@ -1,0 +1,149 @@
+#include <array>
+#include <random>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Core/Markdown/Inline/InlineMarkdown.h"
+#include "Core/Markdown/Inline/ShownText.h"
+#include "Core/Markdown/Text/LinkScheme.h"
+
+namespace nomely::test {
+namespace {
+
+struct Case {
+  const char* name;
+  std::string text;
+  std::string expected;
+};
+
+TEST(InlineTextTest, Marks) {
+  const Case cases[] = {
+      {"nothing", "", ""},
+      {"bold and italic", "a **b** *c* ***d*** __e__ _f_", "a {b:b} {i:c} {bi:d} {b:e} {i:f}"},
+      {"at the edges of lines", "_a_\n__b__\n*c*", "{i:a}\n{b:b}\n{i:c}"},
+      {"over lines", "**a\nb**", "{b:a\nb}"},
+      {"code", "`a *b*` ``c`d``", "{m:a *b*} {m:c`d}"},
+      {"code over lines", "`a\nb \n c\r\nd`", "{m:a\nb \n c\r\nd}"},
+      {"struck", "~~a~~ 3~5 6~7", "{s:a} 3~5 6~7"},
+      {"escapes and references", "\\*a\\* &lt;b&gt; &amp; &x;", "*a* <b> & &x;"},
+      {"links", "[a *b*](https://x.org/c \"t\")", "{(https://x.org/c):a }{i(https://x.org/c):b}"},
+      {"an image is its description", "![图](a.png)", "图"},
+      {"HTML is text", "<b>a</b> <!-- c -->", "<b>a</b> <!-- c -->"},
+      {"hard breaks", "a  \nb\\\nc   \n  d", "a\nb\nc\n  d"},
+      {"white space stays", "  a   b \n\n\t c \r\n d\re **f** ",
+       "  a   b \n\n\t c \r\n d\re {b:f} "},
+      {"zero is kept", std::string("*a\0b*", 5), std::string("*a\0b*", 5)},
+      {"bare links", "看https://x.org/a_b_c。 y.com/z",
+       "看{(https://x.org/a_b_c):https://x.org/a_b_c}。 {(y.com/z):y.com/z}"},
+      {"a written link stays one", "[a](https://x.org)", "{(https://x.org):a}"},
+      {"bold against a Chinese mark", "**加粗，**后文 *a*", "{b:加粗，}后文 *a*"},
+      {"fallback with nothing between", "a****", "a"},
+      {"unclosed bold", "a **b", "a b"},
+      {"fallback shows links as they are", "**“a”**b x.com/y", "{b:“a”}b x.com/y"},
+      {"empty link before a line feed", "[](x)\n[](x)\n*a*", "\n\n{i:a}"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(shown(MarkdownTextView::markdownAttributed(c.text, {})), c.expected);
+  }
+}
+
+// What would begin a block at the start of a line comes back as it is, and what follows is inline.
+TEST(InlineTextTest, NoBlocks) {
+  const std::string openings[] = {
+      "# ",     "###### ",        "- ",       "+ ",       "* ",   "1. ",      "1) ",
+      "> ",     "    ",           "\t",       "---",      "***",  "===",      "~~~",
+      "```\n",  "| a |\n|---|\n", "<div>",    "<!-- ",    "<?x ", "[a]: b\n", "[a]:\nb",
+      "[^1]: ", "- [ ] ",         "a\n===\n", "a\n---\n", "\n\n", "\r# ",     "\r\r- "};
+  for (const std::string& opening : openings)
+    for (const std::string before : {"", "x\n", "x\n\n", "x\r"}) {
+      SCOPED_TRACE(testing::PrintToString(before + opening));
+      EXPECT_EQ(parsedInline(before + opening + "y").text, before + opening + "y");
+      const StyledText styled = parsedInline(before + opening + "*y*");
+      EXPECT_EQ(styled.text, before + opening + "y");
+    }
+}
+
+TEST(InlineTextTest, PlainCharactersComeBack) {
+  constexpr std::array<std::string_view, 40> pieces{
+      " ",      "  ",     "\n",     "\n",     "\r",     "\r\n",   "\t",     "#",    "# ",   "- ",
+      "+",      "1. ",    "12)",    "> ",     "|",      "---",    "===",    "~ ",   "!",    "]",
+      "(",      ")",      ":",      "\"",     "'",      "=",      ">",      "日记", "a",    "b。",
+      "\u3000", "\u2000", "\u2009", "\u00A0", "\u2028", "\u200B", "\uFEFF", "\x01", "\x7F", "😀"};
+  std::mt19937 random(1);
+  for (int round = 0; round < 20'000; ++round) {
+    std::string text;
+    for (std::size_t count = random() % 14; count > 0; --count)
+      text += pieces.at(random() % pieces.size());
+    // A code span makes the parser run and is seen as one.
+    const std::string marked = text + "`c`" + text;
+    std::string expected = text + "c" + text;
+    for (std::size_t at = expected.find("  \n"); at != std::string::npos;
+         at = expected.find("  \n"))
+      expected.erase(expected.find_last_not_of(' ', at) + 1,
+                     at + 2 - (expected.find_last_not_of(' ', at) + 1));
+    SCOPED_TRACE(testing::PrintToString(marked));
+    ASSERT_EQ(parsedInline(marked).text, expected);
+  }
+}
+
+TEST(InlineTextTest, Spans) {
+  const std::string red = "<span style=\"color: #FF0000\">";
+  const std::string big = "<span  style=\"font-size:18px\">";
+  const std::string end = "</span>";
+  const Case cases[] = {
+      {"colour and size", "a" + red + "b **c**" + end + big + "*d*" + end + "e",
+       "{#0000FF:a}{#FF0000:b }{b#FF0000:c}{i18#0000FF:d}{#0000FF:e}"},
+      {"inside bold", "**a " + red + "b" + end + "**", "{b#0000FF:a }{b#FF0000:b}"},
+      {"inside italic", "*a" + red + "b" + end + "c*", "{i#0000FF:a}{i#FF0000:b}{i#0000FF:c}"},
+      {"left open", red + "a", "{#0000FF:" + red + "a}"},
+      {"a size that is no number", "<span style=\"font-size:９px\">a" + end,
+       "{#0000FF:<span style=\"font-size:９px\">a</span>}"},
+      {"one inside another", red + "a" + big + "b" + end,
+       "{#FF0000:a<span  style=\"font-size:18px\">b}{18#0000FF:b}"},
+      {"links keep their own colour", "a.com/b", "{(a.com/b):a.com/b}"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const MarkdownTextView::InlineOptions blue{.defaultColor = TextColor{0, 0, 1, 1}};
+    EXPECT_EQ(shown(MarkdownTextView::inlineAttributed(c.text, blue)), c.expected);
+    EXPECT_EQ(shown(MarkdownTextView::inlineAttributed(c.text, blue)), c.expected) << "again";
+  }
+}
+
+TEST(InlineTextTest, HighlightOfEveryOccurrence) {
+  const auto marked = [](std::string_view text, std::string_view keyword) {
+    return shown(MarkdownTextView::inlineAttributed(text, {.highlightKeyword = keyword}));
+  };
+  EXPECT_EQ(marked("aBab **xAb** b", " ab\u3000"), "{=FFEA66:aBab} {b:x}{b=FFEA66:Ab} b");
+  EXPECT_EQ(marked("日记ÀÉ", "àé"), "日记{=FFEA66:ÀÉ}");
+  EXPECT_EQ(marked("日记ÀÉ", " "), "日记ÀÉ");
+}
+
+TEST(InlineTextTest, Preparation) {
+  EXPECT_EQ(
+      MarkdownTextView::prepared("a @[[memo_1|小 王]]。@[[x]] @[[|y]] @[[z|]] @[[v|w] @[[m|n]]\nb"),
+      "a **@小 王**。@[[x]] @[[|y]] @[[z|]] @[[v|w] **@n**\nb");
+  EXPECT_EQ(MarkdownTextView::preparedParagraph("@[[a|b]]\nc\n"), "**@b**  \nc  \n");
+}
+
+TEST(InlineTextTest, SchemesThatAreNoLinks) {
+  const char* const refused[] = {
+      "javascript:alert(1)", "JaVaScRiPt:x",       " \tjava\nscript\x01:x", "java&#115;cript:x",
+      "javascript&colon;x",  "java&Tab;script:x",  "&#x6A;avascript&#58x",  "vbscript:x",
+      "data:text/html,x",    "java\u200Bscript:x", "\uFEFFjavascript:x",    "javascript\x7F:x"};
+  for (const char* url : refused) {
+    SCOPED_TRACE(url);
+    EXPECT_FALSE(mayBeLinked(url));
+    for (const auto& run : parsedInline(std::string("[a](<") + url + ">)").runs)
+      EXPECT_EQ(run.style.link, nullptr);
+  }
+  for (const char* url : {"https://x.org", "mailto:a@b.c", "a/b:c", "obsidian://x", "#javascript:x",
+                          "x?javascript:y", "javascripts:x"})
+    EXPECT_TRUE(mayBeLinked(url)) << url;
+  EXPECT_EQ(shown(parsedInline("[a](javascript:x) <javascript:y>")), "a javascript:y");
+}
+
+}  // namespace
+}  // namespace nomely::test

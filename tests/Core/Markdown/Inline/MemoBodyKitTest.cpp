@@ -1,0 +1,64 @@
+#include <gtest/gtest.h>
+
+#include "Core/Markdown/Inline/MemoBodyKit.h"
+
+namespace nomely::test {
+namespace {
+
+std::string repeated(std::string_view part, int count) {
+  std::string text;
+  for (; count > 0; --count) text += part;
+  return text;
+}
+
+TEST(MemoBodyKitTest, Estimates) {
+  EXPECT_EQ(MemoBodyKit::estimatedCJKRatio(""), 0);
+  EXPECT_EQ(MemoBodyKit::estimatedCJKRatio("日a，é"), 0.25);
+  EXPECT_EQ(MemoBodyKit::estimatedCJKRatio(repeated("a", 400) + repeated("日", 400)), 0);
+  EXPECT_EQ(MemoBodyKit::estimatedRenderLines("a\n \n\r\nb"), 6.5);
+  EXPECT_EQ(MemoBodyKit::estimatedRenderLines(repeated("a", 100) + "\u2028a"), 3);
+}
+
+TEST(MemoBodyKitTest, Collapsing) {
+  const struct {
+    const char* name;
+    std::string text;
+    bool collapses;
+    std::string preview;
+  } cases[] = {
+      {"nothing", " \n", false, ""},
+      {"300 ideographs", repeated("日", 300), true, repeated("日", 156) + "..."},
+      {"300 letters", repeated("a", 300), false, repeated("a", 300)},
+      {"301 letters", repeated("a", 301), true, repeated("a", 300) + "..."},
+      {"six lines", "\na\nb\nc\nd\ne\nf\n", false, "a\nb\nc\nd\ne\nf"},
+      {"seven", "a\nb\nc\nd\ne\nf\ng", true, "a\nb\nc\nd\ne\nf..."},
+      {"blank lines cost more", "a\n\nb\n\nc\n\nd", true, "a\n\nb\n\nc..."},
+      {"the last line in part", "a\nb\nc\nd\ne\n" + repeated("x ", 30), true,
+       "a\nb\nc\nd\ne\n" + repeated("x ", 24) + "x..."},
+      {"bold cut off", "a **b\nc\nd\ne\nf\ng\nh**", true, "a..."},
+      {"colour cut off", "<span style=\"color: #FF0000\">a\nb\nc\nd\ne\nf\ng</span>", true,
+       "<span style=\"color: #FF0000\">a\nb\nc\nd\ne\nf</span>..."},
+      {"table cut off", "a\nb\n\n|x|y|\n|---|---|\n|1|2|\n|3|4|", true, "a\nb..."},
+      {"nothing but a table", "|x|y|\n|---|---|\n|1|2|\n|3|4|\n|5|6|\n|7|8|\n|9|0|", true,
+       "|x|y|\n|---|---|\n|1|2|\n|3|4|\n|5|6|\n|7|8|..."},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(MemoBodyKit::shouldCollapse(c.text), c.collapses);
+    EXPECT_EQ(MemoBodyKit::collapsedPreview(c.text), c.preview);
+  }
+}
+
+TEST(MemoBodyKitTest, Repairs) {
+  using namespace MemoBodyKit;
+  EXPECT_EQ(closeOpenColorSpan("<span  style=\"color:#ff0000\">a</span></span>"),
+            "<span  style=\"color:#ff0000\">a</span></span>");
+  EXPECT_EQ(trimUnclosedInlineMarkers("a *b* `c **d** "), "a *b*");
+  EXPECT_EQ(trimUnclosedInlineMarkers("a ***"), "a");
+  EXPECT_EQ(truncateUnclosedTable("a\n|b\n|c\nd"), "a\n|b\n|c\nd") << "two lines are no table";
+  EXPECT_EQ(truncateUnclosedTable("a\n|b\n|c\n|d\ne"), "a");
+  EXPECT_EQ(truncateUnclosedTable("a\n|b\nc\n|d"), "a\n|b\nc\n|d");
+}
+
+}  // namespace
+}  // namespace nomely::test
