@@ -253,14 +253,7 @@ bool isDecimalDigit(char32_t character) {
 }
 
 bool endsWord(std::string_view rest) {
-  if (rest.empty()) return true;
-  const auto next = static_cast<UChar32>(decodeFirst(rest).value);
-  const int type = u_charType(next);
-  const bool isPart = type == U_DECIMAL_DIGIT_NUMBER || type == U_CONNECTOR_PUNCTUATION ||
-                      type == U_FORMAT_CHAR || (U_MASK(type) & U_GC_M_MASK) != 0 ||
-                      u_hasBinaryProperty(next, UCHAR_ALPHABETIC) != 0 ||
-                      u_hasBinaryProperty(next, UCHAR_GRAPHEME_EXTEND) != 0;
-  return !isPart;
+  return rest.empty() || !continuesWord(decodeFirst(rest).value);
 }
 
 char32_t foldedCase(char32_t character) {
@@ -274,11 +267,6 @@ bool isLetterOrNumber(char32_t character) {
 
 bool isMark(char32_t character) {
   return (U_MASK(u_charType(static_cast<UChar32>(character))) & U_GC_M_MASK) != 0;
-}
-
-bool isDecimalDigit(char32_t character) {
-  if (character < 0x80) return character >= '0' && character <= '9';
-  return u_charType(static_cast<UChar32>(character)) == U_DECIMAL_DIGIT_NUMBER;
 }
 
 bool continuesWord(char32_t character) {

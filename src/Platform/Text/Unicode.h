@@ -41,8 +41,6 @@ void appendUtf8(std::string& text, char32_t character);
 [[nodiscard]] bool isLetterOrNumber(char32_t character);
 // Unicode categories M*: what stands on the letter before it.
 [[nodiscard]] bool isMark(char32_t character);
-// Unicode category Nd, which goes far beyond ASCII.
-[[nodiscard]] bool isDecimalDigit(char32_t character);
 // Whether `character` behind a letter leaves an expression's \b no boundary between the two.
 [[nodiscard]] bool continuesWord(char32_t character);
 
