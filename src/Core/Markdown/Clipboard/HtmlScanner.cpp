@@ -5,7 +5,6 @@
 namespace nomely {
 namespace {
 
-using HtmlScanner::Closing;
 using HtmlScanner::Element;
 using HtmlScanner::Names;
 
