@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <variant>
 
 #include <fmt/format.h>
@@ -18,7 +19,7 @@ namespace {
 constexpr auto npos = std::string_view::npos;
 
 std::string colorCode(std::string_view ground, const TextColor& color) {
-  const auto part = [](double value) { return static_cast<int>(value * 255 + 0.5); };
+  const auto part = [](double value) { return std::lround(value * 255); };
   return fmt::format("{};2;{};{};{}", ground, part(color.red), part(color.green), part(color.blue));
 }
 

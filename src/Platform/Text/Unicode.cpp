@@ -138,8 +138,8 @@ std::size_t columnsOf(std::string_view cluster) {
 // Units that never join with one another, but for a carriage return with its line feed: most text
 // of this application is of nothing else.
 bool standsAlone(char16_t unit) {
-  return unit < 0x80 || (unit >= 0x4E00 && unit <= 0x9FFF) || (unit >= 0x3000 && unit <= 0x3029) ||
-         (unit >= 0xFF01 && unit <= 0xFF60);
+  return unit < 0x80 || (unit >= 0x2010 && unit <= 0x2027) || (unit >= 0x4E00 && unit <= 0x9FFF) ||
+         (unit >= 0x3000 && unit <= 0x3029) || (unit >= 0xFF01 && unit <= 0xFF60);
 }
 
 std::vector<std::size_t> endsByIterator(std::u16string_view text) {
@@ -312,10 +312,19 @@ std::size_t graphemeCountUpTo(std::string_view text, std::size_t most) {
 std::vector<std::size_t> graphemeEnds(std::u16string_view text) {
   std::vector<std::size_t> ends;
   ends.reserve(text.size());
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    if (!standsAlone(text[at])) return endsByIterator(text);
-    if (text.substr(at).starts_with(u"\r\n")) ++at;
-    ends.push_back(at + 1);
+  const auto isSurelyEnd = [&](std::size_t at) {
+    return at == text.size() || (standsAlone(text[at - 1]) && standsAlone(text[at]) &&
+                                 !(text[at - 1] == u'\r' && text[at] == u'\n'));
+  };
+  for (std::size_t begin = 0; begin < text.size();) {
+    std::size_t end = begin + 1;
+    while (!isSurelyEnd(end)) ++end;
+    if (end == begin + 1)
+      ends.push_back(end);
+    else
+      for (const std::size_t inner : endsByIterator(text.substr(begin, end - begin)))
+        ends.push_back(begin + inner);
+    begin = end;
   }
   return ends;
 }
