@@ -57,7 +57,7 @@ Steps buildSteps(std::size_t threads) {
 }  // namespace
 
 void registerColdReading() {
-  for (const std::size_t threads : {2, 4, 8, 16, 32})
+  for (const std::size_t threads : {2, 4, 8, 16})
     registerComparison({.what = fmt::format("build, files uncached, {} threads", threads),
                         .prepare = [=] { return buildSteps(threads); },
                         .goal = {.ratio = 1.5},

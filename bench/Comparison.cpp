@@ -89,9 +89,10 @@ struct Verdict {
   bool met = true;
 
   void add(const std::string& goal, bool isMet) {
-    text += fmt::format("{}{}: {}", text.empty() ? "" : ", ", goal, isMet ? "met" : "MISSED");
+    tell(fmt::format("{}: {}", goal, isMet ? "met" : "MISSED"));
     met = met && isMet;
   }
+  void tell(const std::string& figure) { text += (text.empty() ? "" : ", ") + figure; }
 };
 
 Verdict judge(const Goal& goal, std::optional<double> floor, double ours) {
@@ -99,7 +100,7 @@ Verdict judge(const Goal& goal, std::optional<double> floor, double ours) {
   if (goal.ratio && floor)
     verdict.add(fmt::format("ratio <= {:.2f}", *goal.ratio), ours / *floor <= *goal.ratio);
   if (goal.perSecond && floor && 1 / *floor < *goal.perSecond)
-    verdict.text += fmt::format(", {:.0f} a second (the disk gives {:.0f})", 1 / ours, 1 / *floor);
+    verdict.tell(fmt::format("{:.0f} a second (the disk gives {:.0f})", 1 / ours, 1 / *floor));
   else if (goal.perSecond)
     verdict.add(fmt::format(">= {:.0f} a second (is {:.0f})", *goal.perSecond, 1 / ours),
                 1 / ours >= *goal.perSecond);
@@ -118,10 +119,9 @@ bool printRow(const Result& result) {
   if (!result.samples.floor.empty()) floor = median(result.samples.floor) / units;
   const double ours = median(result.samples.ours) / units;
   Verdict verdict = judge(result.comparison.goal, floor, ours);
-  if (result.bytes > 0)
-    verdict.text += fmt::format("{:.0f} MB/s", result.bytes / units / ours / 1e6);
-  if (!result.note.empty()) verdict.text += (verdict.text.empty() ? "" : ", ") + result.note;
-  fmt::print("{:<40} {:>11} {:>11} {:>6}  {}\n", result.comparison.what,
+  if (result.bytes > 0) verdict.tell(fmt::format("{:.0f} MB/s", result.bytes / units / ours / 1e6));
+  if (!result.note.empty()) verdict.tell(result.note);
+  fmt::print("{:<52} {:>11} {:>11} {:>6}  {}\n", result.comparison.what,
              floor ? duration(*floor) : "-", duration(ours),
              floor ? fmt::format("{:.2f}", ours / *floor) : "-", verdict.text);
   return verdict.met;
@@ -141,11 +141,11 @@ void registerComparison(Comparison comparison) {
 
 bool printTable() {
   bool meetsGoals = true;
-  fmt::print("\n{:<40} {:>11} {:>11} {:>6}  goal\n", "what (medians of steps)", "floor", "ours",
+  fmt::print("\n{:<52} {:>11} {:>11} {:>6}  goal\n", "what (medians of steps)", "floor", "ours",
              "ratio");
   for (const auto& result : results()) {
     if (!result->skipped.empty())
-      fmt::print("{:<40} skipped: {}\n", result->comparison.what, result->skipped);
+      fmt::print("{:<52} skipped: {}\n", result->comparison.what, result->skipped);
     else if (!result->samples.ours.empty())
       meetsGoals = printRow(*result) && meetsGoals;
   }

@@ -58,6 +58,7 @@ void registerText();
 void registerSearching();
 void registerColdReading();
 void registerMarkdown();
+void registerPages();
 
 // A row for each comparison that was run. Returns whether all their goals are met.
 bool printTable();

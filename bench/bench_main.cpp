@@ -24,6 +24,7 @@ int main(int argc, char** argv) {
   registerSearching();
   registerColdReading();
   registerMarkdown();
+  registerPages();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return printTable() ? 0 : 1;

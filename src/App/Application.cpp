@@ -47,7 +47,7 @@ DiskPaths choosePaths(const ApplicationContext& context) {
 }
 
 // On a small machine more threads than cores: building the search index waits for the disk while
-// the files are not in the system's cache, and with eight reads under way it is done in a third of
+// the files are not in the system's cache, and with eight reads under way it is done in half
 // the time that two take. With the files there more threads cost nothing.
 std::size_t jobThreads() {
   constexpr std::size_t readsUnderWay = 8;
