@@ -202,7 +202,7 @@ class DayViewModel {
   void showNothing();
   void showAll(Entries entries);
   void recomputeDisplayMemos();
-  void reloadSearch(std::string query);
+  void reloadSearch(const std::string& query);
   void loadTimelineQuery(TimelineMode mode, Membership membership, Query query);
   template <typename Find, typename Apply>
   void startLoad(Find find, Apply apply);

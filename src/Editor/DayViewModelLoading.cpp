@@ -174,7 +174,7 @@ void DayViewModel::loadSearchResults(const std::vector<SearchResult>& results, s
       [this](Entries found) { showAll(std::move(found)); });
 }
 
-void DayViewModel::reloadSearch(std::string query) {
+void DayViewModel::reloadSearch(const std::string& query) {
   if (!searchIndex_) return;
   constexpr std::size_t limit = 50;
   cancelLoad();
