@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 
 #include "CLI/CommandTest.h"
 
@@ -95,6 +97,24 @@ TEST_F(RenderCommandTest, PreviewAndFiles) {
 TEST_F(RenderCommandTest, ShowDrawsTheBody) {
   EXPECT_EQ(add("- [ ] **买** 菜")["seqNumber"], 1);
   EXPECT_NE(run({"show", "2026-03-01/1"}).output.find("\n☐ 买 菜\n"), std::string::npos);
+}
+
+// Each .md has its blocks and its HTML beside it. NOMELY_REBASELINE=1 writes those anew.
+TEST_F(RenderCommandTest, WholeTexts) {
+  int met = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(NOMELY_FIXTURES "/render")) {
+    if (entry.path().extension() != ".md") continue;
+    ++met;
+    for (const std::string form : {"blocks", "html"}) {
+      SCOPED_TRACE(entry.path().filename().string() + " as " + form);
+      std::filesystem::path expected = entry.path();
+      expected.replace_extension("." + form);
+      const std::string shown = render(readFile(entry.path()), {"--" + form}).output;
+      if (std::getenv("NOMELY_REBASELINE") != nullptr) writeFile(expected, shown);
+      EXPECT_EQ(shown, readFile(expected));
+    }
+  }
+  EXPECT_EQ(met, 3);
 }
 
 }  // namespace
