@@ -1,29 +1,18 @@
 #include "Export/MarkdownHTML.h"
 
-#include <algorithm>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include <fmt/format.h>
 
+#include "Core/Markdown/Blocks/LineRules.h"
 #include "Core/Markdown/Tables/MarkdownTableParser.h"
+#include "Core/Markdown/Text/TextLines.h"
 #include "Export/InlineHTML.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
 namespace {
-
-std::vector<std::string_view> linesOf(std::string_view text) {
-  std::vector<std::string_view> lines;
-  lines.reserve(static_cast<std::size_t>(std::ranges::count(text, '\n')) + 1);
-  for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
-    lines.push_back(text.substr(0, end));
-    text.remove_prefix(end + 1);
-  }
-  lines.push_back(text);
-  return lines;
-}
 
 std::optional<std::string_view> behind(std::string_view line, std::string_view prefix) {
   if (!line.starts_with(prefix)) return std::nullopt;
@@ -33,32 +22,6 @@ std::optional<std::string_view> behind(std::string_view line, std::string_view p
 bool isRule(std::string_view line) {
   return line.size() >= 3 && (line[0] == '-' || line[0] == '*' || line[0] == '_') &&
          line.find_first_not_of(line[0]) == std::string_view::npos;
-}
-
-// Group 2 of ^(\d+)\.\s(.+)$.
-std::optional<std::string_view> numberedText(std::string_view line) {
-  std::size_t at = 0;
-  while (at < line.size()) {
-    const DecodedCharacter digit = decodeFirst(line.substr(at));
-    if (!isDecimalDigit(digit.value)) break;
-    at += digit.length;
-  }
-  if (at == 0 || !line.substr(at).starts_with('.') || at + 1 == line.size()) return std::nullopt;
-  const DecodedCharacter space = decodeFirst(line.substr(at + 1));
-  if (!isHorizontalSpace(space.value) && !isLineBreak(space.value)) return std::nullopt;
-  std::string_view text = line.substr(at + 1 + space.length);
-  // One line break may end the line, none may stand in it.
-  for (at = 0; at < text.size();) {
-    const DecodedCharacter next = decodeFirst(text.substr(at));
-    if (isLineBreak(next.value)) {
-      if (at + next.length != text.size()) return std::nullopt;
-      text = text.substr(0, at);
-      break;
-    }
-    at += next.length;
-  }
-  if (text.empty()) return std::nullopt;
-  return text;
 }
 
 struct ChecklistItem {
@@ -117,7 +80,8 @@ class Converter {
     for (const std::string_view bullet : {"- ", "* "})
       if (const auto text = behind(line, bullet))
         return emitItem("<ul>", InlineHTML::convert(*text));
-    if (const auto text = numberedText(line)) return emitItem("<ol>", InlineHTML::convert(*text));
+    if (const auto item = LineRules::numberedLine(line))
+      return emitItem("<ol>", InlineHTML::convert(item->text));
     if (const auto text = behind(line, "> "))
       return emitBlock("<blockquote>" + InlineHTML::convert(*text) + "</blockquote>");
     emitBlock(

@@ -8,6 +8,7 @@
 #include "Core/Markdown/Blocks/SmartSplit.h"
 #include "Core/Markdown/Tables/MarkdownTableParser.h"
 #include "Core/Markdown/Text/MemoTextSanitizer.h"
+#include "Core/Markdown/Text/TextLines.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -18,17 +19,6 @@ using Lines = std::vector<std::string_view>;
 constexpr auto npos = std::string_view::npos;
 constexpr std::string_view fence = "```";
 constexpr std::size_t mostReserved = 64;
-
-Lines linesOf(std::string_view text) {
-  Lines lines;
-  lines.reserve(8 + text.size() / 64);
-  for (std::size_t feed = text.find('\n'); feed != npos; feed = text.find('\n')) {
-    lines.push_back(text.substr(0, feed));
-    text.remove_prefix(feed + 1);
-  }
-  lines.push_back(text);
-  return lines;
-}
 
 std::string joined(std::span<const std::string_view> lines) {
   std::string text;
