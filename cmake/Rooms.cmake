@@ -18,11 +18,19 @@ endfunction()
 function(nomely_tests name)
   cmake_parse_arguments(TESTS "" "FOLDER" "LINK" ${ARGN})
   file(GLOB_RECURSE files CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${TESTS_FOLDER}/*.cpp)
-  add_executable(nomely_${name}_tests ${files})
+  # Paths of this checkout stand in a file of their own, so that a compiler cache serves every other
+  # file of tests in all checkouts.
+  set(paths ${CMAKE_CURRENT_BINARY_DIR}/${name}_paths.cpp)
+  file(GENERATE OUTPUT ${paths} CONTENT "#include \"Support/TestPaths.h\"
+
+const std::string nomely::test::TestPaths::fixtures =
+    \"${CMAKE_CURRENT_SOURCE_DIR}/${TESTS_FOLDER}/fixtures\";
+const std::string nomely::test::TestPaths::nomely = \"$<TARGET_FILE:nomely>\";
+const std::string nomely::test::TestPaths::writer = \"$<TARGET_FILE:nomely_writer>\";
+")
+  add_executable(nomely_${name}_tests ${files} ${paths})
   target_link_libraries(nomely_${name}_tests PRIVATE nomely_test_support ${TESTS_LINK} GTest::gmock_main)
   target_precompile_headers(nomely_${name}_tests PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
-  target_compile_definitions(nomely_${name}_tests PRIVATE
-    NOMELY_FIXTURES="${CMAKE_CURRENT_SOURCE_DIR}/${TESTS_FOLDER}/fixtures")
   gtest_discover_tests(nomely_${name}_tests DISCOVERY_MODE PRE_TEST
     TEST_PREFIX ${name}/ PROPERTIES TIMEOUT 600 ENVIRONMENT "TZ=Asia/Shanghai;LC_ALL=C.UTF-8")
 endfunction()

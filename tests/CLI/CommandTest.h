@@ -8,6 +8,7 @@
 
 #include "Support/ProgramRun.h"
 #include "Support/TemporaryFolder.h"
+#include "Support/TestPaths.h"
 
 namespace nomely::test {
 
@@ -18,7 +19,7 @@ class CommandTest : public testing::Test {
  protected:
   [[nodiscard]] ProgramResult run(ProgramCall call) const {
     call.environment.emplace("NOMELY_ROOT", root.string());
-    return runProgram(NOMELY_PROGRAM, home.path(), call);
+    return runProgram(TestPaths::nomely, home.path(), call);
   }
   [[nodiscard]] ProgramResult run(std::vector<std::string> arguments) const {
     return run(ProgramCall{.arguments = std::move(arguments)});

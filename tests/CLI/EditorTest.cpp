@@ -61,7 +61,7 @@ TEST_F(EditorTest, AChangeMadeElsewhereMeanwhileIsKeptAndSoIsTheEditedText) {
   const Json added = add("原文");
   const ProgramResult result =
       runWithEditor({"edit", "2026-03-01/1"},
-                    std::string(NOMELY_PROGRAM) +
+                    TestPaths::nomely +
                         " edit 2026-03-01/1 别处的修改 > /dev/null; echo 编辑器里的修改 > \"$1\"");
   EXPECT_EQ(result.status, 3) << result.errors;
   EXPECT_EQ(json({"show", "2026-03-01/1"})["body"], "别处的修改");

@@ -102,7 +102,7 @@ TEST_F(RenderCommandTest, ShowDrawsTheBody) {
 // Each .md has its blocks and its HTML beside it. NOMELY_REBASELINE=1 writes those anew.
 TEST_F(RenderCommandTest, WholeTexts) {
   int met = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(NOMELY_FIXTURES "/render")) {
+  for (const auto& entry : std::filesystem::directory_iterator(TestPaths::fixtures + "/render")) {
     if (entry.path().extension() != ".md") continue;
     ++met;
     for (const std::string form : {"blocks", "html"}) {

@@ -10,6 +10,7 @@
 #include "Support/ManualClock.h"
 #include "Support/RoundTrip.h"
 #include "Support/TemporaryFolder.h"
+#include "Support/TestPaths.h"
 
 namespace nomely::test {
 namespace {
@@ -20,7 +21,7 @@ constexpr const char* fixtureNames[] = {"usual", "flow",        "scalars", "comm
 // Each fixture, cut off or with a byte changed. A test each, so that they run side by side.
 class DamagedMemoTest : public testing::TestWithParam<const char*> {
  protected:
-  std::string content = readFile(std::filesystem::path(NOMELY_FIXTURES) / "memos" /
+  std::string content = readFile(std::filesystem::path(TestPaths::fixtures) / "memos" /
                                  (std::string(GetParam()) + ".md"));
   std::map<Reading, int> counts;
 

@@ -21,6 +21,7 @@
 #include "Support/FaultyFileSystem.h"
 #include "Support/ManualClock.h"
 #include "Support/TemporaryFolder.h"
+#include "Support/TestPaths.h"
 
 namespace nomely::test {
 namespace {
@@ -38,7 +39,7 @@ class Writer {
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-    std::array words{std::string(NOMELY_WRITER), root.string(), std::to_string(seed),
+    std::array words{TestPaths::writer, root.string(), std::to_string(seed),
                      std::to_string(changes)};
     std::array<char*, 5> arguments{words[0].data(), words[1].data(), words[2].data(),
                                    words[3].data(), nullptr};

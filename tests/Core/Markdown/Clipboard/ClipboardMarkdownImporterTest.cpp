@@ -7,6 +7,7 @@
 
 #include "Core/Markdown/Clipboard/ClipboardMarkdownImporter.h"
 #include "Support/TemporaryFolder.h"
+#include "Support/TestPaths.h"
 
 namespace nomely::test {
 namespace {
@@ -63,7 +64,7 @@ TEST(ClipboardMarkdownImporterTest, Markup) {
 // Each .html has its .md beside it. NOMELY_REBASELINE=1 writes those anew.
 TEST(ClipboardMarkdownImporterTest, Fragments) {
   int met = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(NOMELY_FIXTURES "/paste")) {
+  for (const auto& entry : std::filesystem::directory_iterator(TestPaths::fixtures + "/paste")) {
     if (entry.path().extension() != ".html") continue;
     SCOPED_TRACE(entry.path().filename());
     std::filesystem::path expected = entry.path();
