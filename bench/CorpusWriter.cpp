@@ -81,7 +81,7 @@ void prepareRoot(const path& folder) {
   if (files.exists(folder) && !files.listAll(folder).empty())
     throw CorpusError(
         fmt::format("文件夹“{}”不是空的：语料只写入新文件夹或空文件夹", folder.string()));
-  DiskPaths{folder}.createRoot();
+  DiskPaths{folder}.createRoot(FileManager(posixFileSystem()));
 }
 
 class Writer {

@@ -36,14 +36,14 @@ std::string fixtureName(const Environment& environment) {
   return name;
 }
 
-DiskPaths choosePaths(const ApplicationContext& context) {
+DiskPaths choosePaths(const ApplicationContext& context, const FileManager& files) {
   const std::filesystem::path temporary = context.environment.temporaryFolder();
   if (isUiTesting(context.environment))
     return {temporary / ("Nomely-UIFixture-" + fixtureName(context.environment))};
   if (isTestHost(context.environment))
     return {temporary / fmt::format("Nomely-TestHost-{}", ::getpid())};
   if (context.root) return {*context.root};
-  return DiskPaths::defaultPaths(context.environment);
+  return DiskPaths::defaultPaths(context.environment, files);
 }
 
 // On a small machine more threads than cores: building the search index waits for the disk while
@@ -59,8 +59,9 @@ std::size_t jobThreads() {
 Application::Application(const ApplicationContext& context)
     : executor_(context.executor),
       isUnitTesting_(isUiTesting(context.environment) || isTestHost(context.environment)),
-      storage_{choosePaths(context), FileManager(context.fileSystem), context.clock},
-      dayStore_(storage_),
+      storage_(choosePaths(context, FileManager(context.fileSystem)),
+               FileManager(context.fileSystem), context.clock),
+      memos_(storage_),
       userDefaults_(
           isUnitTesting_ ? storage_.paths.rootURL / ".state" : context.environment.stateFolder(),
           storage_.files),
@@ -71,12 +72,12 @@ Application::Application(const ApplicationContext& context)
 DayViewModel& Application::dayViewModel() {
   if (!dayViewModel_)
     dayViewModel_.emplace(DayViewModel::Context{
-        .dayStore = dayStore_, .searchIndex = &searchIndex_, .executor = executor_, .jobs = jobs_});
+        .service = memos_, .searchIndex = &searchIndex_, .executor = executor_, .jobs = jobs_});
   return *dayViewModel_;
 }
 
 EntryDateIndex& Application::entryDateIndex() {
-  if (!entryDateIndex_) entryDateIndex_.emplace(dayStore_, jobs_, executor_);
+  if (!entryDateIndex_) entryDateIndex_.emplace(dayStore(), jobs_, executor_);
   return *entryDateIndex_;
 }
 
@@ -87,6 +88,7 @@ void Application::startMaintenance(bool ready) {
     jobs_.submit(
         [storage = storage_, stop, completion](const std::stop_token&) {
           try {
+            TrashStore(storage).finishInterrupted();
             sweepTemporaryFiles(storage, stop);
             completion(nullptr);
           } catch (...) {

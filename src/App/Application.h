@@ -6,7 +6,7 @@
 #include "Core/Lifecycle/StartupCoordinator.h"
 #include "Core/Query/EntryDateIndex.h"
 #include "Core/Query/SearchIndex.h"
-#include "Core/Storage/DayStore.h"
+#include "Core/Service/MemoService.h"
 #include "Editor/DayViewModel.h"
 #include "Platform/Concurrency/JobPool.h"
 #include "Platform/Concurrency/MainExecutor.h"
@@ -39,7 +39,9 @@ class Application {
 
   [[nodiscard]] const DiskPaths& paths() const { return storage_.paths; }
   [[nodiscard]] const StoreContext& storage() const { return storage_; }
-  [[nodiscard]] DayStore& dayStore() { return dayStore_; }
+  [[nodiscard]] const DayStore& dayStore() const { return memos_.days(); }
+  // What changes notes.
+  [[nodiscard]] const MemoService& memos() const { return memos_; }
   [[nodiscard]] SearchIndex& searchIndex() { return searchIndex_; }
   // The models of a user interface, made when first asked for: a single command needs none.
   [[nodiscard]] DayViewModel& dayViewModel();
@@ -56,7 +58,7 @@ class Application {
   bool isUnitTesting_;
   bool dataMaintenance_ = false;
   StoreContext storage_;
-  DayStore dayStore_;
+  MemoService memos_;
   UserDefaults userDefaults_;
   JobPool jobs_;
   SearchIndex searchIndex_;

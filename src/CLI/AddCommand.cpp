@@ -3,9 +3,6 @@
 #include "CLI/MemoOutput.h"
 #include "CLI/TextInput.h"
 #include "CLI/UsageError.h"
-#include "Core/Extensions/TagUtilities.h"
-#include "Core/Markdown/Text/TagParser.h"
-#include "Core/Storage/MemoEditor.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -38,9 +35,7 @@ class AddCommand final : public Command {
       input.accept();
       throw UsageError("正文是空的，没有新建笔记");
     }
-    for (std::string& tag : TagParser::tags(content.body)) content.tags.push_back(std::move(tag));
-    content.tags = TagUtilities::uniqueTags(content.tags);
-    const Memo memo = MemoEditor(session.dayStore()).create(day, std::move(content), files);
+    const Memo memo = session.memos().create(day, std::move(content), files);
     input.accept();
     MemoOutput::print({day, memo}, session);
   }

@@ -1,7 +1,6 @@
 #include "CLI/Arguments.h"
 #include "CLI/Command.h"
 #include "CLI/MemoOutput.h"
-#include "Core/Storage/MemoEditor.h"
 
 namespace nomely {
 namespace {
@@ -16,7 +15,7 @@ class AttachCommand final : public Command {
   void run(Session& session) override {
     const auto files = Arguments::files(files_);
     TimelineEntry entry = Arguments::memo(reference_, session);
-    entry.memo = MemoEditor(session.dayStore()).attach(entry.date, entry.memo, files);
+    entry.memo = session.memos().attach(entry.date, entry.memo, files);
     MemoOutput::print(entry, session);
   }
 
@@ -38,7 +37,7 @@ class DetachCommand final : public Command {
     stored.reserve(names_.size());
     for (const std::string& name : names_)
       stored.push_back(Arguments::attachment(entry.memo, name));
-    entry.memo = MemoEditor(session.dayStore()).detach(entry.date, entry.memo, stored);
+    entry.memo = session.memos().detach(entry.date, entry.memo, stored);
     MemoOutput::print(entry, session);
   }
 

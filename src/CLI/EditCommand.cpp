@@ -3,10 +3,7 @@
 #include "CLI/MemoOutput.h"
 #include "CLI/TextInput.h"
 #include "CLI/UsageError.h"
-#include "Core/Extensions/TagUtilities.h"
 #include "Core/Markdown/Text/MemoTextUtilities.h"
-#include "Core/Markdown/Text/TagParser.h"
-#include "Core/Storage/MemoEditor.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -22,8 +19,7 @@ class EditCommand final : public Command {
   void run(Session& session) override {
     TimelineEntry entry = Arguments::memo(reference_, session);
     TextInput input(session);
-    const std::string& stored = entry.memo.body;
-    const std::string shown = MemoTextUtilities::textForEditing(stored);
+    const std::string shown = MemoTextUtilities::textForEditing(entry.memo.body);
     const std::optional<std::string> body = input.read(text_, shown);
     if (body && entry.memo.attachments.empty() && trimSpaceAndBreaks(*body).empty()) {
       input.accept();
@@ -33,11 +29,7 @@ class EditCommand final : public Command {
       input.accept();
       session.say("正文没有变化，笔记未改动。");
     } else {
-      entry.memo = MemoEditor(session.dayStore()).change(entry.date, entry.memo, [&](Memo& memo) {
-        memo.body = MemoTextUtilities::editedBody(stored, *body);
-        for (std::string& tag : TagParser::tags(*body)) memo.tags.push_back(std::move(tag));
-        memo.tags = TagUtilities::uniqueTags(memo.tags);
-      });
+      entry.memo = session.memos().edit(entry.date, entry.memo, *body);
       input.accept();
     }
     MemoOutput::print(entry, session);

@@ -27,7 +27,7 @@ class HistoryCommand final : public Command {
 
   void run(Session& session) override {
     TimelineEntry entry = Arguments::memo(reference_, session);
-    const VersionStore store(session.dayStore().context());
+    const VersionStore& store = session.memos().versions();
     const std::vector<VersionEntry> versions =
         store.listVersions(entry.date, entry.memo.seqNumber, entry.memo.memoId);
     if (action_ == "list") return list(session, versions, entry.date);
@@ -38,11 +38,7 @@ class HistoryCommand final : public Command {
     const std::size_t index = indexIn(versions);
     const VersionEntry& version = versions[index - 1];
     if (action_ == "show") return show(session, version, index, entry.date);
-    // A transcript's segments make every reading unequal to the one before.
-    const auto expected =
-        entry.memo.hasTranscriptSegments() ? std::nullopt : std::optional(entry.memo);
-    store.restore(entry.date, entry.memo.seqNumber, version, expected);
-    entry.memo = version.memo;
+    entry.memo = session.memos().restoreVersion(entry.date, entry.memo, version);
     MemoOutput::print(entry, session);
   }
 

@@ -18,7 +18,7 @@ class MoveCommand final : public Command {
     if (entry.date == to)
       session.say("笔记已在这一天，未改动。");
     else
-      entry = {to, session.dayStore().moveMemo(entry.memo, entry.date, to)};
+      entry = {to, session.memos().move(entry.date, entry.memo, to)};
     MemoOutput::print(entry, session);
   }
 

@@ -44,7 +44,8 @@ class Session {
 
   // Built when first asked for. Throws UsageError for a root that is no folder.
   [[nodiscard]] Application& application();
-  [[nodiscard]] DayStore& dayStore() { return application().dayStore(); }
+  [[nodiscard]] const DayStore& dayStore() { return application().dayStore(); }
+  [[nodiscard]] const MemoService& memos() { return application().memos(); }
 
   [[nodiscard]] bool isJson() const { return options.json; }
   [[nodiscard]] Style style() const;

@@ -5,7 +5,6 @@
 #include "CLI/MemoOutput.h"
 #include "CLI/UsageError.h"
 #include "Core/Extensions/TagUtilities.h"
-#include "Core/Storage/MemoEditor.h"
 
 namespace nomely {
 namespace {
@@ -39,9 +38,7 @@ class SetCommand final : public Command {
     if (changed == entry.memo)
       session.say("没有变化，笔记未改动。");
     else
-      entry.memo = MemoEditor(session.dayStore()).change(entry.date, entry.memo, [&](Memo& memo) {
-        memo = changed;
-      });
+      entry.memo = session.memos().change(entry.date, entry.memo, [&](Memo& memo) { memo = changed; });
     MemoOutput::print(entry, session);
   }
 
@@ -50,10 +47,8 @@ class SetCommand final : public Command {
     if (time_) memo.time = Arguments::time(*time_);
     if (mood_) memo.mood = moodOf(*mood_);
     if (!tags_.empty() || !untags_.empty()) applyTags(memo);
-    if (pin_ || lock_) memo.pinned = true;
-    if (unpin_) memo.pinned = false;
-    if (lock_) memo.lockedOnTop = true;
-    if (unlock_ || unpin_) memo.lockedOnTop = false;
+    if (pin_ || unpin_) memo.setPinned(pin_);
+    if (lock_ || unlock_) memo.setLockedOnTop(lock_);
     if (!describe_.empty()) {
       const std::string name = Arguments::attachment(memo, describe_[0]);
       if (describe_[1].empty())

@@ -18,7 +18,7 @@ class TagsCommand final : public Command {
 
   void run(Session& session) override {
     bool failed = false;
-    const TagManagementStore store(session.dayStore(), session.application().searchIndex(),
+    const TagManagementStore store(session.memos(), session.application().searchIndex(),
                                    [&](const std::string& message) {
                                      failed = true;
                                      session.say(message);
@@ -72,16 +72,15 @@ class TagsCommand final : public Command {
 
   void erase(const Session& session, const TagManagementStore& store) const {
     const std::string tag = tags(1, "delete 标签 [--with-memos]").front();
-    const std::int64_t found = store.countNotesWithTag(tag);
-    const auto* const question =
-        withMemos_ ? "将把带有标签“{}”的 {} 条笔记移入回收站。" : "将从 {1} 条笔记去掉标签“{0}”。";
-    if (session.confirm(fmt::format(fmt::runtime(question), tag, found))) {
-      if (withMemos_)
-        store.deleteTagWithMemos(tag);
-      else
-        store.deleteTag(tag);
-      session.say(fmt::format("已处理 {} 条笔记。", found));
-    }
+    const auto apply = [&](const TagManagementStore::Run& run) {
+      return withMemos_ ? store.deleteTagWithMemos(tag, run) : store.deleteTag(tag, run);
+    };
+    const TagChange planned = apply({.isDry = true});
+    const std::string question =
+        withMemos_ ? fmt::format("将把带有标签“{}”的 {} 条笔记移入回收站。", tag, planned.memos)
+                   : fmt::format("将从 {} 条笔记去掉标签“{}”{}。", planned.memos, tag,
+                                 bodiesText(planned));
+    if (session.confirm(question)) finish(session, apply({}));
     if (session.isJson()) list(session, store);
   }
 
@@ -91,17 +90,26 @@ class TagsCommand final : public Command {
     const std::string& from = names[0];
     const std::string& to = names[1];
     if (from == to) throw UsageError("两个标签相同，没有要改的");
-    if (to.starts_with(from + "/"))
-      throw UsageError(fmt::format("不能把“{}”改到它自己的下级“{}”", from, to));
-    const std::int64_t found = store.countNotesWithTag(from);
-    if (session.confirm(fmt::format("将在 {} 条笔记中把标签“{}”换成“{}”。", found, from, to))) {
-      if (renames)
-        store.renameTag(from, to);
-      else
-        store.mergeTag(from, to);
-      session.say(fmt::format("已处理 {} 条笔记，原文在各条的历史版本里。", found));
-    }
+    const auto apply = [&](const TagManagementStore::Run& run) {
+      return renames ? store.renameTag(from, to, run) : store.mergeTag(from, to, run);
+    };
+    const TagChange planned = apply({.isDry = true});
+    if (session.confirm(fmt::format("将在 {} 条笔记中把标签“{}”换成“{}”{}。", planned.memos, from,
+                                    to, bodiesText(planned))))
+      finish(session, apply({}));
     if (session.isJson()) list(session, store);
+  }
+
+  static std::string bodiesText(const TagChange& planned) {
+    return planned.bodies == 0 ? ""
+                               : fmt::format("，其中 {} 条正文里的标签文字也会去掉", planned.bodies);
+  }
+
+  void finish(const Session& session, const TagChange& done) const {
+    session.say(fmt::format("已处理 {} 条笔记{}。", done.memos,
+                            withMemos_ ? "" : "，原文在各条的历史版本里"));
+    if (done.failed > 0)
+      throw Error("tags.incomplete", fmt::format("有 {} 条笔记未能更新，其余已完成", done.failed));
   }
 
   std::string action_ = "list";

@@ -10,8 +10,6 @@
 namespace nomely {
 namespace {
 
-using TrashEntry = DayStore::TrashEntry;
-
 Json jsonOf(const TrashEntry& entry) {
   return {{"trashSubdir", entry.trashSubdir},
           {"originalDate", entry.originalDate.string()},
@@ -31,7 +29,7 @@ class RemoveCommand final : public Command {
       entries.push_back(Arguments::memo(reference, session));
     Json removed = Json::array();
     for (const TimelineEntry& entry : entries) {
-      const std::string subdir = session.dayStore().trashMemo(entry.date, entry.memo);
+      const std::string subdir = session.memos().trash(entry.date, entry.memo).trashSubdir;
       removed.push_back({{"date", entry.date.string()},
                          {"seqNumber", entry.memo.seqNumber},
                          {"trashSubdir", subdir}});
@@ -65,7 +63,7 @@ class TrashCommand final : public Command {
 
  private:
   static void list(Session& session) {
-    const std::vector<TrashEntry> entries = session.dayStore().listTrash();
+    const std::vector<TrashEntry> entries = session.memos().trashed();
     if (session.isJson()) {
       Json json = Json::array();
       for (const TrashEntry& entry : entries) json.push_back(jsonOf(entry));
@@ -81,7 +79,7 @@ class TrashCommand final : public Command {
 
   void restore(Session& session) const {
     const std::vector<TrashEntry> entries = named(session);
-    session.dayStore().restoreTrashEntries(entries);
+    session.memos().restore(entries);
     session.say(fmt::format("已恢复 {} 条笔记。", entries.size()));
     if (session.isJson()) list(session);
   }
@@ -94,21 +92,21 @@ class TrashCommand final : public Command {
     else if (session.confirm(
                  byDate ? "将永久删除指定日期范围内回收站中的所有笔记。"
                         : fmt::format("将永久删除 {} 条笔记，此操作不可撤销。", entries.size())))
-      session.dayStore().deleteTrashEntries(entries);
+      session.memos().destroy(entries);
     if (session.isJson()) list(session);
   }
 
   static void empty(Session& session) {
-    const std::size_t count = session.dayStore().listTrash().size();
+    const std::size_t count = session.memos().trashed().size();
     if (session.confirm(fmt::format(
             "确认清空回收站？将永久删除回收站中的所有 {} 条笔记，此操作不可撤销。", count)))
-      session.dayStore().emptyTrash();
+      session.memos().emptyTrash();
     if (session.isJson()) list(session);
   }
 
   [[nodiscard]] std::vector<TrashEntry> named(Session& session) const {
     if (names_.empty()) throw UsageError("缺少回收站条目的名称，见 nomely trash list");
-    const std::vector<TrashEntry> all = session.dayStore().listTrash();
+    const std::vector<TrashEntry> all = session.memos().trashed();
     std::vector<TrashEntry> entries;
     for (const std::string& name : names_) {
       const auto found = std::ranges::find(all, name, &TrashEntry::trashSubdir);
@@ -123,7 +121,7 @@ class TrashCommand final : public Command {
       throw UsageError("按日期删除需要同时给出 --from 和 --to，且不写名称");
     const Day from = Arguments::day(from_, session.clock());
     const Day to = Arguments::day(to_, session.clock());
-    std::vector<TrashEntry> entries = session.dayStore().listTrash();
+    std::vector<TrashEntry> entries = session.memos().trashed();
     std::erase_if(entries, [&](const TrashEntry& entry) {
       return entry.originalDate < from || entry.originalDate > to;
     });

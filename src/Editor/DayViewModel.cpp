@@ -5,13 +5,14 @@
 namespace nomely {
 
 DayViewModel::DayViewModel(const Context& context)
-    : selectedDate(context.dayStore.context().clock.today()),
-      dayStore_(context.dayStore),
+    : selectedDate(context.service.context().clock.today()),
+      service_(context.service),
+      dayStore_(context.service.days()),
       searchIndex_(context.searchIndex),
       executor_(context.executor),
-      attachmentManager_(context.dayStore.context()),
-      timelineQueryStore_(context.dayStore, context.searchIndex),
-      trashManager_(context.dayStore),
+      attachmentManager_(context.service.context()),
+      timelineQueryStore_(dayStore_, context.searchIndex),
+      trashManager_(context.service.trashStore()),
       displayLimit_(displayStep),
       jobs_(context.jobs) {}
 

@@ -19,7 +19,7 @@
 #include "Core/Query/TimelineQueryStore.h"
 #include "Core/Query/TrashManager.h"
 #include "Core/Storage/AttachmentManager.h"
-#include "Core/Storage/DayStore.h"
+#include "Core/Service/MemoService.h"
 #include "Platform/Concurrency/JobGroup.h"
 #include "Platform/Concurrency/MainExecutor.h"
 #include "Platform/Concurrency/Observable.h"
@@ -50,7 +50,7 @@ struct SaveState {
 // The offer to bring back what was deleted last.
 struct PendingUndoDelete {
   Uuid id = Uuid::random();  // drawn anew whenever the offer changes
-  std::vector<DayStore::TrashEntry> entries;
+  std::vector<TrashEntry> entries;
   std::string label;
 };
 
@@ -66,11 +66,11 @@ class DayViewModel {
   template <typename Value>
   using Property = Published<DayViewModel, Value>;
   using Entries = std::vector<MemoEntry>;
-  using TrashEntries = std::vector<DayStore::TrashEntry>;
+  using TrashEntries = std::vector<TrashEntry>;
 
   // What is referred to must outlive the model.
   struct Context {
-    const DayStore& dayStore;
+    const MemoService& service;
     SearchIndex* searchIndex = nullptr;
     MainExecutor& executor;
     JobPool& jobs;
@@ -177,7 +177,7 @@ class DayViewModel {
 
   // The trash. Operations run one at a time in the order of the calls.
   void loadTrash();
-  void restoreFromTrash(const DayStore::TrashEntry& entry);
+  void restoreFromTrash(const TrashEntry& entry);
   void batchRestoreTrash(const TrashEntries& entries);
   void batchDeleteTrash(const TrashEntries& entries);
   void emptyTrash();
@@ -212,7 +212,6 @@ class DayViewModel {
   [[nodiscard]] const MemoEntry* entryOf(Day date, std::int64_t seqNumber) const;
   void updateMemoryState(const Memo& memo, Day date);
   void updateDayList(const Memo& memo, Day date);
-  void commit(const Memo& memo, Day date, const std::optional<Memo>& expected) const;
   [[nodiscard]] std::optional<Memo> readBack(Day date, std::int64_t seqNumber) const;
   void rollBack(const Memo& failed, Day date, const Memo& onDisk);
   void showMoved(std::int64_t seqNumber, Day from, const Memo& moved, Day to);
@@ -227,6 +226,7 @@ class DayViewModel {
   void showTrashed(const TrashEntries& moved);
   void pruneUndoOffer(const TrashEntries& trash);
 
+  const MemoService& service_;
   const DayStore& dayStore_;
   SearchIndex* searchIndex_;
   MainExecutor& executor_;

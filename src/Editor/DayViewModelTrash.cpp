@@ -7,9 +7,9 @@
 namespace nomely {
 namespace {
 
-std::set<std::string> keysOf(const std::vector<DayStore::TrashEntry>& entries) {
+std::set<std::string> keysOf(const std::vector<TrashEntry>& entries) {
   std::set<std::string> keys;
-  for (const DayStore::TrashEntry& entry : entries)
+  for (const TrashEntry& entry : entries)
     keys.insert(DayViewModel::memoKey(entry.originalDate, entry.memo.seqNumber));
   return keys;
 }
@@ -24,7 +24,7 @@ void DayViewModel::deleteMemos(const std::vector<TimelineEntry>& entries) {
   performTrashOperation(TrashManager::Move{entries});
 }
 
-void DayViewModel::restoreFromTrash(const DayStore::TrashEntry& entry) {
+void DayViewModel::restoreFromTrash(const TrashEntry& entry) {
   performTrashOperation(TrashManager::Restore{{entry}});
 }
 
@@ -70,7 +70,7 @@ void DayViewModel::startNextTrashOperation() {
   ++trashLoadGeneration_;  // a listing on its way is of the trash as it was
   saveState.set(SaveState::saving());
   saveQueue_.async([this, operation = std::move(operation)] {
-    onMain([this, operation, outcome = trashManager_.perform(operation, searchIndex_)] {
+    onMain([this, operation, outcome = trashManager_.perform(operation)] {
       finishTrashOperation(operation, outcome);
     });
   });
@@ -123,8 +123,8 @@ void DayViewModel::showTrashed(const TrashEntries& moved) {
 void DayViewModel::pruneUndoOffer(const TrashEntries& trash) {
   if (!pendingUndoDelete.get()) return;
   PendingUndoDelete offer = *pendingUndoDelete.get();
-  std::erase_if(offer.entries, [&](const DayStore::TrashEntry& entry) {
-    return std::ranges::find(trash, entry.trashSubdir, &DayStore::TrashEntry::trashSubdir) ==
+  std::erase_if(offer.entries, [&](const TrashEntry& entry) {
+    return std::ranges::find(trash, entry.trashSubdir, &TrashEntry::trashSubdir) ==
            trash.end();
   });
   offer.id = Uuid::random();
@@ -136,7 +136,7 @@ void DayViewModel::loadTrash() {
   const std::size_t generation = ++trashLoadGeneration_;
   isLoadingTrash.set(true);
   saveQueue_.async([this, generation] {
-    onMain([this, generation, entries = dayStore_.listTrash()] {
+    onMain([this, generation, entries = service_.trashed()] {
       if (generation != trashLoadGeneration_) return;
       trashEntries.set(entries);
       isLoadingTrash.set(false);

@@ -90,16 +90,6 @@ void DayViewModel::announceFailure(const std::string& message) {
   lastError.set(message);
 }
 
-void DayViewModel::commit(const Memo& memo, Day date, const std::optional<Memo>& expected) const {
-  dayStore_.writes().write([&] {
-    // Transcript segments make every two readings unequal; what is stored is compared instead.
-    const bool comparable = !expected || !expected->hasTranscriptSegments();
-    if (!comparable) dayStore_.validateUnchanged(*expected, date);
-    dayStore_.commitMemo(memo, date, comparable ? expected : std::nullopt);
-  });
-  if (searchIndex_) searchIndex_->indexMemo(memo, date);
-}
-
 std::optional<Memo> DayViewModel::readBack(Day date, std::int64_t seqNumber) const {
   try {
     return dayStore_.memoStore().read(date, seqNumber);
@@ -122,7 +112,7 @@ void DayViewModel::updateMemo(Memo memo, std::optional<Day> given) {
   saveState.set(SaveState::saving());
   updateMemoryState(memo, date);
   saveQueue_.async([this, memo = std::move(memo), date, expected] {
-    const std::exception_ptr failure = failureOf([&] { commit(memo, date, expected); });
+    const std::exception_ptr failure = failureOf([&] { service_.commit(date, memo, expected); });
     if (!failure) return onMain([this] { announceSaved(); });
     onMain([this, memo, date, onDisk = readBack(date, memo.seqNumber),
             message = "更新笔记失败：" + textOf(failure)] {
@@ -133,15 +123,13 @@ void DayViewModel::updateMemo(Memo memo, std::optional<Day> given) {
 }
 
 void DayViewModel::togglePinned(Memo memo, std::optional<Day> date) {
-  memo.pinned = !memo.pinned;
-  if (!memo.pinned) memo.lockedOnTop = false;
+  memo.setPinned(!memo.pinned);
   memo.updatedAt = DateFormatters::timestamp(now());
   updateMemo(std::move(memo), date);
 }
 
 void DayViewModel::toggleLockedOnTop(Memo memo, std::optional<Day> date) {
-  memo.lockedOnTop = !memo.lockedOnTop;
-  if (memo.lockedOnTop) memo.pinned = true;
+  memo.setLockedOnTop(!memo.lockedOnTop);
   memo.updatedAt = DateFormatters::timestamp(now());
   updateMemo(std::move(memo), date);
 }
@@ -151,7 +139,7 @@ void DayViewModel::saveMemoAsync(Memo memo, Day date, std::optional<Memo> expect
   saveState.set(SaveState::saving());
   saveQueue_.async([this, memo = std::move(memo), date, expected = std::move(expected),
                     completion = std::move(completion)] {
-    std::exception_ptr failure = failureOf([&] { commit(memo, date, expected); });
+    std::exception_ptr failure = failureOf([&] { service_.commit(date, memo, expected); });
     onMain([this, memo, date, completion, failure]() mutable {
       // The data may have been replaced behind the write: what was saved is then no longer there.
       if (!failure && dayStore_.writes().isFrozen())
@@ -171,21 +159,15 @@ void DayViewModel::createCompleteMemo(CompleteMemo content, MemoCompletion compl
   saveQueue_.async([this, content = std::move(content), completion = std::move(completion)] {
     std::optional<Memo> created;
     const std::exception_ptr failure = failureOf([&] {
-      const Memo memo = dayStore_.writes().write([&] {
-        attachmentManager_.preparePendingAttachments(content.attachments,
-                                                     {.sourceDates = content.sourceDates,
-                                                      .fallbackDate = content.fallbackDate,
-                                                      .destinationDate = content.date});
-        return dayStore_.createMemo(content.date, {.body = content.body,
-                                                   .tags = content.tags,
-                                                   .mood = content.mood,
-                                                   .attachments = content.attachments,
-                                                   .source = "nomely",
-                                                   .originalNames = content.originalNames,
-                                                   .audioTranscripts = content.transcripts});
-      });
-      if (searchIndex_) searchIndex_->indexMemo(memo, content.date);
-      created = memo;
+      created = service_.create({.body = content.body,
+                                 .tags = content.tags,
+                                 .mood = content.mood,
+                                 .attachments = content.attachments,
+                                 .originalNames = content.originalNames,
+                                 .audioTranscripts = content.transcripts},
+                                {.sourceDates = content.sourceDates,
+                                 .fallbackDate = content.fallbackDate,
+                                 .destinationDate = content.date});
     });
     onMain([created, failure, completion] { completion(created, failure); });
   });
@@ -198,14 +180,10 @@ void DayViewModel::moveMemo(Memo memo, Day from, Day to) {
   saveQueue_.async([this, memo = std::move(memo), from, to] {
     std::optional<Memo> moved;
     const std::exception_ptr failure =
-        failureOf([&] { moved = dayStore_.moveMemo(memo, from, to); });
+        failureOf([&] { moved = service_.move(from, memo, to); });
     if (failure)
       return onMain(
           [this, message = "修改日期失败：" + textOf(failure)] { announceFailure(message); });
-    if (searchIndex_) {
-      searchIndex_->removeMemo(from, memo.seqNumber);
-      searchIndex_->indexMemo(*moved, to);
-    }
     onMain([this, number = memo.seqNumber, from, moved = *moved, to] {
       showMoved(number, from, moved, to);
       announceSaved();

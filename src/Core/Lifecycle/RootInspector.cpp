@@ -154,13 +154,12 @@ void RootInspector::inspectTrash(Report& report, const std::stop_token& stop) co
 }
 
 std::string RootInspector::faultOfTrashFolder(const std::filesystem::path& folder) const {
-  using TrashEntry = DayStore::TrashEntry;
   const FileManager& files = store_.context().files;
   try {
-    if (!parsed(files, folder / TrashEntry::memoFileName)) return noMemo;
-    const std::optional<std::string> meta = files.read(folder / TrashEntry::metaFileName);
+    if (!parsed(files, folder / TrashStore::memoFileName)) return noMemo;
+    const std::optional<std::string> meta = files.read(folder / TrashStore::metaFileName);
     if (!meta) return noMeta;
-    const auto origin = DayStore::parseTrashMeta(*meta);
+    const auto origin = TrashStore::parseMeta(*meta);
     return origin && origin->seqNumber >= 1 ? "" : forgedMeta;
   } catch (const Error& error) {
     return error.what();

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "Core/Lifecycle/StartupCoordinator.h"
-#include "Core/Storage/DataWriteCoordinator.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
 
@@ -13,9 +12,7 @@ namespace {
 class Sweep {
  public:
   Sweep(const StoreContext& context, const std::stop_token& stop)
-      : context_(context),
-        stop_(stop),
-        writes_(DataWriteCoordinator::shared(context.paths.rootURL)) {}
+      : context_(context), stop_(stop) {}
 
   std::size_t run() {
     if (context_.files.exists(context_.paths.rootURL)) visit(context_.paths.rootURL, 0);
@@ -31,7 +28,7 @@ class Sweep {
       if (std::ranges::any_of(entries, [](const DirectoryEntry& entry) {
             return FileManager::isTemporaryName(entry.name);
           }))
-        count_ += writes_.write([&] { return writes_.sweep(folder, context_.files); });
+        count_ += context_.write([&] { return context_.gate.sweep(folder, context_.files); });
       if (depth == deepestDataFolder) return;
       for (const DirectoryEntry& entry : entries)
         if (entry.type == FileType::directory) visit(folder / entry.name, depth + 1);
@@ -42,7 +39,6 @@ class Sweep {
 
   const StoreContext& context_;
   const std::stop_token& stop_;
-  DataWriteCoordinator& writes_;
   std::size_t count_ = 0;
 };
 

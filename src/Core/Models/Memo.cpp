@@ -90,6 +90,26 @@ bool Memo::hasTranscriptSegments() const {
                              [](const auto& entry) { return !entry.second.segments.empty(); });
 }
 
+void Memo::setPinned(bool wanted) {
+  pinned = wanted;
+  if (!wanted) lockedOnTop = false;
+}
+
+void Memo::setLockedOnTop(bool wanted) {
+  lockedOnTop = wanted;
+  if (wanted) pinned = true;
+}
+
+bool isStoredAs(const Memo& left, const Memo& right) {
+  if (left.seqNumber != right.seqNumber || left.body != right.body) return false;
+  const auto withoutIds = [](MemoFrontmatter header) {
+    for (auto& [name, transcript] : header.audioTranscripts)
+      for (AudioTranscriptSegment& segment : transcript.segments) segment.id = Uuid();
+    return header;
+  };
+  return withoutIds(left) == withoutIds(right);
+}
+
 }  // namespace nomely
 
 std::size_t std::hash<nomely::Memo>::operator()(const nomely::Memo& memo) const noexcept {

@@ -58,11 +58,19 @@ struct Memo : MemoFrontmatter {
   // Whether it holds a transcript with segments, which makes every two reads of it unequal.
   [[nodiscard]] bool hasTranscriptSegments() const;
 
+  // Unpinning unlocks, and locking pins.
+  void setPinned(bool wanted);
+  void setLockedOnTop(bool wanted);
+
   friend bool operator==(const Memo& left, const Memo& right) {
     return left.seqNumber == right.seqNumber && left.frontmatter() == right.frontmatter() &&
            left.body == right.body;
   }
 };
+
+// Whether two memos have the same number and make the same file: equality but for the identities
+// of transcript segments, which are drawn anew at each reading.
+[[nodiscard]] bool isStoredAs(const Memo& left, const Memo& right);
 
 }  // namespace nomely
 

@@ -12,7 +12,13 @@
 namespace nomely {
 
 SearchIndex::SearchIndex(StoreContext context, JobPool& jobs)
-    : context_(std::move(context)), jobs_(jobs), background_(jobs) {}
+    : context_(std::move(context)),
+      jobs_(jobs),
+      background_(jobs),
+      subscription_(context_.gate.changes().observe(
+          {.written = [this](const Memo& memo, Day day) { indexMemo(memo, day); },
+           .removed = [this](Day day, std::int64_t seqNumber) { removeMemo(day, seqNumber); },
+           .manyChanged = [this] { invalidateCache(); }})) {}
 
 SearchIndex::Cache SearchIndex::cached() const {
   const std::lock_guard lock(lock_);

@@ -42,8 +42,8 @@ struct EntryTags {
 };
 
 // Every memo in memory, newest first, so that lists and searches never touch the disk. Built by the
-// first reader, patched by writers, dropped when the files turn out to have been changed by someone
-// else.
+// first reader, patched by what the stores of this process announce, dropped when the files turn out
+// to have been changed by someone else.
 //
 // Safe on any thread. Readers see one state from first to last and hold no lock meanwhile; only one
 // of them builds, and the others wait for it. Nothing here fails visibly: what can't be read is
@@ -68,7 +68,8 @@ class SearchIndex {
   [[nodiscard]] std::vector<TagUse> allTags();
   [[nodiscard]] std::vector<EntryTags> allEntryTags();
 
-  // After a memo file was written, or went away.
+  // After a memo file was written, or went away. The index calls these itself for every write that
+  // passes the gate.
   void indexMemo(Memo memo, Day date);
   void removeMemo(Day date, std::int64_t seqNumber);
   // After many changed.
@@ -111,6 +112,7 @@ class SearchIndex {
   std::uint64_t generation_ = 0;  // raised by each change to the cache
 
   JobGroup background_;
+  Subscription subscription_;  // ends before what it calls
 };
 
 }  // namespace nomely

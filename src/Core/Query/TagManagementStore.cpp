@@ -6,79 +6,113 @@
 #include <fmt/format.h>
 
 #include "Core/Query/TagRewriting.h"
+#include "Platform/Cancellation.h"
 #include "Platform/System/Log.h"
 
 namespace nomely {
 
-TagManagementStore::TagManagementStore(const DayStore& dayStore, SearchIndex& searchIndex,
+TagManagementStore::TagManagementStore(const MemoService& service, SearchIndex& searchIndex,
                                        OnError onError)
-    : dayStore_(dayStore), searchIndex_(searchIndex), onError_(std::move(onError)) {}
+    : service_(service), searchIndex_(searchIndex), onError_(std::move(onError)) {}
 
 void TagManagementStore::report(const std::string& message) const {
   if (onError_) onError_(message);
 }
 
-void TagManagementStore::forEachMemo(Reporting reporting, const Visit& visit) const {
+void TagManagementStore::forEachMemo(Reporting reporting, const Run& run,
+                                     const Visit& visit) const {
+  const DayStore& store = service_.days();
   std::vector<Day> days;
   try {
-    days = dayStore_.listAllDates();
+    days = store.listAllDates();
   } catch (const std::exception& error) {
-    Log::error(LogChannel::storage, "⚠️ TagManagementStore.forEachMemo: {}", error.what());
+    if (reporting == Reporting::on) report(fmt::format("读取笔记失败：{}", error.what()));
   }
-  for (const Day day : days) {
+  for (std::size_t i = 0; i < days.size(); ++i) {
     std::vector<Memo> memos;
     try {
-      memos = dayStore_.listMemos(day);
+      memos = store.listMemos(days[i]);
     } catch (const std::exception& error) {
       if (reporting == Reporting::on)
-        report(fmt::format("读取 {} 的笔记失败：{}", day.string(), error.what()));
+        report(fmt::format("读取 {} 的笔记失败：{}", days[i].string(), error.what()));
     }
-    for (Memo& memo : memos) visit(day, memo);
+    for (Memo& memo : memos) {
+      throwIfStopped(run.stop);
+      visit(days[i], memo);
+    }
+    if (run.progress)
+      run.progress(static_cast<double>(i + 1) / static_cast<double>(days.size()));
   }
 }
 
-void TagManagementStore::rewriteAll(std::string_view verb,
-                                    const std::function<bool(Memo&)>& rewrite) const {
-  forEachMemo(Reporting::on, [&](Day day, Memo& memo) {
+TagChange TagManagementStore::rewriteAll(std::string_view verb, const Run& run,
+                                         const std::function<bool(Memo&)>& rewrite) const {
+  TagChange done;
+  const auto counting = [&](Memo& memo, TagChange& counts) {
+    const std::string body = memo.body;
+    if (!rewrite(memo)) return false;
+    ++counts.memos;
+    if (memo.body != body) ++counts.bodies;
+    return true;
+  };
+  const auto apply = [&](Day day, std::int64_t seqNumber) {
+    TagChange counts;
+    (void)service_.rewrite(day, seqNumber, [&](Memo& memo) { return counting(memo, counts); });
+    done.memos += counts.memos;
+    done.bodies += counts.bodies;
+  };
+  const MemoChanges::Bulk bulk(service_.context().gate.changes());
+  forEachMemo(Reporting::on, run, [&](Day day, Memo& memo) {
+    const std::int64_t number = memo.seqNumber;
+    if (run.isDry) return (void)counting(memo, done);
     if (!rewrite(memo)) return;
     try {
-      // With a snapshot: a word that merely begins like the tag is cut in the body too.
-      dayStore_.commitMemo(memo, day, std::nullopt);
+      apply(day, number);
     } catch (const std::exception& error) {
-      report(fmt::format("{}标签时更新笔记失败（第{}条）：{}", verb, memo.seqNumber, error.what()));
+      ++done.failed;
+      report(fmt::format("{}标签时更新笔记失败（第{}条）：{}", verb, number, error.what()));
     }
   });
-  searchIndex_.invalidateCache();
+  return done;
 }
 
-void TagManagementStore::renameTag(std::string_view from, std::string_view to) const {
-  rewriteAll("重命名", [&](Memo& memo) { return TagRewriting::rename(memo, from, to); });
+TagChange TagManagementStore::renameTag(std::string_view from, std::string_view to,
+                                        const Run& run) const {
+  return rewriteAll("重命名", run,
+                    [&](Memo& memo) { return TagRewriting::rename(memo, from, to); });
 }
 
-void TagManagementStore::mergeTag(std::string_view from, std::string_view into) const {
-  rewriteAll("合并", [&](Memo& memo) { return TagRewriting::merge(memo, from, into); });
+TagChange TagManagementStore::mergeTag(std::string_view from, std::string_view into,
+                                       const Run& run) const {
+  return rewriteAll("合并", run,
+                    [&](Memo& memo) { return TagRewriting::merge(memo, from, into); });
 }
 
-void TagManagementStore::deleteTag(std::string_view tag) const {
-  rewriteAll("删除", [&](Memo& memo) { return TagRewriting::remove(memo, tag); });
+TagChange TagManagementStore::deleteTag(std::string_view tag, const Run& run) const {
+  return rewriteAll("删除", run, [&](Memo& memo) { return TagRewriting::remove(memo, tag); });
 }
 
-void TagManagementStore::deleteTagWithMemos(std::string_view tag) const {
-  forEachMemo(Reporting::off, [&](Day day, const Memo& memo) {
+TagChange TagManagementStore::deleteTagWithMemos(std::string_view tag, const Run& run) const {
+  TagChange done;
+  const MemoChanges::Bulk bulk(service_.context().gate.changes());
+  if (!run.isDry) service_.trashStore().finishInterrupted();
+  forEachMemo(Reporting::off, run, [&](Day day, const Memo& memo) {
     if (!TagRewriting::goesWith(memo, tag)) return;
     try {
-      (void)dayStore_.trashMemo(day, memo);
+      if (!run.isDry) (void)service_.trashStore().trashMemo(day, memo);
+      ++done.memos;
     } catch (const std::exception& error) {
+      ++done.failed;
       Log::error(LogChannel::storage, "⚠️ TagManagementStore.deleteTagWithMemos: {}",
                  error.what());
     }
   });
-  searchIndex_.invalidateCache();
+  return done;
 }
 
 std::int64_t TagManagementStore::countNotesWithTag(std::string_view tag) const {
   std::int64_t count = 0;
-  forEachMemo(Reporting::on, [&](Day, const Memo& memo) {
+  forEachMemo(Reporting::on, {}, [&](Day, const Memo& memo) {
     if (TagRewriting::hasTag(memo.tags, tag)) ++count;
   });
   return count;

@@ -2,12 +2,13 @@
 
 #include <cstdint>
 #include <functional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "Core/Query/SearchIndex.h"
-#include "Core/Storage/DayStore.h"
+#include "Core/Service/MemoService.h"
 
 namespace nomely {
 
@@ -20,20 +21,38 @@ struct SidebarTagSummary {
   friend bool operator==(const SidebarTagSummary&, const SidebarTagSummary&) = default;
 };
 
-// Rewrites a tag in all memos of all days. For background jobs; no call throws. A memo that can't
-// be written is told to `onError` and the others go on; what is done stays done. Between reading a
-// memo and writing it another writer's change is overwritten. Both stores must outlive this one.
+// What a change of a tag in all memos did, or would do.
+struct TagChange {
+  std::size_t memos = 0;   // changed
+  std::size_t bodies = 0;  // of those, the ones whose text changed too
+  std::size_t failed = 0;  // not changed although they should have been
+
+  friend bool operator==(const TagChange&, const TagChange&) = default;
+};
+
+// Rewrites a tag in all memos of all days. For background jobs. A memo that can't be written is told
+// to `onError` and the others go on; what is done stays done. Each memo is read and written in one
+// write of the gate, so a change made elsewhere meanwhile is kept. Service and index must outlive
+// the store.
 class TagManagementStore {
  public:
   using OnError = std::function<void(const std::string& message)>;
 
-  TagManagementStore(const DayStore& dayStore, SearchIndex& searchIndex, OnError onError = {});
+  // How to go through all memos. A stop ends it with CancellationError after the memo at hand; all
+  // else that goes wrong is counted.
+  struct Run {
+    bool isDry = false;  // counts what would change and writes nothing
+    std::stop_token stop = {};
+    std::function<void(double share)> progress = {};
+  };
 
-  void renameTag(std::string_view from, std::string_view to) const;
-  void mergeTag(std::string_view from, std::string_view into) const;
-  void deleteTag(std::string_view tag) const;
-  // Moves the memos to the trash. What can't be moved stays, untold.
-  void deleteTagWithMemos(std::string_view tag) const;
+  TagManagementStore(const MemoService& service, SearchIndex& searchIndex, OnError onError = {});
+
+  TagChange renameTag(std::string_view from, std::string_view to, const Run& run = {}) const;
+  TagChange mergeTag(std::string_view from, std::string_view into, const Run& run = {}) const;
+  TagChange deleteTag(std::string_view tag, const Run& run = {}) const;
+  // Moves the memos to the trash. What can't be moved stays, counted but not told.
+  TagChange deleteTagWithMemos(std::string_view tag, const Run& run = {}) const;
   // Memos that have the tag; one that only names it in its body does not count.
   [[nodiscard]] std::int64_t countNotesWithTag(std::string_view tag) const;
 
@@ -49,13 +68,14 @@ class TagManagementStore {
   using Listed = std::function<std::optional<std::vector<std::string>>(const EntryTags&)>;
 
   void report(const std::string& message) const;
-  void forEachMemo(Reporting reporting, const Visit& visit) const;
+  void forEachMemo(Reporting reporting, const Run& run, const Visit& visit) const;
   // Writes each memo that `rewrite` changes; `verb` begins the message of a failure.
-  void rewriteAll(std::string_view verb, const std::function<bool(Memo&)>& rewrite) const;
+  TagChange rewriteAll(std::string_view verb, const Run& run,
+                       const std::function<bool(Memo&)>& rewrite) const;
   [[nodiscard]] SidebarTagSummary summary(const Listed& listed) const;
   [[nodiscard]] SidebarTagSummary sectionSummary(std::string_view root) const;
 
-  const DayStore& dayStore_;
+  const MemoService& service_;
   SearchIndex& searchIndex_;
   OnError onError_;
 };

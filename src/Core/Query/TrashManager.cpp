@@ -2,31 +2,23 @@
 
 namespace nomely {
 
-void TrashManager::perform(const Move& move, SearchIndex* searchIndex, Entries& moved) const {
-  for (const auto& [date, memo] : move.memos) {
-    moved.push_back({date, memo, dayStore_.trashMemo(date, memo)});
-    if (searchIndex) searchIndex->removeMemo(date, memo.seqNumber);
-  }
-}
-
-TrashManager::Outcome TrashManager::perform(const Operation& operation,
-                                            SearchIndex* searchIndex) const {
+TrashManager::Outcome TrashManager::perform(const Operation& operation) const {
   Outcome outcome;
   try {
+    trash_.finishInterrupted();
     if (const auto* move = std::get_if<Move>(&operation))
-      perform(*move, searchIndex, outcome.moved);
+      for (const auto& [date, memo] : move->memos)
+        outcome.moved.push_back({date, memo, trash_.trashMemo(date, memo)});
     else if (const auto* restore = std::get_if<Restore>(&operation))
-      dayStore_.restoreTrashEntries(restore->entries);
+      trash_.restoreTrashEntries(restore->entries);
     else if (const auto* remove = std::get_if<Delete>(&operation))
-      dayStore_.deleteTrashEntries(remove->entries);
+      trash_.deleteTrashEntries(remove->entries);
     else
-      dayStore_.emptyTrash();
+      trash_.emptyTrash();
   } catch (const std::exception& error) {
     outcome.failure = error.what();
   }
-  // Some may be back although not all are, and under new numbers.
-  if (searchIndex && std::holds_alternative<Restore>(operation)) searchIndex->invalidateCache();
-  outcome.entries = dayStore_.listTrash();
+  outcome.entries = trash_.listTrash();
   return outcome;
 }
 

@@ -5,17 +5,15 @@
 #include <variant>
 #include <vector>
 
-#include "Core/Query/SearchIndex.h"
 #include "Core/Query/TimelineQueryStore.h"
-#include "Core/Storage/DayStore.h"
+#include "Core/Storage/TrashStore.h"
 
 namespace nomely {
 
-// Carries out the trash operations of a user interface in batches and keeps the search index in
-// step. Stateless; blocking, for a background thread. One operation at a time is the caller's care.
+// Carries out the trash operations of a user interface in batches. Stateless; blocking, for a background thread. One operation at a time is the caller's care.
 class TrashManager {
  public:
-  using Entries = std::vector<DayStore::TrashEntry>;
+  using Entries = std::vector<TrashEntry>;
 
   struct Move {
     std::vector<TimelineEntry> memos;
@@ -37,15 +35,13 @@ class TrashManager {
     std::optional<std::string> failure;  // why it ended early, for the user
   };
 
-  explicit TrashManager(DayStore dayStore) : dayStore_(std::move(dayStore)) {}
+  explicit TrashManager(TrashStore trash) : trash_(std::move(trash)) {}
 
   // Ends at the first failure; what was done until then stays done. Never throws.
-  [[nodiscard]] Outcome perform(const Operation& operation, SearchIndex* searchIndex) const;
+  [[nodiscard]] Outcome perform(const Operation& operation) const;
 
  private:
-  void perform(const Move& move, SearchIndex* searchIndex, Entries& moved) const;
-
-  DayStore dayStore_;
+  TrashStore trash_;
 };
 
 }  // namespace nomely

@@ -10,6 +10,8 @@
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
 #include "Platform/System/Uuid.h"
+#include "Platform/Text/CodePage.h"
+#include "Platform/Text/Unicode.h"
 
 namespace nomely {
 namespace {
@@ -30,6 +32,14 @@ std::string shortName(std::string_view extension) {
   }
 }
 
+// Old archives hold names in the encoding of the machine that made them, most often this one.
+// Characters that can't be told show as U+FFFD, for a memo can hold nothing but UTF-8.
+std::string readableName(std::string_view name) {
+  if (isValidUtf8(name)) return std::string(name);
+  constexpr int gb18030 = 54936;
+  return toUtf8(CodePage(gb18030).decode(name));
+}
+
 ImportError notFound(std::string_view name) {
   return {ImportError::Kind::fileNotFound, fmt::format("找不到附件文件：{}", name)};
 }
@@ -40,16 +50,13 @@ AttachmentManager::ImportError::ImportError(Kind kind, const std::string& text)
     : Error(kind == Kind::copyFailed ? "attachment.copyFailed" : "attachment.fileNotFound", text),
       kind_(kind) {}
 
-AttachmentManager::AttachmentManager(StoreContext context)
-    : context_(std::move(context)), writes_(DataWriteCoordinator::shared(context_.paths.rootURL)) {}
-
 AttachmentManager::ImportResult AttachmentManager::importFile(const std::filesystem::path& source,
                                                               Day day) const {
-  return writes_.write([&] {
+  return context_.write([&] {
     if (!context_.files.attributes(source)) throw notFound(source.string());
     const std::filesystem::path folder = context_.paths.dayFolder(day);
-    writes_.prepareFolder(folder, context_.files);
-    const std::string original(lastComponent(source.native()));
+    context_.prepareFolder(folder);
+    const std::string original = readableName(lastComponent(source.native()));
     std::string name = shortName(lowerCaseExtension(original));
     try {
       context_.files.copyFile(source, folder / name);
@@ -58,6 +65,12 @@ AttachmentManager::ImportResult AttachmentManager::importFile(const std::filesys
     }
     return ImportResult{std::move(name), original};
   });
+}
+
+void AttachmentManager::removeImported(const std::string& filename, Day day) const {
+  if (!isSafeName(filename)) return;
+  context_.write(
+      [&] { context_.files.removeFile(context_.paths.dayFolder(day) / filename); });
 }
 
 std::optional<std::string> AttachmentManager::read(const std::string& filename, Day day) const {
@@ -74,13 +87,13 @@ void AttachmentManager::deleteFile(const std::string& filename, Day day) const {
 }
 
 void AttachmentManager::discard(const std::filesystem::path& file) const {
-  writes_.write([&] {
+  context_.write([&] {
     if (!context_.files.exists(file)) return;
     const std::string filename = file.filename().string();
     const std::filesystem::path folder =
         context_.paths.attachmentTrashFolder() /
         DateFormatters::fileNameTimestamp.format(context_.clock.now());
-    writes_.prepareFolder(folder, context_.files);
+    context_.prepareFolder(folder);
     std::filesystem::path place = folder / filename;
     if (context_.files.exists(place))
       place = folder / fmt::format("{}_{}", Uuid::random().string(), filename);
@@ -90,7 +103,7 @@ void AttachmentManager::discard(const std::filesystem::path& file) const {
 
 void AttachmentManager::preparePendingAttachments(const std::vector<std::string>& filenames,
                                                   const PendingPlaces& places) const {
-  writes_.write([&] {
+  context_.write([&] {
     for (const std::string& name : filenames) {
       if (!isSafeName(name)) throw notFound(name);
       const auto dated = places.sourceDates.find(name);
@@ -100,7 +113,7 @@ void AttachmentManager::preparePendingAttachments(const std::vector<std::string>
       const std::filesystem::path destination = folder / name;
       if (!context_.files.exists(source)) throw notFound(name);
       if (source == destination) continue;
-      writes_.prepareFolder(folder, context_.files);
+      context_.prepareFolder(folder);
       if (!context_.files.exists(destination))
         context_.files.copyFile(source, destination);
       else if (!context_.files.contentsEqual(source, destination))
@@ -117,10 +130,9 @@ std::optional<std::string> AttachmentStorage::save(const StoreContext& context,
                                                    std::string_view data,
                                                    const std::optional<std::string>& extName,
                                                    const std::filesystem::path& folder) {
-  DataWriteCoordinator& writes = DataWriteCoordinator::shared(context.paths.rootURL);
-  return writes.write([&]() -> std::optional<std::string> {
+  return context.write([&]() -> std::optional<std::string> {
     try {
-      writes.prepareFolder(folder, context.files);
+      context.prepareFolder(folder);
     } catch (const FileError& error) {
       Log::error(LogChannel::storage, "⚠️ AttachmentStorage.save: {}", error.what());
       return std::nullopt;

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "Core/Models/AudioTranscript.h"
-#include "Core/Storage/DataWriteCoordinator.h"
 #include "Core/Storage/StoreContext.h"
 #include "Platform/Error.h"
 
@@ -20,7 +19,7 @@ class AttachmentManager {
  public:
   struct ImportResult {
     std::string filename;      // the name in the day folder
-    std::string originalName;  // the name it had before
+    std::string originalName;  // the name it had before, as UTF-8
   };
 
   class ImportError : public Error {
@@ -40,17 +39,21 @@ class AttachmentManager {
     Day destinationDate;
   };
 
-  explicit AttachmentManager(StoreContext context);
+  explicit AttachmentManager(StoreContext context) : context_(std::move(context)) {}
 
   // Copies a file into a day under a fresh short name; the source stays. Throws ImportError.
   [[nodiscard]] ImportResult importFile(const std::filesystem::path& source, Day day) const;
+
+  // Takes back a copy that importFile made and no memo names yet: for good, for its source stays.
+  void removeImported(const std::string& filename, Day day) const;
 
   // The bytes of a day's file; absent when there is none, it can't be read, or the name is not that
   // of an attachment.
   [[nodiscard]] std::optional<std::string> read(const std::string& filename, Day day) const;
 
-  // Moves a day's file to the attachment trash; one that isn't there is no error. The caller has
-  // made sure that no memo of the day names it.
+  // Moves a day's file to the attachment trash, from where it can be taken back by hand until the
+  // trash is emptied; one that isn't there is no error. The caller has made sure that no memo of
+  // the day names it.
   void deleteFile(const std::string& filename, Day day) const;
 
   // The same for a file anywhere under the root.
@@ -67,7 +70,6 @@ class AttachmentManager {
 
  private:
   StoreContext context_;
-  DataWriteCoordinator& writes_;
 };
 
 namespace AttachmentStorage {
@@ -80,7 +82,7 @@ namespace AttachmentStorage {
 }  // namespace AttachmentStorage
 
 namespace PendingMemoAttachments {
-// The list, and behind it, sorted, what only the transcripts name: a recording is never dropped.
+// The list followed by, sorted, what only the transcripts name: a recording is never dropped.
 [[nodiscard]] std::vector<std::string> merged(
     const std::vector<std::string>& pendingAttachments,
     const std::map<std::string, AudioTranscript>& pendingAudioTranscripts);

@@ -1,5 +1,6 @@
 #include "Core/Storage/DataWriteCoordinator.h"
 
+#include <deque>
 #include <map>
 
 #include "Core/Storage/DiskPaths.h"
@@ -8,17 +9,48 @@
 #include "Platform/System/Log.h"
 
 namespace nomely {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The path that `root` will have once everything on the way to it exists: absolute, and with each
+// symbolic link replaced by what it names though that be missing. Two spellings that name the same
+// folder later have to share a gate from the beginning, or they would wait for each other's lock.
+fs::path resolved(const fs::path& root) {
+  constexpr int mostLinks = 40;  // as many as the kernel follows
+  std::error_code failed;
+  const fs::path whole = fs::absolute(root, failed);
+  std::deque<fs::path> left(whole.begin(), whole.end());
+  fs::path done;
+  for (int links = 0; !left.empty();) {
+    const fs::path name = std::move(left.front());
+    left.pop_front();
+    if (name.empty() || name == ".") continue;
+    if (name == "..") {
+      done = done.parent_path();
+      continue;
+    }
+    const fs::path next = done / name;
+    if (links == mostLinks || !fs::is_symlink(fs::symlink_status(next, failed))) {
+      done = next;
+      continue;
+    }
+    ++links;
+    const fs::path target = fs::read_symlink(next, failed);
+    left.insert(left.begin(), target.begin(), target.end());
+    if (target.is_absolute()) done.clear();
+  }
+  return done;
+}
+
+}  // namespace
 
 DataWriteCoordinator& DataWriteCoordinator::shared(const std::filesystem::path& root) {
   using Gates = std::map<std::filesystem::path, std::unique_ptr<DataWriteCoordinator>>;
   static std::mutex registryLock;
   static auto* const gates = new Gates;  // writers may outlive the statics of other files
 
-  std::error_code failed;
-  std::filesystem::path key = std::filesystem::weakly_canonical(root, failed);
-  if (failed) key = std::filesystem::absolute(root, failed).lexically_normal();
-  if (!key.has_filename()) key = key.parent_path();  // "root/" and "root" are one
-
+  const std::filesystem::path key = resolved(root);
   const std::lock_guard lock(registryLock);
   std::unique_ptr<DataWriteCoordinator>& gate = (*gates)[key];
   if (!gate) gate.reset(new DataWriteCoordinator(key));
@@ -65,8 +97,9 @@ std::size_t DataWriteCoordinator::sweep(const std::filesystem::path& folder,
   }
 }
 
-DataWriteCoordinator::ProcessLock::ProcessLock(DataWriteCoordinator& gate) : gate_(gate) {
-  DiskPaths{gate.root_}.createRoot();
+DataWriteCoordinator::ProcessLock::ProcessLock(DataWriteCoordinator& gate, const FileManager& files)
+    : gate_(gate) {
+  DiskPaths{gate.root_}.createRoot(files);
   gate.excludesProcesses_ = gate.processLock_.lock(
       [] { Log::information(LogChannel::storage, "另一个 Nomely 进程正在写入，等待其完成"); });
   if (!gate.excludesProcesses_)

@@ -6,6 +6,7 @@
 #include <set>
 #include <utility>
 
+#include "Core/Storage/MemoChanges.h"
 #include "Platform/Concurrency/SerialQueue.h"
 #include "Platform/Files/DirectoryLock.h"
 #include "Platform/Files/FileManager.h"
@@ -19,21 +20,23 @@ namespace nomely {
 // Safe on any thread.
 class DataWriteCoordinator {
  public:
-  // The one gate of that root, however its path is spelt. Never destroyed.
+  // The one gate of that root, however its path is spelt, and whether or not the root, or what a
+  // symbolic link on the way to it names, is there yet. Never destroyed.
   [[nodiscard]] static DataWriteCoordinator& shared(const std::filesystem::path& root);
 
   // Runs `body` in the gate and returns what it returns; what it throws passes through. Waits for
-  // writes that came first. Inside another write of the same gate `body` runs in place. Throws
-  // WriteError (maintenance) when frozen, FileError when the root can't be opened.
+  // writes that came first. Inside another write of the same gate `body` runs in place. A missing
+  // root is made through `files`, readable by its owner alone. Throws WriteError (maintenance) when
+  // frozen, FileError when the root can't be opened.
   template <typename Body>
-  decltype(auto) write(Body&& body) {
+  decltype(auto) write(const FileManager& files, Body&& body) {
     if (queue_.isCurrent()) {
       throwIfFrozen();
       return std::forward<Body>(body)();
     }
     return queue_.sync([&]() -> decltype(auto) {
       throwIfFrozen();
-      const ProcessLock lock(*this);
+      const ProcessLock lock(*this, files);
       return std::forward<Body>(body)();
     });
   }
@@ -41,6 +44,9 @@ class DataWriteCoordinator {
   // Refuses every later write, nested ones included, until the process ends.
   void freeze();
   [[nodiscard]] bool isFrozen();
+
+  // Who wants to know what writes do to memo files asks here.
+  [[nodiscard]] MemoChanges& changes() { return changes_; }
 
   // Inside a write: makes sure that `folder` exists before something is written to it and, once
   // per process, that no temporary of a writer that died is left there.
@@ -51,7 +57,7 @@ class DataWriteCoordinator {
  private:
   class ProcessLock {
    public:
-    explicit ProcessLock(DataWriteCoordinator& gate);
+    ProcessLock(DataWriteCoordinator& gate, const FileManager& files);
     ~ProcessLock();
     ProcessLock(const ProcessLock&) = delete;
     ProcessLock& operator=(const ProcessLock&) = delete;
@@ -65,6 +71,7 @@ class DataWriteCoordinator {
 
   std::filesystem::path root_;
   SerialQueue queue_{"Nomely.data.write"};
+  MemoChanges changes_{queue_};
   std::mutex stateLock_;
   bool frozen_ = false;  // guarded by stateLock_
   // The rest is touched inside a write only.

@@ -24,10 +24,7 @@ void logFailure(std::string_view operation, const Error& error) {
 
 }  // namespace
 
-DayStore::DayStore(StoreContext context)
-    : context_(std::move(context)),
-      memoStore_(context_),
-      writes_(DataWriteCoordinator::shared(context_.paths.rootURL)) {}
+DayStore::DayStore(StoreContext context) : context_(std::move(context)), memoStore_(context_) {}
 
 std::vector<std::int64_t> DayStore::listNumbers(Day day) const {
   const std::filesystem::path folder = context_.paths.dayFolder(day);
@@ -104,8 +101,9 @@ std::vector<Day> DayStore::listAllDates() const {
   return days;
 }
 
-void DayStore::place(Memo& memo, Day day) const {
-  while (!memoStore_.create(memo, day)) {
+template <typename Create>
+void DayStore::place(Memo& memo, Day day, Create create) const {
+  while (!create()) {
     if (memo.seqNumber == highestNumber)
       throw FileError("编号", context_.paths.memoFile(day, highestNumber), EOVERFLOW);
     ++memo.seqNumber;
@@ -113,7 +111,7 @@ void DayStore::place(Memo& memo, Day day) const {
 }
 
 Memo DayStore::createMemo(Day day, NewMemo content) const {
-  return writes_.write([&] {
+  return context_.write([&] {
     Memo memo;
     memo.seqNumber = nextSeqNumber(day);
     memo.createdAt = DateFormatters::timestamp(context_.clock.now());
@@ -121,7 +119,7 @@ Memo DayStore::createMemo(Day day, NewMemo content) const {
     memo.memoId = Memo::makeMemoId();
     memo.schemaVersion = MemoFrontmatter::currentSchemaVersion;
     memo.time = content.time ? std::move(*content.time) : Memo::currentTimeString(context_.clock);
-    memo.body = std::move(content.body);
+    memo.body = MemoFrontmatterParser::bodyAsRead(content.body);
     memo.tags = std::move(content.tags);
     memo.mood = content.mood;
     memo.attachments = std::move(content.attachments);
@@ -129,38 +127,20 @@ Memo DayStore::createMemo(Day day, NewMemo content) const {
     memo.sourceId = std::move(content.sourceId);
     memo.originalNames = std::move(content.originalNames);
     memo.audioTranscripts = std::move(content.audioTranscripts);
-    place(memo, day);
+    place(memo, day, [&] { return memoStore_.create(memo, day); });
     return memo;
   });
 }
 
-void DayStore::validateUpdate(const Memo& memo, Day day,
-                              const std::optional<Memo>& expected) const {
-  const std::optional<Memo> current = memoStore_.read(day, memo.seqNumber);
-  if (!current) throw WriteError(WriteError::Kind::missingMemo);
-  if (current->memoId && current->memoId != memo.memoId)
-    throw WriteError(WriteError::Kind::identityChanged);
-  if (expected && *current != *expected) throw WriteError(WriteError::Kind::conflict);
-}
-
-void DayStore::validateUnchanged(const Memo& memo, Day day) const {
-  if (!memo.hasTranscriptSegments()) return validateUpdate(memo, day, memo);
-  validateUpdate(memo, day, {});
-  const std::optional<Memo> current = memoStore_.read(day, memo.seqNumber);
-  if (!current || MemoFrontmatterParser::serialize(*current, current->body) !=
-                      MemoFrontmatterParser::serialize(memo, memo.body))
-    throw WriteError(WriteError::Kind::conflict);
-}
-
 void DayStore::updateMemo(const Memo& memo, Day day, const std::optional<Memo>& expected) const {
-  writes_.write([&] {
+  context_.write([&] {
     validateUpdate(memo, day, expected);
     memoStore_.write(memo, day);
   });
 }
 
 void DayStore::commitMemo(const Memo& memo, Day day, const std::optional<Memo>& expected) const {
-  writes_.write([&] {
+  context_.write([&] {
     validateUpdate(memo, day, expected);
     VersionStore(context_).saveIfNeeded(day, memo.seqNumber, memo);
     memoStore_.write(memo, day);
@@ -168,8 +148,8 @@ void DayStore::commitMemo(const Memo& memo, Day day, const std::optional<Memo>& 
 }
 
 void DayStore::deleteMemo(Day day, const Memo& memo) const {
-  writes_.write([&] {
-    validateUnchanged(memo, day);
+  context_.write([&] {
+    memoStore_.validateUnchanged(memo, day);
     // The memo goes first: without its files it would be half a memo, and they without it are
     // merely in nobody's way.
     memoStore_.remove(day, memo.seqNumber);
@@ -222,18 +202,23 @@ void DayStore::trashUnnamedFiles(const std::vector<std::string>& names, Day day)
 }
 
 Memo DayStore::moveMemo(const Memo& memo, Day from, Day to) const {
-  return writes_.write([&] {
-    validateUnchanged(memo, from);
+  return context_.write([&] {
+    memoStore_.validateUnchanged(memo, from);
+    const std::filesystem::path file = context_.paths.memoFile(from, memo.seqNumber);
+    const auto attributes = context_.files.attributes(file);
+    const auto content = context_.files.read(file);
+    if (!attributes || !content) throw WriteError(WriteError::Kind::missingMemo);
     Memo moved = memo;
     moved.seqNumber = nextSeqNumber(to);
     const AttachmentManager attachments(context_);
     attachments.preparePendingAttachments(memo.attachments,
                                           {.fallbackDate = from, .destinationDate = to});
-    place(moved, to);
+    place(moved, to,
+          [&] { return memoStore_.createAs(moved, to, *content, attributes->permissions); });
     try {
       memoStore_.remove(from, memo.seqNumber);
     } catch (...) {
-      withdraw(moved, to, context_.paths.memoFile(from, memo.seqNumber));
+      withdraw(moved, to, file);
       throw;
     }
     trashUnnamedFiles(moved.attachments, from);

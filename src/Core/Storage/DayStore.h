@@ -32,26 +32,12 @@ class DayStore {
     std::map<std::string, AudioTranscript> audioTranscripts = {};
   };
 
-  // A memo in the trash: one folder `.trash/<trashSubdir>/`, in which lie the memo's file, one that
-  // tells where it was, and its attachments.
-  struct TrashEntry {
-    static constexpr const char* memoFileName = "memo.md";
-    static constexpr const char* metaFileName = "meta.txt";
-    static constexpr const char* attachmentsName = "attachments";
-
-    Day originalDate;
-    Memo memo;
-    std::string trashSubdir;  // its identity
-
-    friend bool operator==(const TrashEntry&, const TrashEntry&) = default;
-  };
-
   explicit DayStore(StoreContext context);
 
   [[nodiscard]] const StoreContext& context() const { return context_; }
   [[nodiscard]] const DiskPaths& paths() const { return context_.paths; }
   [[nodiscard]] const MemoStore& memoStore() const { return memoStore_; }
-  [[nodiscard]] DataWriteCoordinator& writes() const { return writes_; }
+  [[nodiscard]] DataWriteCoordinator& writes() const { return context_.gate; }
 
   // Highest number first. A file that can't be read is logged and left out.
   [[nodiscard]] std::vector<Memo> listMemos(Day day) const;
@@ -76,18 +62,17 @@ class DayStore {
   // `expected` is given and differs from the memo on disk.
   void updateMemo(const Memo& memo, Day day, const std::optional<Memo>& expected) const;
   void commitMemo(const Memo& memo, Day day, const std::optional<Memo>& expected) const;
-  // The check in front of both: throws instead of changing anything.
-  void validateUpdate(const Memo& memo, Day day, const std::optional<Memo>& expected) const;
-  // The check in front of what takes a memo as it was read: throws like validateUpdate with `memo`
-  // as what is expected. Where transcript segments make every two readings unequal, what is stored
-  // is compared instead.
-  void validateUnchanged(const Memo& memo, Day day) const;
+  // The check that both begin with: throws instead of changing anything.
+  void validateUpdate(const Memo& memo, Day day, const std::optional<Memo>& expected) const {
+    (void)memoStore_.validateUpdate(memo, day, expected);
+  }
 
-  // Removes the memo and then the files it names, for good, whoever else names them.
+  // Destroys the memo and then the files it names, whoever else names them: nothing of it goes to
+  // the trash. What a user deletes goes there by TrashStore::trashMemo.
   void deleteMemo(Day day, const Memo& memo) const;
 
   // Gives the memo the next number of another day, attachments and all, and returns it as it is
-  // there. Files that no other memo of the old day names go to the attachment trash, unless one of
+  // there. Its file goes as it is, permissions and what we don't read included. Files that no other memo of the old day names go to the attachment trash, unless one of
   // those memos can't be read. Until the old file goes both stand, so that a failure leaves the
   // memo twice rather than not at all. A failure to list the old day is reported when the move has
   // happened.
@@ -97,46 +82,17 @@ class DayStore {
   // file that can't be moved is logged. Throws FileError when the day can't be listed.
   void trashUnnamedFiles(const std::vector<std::string>& names, Day day) const;
 
-  // Moves the memo and its files to the trash and returns the entry's folder name. Throws like
-  // validateUnchanged.
-  [[nodiscard]] std::string trashMemo(Day day, const Memo& memo) const;
-  // Brings a memo back under its own number, or the next free one when that was given away. A file
-  // whose name was given away goes to the attachment trash, which is logged. Throws WriteError
-  // (missingMemo) when the entry is gone.
-  void restoreMemo(const TrashEntry& entry) const;
-  // What the second of an entry's files says, "2026-03-01,7"; absent when it says something else.
-  struct TrashOrigin {
-    Day date;
-    std::int64_t seqNumber;
-  };
-  [[nodiscard]] static std::optional<TrashOrigin> parseTrashMeta(std::string_view text);
-  // By `time`, latest first. Folders that are no entries are passed over; a memo file that can't be
-  // read shows as an empty memo. Never throws.
-  [[nodiscard]] std::vector<TrashEntry> listTrash() const;
-  // Both in order, ending with the first failure; what was done stays done. Deleting is for good
-  // and takes the memos' versions along.
-  void deleteTrashEntries(const std::vector<TrashEntry>& entries) const;
-  void restoreTrashEntries(const std::vector<TrashEntry>& entries) const;
-  // Removes everything in the trash for good, the attachment trash included.
-  void emptyTrash() const;
-
  private:
-  // Writes a memo under `memo.seqNumber` or the next free number above it.
-  void place(Memo& memo, Day day) const;
+  // Counts `memo.seqNumber` up to the first number under which `create` could put it.
+  template <typename Create>
+  void place(Memo& memo, Day day, Create create) const;
   // Takes a moved memo's new file away again, never throwing, when its old one still stands.
   void withdraw(const Memo& moved, Day to, const std::filesystem::path& oldFile) const;
   // The attachments that the memos of a day name; absent when one of them can't be read.
   [[nodiscard]] std::optional<std::set<std::string>> filesNamed(Day day) const;
 
-  [[nodiscard]] std::filesystem::path makeTrashFolder(Day day, std::int64_t seqNumber) const;
-  [[nodiscard]] std::filesystem::path trashFolderOf(const TrashEntry& entry) const;
-  void restoreMemoFile(const TrashEntry& entry, const std::filesystem::path& folder) const;
-  void restoreAttachments(const TrashEntry& entry, const std::filesystem::path& folder) const;
-  void deleteVersions(const TrashEntry& entry) const;
-
   StoreContext context_;
   MemoStore memoStore_;
-  DataWriteCoordinator& writes_;
 };
 
 }  // namespace nomely

@@ -4,24 +4,24 @@
 
 #include "Core/Extensions/TextNumbers.h"
 #include "Platform/Files/FileError.h"
-#include "Platform/Files/FileManager.h"
 #include "Platform/System/Log.h"
 
 namespace nomely {
 
-DiskPaths DiskPaths::defaultPaths(const Environment& environment) {
+DiskPaths DiskPaths::defaultPaths(const Environment& environment,
+                                  const FileManager& files) {
   DiskPaths paths{environment.homeFolder() / "NomelyData"};
   try {
-    paths.createRoot();
+    paths.createRoot(files);
   } catch (const FileError& error) {
     Log::error(LogChannel::storage, "⚠️ DiskPaths.defaultPaths: {}", error.what());
   }
   return paths;
 }
 
-void DiskPaths::createRoot() const {
+void DiskPaths::createRoot(const FileManager& files) const {
   constexpr unsigned ownerOnly = 0700;
-  FileManager(posixFileSystem()).createDirectories(rootURL, ownerOnly);
+  files.createDirectories(rootURL, ownerOnly);
 }
 
 std::filesystem::path DiskPaths::memoFile(Day day, std::int64_t seqNumber) const {

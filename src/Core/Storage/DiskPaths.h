@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Files/FileManager.h"
 #include "Platform/System/Environment.h"
 #include "Platform/Time/Day.h"
 
@@ -17,10 +18,11 @@ struct DiskPaths {
 
   // "NomelyData" in the home folder, created for its owner alone if missing; a failure of that
   // shows up at the first write.
-  [[nodiscard]] static DiskPaths defaultPaths(const Environment& environment);
+  [[nodiscard]] static DiskPaths defaultPaths(const Environment& environment,
+                                              const FileManager& files);
 
   // Creates a missing root, readable by its owner alone. Throws FileError.
-  void createRoot() const;
+  void createRoot(const FileManager& files) const;
 
   [[nodiscard]] std::filesystem::path dayFolder(Day day) const { return rootURL / day.string(); }
   [[nodiscard]] std::filesystem::path memoFile(Day day, std::int64_t seqNumber) const;

@@ -1,71 +1,131 @@
 #include "Core/Storage/MemoStore.h"
 
-#include <fmt/format.h>
-
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Markdown/Frontmatter/YamlDocument.h"
+#include "Core/Storage/MemoFile.h"
+#include "Core/Storage/WriteError.h"
+#include "Platform/Files/FileError.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
 namespace {
 
-Memo memoFrom(MemoFrontmatterParser::ParsedMemo parsed, std::int64_t seqNumber) {
-  Memo memo;
-  static_cast<MemoFrontmatter&>(memo) = std::move(parsed.frontmatter);
-  memo.seqNumber = seqNumber;
-  memo.body = std::move(parsed.body);
+// Throws rather than write what could not be read again, which must not replace what can.
+std::string contentOf(const Memo& memo) {
+  if (!isValidUtf8(memo.body)) throw YamlError("正文不是有效的 UTF-8 文本");
+  std::string content = MemoFrontmatterParser::serialize(memo, memo.body);
+  if (content.size() > MemoFile::maxSize) throw YamlError("笔记超过 64 MiB，请分成几条保存");
+  return content;
+}
+
+Memo asRead(Memo memo) {
+  memo.body = std::string(MemoFrontmatterParser::bodyAsRead(memo.body));
   return memo;
 }
 
 }  // namespace
 
-EncodingError::EncodingError(const std::filesystem::path& file)
-    : Error("memo.encoding", fmt::format("文件不是有效的 UTF-8 文本：{}", file.string())) {}
+std::filesystem::path MemoStore::fileOf(const Memo& memo, Day day) const {
+  return context_.paths.memoFile(day, memo.seqNumber);
+}
 
-MemoStore::MemoStore(StoreContext context)
-    : context_(std::move(context)), writes_(DataWriteCoordinator::shared(context_.paths.rootURL)) {}
+template <typename Step>
+decltype(auto) MemoStore::changing(Step step) const {
+  try {
+    return step();
+  } catch (const FileError& error) {
+    if (error.kind() != FileError::Kind::alreadyExists)
+      context_.gate.changes().announceManyChanged();
+    throw;
+  } catch (...) {
+    context_.gate.changes().announceManyChanged();
+    throw;
+  }
+}
 
 std::optional<Memo> MemoStore::read(Day day, std::int64_t seqNumber) const {
-  const std::filesystem::path file = context_.paths.memoFile(day, seqNumber);
-  const std::optional<std::string> content = context_.files.read(file);
-  if (!content) return std::nullopt;
-  if (!isValidUtf8(*content)) throw EncodingError(file);
-  return memoFrom(MemoFrontmatterParser::parse(*content), seqNumber);
+  return MemoFile::read(context_.files, context_.paths.memoFile(day, seqNumber), seqNumber);
 }
 
 void MemoStore::write(const Memo& memo, Day day) const {
-  writes_.write([&] {
-    const std::string content = contentOf(memo);
-    writes_.prepareFolder(context_.paths.dayFolder(day), context_.files);
-    context_.files.writeAtomically(context_.paths.memoFile(day, memo.seqNumber), content);
+  context_.write([&] {
+    const Memo stored = asRead(memo);
+    const std::string content = contentOf(stored);
+    context_.prepareFolder(context_.paths.dayFolder(day));
+    changing([&] { context_.files.writeAtomically(fileOf(stored, day), content); });
+    context_.gate.changes().announceWritten(stored, day);
   });
 }
 
 bool MemoStore::create(const Memo& memo, Day day) const {
-  return writes_.write([&] {
-    const std::string content = contentOf(memo);
-    writes_.prepareFolder(context_.paths.dayFolder(day), context_.files);
-    return context_.files.createAtomically(context_.paths.memoFile(day, memo.seqNumber), content);
+  return context_.write([&] {
+    const Memo stored = asRead(memo);
+    const std::string content = contentOf(stored);
+    context_.prepareFolder(context_.paths.dayFolder(day));
+    if (!changing([&] { return context_.files.createAtomically(fileOf(stored, day), content); }))
+      return false;
+    context_.gate.changes().announceWritten(stored, day);
+    return true;
+  });
+}
+
+bool MemoStore::createAs(const Memo& memo, Day day, std::string_view content,
+                         unsigned permissions) const {
+  return context_.write([&] {
+    context_.prepareFolder(context_.paths.dayFolder(day));
+    const auto file = fileOf(memo, day);
+    if (!changing([&] { return context_.files.createAtomically(file, content, permissions); }))
+      return false;
+    context_.gate.changes().announceWritten(memo, day);
+    return true;
   });
 }
 
 void MemoStore::remove(Day day, std::int64_t seqNumber) const {
-  writes_.write([&] { context_.files.removeFile(context_.paths.memoFile(day, seqNumber)); });
+  context_.write([&] {
+    changing([&] { return context_.files.removeFile(context_.paths.memoFile(day, seqNumber)); });
+    context_.gate.changes().announceRemoved(day, seqNumber);
+  });
+}
+
+void MemoStore::moveOut(Day day, std::int64_t seqNumber, const std::filesystem::path& to) const {
+  changing([&] { context_.files.moveFile(context_.paths.memoFile(day, seqNumber), to); });
+  context_.gate.changes().announceRemoved(day, seqNumber);
+}
+
+void MemoStore::moveIn(const std::filesystem::path& from, Day day, std::int64_t seqNumber) const {
+  changing([&] { context_.files.moveFile(from, context_.paths.memoFile(day, seqNumber)); });
+  try {
+    if (const auto memo = read(day, seqNumber))
+      context_.gate.changes().announceWritten(*memo, day);
+  } catch (const Error&) {
+    // A file that can't be read is in no list.
+  }
+}
+
+Memo MemoStore::validateUpdate(const Memo& memo, Day day,
+                               const std::optional<Memo>& expected) const {
+  std::optional<Memo> current = read(day, memo.seqNumber);
+  if (!current) throw WriteError(WriteError::Kind::missingMemo);
+  if (current->memoId && current->memoId != memo.memoId)
+    throw WriteError(WriteError::Kind::identityChanged);
+  if (expected && *current != *expected) throw WriteError(WriteError::Kind::conflict);
+  return *std::move(current);
+}
+
+Memo MemoStore::validateUnchanged(const Memo& memo, Day day) const {
+  Memo current = validateUpdate(memo, day, std::nullopt);
+  if (!isStoredAs(current, memo)) throw WriteError(WriteError::Kind::conflict);
+  return current;
 }
 
 Memo MemoStore::parseMemoFile(std::string_view content, std::int64_t seqNumber,
                               const Clock& clock) {
   try {
-    if (isValidUtf8(content)) return memoFrom(MemoFrontmatterParser::parse(content), seqNumber);
+    if (isValidUtf8(content)) return MemoFile::parsed(content, seqNumber);
   } catch (const ParseError&) {
   }
   return Memo::empty(seqNumber, clock);
-}
-
-std::string MemoStore::contentOf(const Memo& memo) {
-  // What could not be read again must not replace what can.
-  if (!isValidUtf8(memo.body)) throw YamlError("正文不是有效的 UTF-8 文本");
-  return MemoFrontmatterParser::serialize(memo, memo.body);
 }
 
 }  // namespace nomely

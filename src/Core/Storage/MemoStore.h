@@ -6,35 +6,45 @@
 #include <string_view>
 
 #include "Core/Models/Memo.h"
-#include "Core/Storage/DataWriteCoordinator.h"
 #include "Core/Storage/StoreContext.h"
-#include "Platform/Error.h"
 
 namespace nomely {
 
-// A memo file that is not well-formed UTF-8.
-class EncodingError : public Error {
- public:
-  explicit EncodingError(const std::filesystem::path& file);
-};
-
-// Reads and writes single memo files. Stateless; safe on any thread. Writes pass the gate.
+// Reads and writes single memo files, and announces what becomes of them. Stateless; safe on any
+// thread. Writes pass the gate.
+//
+// A body is kept as reading gives it back: without blank lines at its beginning.
 class MemoStore {
  public:
-  explicit MemoStore(StoreContext context);
+  explicit MemoStore(StoreContext context) : context_(std::move(context)) {}
 
   // Absent when there is no such file. The memo has that number and a fresh `id`. Throws
   // FileError, EncodingError, ParseError.
   [[nodiscard]] std::optional<Memo> read(Day day, std::int64_t seqNumber) const;
 
-  // Puts the memo under its number, replacing what is there. Throws FileError, YamlError,
-  // WriteError.
+  // Puts the memo under its number, replacing what is there; a replaced file's permissions are
+  // kept. Throws FileError, YamlError, WriteError.
   void write(const Memo& memo, Day day) const;
   // The same for a new memo: false, and nothing written, when the number is taken.
   [[nodiscard]] bool create(const Memo& memo, Day day) const;
+  // The same for one whose file is `content` already, with those permissions.
+  [[nodiscard]] bool createAs(const Memo& memo, Day day, std::string_view content,
+                              unsigned permissions) const;
 
   // Removes the file; none there is no error. Throws FileError, WriteError.
   void remove(Day day, std::int64_t seqNumber) const;
+
+  // Moves a memo's file out of the root's days, or into one where its name has to be free. Inside
+  // a write. Throws FileError.
+  void moveOut(Day day, std::int64_t seqNumber, const std::filesystem::path& to) const;
+  void moveIn(const std::filesystem::path& from, Day day, std::int64_t seqNumber) const;
+
+  // Throw WriteError and change nothing: missingMemo, identityChanged when another memo has that
+  // place, conflict when `expected` is given and differs from the memo on disk, which is returned.
+  Memo validateUpdate(const Memo& memo, Day day, const std::optional<Memo>& expected) const;
+  // The same with `memo` as what is expected, but by what is stored: transcript segments make every
+  // two readings of a memo unequal.
+  Memo validateUnchanged(const Memo& memo, Day day) const;
 
   // Never fails: an unreadable file gives an empty memo with the present time, so that a list can
   // show a row for it. Must not be written back.
@@ -42,10 +52,12 @@ class MemoStore {
                                           const Clock& clock);
 
  private:
-  [[nodiscard]] static std::string contentOf(const Memo& memo);
+  [[nodiscard]] std::filesystem::path fileOf(const Memo& memo, Day day) const;
+  // Runs a step that changes memo files. One that fails may have had its effect all the same.
+  template <typename Step>
+  decltype(auto) changing(Step step) const;
 
   StoreContext context_;
-  DataWriteCoordinator& writes_;
 };
 
 }  // namespace nomely

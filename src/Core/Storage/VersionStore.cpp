@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <functional>
+#include <tuple>
 #include <vector>
 
 #include <fmt/format.h>
@@ -14,19 +14,36 @@
 namespace nomely {
 namespace {
 
-// Seconds since 1970, always to the microsecond: names then sort by age within a second too.
+// Seconds since 1970 to the microsecond, from a whole number: a floating-point one would let two
+// names of far years fall together.
 std::string secondsText(Moment moment) {
-  const std::chrono::duration<double> seconds = moment.time_since_epoch();
-  return fmt::format("{:.6f}", seconds.count());
+  constexpr std::int64_t perSecond = 1000000;
+  const std::int64_t count = std::max<std::int64_t>(moment.time_since_epoch().count(), 0);
+  return fmt::format("{}.{:06}", count / perSecond, count % perSecond);
+}
+
+struct Aged {
+  std::optional<Moment> timestamp;
+  std::string name;
+};
+
+// Of two names without a time, or of the same time, the greater one is the newer.
+bool isNewer(const Aged& left, const Aged& right) {
+  return std::tie(left.timestamp, left.name) > std::tie(right.timestamp, right.name);
+}
+
+std::vector<Aged> snapshotsIn(const FileManager& files, const std::filesystem::path& folder) {
+  std::vector<Aged> found;
+  for (DirectoryEntry& entry : files.listVisible(folder))
+    if (pathExtension(entry.name) == "md")
+      found.push_back({VersionStore::timestampOf(entry.name), std::move(entry.name)});
+  return found;
 }
 
 }  // namespace
 
 VersionStore::VersionStore(StoreContext context, std::size_t maxVersions)
-    : context_(std::move(context)),
-      memoStore_(context_),
-      writes_(DataWriteCoordinator::shared(context_.paths.rootURL)),
-      maxVersions_(maxVersions) {}
+    : context_(std::move(context)), memoStore_(context_), maxVersions_(maxVersions) {}
 
 std::filesystem::path VersionStore::identityDirectory(std::string_view memoId) const {
   std::string name;
@@ -36,8 +53,8 @@ std::filesystem::path VersionStore::identityDirectory(std::string_view memoId) c
 }
 
 void VersionStore::saveIfNeeded(Day day, std::int64_t seqNumber, const Memo& newMemo) const {
-  writes_.write([&] {
-    if (const auto folder = keepSnapshot(day, seqNumber, newMemo)) prune(*folder);
+  context_.write([&] {
+    if (const auto snapshot = keepSnapshot(day, seqNumber, newMemo)) prune(*snapshot);
   });
 }
 
@@ -47,14 +64,27 @@ std::optional<std::filesystem::path> VersionStore::keepSnapshot(Day day, std::in
   if (!current || *current == newMemo) return std::nullopt;
   if (!current->memoId || current->memoId->empty()) return std::nullopt;
   if (newMemo.memoId != current->memoId) throw WriteError(WriteError::Kind::identityChanged);
-  std::filesystem::path folder = identityDirectory(*current->memoId);
-  writes_.prepareFolder(folder, context_.files);
+  const std::filesystem::path folder = identityDirectory(*current->memoId);
+  context_.prepareFolder(folder);
   keepAttachments(day, *current, newMemo);
-  const std::string name =
-      fmt::format("{}_{}.md", secondsText(context_.clock.now()), Uuid::random().string());
-  context_.files.writeAtomically(folder / name,
-                                 MemoFrontmatterParser::serialize(*current, current->body));
-  return folder;
+  const std::filesystem::path snapshot = folder / newestName(folder, "md");
+  const auto attributes = context_.files.attributes(context_.paths.memoFile(day, seqNumber));
+  (void)context_.files.createAtomically(
+      snapshot, MemoFrontmatterParser::serialize(*current, current->body),
+      attributes ? std::optional(attributes->permissions) : std::nullopt);
+  return snapshot;
+}
+
+// Whatever the clock says: set back, it would make the newest snapshot the oldest, and pruning
+// would take it at once.
+std::string VersionStore::newestName(const std::filesystem::path& folder,
+                                     std::string_view extension) const {
+  Moment moment = context_.clock.now();
+  constexpr Moment::duration step(1);
+  for (const Aged& snapshot : snapshotsIn(context_.files, folder))
+    if (snapshot.timestamp && timestampOf(secondsText(*snapshot.timestamp + step)))
+      moment = std::max(moment, *snapshot.timestamp + step);
+  return fmt::format("{}_{}.{}", secondsText(moment), Uuid::random().string(), extension);
 }
 
 void VersionStore::keepAttachments(Day day, const Memo& current, const Memo& newMemo) const {
@@ -64,19 +94,18 @@ void VersionStore::keepAttachments(Day day, const Memo& current, const Memo& new
     if (!isSafeFilename(name)) continue;
     const std::filesystem::path source = context_.paths.dayFolder(day) / name;
     if (!context_.files.exists(source) || context_.files.exists(folder / name)) continue;
-    writes_.prepareFolder(folder, context_.files);
+    context_.prepareFolder(folder);
     context_.files.copyFile(source, folder / name);
   }
 }
 
-void VersionStore::prune(const std::filesystem::path& folder) const {
-  std::vector<std::string> names;
-  for (DirectoryEntry& entry : context_.files.listVisible(folder))
-    if (pathExtension(entry.name) == "md") names.push_back(std::move(entry.name));
-  if (names.size() <= maxVersions_) return;
-  std::ranges::sort(names, std::greater());
-  for (std::size_t i = maxVersions_; i < names.size(); ++i)
-    context_.files.removeFile(folder / names[i]);
+void VersionStore::prune(const std::filesystem::path& added) const {
+  std::vector<Aged> snapshots = snapshotsIn(context_.files, added.parent_path());
+  if (snapshots.size() <= maxVersions_) return;
+  std::ranges::sort(snapshots, isNewer);
+  for (std::size_t i = maxVersions_; i < snapshots.size(); ++i)
+    if (snapshots[i].name != added.filename())
+      context_.files.removeFile(added.parent_path() / snapshots[i].name);
 }
 
 bool VersionStore::isSafeFilename(std::string_view name) {

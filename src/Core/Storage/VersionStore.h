@@ -20,6 +20,12 @@ struct VersionEntry {
   std::string filename;  // of the snapshot, relative to `.versions`
 };
 
+// The bytes of a memo file before the first rewriting that dropped something of it.
+struct OriginalFile {
+  Moment timestamp;  // of the rewriting
+  std::string filename;  // relative to `.versions`
+};
+
 // A snapshot names an attachment that is no longer anywhere; nothing was changed.
 class MissingAttachmentError : public Error {
  public:
@@ -43,6 +49,18 @@ class VersionStore {
   // that the memo must not be overwritten. Throws what reading and writing a memo throws.
   void saveIfNeeded(Day day, std::int64_t seqNumber, const Memo& newMemo) const;
 
+  // Keeps the memo file as it is, under a name that is no snapshot's, if writing the memo again
+  // would drop something of it: comments or header keys that we don't know. The same bytes are kept
+  // once. Returns whether they are kept now. Through the gate; throws what reading the memo throws.
+  bool keepOriginal(Day day, std::int64_t seqNumber, std::string_view memoId) const;
+  // What keepOriginal kept of that memo, newest first; a folder that can't be listed has none.
+  [[nodiscard]] std::vector<OriginalFile> originals(std::string_view memoId) const;
+  // The bytes of one. Throws FileError.
+  [[nodiscard]] std::string contentOf(const OriginalFile& original) const;
+
+  // The identities that begin with `prefix` and have snapshots, whether or not their memo stands.
+  [[nodiscard]] std::vector<std::string> identities(std::string_view prefix) const;
+
   // Newest first. `memoId` absent: that of the memo on disk. Files that can't be read, or that are
   // another memo's, are passed over; snapshots of an earlier layout, in other folders of
   // `.versions`, are found too. Reads without the gate. Throws what reading the memo throws.
@@ -56,7 +74,13 @@ class VersionStore {
   void restore(Day day, std::int64_t seqNumber, const VersionEntry& version,
                const std::optional<Memo>& expected) const;
 
-  // Removes every snapshot of the memo, for good. Through the gate.
+  // Puts a snapshot under that number, or the next one above it that is free: for a memo that
+  // stands nowhere any more. Attachments come back as far as they can be found. Returns the memo
+  // as it stands. Through the gate; throws what reading and writing a memo throws.
+  [[nodiscard]] Memo restoreVanished(const VersionEntry& version, Day day,
+                                     std::int64_t seqNumber) const;
+
+  // Removes every snapshot of the memo, and what keepOriginal kept, for good. Through the gate.
   void deleteAllVersions(Day day, std::int64_t seqNumber,
                          const std::optional<std::string>& memoId) const;
 
@@ -64,26 +88,35 @@ class VersionStore {
   // is no such name, and the file then no snapshot.
   [[nodiscard]] static std::optional<Moment> timestampOf(std::string_view fileName);
 
+  // The time that an original's file name tells, "1795235666.834093_9D0DBF25-….original".
+  [[nodiscard]] static bool isOriginalName(std::string_view fileName);
+
   // Whether a name read from a file stays inside its folder.
   [[nodiscard]] static bool isSafeFilename(std::string_view name);
 
  private:
-  // saveIfNeeded without dropping any; the folder of the snapshots when one was added.
+  // saveIfNeeded without dropping any; the snapshot when one was added.
   [[nodiscard]] std::optional<std::filesystem::path> keepSnapshot(Day day, std::int64_t seqNumber,
                                                                   const Memo& newMemo) const;
   void keepAttachments(Day day, const Memo& current, const Memo& newMemo) const;
-  void prune(const std::filesystem::path& folder) const;
+  // A name that sorts as the newest of the folder.
+  [[nodiscard]] std::string newestName(const std::filesystem::path& folder,
+                                       std::string_view extension) const;
+  // Drops the oldest snapshots beyond `maxVersions`, `added` never.
+  void prune(const std::filesystem::path& added) const;
   [[nodiscard]] std::optional<std::string> identityOf(
       Day day, std::int64_t seqNumber, const std::optional<std::string>& memoId) const;
   [[nodiscard]] std::optional<VersionEntry> entryOf(const std::filesystem::path& file,
                                                     std::int64_t seqNumber,
                                                     std::string_view memoId) const;
-  [[nodiscard]] std::filesystem::path snapshotFile(const VersionEntry& version) const;
+  // The memo of a snapshot. Throws what reading a memo throws.
+  [[nodiscard]] Memo read(const VersionEntry& version, std::int64_t seqNumber) const;
+  // Throws WriteError (identityChanged) for a name that leads out of `.versions`.
+  [[nodiscard]] std::filesystem::path fileBelowVersions(const std::string& filename) const;
   void bringBackAttachments(Day day, const Memo& restored) const;
 
   StoreContext context_;
   MemoStore memoStore_;
-  DataWriteCoordinator& writes_;
   std::size_t maxVersions_;
 };
 

@@ -4,12 +4,11 @@
 
 #include "Core/Extensions/PathNames.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
-#include "Core/Storage/DayStore.h"
+#include "Core/Storage/MemoFile.h"
 #include "Core/Storage/VersionStore.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
-#include "Platform/Text/Unicode.h"
 
 namespace nomely {
 namespace {
@@ -26,6 +25,20 @@ std::vector<DirectoryEntry> entriesOf(const FileManager& files,
   }
 }
 
+// What identityDirectory made a folder name of.
+std::optional<std::string> identityNamed(std::string_view folder) {
+  if (folder.empty() || folder.size() % 2 != 0) return std::nullopt;
+  std::string identity;
+  for (std::size_t i = 0; i < folder.size(); i += 2) {
+    unsigned byte = 0;
+    const char* const end = folder.data() + i + 2;
+    const auto [stop, error] = std::from_chars(folder.data() + i, end, byte, 16);
+    if (error != std::errc() || stop != end) return std::nullopt;
+    identity += static_cast<char>(byte);
+  }
+  return identity;
+}
+
 }  // namespace
 
 MissingAttachmentError::MissingAttachmentError(const std::string& name)
@@ -40,8 +53,8 @@ std::optional<Moment> VersionStore::timestampOf(std::string_view fileName) {
   constexpr double latest = 253402300800;  // the year 10000
   if (error != std::errc() || stop != end || !(seconds >= 0 && seconds < latest))
     return std::nullopt;
-  return Moment(
-      std::chrono::duration_cast<Moment::duration>(std::chrono::duration<double>(seconds)));
+  // Rounded, or a name would tell a microsecond less than the one it was made from.
+  return Moment(std::chrono::round<Moment::duration>(std::chrono::duration<double>(seconds)));
 }
 
 std::optional<std::string> VersionStore::identityOf(
@@ -57,15 +70,13 @@ std::optional<VersionEntry> VersionStore::entryOf(const std::filesystem::path& f
   const auto timestamp = timestampOf(file.filename().native());
   if (!timestamp) return std::nullopt;
   try {
-    const auto content = context_.files.read(file);
-    if (!content || !isValidUtf8(*content)) return std::nullopt;
-    Memo memo = MemoStore::parseMemoFile(*content, seqNumber, context_.clock);
-    if (memo.memoId != memoId) return std::nullopt;
+    std::optional<Memo> memo = MemoFile::read(context_.files, file, seqNumber);
+    if (!memo || memo->memoId != memoId) return std::nullopt;
     return VersionEntry{
         .timestamp = *timestamp,
-        .memo = std::move(memo),
+        .memo = *std::move(memo),
         .filename = file.lexically_relative(context_.paths.versionsFolder()).string()};
-  } catch (const FileError&) {
+  } catch (const Error&) {
     return std::nullopt;
   }
 }
@@ -88,14 +99,21 @@ std::vector<VersionEntry> VersionStore::listVersions(
   return versions;
 }
 
-std::filesystem::path VersionStore::snapshotFile(const VersionEntry& version) const {
+std::filesystem::path VersionStore::fileBelowVersions(const std::string& filename) const {
   const std::string folder = context_.paths.versionsFolder().lexically_normal().string() + "/";
   std::filesystem::path file =
-      (context_.paths.versionsFolder() / version.filename).lexically_normal();
+      (context_.paths.versionsFolder() / filename).lexically_normal();
   // A forged name must not reach outside.
   if (!file.native().starts_with(folder) || file.native().size() == folder.size())
     throw WriteError(WriteError::Kind::identityChanged);
   return file;
+}
+
+Memo VersionStore::read(const VersionEntry& version, std::int64_t seqNumber) const {
+  const std::filesystem::path file = fileBelowVersions(version.filename);
+  std::optional<Memo> memo = MemoFile::read(context_.files, file, seqNumber);
+  if (!memo) throw FileError("读取", file, ENOENT);
+  return *std::move(memo);
 }
 
 void VersionStore::bringBackAttachments(Day day, const Memo& restored) const {
@@ -110,42 +128,60 @@ void VersionStore::bringBackAttachments(Day day, const Memo& restored) const {
 
 void VersionStore::restore(Day day, std::int64_t seqNumber, const VersionEntry& version,
                            const std::optional<Memo>& expected) const {
-  writes_.write([&] {
-    const std::filesystem::path file = snapshotFile(version);
-    const std::optional<std::string> content = context_.files.read(file);
-    if (!content) throw FileError("读取", file, ENOENT);
-    if (!isValidUtf8(*content)) throw EncodingError(file);
-    const auto snapshotId = MemoFrontmatterParser::parse(*content).frontmatter.memoId;
+  context_.write([&] {
+    const Memo restored = read(version, seqNumber);
     const std::optional<Memo> current = memoStore_.read(day, seqNumber);
-    if (!snapshotId || !current || current->memoId != snapshotId)
+    if (!restored.memoId || !current || current->memoId != restored.memoId)
       throw WriteError(WriteError::Kind::identityChanged);
-    const Memo restored = MemoStore::parseMemoFile(*content, seqNumber, context_.clock);
-    const DayStore store(context_);
-    store.validateUpdate(restored, day, expected);
+    memoStore_.validateUpdate(restored, day, expected);
     bringBackAttachments(day, restored);
-    store.validateUpdate(restored, day, expected);
-    const auto snapshots = keepSnapshot(day, seqNumber, restored);
+    memoStore_.validateUpdate(restored, day, expected);
+    const auto snapshot = keepSnapshot(day, seqNumber, restored);
     memoStore_.write(restored, day);
-    if (!snapshots) return;
+    if (!snapshot) return;
     // Not before: the oldest snapshot may be the one that is being restored, and until it is
     // written the only place of that state.
     try {
-      prune(*snapshots);
+      prune(*snapshot);
     } catch (const FileError& error) {
       Log::error(LogChannel::storage, "⚠️ VersionStore.restore: {}", error.what());
     }
   });
 }
 
+Memo VersionStore::restoreVanished(const VersionEntry& version, Day day,
+                                   std::int64_t seqNumber) const {
+  return context_.write([&] {
+    Memo memo = read(version, seqNumber);
+    context_.prepareFolder(context_.paths.dayFolder(day));
+    try {
+      bringBackAttachments(day, memo);
+    } catch (const MissingAttachmentError& error) {
+      // There is no memo that would be better off without its older state.
+      Log::error(LogChannel::storage, "⚠️ VersionStore.restoreVanished: {}", error.what());
+    }
+    while (!memoStore_.create(memo, day)) ++memo.seqNumber;
+    return memo;
+  });
+}
+
 void VersionStore::deleteAllVersions(Day day, std::int64_t seqNumber,
                                      const std::optional<std::string>& memoId) const {
-  writes_.write([&] {
+  context_.write([&] {
     const auto identity = identityOf(day, seqNumber, memoId);
     if (!identity) return;
     for (const VersionEntry& version : listVersions(day, seqNumber, identity))
-      context_.files.removeFile(snapshotFile(version));
+      context_.files.removeFile(fileBelowVersions(version.filename));
     context_.files.removeTree(identityDirectory(*identity));
   });
+}
+
+std::vector<std::string> VersionStore::identities(std::string_view prefix) const {
+  std::vector<std::string> found;
+  for (const DirectoryEntry& folder : entriesOf(context_.files, context_.paths.versionsByIdFolder()))
+    if (auto identity = identityNamed(folder.name); identity && identity->starts_with(prefix))
+      found.push_back(*std::move(identity));
+  return found;
 }
 
 }  // namespace nomely

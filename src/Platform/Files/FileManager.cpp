@@ -111,15 +111,18 @@ std::vector<DirectoryEntry> FileManager::listVisible(const path& directory) cons
   return entries;
 }
 
-std::optional<std::string> FileManager::read(const path& name) const {
+std::optional<std::string> FileManager::read(const path& name, std::uint64_t most) const {
   const std::unique_ptr<File> file =
       fileSystem_.open(name, FileSystem::OpenMode::read, LinkPolicy::follow);
   if (!file) return std::nullopt;
+  const std::uint64_t size = file->attributes().size;
+  if (size > most) throw FileError("读取", name, EFBIG);
   // One byte more than the size, so that the usual file ends with its first read.
-  std::string bytes(file->attributes().size + 1, '\0');
+  std::string bytes(size + 1, '\0');
   std::size_t length = 0;
   while (const std::size_t count = file->read(std::span(bytes).subspan(length))) {
     length += count;
+    if (length > most) throw FileError("读取", name, EFBIG);
     if (length == bytes.size()) bytes.resize(bytes.size() * 2);
   }
   bytes.resize(length);
@@ -182,8 +185,10 @@ void FileManager::writeAtomically(const path& target, const Producer& produce) c
   replace(target, temporary);
 }
 
-bool FileManager::createAtomically(const path& target, std::string_view bytes) const {
+bool FileManager::createAtomically(const path& target, std::string_view bytes,
+                                   std::optional<unsigned> permissions) const {
   Temporary temporary(fileSystem_, folderOf(target));
+  if (permissions) temporary.file().setPermissions(*permissions);
   temporary.write(bytes);
   return putNew(target, temporary);
 }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -35,16 +37,20 @@ class FileManager {
       const std::filesystem::path& directory) const;
   [[nodiscard]] std::vector<DirectoryEntry> listAll(const std::filesystem::path& directory) const;
 
-  // The file's bytes; absent when there is no such file.
-  [[nodiscard]] std::optional<std::string> read(const std::filesystem::path& path) const;
+  // The file's bytes; absent when there is no such file. One of more than `most` bytes is refused
+  // (EFBIG) before anything of it is held.
+  [[nodiscard]] std::optional<std::string> read(
+      const std::filesystem::path& path,
+      std::uint64_t most = std::numeric_limits<std::uint64_t>::max()) const;
   [[nodiscard]] bool contentsEqual(const std::filesystem::path& left,
                                    const std::filesystem::path& right) const;
 
   // Puts `bytes` under `path`, replacing what is there; a replaced file's permissions are kept.
   void writeAtomically(const std::filesystem::path& path, std::string_view bytes) const;
-  // Puts `bytes` under `path` unless the name is taken. Returns whether it did.
-  [[nodiscard]] bool createAtomically(const std::filesystem::path& path,
-                                      std::string_view bytes) const;
+  // Puts `bytes` under `path` unless the name is taken. Returns whether it did. With `permissions`,
+  // those of a file whose contents these are, the new one has them before its name can be seen.
+  [[nodiscard]] bool createAtomically(const std::filesystem::path& path, std::string_view bytes,
+                                      std::optional<unsigned> permissions = {}) const;
 
   // The same for contents too large to be held: `produce` hands them on piece by piece. What it
   // throws leaves everything as it was.

@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 // A memo in the trash, with a version and one attachment.
 struct Trashed {
-  DayStore::TrashEntry entry;
+  TrashEntry entry;
   std::string bytes;
   std::map<std::string, std::string> files = {};     // by path below the root
   std::map<std::string, std::string> versions = {};  // so too
@@ -50,8 +50,8 @@ std::vector<Trashed> twoTrashed(const Diary& diary) {
           trashed(diary, diary.changed.seqNumber, "loose.bin", "not the loose one of the day")};
 }
 
-std::vector<DayStore::TrashEntry> entriesOf(const std::vector<Trashed>& trash) {
-  std::vector<DayStore::TrashEntry> entries;
+std::vector<TrashEntry> entriesOf(const std::vector<Trashed>& trash) {
+  std::vector<TrashEntry> entries;
   std::ranges::transform(trash, std::back_inserter(entries), &Trashed::entry);
   return entries;
 }

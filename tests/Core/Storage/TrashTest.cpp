@@ -14,7 +14,7 @@ namespace {
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
-using TrashEntry = DayStore::TrashEntry;
+using TrashEntry = TrashEntry;
 
 class TrashTest : public StoreTest {
  protected:

@@ -1,0 +1,211 @@
+#include "Core/Service/MemoService.h"
+
+#include <utility>
+
+#include "Core/Extensions/DateFormatters.h"
+#include "Core/Extensions/TagUtilities.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
+#include "Core/Markdown/Text/MemoTextUtilities.h"
+#include "Core/Markdown/Text/TagParser.h"
+#include "Core/Storage/WriteError.h"
+#include "Platform/Files/FileError.h"
+#include "Platform/System/Log.h"
+
+namespace nomely {
+namespace {
+
+void forget(Memo& memo, const std::string& filename) {
+  std::erase(memo.attachments, filename);
+  memo.attachmentDescriptions.erase(filename);
+  memo.originalNames.erase(filename);
+  memo.audioTranscripts.erase(filename);
+}
+
+}  // namespace
+
+MemoService::MemoService(StoreContext context)
+    : context_(std::move(context)), days_(context_), attachments_(context_), versions_(context_), trash_(context_) {}
+
+void MemoService::addTagsIn(std::string_view text, std::vector<std::string>& tags) {
+  for (std::string& tag : TagParser::tags(text)) tags.push_back(std::move(tag));
+  tags = TagUtilities::uniqueTags(tags);
+}
+
+void MemoService::adopt(Day day, const Memo& current, Memo& changed) const {
+  const bool isNameless = current.memoId.value_or("").empty();
+  if (isNameless && changed.memoId.value_or("").empty()) changed.memoId = Memo::makeMemoId();
+  versions_.keepOriginal(day, current.seqNumber, changed.memoId.value());
+  if (!isNameless) return;
+  // With its identity in the file the next step finds the old text a place in its history.
+  Memo named = current;
+  named.memoId = changed.memoId;
+  days_.memoStore().write(named, day);
+}
+
+Memo MemoService::commit(Day day, const Memo& memo, const std::optional<Memo>& expected) const {
+  return context_.write([&] {
+    const Memo current = days_.memoStore().validateUpdate(memo, day, std::nullopt);
+    if (expected && !isStoredAs(current, *expected)) throw WriteError(WriteError::Kind::conflict);
+    Memo stored = memo;
+    stored.body = MemoFrontmatterParser::bodyAsRead(memo.body);
+    adopt(day, current, stored);
+    days_.commitMemo(stored, day, std::nullopt);
+    return stored;
+  });
+}
+
+Memo MemoService::change(Day day, const Memo& original,
+                         const std::function<void(Memo&)>& change) const {
+  return context_.write([&] {
+    const Memo current = days_.memoStore().validateUnchanged(original, day);
+    Memo changed = original;
+    change(changed);
+    if (isStoredAs(changed, current)) return changed;
+    changed.updatedAt = DateFormatters::timestamp(context_.clock.now());
+    return commit(day, changed, std::nullopt);
+  });
+}
+
+Memo MemoService::edit(Day day, const Memo& original, std::string_view text) const {
+  return change(day, original, [&](Memo& memo) {
+    memo.body = MemoTextUtilities::editedBody(memo.body, text);
+    addTagsIn(text, memo.tags);
+  });
+}
+
+Memo MemoService::append(Day day, const Memo& original, std::string_view paragraph) const {
+  std::string text = MemoTextUtilities::textForEditing(original.body);
+  if (!text.empty()) text += text.ends_with('\n') ? "\n" : "\n\n";
+  return edit(day, original, text.append(paragraph));
+}
+
+Memo MemoService::withImported(
+    Day day, const std::vector<std::filesystem::path>& files,
+    const std::function<Memo(const std::function<void(Memo&)>&)>& save) const {
+  std::vector<AttachmentManager::ImportResult> imported;
+  try {
+    for (const std::filesystem::path& file : files)
+      imported.push_back(attachments_.importFile(file, day));
+    return save([&](Memo& memo) {
+      for (const auto& [filename, originalName] : imported) {
+        memo.attachments.push_back(filename);
+        memo.originalNames[filename] = originalName;
+      }
+    });
+  } catch (...) {
+    for (const auto& file : imported) {
+      try {
+        attachments_.removeImported(file.filename, day);
+      } catch (const Error& error) {
+        Log::error(LogChannel::storage, "⚠️ MemoService.withImported: {}", error.what());
+      }
+    }
+    throw;
+  }
+}
+
+Memo MemoService::create(Day day, DayStore::NewMemo content,
+                         const std::vector<std::filesystem::path>& files) const {
+  if (!content.source) content.source = typedHere;
+  addTagsIn(content.body, content.tags);
+  return context_.write([&] {
+    return withImported(day, files, [&](const auto& name) {
+      Memo named;
+      name(named);
+      content.attachments.insert(content.attachments.end(), named.attachments.begin(),
+                                 named.attachments.end());
+      content.originalNames.merge(named.originalNames);
+      return days_.createMemo(day, std::move(content));
+    });
+  });
+}
+
+Memo MemoService::create(DayStore::NewMemo content,
+                         const AttachmentManager::PendingPlaces& places) const {
+  return context_.write([&] {
+    attachments_.preparePendingAttachments(content.attachments, places);
+    return create(places.destinationDate, std::move(content));
+  });
+}
+
+Memo MemoService::attach(Day day, const Memo& original,
+                         const std::vector<std::filesystem::path>& files) const {
+  return context_.write([&] {
+    return withImported(day, files, [&](const auto& name) { return change(day, original, name); });
+  });
+}
+
+Memo MemoService::detach(Day day, const Memo& original,
+                         const std::vector<std::string>& filenames) const {
+  return context_.write([&] {
+    Memo changed = change(day, original, [&](Memo& memo) {
+      for (const std::string& name : filenames) forget(memo, name);
+    });
+    days_.trashUnnamedFiles(filenames, day);
+    return changed;
+  });
+}
+
+Memo MemoService::move(Day from, const Memo& memo, Day to) const {
+  return from == to ? memo : days_.moveMemo(memo, from, to);
+}
+
+TrashEntry MemoService::trash(Day day, const Memo& memo) const {
+  trash_.finishInterrupted();
+  return {day, memo, trash_.trashMemo(day, memo)};
+}
+
+std::vector<TrashEntry> MemoService::trashed() const {
+  trash_.finishInterrupted();
+  return trash_.listTrash();
+}
+
+TrashContents MemoService::trashContents() const {
+  trash_.finishInterrupted();
+  return trash_.contents();
+}
+
+void MemoService::restore(const std::vector<TrashEntry>& entries) const {
+  trash_.finishInterrupted();
+  trash_.restoreTrashEntries(entries);
+}
+
+void MemoService::destroy(const std::vector<TrashEntry>& entries) const {
+  trash_.finishInterrupted();
+  trash_.deleteTrashEntries(entries);
+}
+
+void MemoService::emptyTrash() const {
+  trash_.finishInterrupted();
+  trash_.emptyTrash();
+}
+
+std::optional<Memo> MemoService::rewrite(Day day, std::int64_t seqNumber,
+                                         const std::function<bool(Memo&)>& rewrite) const {
+  return context_.write([&]() -> std::optional<Memo> {
+    std::optional<Memo> memo = days_.memoStore().read(day, seqNumber);
+    if (!memo || !rewrite(*memo)) return std::nullopt;
+    return commit(day, *memo, std::nullopt);
+  });
+}
+
+Memo MemoService::restoreVersion(Day day, const Memo& original, const VersionEntry& version) const {
+  return context_.write([&] {
+    Memo current = days_.memoStore().validateUnchanged(original, day);
+    if (current.memoId) versions_.keepOriginal(day, current.seqNumber, *current.memoId);
+    versions_.restore(day, current.seqNumber, version, std::nullopt);
+    return days_.memoStore().read(day, current.seqNumber).value();
+  });
+}
+
+Memo MemoService::restoreVanished(const VersionEntry& version, const Place& place) const {
+  return context_.write([&] {
+    const bool isFree =
+        place.seqNumber >= 1 &&
+        !context_.files.exists(context_.paths.memoFile(place.day, place.seqNumber));
+    return versions_.restoreVanished(
+        version, place.day, isFree ? place.seqNumber : days_.nextSeqNumber(place.day));
+  });
+}
+
+}  // namespace nomely

@@ -1,0 +1,114 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Core/Storage/AttachmentManager.h"
+#include "Core/Storage/DayStore.h"
+#include "Core/Storage/TrashStore.h"
+#include "Core/Storage/VersionStore.h"
+
+namespace nomely {
+
+// Everything that a user, the bot or an import does to notes. Each call is one write of the gate:
+// it happens whole or not at all, keeps the older text in the note's history, never overwrites a
+// change made elsewhere, and is announced to the search index. Blocking and stateless; any thread.
+//
+// Calls return the memo as it stands, which may be more than was asked for: a note that another
+// program wrote without an identity is given one before its first change, and a body loses the
+// blank lines that reading drops. Go on with what is returned.
+//
+// Throws WriteError (missingMemo, identityChanged, conflict, maintenance), FileError, what reading
+// a memo throws, and AttachmentManager::ImportError where files come in.
+class MemoService {
+ public:
+  // What `source` says of notes that were typed here.
+  static constexpr const char* typedHere = "nomely";
+
+  explicit MemoService(StoreContext context);
+
+  [[nodiscard]] const StoreContext& context() const { return context_; }
+  [[nodiscard]] const DayStore& days() const { return days_; }
+  [[nodiscard]] const TrashStore& trashStore() const { return trash_; }
+  [[nodiscard]] const VersionStore& versions() const { return versions_; }
+
+  // Creates a memo with copies of `files` attached; the copies go again when it fails. The tags in
+  // the text become tags. `content.source` absent: typed here.
+  [[nodiscard]] Memo create(Day day, DayStore::NewMemo content,
+                            const std::vector<std::filesystem::path>& files = {}) const;
+  // The same where the files of `content.attachments` may lie on other days.
+  [[nodiscard]] Memo create(DayStore::NewMemo content,
+                            const AttachmentManager::PendingPlaces& places) const;
+
+  // Replaces the memo that has `memo.seqNumber`; with `expected` only if that is still what is
+  // stored.
+  Memo commit(Day day, const Memo& memo, const std::optional<Memo>& expected) const;
+
+  // Applies `change` to `original`, which has to be what is stored, and sets `updatedAt`. A change
+  // that alters nothing writes nothing.
+  Memo change(Day day, const Memo& original, const std::function<void(Memo&)>& change) const;
+  // Gives it that text in place of the one that an editor shows: a comment with the text from
+  // before an AI action stays. The tags in the text become tags; none is taken off.
+  Memo edit(Day day, const Memo& original, std::string_view text) const;
+  // Adds a paragraph to the end of that text.
+  Memo append(Day day, const Memo& original, std::string_view paragraph) const;
+
+  // Adds copies of `files`; they go again when it fails.
+  Memo attach(Day day, const Memo& original, const std::vector<std::filesystem::path>& files) const;
+  // Takes the names off with all that is kept about them. A file that no other memo of the day
+  // names goes to the attachment trash, unless one of those memos can't be read; the snapshot keeps
+  // a copy.
+  Memo detach(Day day, const Memo& original, const std::vector<std::string>& filenames) const;
+
+  // Gives the memo the next number of another day. Its file goes as it is.
+  Memo move(Day from, const Memo& memo, Day to) const;
+
+  // The trash. Each of these first finishes what a process that died left half-way there.
+  TrashEntry trash(Day day, const Memo& memo) const;
+  [[nodiscard]] std::vector<TrashEntry> trashed() const;
+  [[nodiscard]] TrashContents trashContents() const;
+  void restore(const std::vector<TrashEntry>& entries) const;
+  void destroy(const std::vector<TrashEntry>& entries) const;
+  void emptyTrash() const;
+
+  // For changes of many memos that are no one's edit, so `updatedAt` stays: `rewrite` changes the
+  // memo that has that number by now, or returns false to leave it as it is. Absent when it was
+  // left, or is gone.
+  std::optional<Memo> rewrite(Day day, std::int64_t seqNumber,
+                              const std::function<bool(Memo&)>& rewrite) const;
+
+  // Puts a snapshot in the memo's place. The state that it replaces becomes a snapshot itself.
+  Memo restoreVersion(Day day, const Memo& original, const VersionEntry& version) const;
+  // Puts a snapshot of a memo that stands nowhere, or can't be read, into a file of its own at
+  // `place`, or under the day's next number when a file is there: that one is left as it is.
+  struct Place {
+    Day day;
+    std::int64_t seqNumber = 0;  // 0: the day's next
+  };
+  Memo restoreVanished(const VersionEntry& version, const Place& place) const;
+
+  // Adds the tags that stand in `text` to `tags`.
+  static void addTagsIn(std::string_view text, std::vector<std::string>& tags);
+
+ private:
+  // Makes the note ready for being written over by `changed`, which gets its identity: a note
+  // without one is given it first, and what we would drop of its file is kept.
+  void adopt(Day day, const Memo& current, Memo& changed) const;
+  // Imports the files and lets `save` write the memo that names them; the copies go again when it
+  // throws.
+  Memo withImported(Day day, const std::vector<std::filesystem::path>& files,
+                    const std::function<Memo(const std::function<void(Memo&)>& name)>& save) const;
+
+  StoreContext context_;
+  DayStore days_;
+  AttachmentManager attachments_;
+  VersionStore versions_;
+  TrashStore trash_;
+};
+
+}  // namespace nomely

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "Core/Models/Memo.h"
+#include "Platform/Error.h"
+#include "Platform/Files/FileManager.h"
+
+namespace nomely {
+
+// A memo file that is not well-formed UTF-8.
+class EncodingError : public Error {
+ public:
+  explicit EncodingError(const std::filesystem::path& file);
+};
+
+// Files in the format of a memo, wherever they lie: in a day, in the trash, among snapshots. Pure
+// reading; any thread.
+namespace MemoFile {
+
+// Nobody writes as much by hand; without a bound one such file would take down whatever lists it.
+inline constexpr std::uint64_t maxSize = std::uint64_t{64} << 20;  // bytes
+
+// The file's text; absent when there is no such file. Throws FileError (tooLarge above maxSize) and
+// EncodingError.
+[[nodiscard]] std::optional<std::string> text(const FileManager& files,
+                                              const std::filesystem::path& file);
+
+// The memo with that number and a fresh `id`. Throws like text, and ParseError.
+[[nodiscard]] std::optional<Memo> read(const FileManager& files, const std::filesystem::path& file,
+                                       std::int64_t seqNumber);
+
+// The same of a text at hand. Throws ParseError.
+[[nodiscard]] Memo parsed(std::string_view text, std::int64_t seqNumber);
+
+}  // namespace MemoFile
+
+}  // namespace nomely

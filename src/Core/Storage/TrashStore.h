@@ -1,0 +1,102 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Core/Storage/DayStore.h"
+
+namespace nomely {
+
+// A memo in the trash: one folder `.trash/<trashSubdir>/`, in which lie the memo's file, one that
+// tells where it was, and its attachments.
+struct TrashEntry {
+  Day originalDate;
+  Memo memo;
+  std::string trashSubdir;  // its identity
+
+  friend bool operator==(const TrashEntry&, const TrashEntry&) = default;
+};
+
+// What emptying the trash destroys.
+struct TrashContents {
+  std::vector<TrashEntry> entries;
+  std::vector<std::string> others;    // names in `.trash` that are no entries
+  std::size_t attachmentFiles = 0;    // in the attachment trash
+};
+
+// Moves memos out of their day and back. A memo is always in one of the two: trashing that fails is
+// undone, and trashing that was cut off is finished by the next operation here. Stateless; safe on
+// any thread. Besides what single calls name, operations throw FileError, and WriteError when the
+// root is frozen.
+class TrashStore {
+ public:
+  static constexpr const char* memoFileName = "memo.md";
+  static constexpr const char* metaFileName = "meta.txt";
+  static constexpr const char* attachmentsName = "attachments";
+
+  explicit TrashStore(StoreContext context) : context_(std::move(context)), days_(context_) {}
+
+  // Moves the memo and its files to the trash and returns the entry's folder name. Throws like
+  // MemoStore::validateUnchanged.
+  [[nodiscard]] std::string trashMemo(Day day, const Memo& memo) const;
+
+  // Brings a memo back under its own number, or the next free one when that was given away, and
+  // returns the number. A file whose name was given away goes to the attachment trash, which is
+  // logged. Throws WriteError (missingMemo) when the entry is gone.
+  std::int64_t restoreMemo(const TrashEntry& entry) const;
+
+  // By `time`, latest first. Folders that are no entries are passed over; a memo file that can't be
+  // read shows as an empty memo. Never throws.
+  [[nodiscard]] std::vector<TrashEntry> listTrash() const;
+  // Whatever lies in `.trash`. Throws FileError when that can't be listed, or is a symbolic link.
+  [[nodiscard]] TrashContents contents() const;
+  // The entry in that folder. For one without a usable meta.txt the folder's name tells the memo's
+  // place ("2026-03-01_007…"), else the day on which the memo was made, or today, with number 0 for
+  // the day's next. Absent when there is no such folder or its memo can't be read.
+  [[nodiscard]] std::optional<TrashEntry> entryNamed(const std::string& name) const;
+
+  // Writes the meta.txt that a trashing which was cut off did not come to write. What fails is
+  // logged: the next call tries again.
+  void finishInterrupted() const;
+
+  // Both in order, ending with the first failure; what was done stays done. Deleting is for good
+  // and takes the memos' versions along.
+  void deleteTrashEntries(const std::vector<TrashEntry>& entries) const;
+  void restoreTrashEntries(const std::vector<TrashEntry>& entries) const;
+  // Removes everything in the trash for good, the attachment trash included. Throws like contents.
+  void emptyTrash() const;
+
+  // Where a memo was.
+  struct Origin {
+    Day date;
+    std::int64_t seqNumber = 0;
+  };
+  // What meta.txt says, "2026-03-01,7"; absent when it says something else.
+  [[nodiscard]] static std::optional<Origin> parseMeta(std::string_view text);
+  // What an entry's folder name says, "2026-03-01_007" or "2026-03-01_007_<more>".
+  [[nodiscard]] static std::optional<Origin> parseFolderName(std::string_view name);
+
+ private:
+  [[nodiscard]] std::filesystem::path pathOf(const std::string& trashSubdir) const;
+  [[nodiscard]] std::filesystem::path makeFolder(Day day, std::int64_t seqNumber) const;
+  // Throws when the folder of all trash is a symbolic link.
+  [[nodiscard]] std::vector<DirectoryEntry> foldersOfTrash() const;
+  [[nodiscard]] std::optional<TrashEntry> readEntry(const std::string& name) const;
+  // Brings one folder that was left half-way to the end. In the gate.
+  void finish(const std::filesystem::path& folder) const;
+  void writeMeta(const std::filesystem::path& folder, const Origin& origin) const;
+  void moveAttachments(const Memo& memo, Day day, const std::filesystem::path& folder) const;
+  void undoTrashing(const Memo& memo, Day day, const std::filesystem::path& folder) const noexcept;
+  std::int64_t restoreMemoFile(const TrashEntry& entry, const std::filesystem::path& folder) const;
+  void restoreAttachments(Day day, const std::filesystem::path& folder) const;
+  void deleteVersions(const TrashEntry& entry) const;
+
+  StoreContext context_;
+  DayStore days_;
+};
+
+}  // namespace nomely
