@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
-#include "Core/Markdown/Frontmatter/YamlDocument.h"
+#include "Core/Markdown/Frontmatter/YamlError.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {

@@ -113,8 +113,8 @@ TEST_F(DayStoreTest, DamagedFilesAreLoggedAndKeepTheirNumber) {
   const std::string log = testing::internal::GetCapturedStderr();
   const std::string start =
       "[storage] ⚠️ DayStore.listMemos: 跳过无法解析的 memo 文件 ";
-  EXPECT_THAT(log, HasSubstr(start + "002.md：missingFrontmatter\n"));
-  EXPECT_THAT(log, HasSubstr(start + "003.md：yamlDecode(mood"));
+  EXPECT_THAT(log, HasSubstr(start + "002.md：没有文件头"));
+  EXPECT_THAT(log, HasSubstr(start + "003.md：文件头有误，第 2 行：mood"));
   EXPECT_THAT(log, HasSubstr(start + "004.md：文件不是有效的 UTF-8 文本"));
   EXPECT_THAT(log, HasSubstr(start + "005.md："));
   EXPECT_EQ(store.createMemo(today, {}).seqNumber, 6);

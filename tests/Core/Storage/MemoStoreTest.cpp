@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
-#include "Core/Markdown/Frontmatter/YamlDocument.h"
+#include "Core/Markdown/Frontmatter/YamlError.h"
 #include "Core/Storage/MemoStore.h"
 #include "Core/Storage/WriteError.h"
 #include "Support/ErrorKind.h"
