@@ -72,7 +72,7 @@ class TagsCommand final : public Command {
 
   void erase(const Session& session, const TagManagementStore& store) const {
     const std::string tag = tags(1, "delete 标签 [--with-memos]").front();
-    const auto apply = [&](const TagManagementStore::Run& run) {
+    const auto apply = [&](const TagRun& run) {
       return withMemos_ ? store.deleteTagWithMemos(tag, run) : store.deleteTag(tag, run);
     };
     const TagChange planned = apply({.isDry = true});
@@ -90,7 +90,7 @@ class TagsCommand final : public Command {
     const std::string& from = names[0];
     const std::string& to = names[1];
     if (from == to) throw UsageError("两个标签相同，没有要改的");
-    const auto apply = [&](const TagManagementStore::Run& run) {
+    const auto apply = [&](const TagRun& run) {
       return renames ? store.renameTag(from, to, run) : store.mergeTag(from, to, run);
     };
     const TagChange planned = apply({.isDry = true});
@@ -101,8 +101,9 @@ class TagsCommand final : public Command {
   }
 
   static std::string bodiesText(const TagChange& planned) {
-    return planned.bodies == 0 ? ""
-                               : fmt::format("，其中 {} 条正文里的标签文字也会去掉", planned.bodies);
+    return planned.bodies == 0
+               ? ""
+               : fmt::format("，其中 {} 条正文里的标签文字也会去掉", planned.bodies);
   }
 
   void finish(const Session& session, const TagChange& done) const {

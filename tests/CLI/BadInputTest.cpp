@@ -136,7 +136,7 @@ TEST_F(BadInputTest, DoctorFindsVersionsAndTrashThatShowNothing) {
           {own / "attachments" / "x.png", "x"},
           {own / "draft_A.md", memo, "文件名"},
           {own / "2_A.md", otherMemo, "不是这条笔记"},
-          {own / "3_A.md", "half a mem", "missingFrontmatter"},
+          {own / "3_A.md", "half a mem", "没有文件头"},
           {".versions/2020-01-01_001/4_A.md", otherMemo},
           {".versions/2020-01-01_001/5_A.md", "\xff", "UTF-8"},
       },

@@ -27,7 +27,8 @@ TEST_F(ProgramTest, RootIsChosenByOptionThenVariableThenHome) {
   EXPECT_EQ(json({"add", "x", "--root", given})["seqNumber"], 1);
   EXPECT_TRUE(std::filesystem::exists(given));
   EXPECT_FALSE(std::filesystem::exists(root));
-  const ProgramResult usual = runProgram(TestPaths::nomely, home.path(), {.arguments = {"add", "y"}});
+  const ProgramResult usual =
+      runProgram(TestPaths::nomely, home.path(), {.arguments = {"add", "y"}});
   EXPECT_EQ(usual.status, 0) << usual.errors;
   EXPECT_TRUE(std::filesystem::exists(home.path() / "NomelyData"));
 }

@@ -22,7 +22,7 @@ class DayViewModelTest : public StoreTest {
 
   void renew() {
     model = std::make_unique<DayViewModel>(DayViewModel::Context{
-        .dayStore = modelStore, .searchIndex = &index, .executor = loop, .jobs = jobs});
+        .service = service, .searchIndex = &index, .executor = loop, .jobs = jobs});
   }
 
   Memo add(Day date, const std::string& body, std::vector<std::string> tags = {}) {
@@ -83,8 +83,8 @@ class DayViewModelTest : public StoreTest {
   RunLoop loop;
   static constexpr std::ptrdiff_t threads = 3;
   JobPool jobs{threads};
-  DayStore modelStore{{context.paths, FileManager(files), clock}};
-  SearchIndex index{modelStore.context(), jobs};
+  MemoService service{{context.paths, FileManager(files), clock}};
+  SearchIndex index{service.context(), jobs};
   std::unique_ptr<DayViewModel> model;
   Day today = clock.today();
   Day yesterday = today.plusDays(-1);

@@ -126,7 +126,7 @@ TEST_F(DayViewModelTrashTest, OperationsRunInTheOrderOfTheCalls) {
 }
 
 TEST_F(DayViewModelTrashTest, ListingThatAnOperationOvertookIsDropped) {
-  (void)store.trashMemo(today, listed("一"));
+  (void)service.trashStore().trashMemo(today, listed("一"));
   model->loadTrash();
   EXPECT_TRUE(model->isLoadingTrash.get());
   model->loadTrash();

@@ -22,20 +22,13 @@ namespace nomely::test {
   return memo;
 }
 
-[[nodiscard]] inline std::string_view withoutLeadingBlankLines(std::string_view body) {
-  for (;;) {
-    const std::size_t end = body.find('\n');
-    const std::string_view line = body.substr(0, end);
-    if (!trimHorizontal(line).empty() || body.empty()) return body;
-    body.remove_prefix(end == std::string_view::npos ? body.size() : end + 1);
-  }
-}
-
-// Whether reading what is written gives the same values.
+// Whether reading what is written gives the same values, and no loss is seen in writing it again.
 [[nodiscard]] inline bool survivesWriting(const MemoFrontmatter& memo, std::string_view body) {
-  const auto read = MemoFrontmatterParser::parse(MemoFrontmatterParser::serialize(memo, body));
+  const std::string content = MemoFrontmatterParser::serialize(memo, body);
+  const auto read = MemoFrontmatterParser::parse(content);
   return comparable(read.frontmatter) == comparable(memo) &&
-         read.body == withoutLeadingBlankLines(body);
+         read.body == MemoFrontmatterParser::bodyAsRead(body) &&
+         !MemoFrontmatterParser::losesOnRewrite(content);
 }
 
 enum class Reading { badText, refused, kept, changed };

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Core/Lifecycle/StartupCoordinator.h"
+#include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
 

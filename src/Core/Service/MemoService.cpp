@@ -10,6 +10,7 @@
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
+#include "Platform/System/NotificationCenter.h"
 
 namespace nomely {
 namespace {
@@ -24,17 +25,26 @@ void forget(Memo& memo, const std::string& filename) {
 }  // namespace
 
 MemoService::MemoService(StoreContext context)
-    : context_(std::move(context)), days_(context_), attachments_(context_), versions_(context_), trash_(context_) {}
+    : context_(std::move(context)),
+      days_(context_),
+      attachments_(context_),
+      versions_(context_),
+      trash_(context_) {}
 
 void MemoService::addTagsIn(std::string_view text, std::vector<std::string>& tags) {
   for (std::string& tag : TagParser::tags(text)) tags.push_back(std::move(tag));
   tags = TagUtilities::uniqueTags(tags);
 }
 
+void MemoService::keepOriginal(Day day, std::int64_t seqNumber, const std::string& memoId) const {
+  if (versions_.keepOriginal(day, seqNumber, memoId))
+    NotificationCenter::shared().post(Notifications::originalKept, memoId);
+}
+
 void MemoService::adopt(Day day, const Memo& current, Memo& changed) const {
   const bool isNameless = current.memoId.value_or("").empty();
   if (isNameless && changed.memoId.value_or("").empty()) changed.memoId = Memo::makeMemoId();
-  versions_.keepOriginal(day, current.seqNumber, changed.memoId.value());
+  keepOriginal(day, current.seqNumber, *changed.memoId);
   if (!isNameless) return;
   // With its identity in the file the next step finds the old text a place in its history.
   Memo named = current;
@@ -47,7 +57,7 @@ Memo MemoService::commit(Day day, const Memo& memo, const std::optional<Memo>& e
     const Memo current = days_.memoStore().validateUpdate(memo, day, std::nullopt);
     if (expected && !isStoredAs(current, *expected)) throw WriteError(WriteError::Kind::conflict);
     Memo stored = memo;
-    stored.body = MemoFrontmatterParser::bodyAsRead(memo.body);
+    stored.body = std::string(MemoFrontmatterParser::bodyAsRead(memo.body));
     adopt(day, current, stored);
     days_.commitMemo(stored, day, std::nullopt);
     return stored;
@@ -192,7 +202,7 @@ std::optional<Memo> MemoService::rewrite(Day day, std::int64_t seqNumber,
 Memo MemoService::restoreVersion(Day day, const Memo& original, const VersionEntry& version) const {
   return context_.write([&] {
     Memo current = days_.memoStore().validateUnchanged(original, day);
-    if (current.memoId) versions_.keepOriginal(day, current.seqNumber, *current.memoId);
+    if (current.memoId) keepOriginal(day, current.seqNumber, *current.memoId);
     versions_.restore(day, current.seqNumber, version, std::nullopt);
     return days_.memoStore().read(day, current.seqNumber).value();
   });
@@ -200,11 +210,10 @@ Memo MemoService::restoreVersion(Day day, const Memo& original, const VersionEnt
 
 Memo MemoService::restoreVanished(const VersionEntry& version, const Place& place) const {
   return context_.write([&] {
-    const bool isFree =
-        place.seqNumber >= 1 &&
-        !context_.files.exists(context_.paths.memoFile(place.day, place.seqNumber));
-    return versions_.restoreVanished(
-        version, place.day, isFree ? place.seqNumber : days_.nextSeqNumber(place.day));
+    const bool isFree = place.seqNumber >= 1 &&
+                        !context_.files.exists(context_.paths.memoFile(place.day, place.seqNumber));
+    return versions_.restoreVanished(version, place.day,
+                                     isFree ? place.seqNumber : days_.nextSeqNumber(place.day));
   });
 }
 

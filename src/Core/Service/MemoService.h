@@ -19,6 +19,10 @@ namespace nomely {
 // it happens whole or not at all, keeps the older text in the note's history, never overwrites a
 // change made elsewhere, and is announced to the search index. Blocking and stateless; any thread.
 //
+// Where writing a note would drop what another program wrote in its header, the file's bytes are
+// kept beside its history first, and Notifications::originalKept is posted with the memo's
+// identity.
+//
 // Calls return the memo as it stands, which may be more than was asked for: a note that another
 // program wrote without an identity is given one before its first change, and a body loses the
 // blank lines that reading drops. Go on with what is returned.
@@ -92,13 +96,23 @@ class MemoService {
   };
   Memo restoreVanished(const VersionEntry& version, const Place& place) const;
 
+  // Makes a memo file readable that is not for its line ends, a byte order mark or a missing
+  // header; its bytes as they were are kept beside its history. Absent when it can be read, or
+  // can't be mended like that.
+  std::optional<Memo> mend(Day day, std::int64_t seqNumber) const;
+  // What mend would do: a Chinese phrase for each kind of fault.
+  [[nodiscard]] std::vector<std::string> mendsOf(Day day, std::int64_t seqNumber) const;
+
   // Adds the tags that stand in `text` to `tags`.
   static void addTagsIn(std::string_view text, std::vector<std::string>& tags);
 
  private:
+  struct Broken;
+  [[nodiscard]] std::optional<Broken> broken(Day day, std::int64_t seqNumber) const;
   // Makes the note ready for being written over by `changed`, which gets its identity: a note
   // without one is given it first, and what we would drop of its file is kept.
   void adopt(Day day, const Memo& current, Memo& changed) const;
+  void keepOriginal(Day day, std::int64_t seqNumber, const std::string& memoId) const;
   // Imports the files and lets `save` write the memo that names them; the copies go again when it
   // throws.
   Memo withImported(Day day, const std::vector<std::filesystem::path>& files,

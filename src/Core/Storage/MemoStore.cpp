@@ -1,7 +1,7 @@
 #include "Core/Storage/MemoStore.h"
 
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
-#include "Core/Markdown/Frontmatter/YamlDocument.h"
+#include "Core/Markdown/Frontmatter/YamlError.h"
 #include "Core/Storage/MemoFile.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
@@ -50,27 +50,27 @@ std::optional<Memo> MemoStore::read(Day day, std::int64_t seqNumber) const {
 void MemoStore::write(const Memo& memo, Day day) const {
   context_.write([&] {
     const Memo stored = asRead(memo);
-    const std::string content = contentOf(stored);
+    writeAs(stored, day, contentOf(stored));
+  });
+}
+
+void MemoStore::writeAs(const Memo& memo, Day day, std::string_view content) const {
+  context_.write([&] {
     context_.prepareFolder(context_.paths.dayFolder(day));
-    changing([&] { context_.files.writeAtomically(fileOf(stored, day), content); });
-    context_.gate.changes().announceWritten(stored, day);
+    changing([&] { context_.files.writeAtomically(fileOf(memo, day), content); });
+    context_.gate.changes().announceWritten(memo, day);
   });
 }
 
 bool MemoStore::create(const Memo& memo, Day day) const {
   return context_.write([&] {
     const Memo stored = asRead(memo);
-    const std::string content = contentOf(stored);
-    context_.prepareFolder(context_.paths.dayFolder(day));
-    if (!changing([&] { return context_.files.createAtomically(fileOf(stored, day), content); }))
-      return false;
-    context_.gate.changes().announceWritten(stored, day);
-    return true;
+    return createAs(stored, day, contentOf(stored), std::nullopt);
   });
 }
 
 bool MemoStore::createAs(const Memo& memo, Day day, std::string_view content,
-                         unsigned permissions) const {
+                         std::optional<unsigned> permissions) const {
   return context_.write([&] {
     context_.prepareFolder(context_.paths.dayFolder(day));
     const auto file = fileOf(memo, day);
@@ -96,8 +96,7 @@ void MemoStore::moveOut(Day day, std::int64_t seqNumber, const std::filesystem::
 void MemoStore::moveIn(const std::filesystem::path& from, Day day, std::int64_t seqNumber) const {
   changing([&] { context_.files.moveFile(from, context_.paths.memoFile(day, seqNumber)); });
   try {
-    if (const auto memo = read(day, seqNumber))
-      context_.gate.changes().announceWritten(*memo, day);
+    if (const auto memo = read(day, seqNumber)) context_.gate.changes().announceWritten(*memo, day);
   } catch (const Error&) {
     // A file that can't be read is in no list.
   }

@@ -25,11 +25,13 @@ class MemoStore {
   // Puts the memo under its number, replacing what is there; a replaced file's permissions are
   // kept. Throws FileError, YamlError, WriteError.
   void write(const Memo& memo, Day day) const;
+  // The same for a memo whose file is to be `content`.
+  void writeAs(const Memo& memo, Day day, std::string_view content) const;
   // The same for a new memo: false, and nothing written, when the number is taken.
   [[nodiscard]] bool create(const Memo& memo, Day day) const;
-  // The same for one whose file is `content` already, with those permissions.
+  // The same for one whose file is to be `content`, with those permissions or a new file's.
   [[nodiscard]] bool createAs(const Memo& memo, Day day, std::string_view content,
-                              unsigned permissions) const;
+                              std::optional<unsigned> permissions) const;
 
   // Removes the file; none there is no error. Throws FileError, WriteError.
   void remove(Day day, std::int64_t seqNumber) const;

@@ -10,6 +10,7 @@
 #include "Core/Models/Memo.h"
 #include "Core/Storage/MemoStore.h"
 #include "Core/Storage/StoreContext.h"
+#include "Platform/Error.h"
 
 namespace nomely {
 
@@ -22,7 +23,7 @@ struct VersionEntry {
 
 // The bytes of a memo file before the first rewriting that dropped something of it.
 struct OriginalFile {
-  Moment timestamp;  // of the rewriting
+  Moment timestamp;      // of the rewriting
   std::string filename;  // relative to `.versions`
 };
 
@@ -53,6 +54,8 @@ class VersionStore {
   // would drop something of it: comments or header keys that we don't know. The same bytes are kept
   // once. Returns whether they are kept now. Through the gate; throws what reading the memo throws.
   bool keepOriginal(Day day, std::int64_t seqNumber, std::string_view memoId) const;
+  // The same for bytes at hand, whatever writing would drop of them.
+  bool keepBytes(std::string_view memoId, std::string_view content, unsigned permissions) const;
   // What keepOriginal kept of that memo, newest first; a folder that can't be listed has none.
   [[nodiscard]] std::vector<OriginalFile> originals(std::string_view memoId) const;
   // The bytes of one. Throws FileError.

@@ -24,16 +24,22 @@ bool VersionStore::keepOriginal(Day day, std::int64_t seqNumber, std::string_vie
     const std::filesystem::path file = context_.paths.memoFile(day, seqNumber);
     const std::optional<std::string> content = MemoFile::text(context_.files, file);
     if (!content || !MemoFrontmatterParser::losesOnRewrite(*content)) return false;
-    const std::filesystem::path folder = identityDirectory(memoId);
-    context_.prepareFolder(folder);
+    const auto attributes = context_.files.attributes(file);
+    return attributes && keepBytes(memoId, *content, attributes->permissions);
+  });
+}
+
+bool VersionStore::keepBytes(std::string_view memoId, std::string_view content,
+                             unsigned permissions) const {
+  return context_.write([&] {
     const bool isKept = std::ranges::any_of(originals(memoId), [&](const OriginalFile& original) {
-      return contentOf(original) == *content;
+      return contentOf(original) == content;
     });
     if (isKept) return false;
-    const auto attributes = context_.files.attributes(file);
-    return context_.files.createAtomically(
-        folder / newestName(folder, extension.substr(1)), *content,
-        attributes ? std::optional(attributes->permissions) : std::nullopt);
+    const std::filesystem::path folder = identityDirectory(memoId);
+    context_.prepareFolder(folder);
+    return context_.files.createAtomically(folder / newestName(folder, extension.substr(1)),
+                                           content, permissions);
   });
 }
 

@@ -36,6 +36,8 @@ namespace Notifications {
 inline constexpr std::string_view dataMaintenance = "NomelyDataMaintenance";
 // Asks whoever plays a recording to stop: what is on the screen is about to change.
 inline constexpr std::string_view stopAudioPlayback = "stopNomelyAudioPlayback";
+// A memo's file was kept as another program wrote it; the payload is the memo's identity.
+inline constexpr std::string_view originalKept = "NomelyOriginalKept";
 }  // namespace Notifications
 
 }  // namespace nomely

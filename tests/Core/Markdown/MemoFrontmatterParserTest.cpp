@@ -1,14 +1,18 @@
 #include <gmock/gmock.h>
 
+#include "Core/Markdown/Frontmatter/MemoFileRepair.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
-#include "Core/Markdown/Frontmatter/YamlDocument.h"
+#include "Core/Markdown/Frontmatter/YamlError.h"
 #include "Support/ErrorKind.h"
 
 namespace nomely::test {
 namespace {
 
+using Kind = ParseError::Kind;
+using MemoFrontmatterParser::losesOnRewrite;
 using MemoFrontmatterParser::parse;
 using MemoFrontmatterParser::serialize;
+using testing::HasSubstr;
 
 MemoFrontmatter typicalMemo() {
   MemoFrontmatter memo;
@@ -100,6 +104,7 @@ b)"},
     EXPECT_EQ(text, c.expected);
     const auto read = parse(text);
     EXPECT_EQ(serialize(read.frontmatter, read.body), serialize(c.memo, read.body));
+    EXPECT_FALSE(losesOnRewrite(text));
   }
   const auto read = parse(serialize(everything, "")).frontmatter;
   EXPECT_NE(read, everything) << "segments are drawn anew";
@@ -186,7 +191,6 @@ TEST(MemoFrontmatterParserTest, FencesAndBodies) {
 }
 
 TEST(MemoFrontmatterParserTest, UnreadableFiles) {
-  using Kind = ParseError::Kind;
   const struct {
     const char* name;
     const char* content;
@@ -235,9 +239,119 @@ TEST(MemoFrontmatterParserTest, UnreadableFiles) {
     SCOPED_TRACE(c.name);
     EXPECT_EQ(kindOf<ParseError>([&] { (void)parse(c.content); }), c.expected);
   }
-  const ParseError error(Kind::yamlDecode, "mood: expected an integer");
-  EXPECT_STREQ(error.what(), "yamlDecode(mood: expected an integer)");
-  EXPECT_EQ(error.code(), "memo.yamlDecode");
+}
+
+// What the owner of an unreadable file is told.
+TEST(MemoFrontmatterParserTest, Advice) {
+  const struct {
+    const char* content;
+    const char* expected;
+  } cases[] = {
+      {"\n", "文件是空的"},
+      {"hello", "没有文件头（第一行应当是 ---），请运行 nomely doctor --fix"},
+      {"---\r\ntime: t\r\n---\r\n",
+       "换行是 CRLF 而不是 LF，读不出文件头，请运行 nomely doctor --fix"},
+      {"---\ntime: t\n---\r\nbody", "换行是 CRLF"},
+      {"---\rtime: t\r---\r", "换行是 CR 而不是 LF"},
+      {"\uFEFF---\r\ntime: t\r\n---\r\n", "文件开头有 BOM 标记，换行是 CRLF"},
+      {"---\r\nmood: x\r\n---\r\n", "第 2 行：mood 应当是整数，请改正；改好后再运行"},
+      {"---\r\ntime: t\r\n", "文件头没有结束"},
+      {"---\ntime: t\nmood: abc\n---\n", "文件头有误，第 3 行：mood 应当是整数"},
+      {"---\npinned: 1\n---\n", "第 2 行：pinned 应当是 true 或 false"},
+      {"---\nid: a\nid: b\n---\n", "第 3 行：id 出现了两次"},
+      {"---\ntags: a\n---\n", "tags 应当是列表"},
+      {"---\n- a\n---\n", "文件头 应当是“名字: 值”的各行"},
+      {"---\nid: \"a\ntime: b\n---\n", "第 2 行：引号没有闭合"},
+      {"---\ntime: t\ntags: [a\nid: b\n---\n", "第 3 行：方括号没有闭合"},
+      {"---\ntags:\n\t- a\n---\n", "第 3 行：值以制表符"},
+      {"---\nid: a: b\n---\n", "第 2 行：冒号的位置不对"},
+      {"---\ntime: t\nid\n---\n", "第 3 行：键的后面缺少冒号"},
+      {"---\ntime: t\n  id: b\n---\n", "第 3 行：冒号的位置不对"},
+      {"---\ntime: t\nid: \x01\n---\n", "第 3 行：有看不见的控制字符"},
+      {"---\nid: *n\n---\n", "第 2 行：以 * 引用的名字"},
+      {"---\n---\n", "文件头是空的"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.content);
+    try {
+      (void)parse(c.content);
+      ADD_FAILURE();
+    } catch (const ParseError& error) {
+      EXPECT_THAT(error.what(), HasSubstr(c.expected));
+      EXPECT_EQ(error.kind() == Kind::yamlDecode, !error.message().empty());
+    }
+  }
+}
+
+TEST(MemoFrontmatterParserTest, LossOnRewriting) {
+  const struct {
+    const char* header;
+    bool loses;
+  } cases[] = {
+      {"time: t", false},
+      {"{time: t, tags: [a#b, 'c # d', \"e # f\"]}", false},
+      {"time: t\nattachment_descriptions:\n  a: |\n    # x\n  b: >-\n    y # z\n", false},
+      {"time: 'a\n\n  # b'\nmood: ~", false},
+      {"title: x\ntime: t", true},
+      {"time: t\n? [k]\n: v", true},
+      {"# c\ntime: t", true},
+      {"time: t # c", true},
+      {"time: 日记 # c", true},
+      {"tags: # c\n- a", true},
+      {"tags: [a, # c\n b]", true},
+      {"time: t\n# c", true},
+      {"time: 'a' # c", true},
+      {"original_names:\n  a: | # c\n    x\n", true},
+      {"original_names:\n  a: |\n    x\n # c\n", true},
+      {"tags: &t [a]\nattachments: *t", true},
+      {"<<: {id: a}\nid: b", true},
+      {"original_names: {<<: {a: b}}", true},
+      {"time: !x t", true},
+      {"audio_transcripts: {a: {text: t, segments: [{text: s, start: 1, duration: 1}]}}", false},
+      {"audio_transcripts: {a: {text: t, segments: [], lang: zh}}", true},
+      {"audio_transcripts: {a: {text: t, text: u, segments: []}}", true},
+      {"audio_transcripts: {a: {text: t, segments: [{text: s, start: 1, duration: 1, x: 1}]}}",
+       true},
+      {"mood: x # unreadable", false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.header);
+    EXPECT_EQ(losesOnRewrite(std::string("---\n") + c.header + "\n---\n# heading\n"), c.loses);
+  }
+}
+
+TEST(MemoFileRepairTest, Mends) {
+  const struct {
+    const char* content;
+    const char* mended;  // null: none
+    std::vector<std::string> mends;
+  } cases[] = {
+      {"---\ntime: t\n---\n\na\r\n", nullptr, {}},
+      {"\uFEFF---\ntime: t\n---\na\rb", "---\ntime: t\n---\na\rb", {"去掉 BOM 标记"}},
+      {"---\r\ntime: t\r\n---\r\n\r\na\rb\r\n", "---\ntime: t\n---\n\na\rb\n", {"换行 CRLF → LF"}},
+      {"---\rtime: t\r---\ra", "---\ntime: t\n---\na", {"换行 CR → LF"}},
+      {"\uFEFF---\r\ntime: t\r\n---\r\n",
+       "---\ntime: t\n---\n",
+       {"去掉 BOM 标记", "换行 CRLF → LF"}},
+      {"\n \n---\ntime: t\n---\na", "---\ntime: t\n---\na", {"去掉文件头之上的空行"}},
+      {"# 标题\n文", "---\ntime: '12:30'\n---\n\n# 标题\n文", {"补上文件头"}},
+      {"文\r\n字", "---\ntime: '12:30'\n---\n\n文\n字", {"换行 CRLF → LF", "补上文件头"}},
+      {"---\ntime: t\n", nullptr, {}},
+      {"---\r\nmood: x\r\n---\r\n", nullptr, {}},
+      {"---\nmood: x\n---\n", nullptr, {}},
+      {"", nullptr, {}},
+      {"\r\n", nullptr, {}},
+      {"a\xFF", nullptr, {}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.content);
+    const auto file = MemoFileRepair::mended(c.content, "12:30");
+    ASSERT_EQ(file.has_value(), c.mended != nullptr);
+    if (!file) continue;
+    EXPECT_EQ(file->content, c.mended);
+    EXPECT_EQ(file->mends, c.mends);
+    EXPECT_NO_THROW((void)parse(file->content));
+  }
 }
 
 // No value, wherever it stands and however long it is, ends the header.

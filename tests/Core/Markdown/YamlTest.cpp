@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "Core/Markdown/Frontmatter/YamlDocument.h"
+#include "Core/Markdown/Frontmatter/YamlError.h"
 #include "Core/Markdown/Frontmatter/YamlScalar.h"
 #include "Core/Markdown/Frontmatter/YamlWriter.h"
 
@@ -218,7 +219,7 @@ TEST(YamlDocumentTest, Refuses) {
       const YamlDocument document(c.source);
       ADD_FAILURE() << show(document.root());
     } catch (const YamlError& error) {
-      EXPECT_THAT(error.what(), HasSubstr(c.message));
+      EXPECT_THAT(error.problem(), HasSubstr(c.message));
     }
   }
   EXPECT_EQ(show(YamlDocument(nested(YamlDocument::maxDepth)).root()),

@@ -28,7 +28,8 @@ class TagManagementStoreTest : public StoreTest {
   JobPool jobs{1};
   SearchIndex index{context, jobs};
   std::vector<std::string> errors;
-  TagManagementStore manager{store, index,
+  MemoService service{context};
+  TagManagementStore manager{service, index,
                              [&](const std::string& text) { errors.push_back(text); }};
   Day today = day("2026-03-05");
   Day yesterday = day("2026-03-04");

@@ -46,16 +46,17 @@ TEST_F(GateTest, IsOneBeforeAndAfterTheRootIsThere) {
 
 TEST_F(GateTest, NestedWritesRunInPlaceAndErrorsPassThrough) {
   const auto outer = std::this_thread::get_id();
-  const int sum = gate.write([&] {
-    return 1 + gate.write([&] {
+  const int sum = gate.write(context.files, [&] {
+    return 1 + gate.write(context.files, [&] {
       EXPECT_EQ(std::this_thread::get_id(), outer);
-      return gate.write([] { return 2; });
+      return gate.write(context.files, [] { return 2; });
     });
   });
   EXPECT_EQ(sum, 3);
   struct Own {};
-  EXPECT_THROW(gate.write([&] { gate.write([] { throw Own(); }); }), Own);
-  EXPECT_EQ(gate.write([] { return 4; }), 4) << "the gate opens again";
+  EXPECT_THROW(gate.write(context.files, [&] { gate.write(context.files, [] { throw Own(); }); }),
+               Own);
+  EXPECT_EQ(gate.write(context.files, [] { return 4; }), 4) << "the gate opens again";
 }
 
 // Whether that thread of this process is blocked.
@@ -69,12 +70,12 @@ TEST_F(GateTest, WritersGetInInTheOrderInWhichTheyCame) {
   constexpr int count = 6;
   std::vector<int> order;
   std::vector<std::jthread> threads;
-  gate.write([&] {
+  gate.write(context.files, [&] {
     for (int i = 0; i < count; ++i) {
       std::atomic<pid_t> came = 0;
       threads.emplace_back([&, i] {
         came = ::gettid();
-        gate.write([&] { order.push_back(i); });
+        gate.write(context.files, [&] { order.push_back(i); });
       });
       const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
       while (came == 0 || !sleeps(came)) {
@@ -96,11 +97,11 @@ TEST_F(GateTest, ABusyWriterDoesNotKeepOthersOut) {
   std::latch started(1);
   std::jthread other([&] {
     started.count_down();
-    gate.write([&] { gotIn = true; });
+    gate.write(context.files, [&] { gotIn = true; });
   });
   started.wait();
   int writes = 0;
-  while (!gotIn && writes < enough) gate.write([&] { ++writes; });
+  while (!gotIn && writes < enough) gate.write(context.files, [&] { ++writes; });
   EXPECT_LT(writes, enough);
 }
 
@@ -111,7 +112,7 @@ TEST_F(GateTest, OneWriterAtATime) {
     std::vector<std::jthread> threads;
     for (int i = 0; i < 4; ++i)
       threads.emplace_back([&] {
-        for (int k = 0; k < each; ++k) gate.write([&] { ++total; });
+        for (int k = 0; k < each; ++k) gate.write(context.files, [&] { ++total; });
       });
   }
   EXPECT_EQ(total, 4 * each);
@@ -122,9 +123,9 @@ TEST_F(GateTest, FreezingStopsWritesAndNotReads) {
   const Memo memo = store.createMemo(today, {.body = "before"});
   const std::string before = treeOf(folder.path());
   bool nestedRan = false;
-  gate.write([&] {
+  gate.write(context.files, [&] {
     gate.freeze();
-    EXPECT_EQ(kindOf<WriteError>([&] { gate.write([&] { nestedRan = true; }); }),
+    EXPECT_EQ(kindOf<WriteError>([&] { gate.write(context.files, [&] { nestedRan = true; }); }),
               WriteError::Kind::maintenance);
   });
   EXPECT_FALSE(nestedRan);
@@ -139,11 +140,11 @@ TEST_F(GateTest, FreezingStopsWritesAndNotReads) {
 TEST_F(GateTest, AWriterThatWaitsWhenTheGateFreezesIsRefusedToo) {
   std::optional<WriteError::Kind> refusal;
   std::jthread waiting;
-  gate.write([&] {
+  gate.write(context.files, [&] {
     std::atomic<pid_t> came = 0;
     waiting = std::jthread([&] {
       came = ::gettid();
-      refusal = kindOf<WriteError>([&] { gate.write([] {}); });
+      refusal = kindOf<WriteError>([&] { gate.write(context.files, [] {}); });
     });
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (came == 0 || !sleeps(came)) {

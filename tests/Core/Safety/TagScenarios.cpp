@@ -21,7 +21,8 @@ bool runOn(const StoreContext& context, const Operation& operation) {
   JobPool jobs;  // starts no thread unless it is used
   SearchIndex index(context, jobs);
   bool failed = false;
-  operation(TagManagementStore(store, index, [&](const std::string&) { failed = true; }));
+  const MemoService service(context);
+  operation(TagManagementStore(service, index, [&](const std::string&) { failed = true; }));
   return !failed;
 }
 

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "Core/Safety/ScenarioParts.h"
+#include "Core/Storage/TrashStore.h"
 #include "Core/Storage/VersionStore.h"
 
 namespace nomely::test {
@@ -76,7 +77,7 @@ Scenario trashing(const Diary& diary) {
   const Memo memo = diary.changed;
   const Day day = diary.first;
   const auto run = [=](const StoreContext& context) {
-    return !DayStore(context).trashMemo(day, memo).empty();
+    return !TrashStore(context).trashMemo(day, memo).empty();
   };
   return {
       .name = "trashMemo",
@@ -90,7 +91,7 @@ Scenario trashing(const Diary& diary) {
           },
       .done =
           [=](const StoreContext& context) {
-            const auto entries = DayStore(context).listTrash();
+            const auto entries = TrashStore(context).listTrash();
             ASSERT_EQ(entries.size(), 1);
             EXPECT_EQ(entries[0].memo, memo);
             EXPECT_EQ(entries[0].originalDate, day);
@@ -120,7 +121,7 @@ Scenario restoring(const Diary& diary, std::string name, const std::vector<Trash
       .name = std::move(name),
       .run =
           [=](const StoreContext& context) {
-            const DayStore store(context);
+            const TrashStore store(context);
             if (trash.size() == 1)
               store.restoreMemo(trash[0].entry);
             else
@@ -131,7 +132,7 @@ Scenario restoring(const Diary& diary, std::string name, const std::vector<Trash
           [=](const StoreContext& context) {
             for (const Trashed& each : trash)
               if (fs::exists(context.paths.trashFolder() / each.entry.trashSubdir))
-                DayStore(context).restoreMemo(each.entry);
+                TrashStore(context).restoreMemo(each.entry);
           },
       .done =
           [=](const StoreContext& context) {
@@ -145,7 +146,7 @@ Scenario restoring(const Diary& diary, std::string name, const std::vector<Trash
           },
       .tidy =
           [=](const StoreContext& context) {
-            EXPECT_TRUE(DayStore(context).listTrash().empty());
+            EXPECT_TRUE(TrashStore(context).listTrash().empty());
             for (const Trashed& each : trash)
               EXPECT_FALSE(fs::exists(context.paths.trashFolder() / each.entry.trashSubdir));
           },
@@ -203,7 +204,7 @@ Scenario removing(const Diary& diary, std::string name,
 Scenario deleting(const Diary& diary) {
   const auto entries = entriesOf(twoTrashed(diary));
   Scenario scenario = removing(diary, "deleteTrashEntries", [entries](const StoreContext& context) {
-    DayStore(context).deleteTrashEntries(entries);
+    TrashStore(context).deleteTrashEntries(entries);
   });
   const Trashed staying = trashed(diary, 9, "single.png", "third");
   scenario.extra.insert(staying.files.begin(), staying.files.end());
@@ -212,8 +213,8 @@ Scenario deleting(const Diary& diary) {
 }
 
 Scenario emptying(const Diary& diary) {
-  Scenario scenario = removing(diary, "emptyTrash",
-                               [](const StoreContext& context) { DayStore(context).emptyTrash(); });
+  Scenario scenario = removing(
+      diary, "emptyTrash", [](const StoreContext& context) { TrashStore(context).emptyTrash(); });
   add(scenario, {{".trash/_attachments/2026-03-01_080000/x.bin", "x"}});
   scenario.done = [](const StoreContext& context) {
     EXPECT_FALSE(fs::exists(context.paths.trashFolder()));

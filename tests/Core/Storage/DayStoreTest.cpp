@@ -3,6 +3,7 @@
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/DayStore.h"
+#include "Core/Storage/TrashStore.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
 #include "Support/ErrorKind.h"
@@ -113,8 +114,8 @@ TEST_F(DayStoreTest, DamagedFilesAreLoggedAndKeepTheirNumber) {
   const std::string log = testing::internal::GetCapturedStderr();
   const std::string start =
       "[storage] ⚠️ DayStore.listMemos: 跳过无法解析的 memo 文件 ";
-  EXPECT_THAT(log, HasSubstr(start + "002.md：missingFrontmatter\n"));
-  EXPECT_THAT(log, HasSubstr(start + "003.md：yamlDecode(mood"));
+  EXPECT_THAT(log, HasSubstr(start + "002.md：没有文件头"));
+  EXPECT_THAT(log, HasSubstr(start + "003.md：文件头有误，第 2 行：mood"));
   EXPECT_THAT(log, HasSubstr(start + "004.md：文件不是有效的 UTF-8 文本"));
   EXPECT_THAT(log, HasSubstr(start + "005.md："));
   EXPECT_EQ(store.createMemo(today, {}).seqNumber, 6);
@@ -229,9 +230,10 @@ TEST_F(DayStoreTest, MemoWithSegmentsMovesAndIsTrashedUnlessItChanged) {
   stale.body = "别处读到的";
   EXPECT_EQ(kindOf<WriteError>([&] { (void)store.moveMemo(stale, tomorrow, today); }),
             Kind::conflict);
-  EXPECT_EQ(kindOf<WriteError>([&] { (void)store.trashMemo(tomorrow, stale); }), Kind::conflict);
-  (void)store.trashMemo(tomorrow, memo);
-  EXPECT_EQ(store.listTrash().size(), 1U);
+  EXPECT_EQ(kindOf<WriteError>([&] { (void)TrashStore(context).trashMemo(tomorrow, stale); }),
+            Kind::conflict);
+  (void)TrashStore(context).trashMemo(tomorrow, memo);
+  EXPECT_EQ(TrashStore(context).listTrash().size(), 1U);
 }
 
 TEST_F(DayStoreTest, OnlyCommitKeepsASnapshot) {

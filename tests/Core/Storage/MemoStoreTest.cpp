@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
-#include "Core/Markdown/Frontmatter/YamlDocument.h"
+#include "Core/Markdown/Frontmatter/YamlError.h"
+#include "Core/Storage/MemoFile.h"
 #include "Core/Storage/MemoStore.h"
 #include "Core/Storage/WriteError.h"
 #include "Support/ErrorKind.h"
@@ -76,7 +77,7 @@ TEST_F(MemoStoreTest, DamagedTextShowsAsAnEmptyRow) {
 TEST(DiskPathsTest, DefaultRootIsForItsOwnerAlone) {
   const TemporaryFolder home;
   const Environment environment({{"HOME", home.path().string()}});
-  const DiskPaths paths = DiskPaths::defaultPaths(environment);
+  const DiskPaths paths = DiskPaths::defaultPaths(environment, FileManager(posixFileSystem()));
   EXPECT_EQ(paths.rootURL, home.path() / "NomelyData");
   EXPECT_EQ(fs::status(paths.rootURL).permissions(), fs::perms::owner_all);
   EXPECT_EQ(paths.memoFile(day("2026-03-01"), 7), paths.rootURL / "2026-03-01" / "007.md");
@@ -84,7 +85,8 @@ TEST(DiskPathsTest, DefaultRootIsForItsOwnerAlone) {
   fs::remove_all(paths.rootURL);
   writeFile(paths.rootURL, "in the way");
   testing::internal::CaptureStderr();
-  EXPECT_EQ(DiskPaths::defaultPaths(environment).rootURL, paths.rootURL);
+  EXPECT_EQ(DiskPaths::defaultPaths(environment, FileManager(posixFileSystem())).rootURL,
+            paths.rootURL);
   EXPECT_NE(testing::internal::GetCapturedStderr(), "");
 }
 

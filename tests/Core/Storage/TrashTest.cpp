@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "Core/Storage/TrashStore.h"
 #include "Core/Storage/VersionStore.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
@@ -14,12 +15,12 @@ namespace {
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
-using TrashEntry = TrashEntry;
 
 class TrashTest : public StoreTest {
  protected:
   Day today = day("2026-03-01");
   std::filesystem::path trash = folder.path() / ".trash";
+  TrashStore bin{context};
 
   [[nodiscard]] Memo create(const std::string& body, std::vector<std::string> files = {}) {
     for (const std::string& name : files) writeFile(dayFile(name), "content of " + name);
@@ -29,8 +30,8 @@ class TrashTest : public StoreTest {
     return folder.path() / "2026-03-01" / name;
   }
   [[nodiscard]] TrashEntry trashed(const Memo& memo) {
-    const std::string subdir = store.trashMemo(today, memo);
-    for (const TrashEntry& entry : store.listTrash())
+    const std::string subdir = bin.trashMemo(today, memo);
+    for (const TrashEntry& entry : bin.listTrash())
       if (entry.trashSubdir == subdir) return entry;
     throw std::runtime_error("not listed: " + subdir);
   }
@@ -44,10 +45,10 @@ TEST_F(TrashTest, AMemoGoesWithItsFilesAndComesBackAsItWas) {
   EXPECT_EQ(entry.memo, memo);
   EXPECT_EQ(readFile(trash / "2026-03-01_001" / "meta.txt"), "2026-03-01,1");
   EXPECT_THAT(treeOf(folder.path() / "2026-03-01"), IsEmpty());
-  store.restoreMemo(entry);
+  bin.restoreMemo(entry);
   EXPECT_EQ(treeOf(folder.path() / "2026-03-01"), before);
-  EXPECT_THAT(store.listTrash(), IsEmpty());
-  EXPECT_EQ(kindOf<WriteError>([&] { store.restoreMemo(entry); }), WriteError::Kind::missingMemo);
+  EXPECT_THAT(bin.listTrash(), IsEmpty());
+  EXPECT_EQ(kindOf<WriteError>([&] { bin.restoreMemo(entry); }), WriteError::Kind::missingMemo);
 }
 
 TEST_F(TrashTest, AMemoThatChangedSinceItWasReadStays) {
@@ -55,7 +56,7 @@ TEST_F(TrashTest, AMemoThatChangedSinceItWasReadStays) {
   Memo changed = memo;
   changed.body = "改过";
   store.updateMemo(changed, today, std::nullopt);
-  EXPECT_EQ(kindOf<WriteError>([&] { (void)store.trashMemo(today, memo); }),
+  EXPECT_EQ(kindOf<WriteError>([&] { (void)bin.trashMemo(today, memo); }),
             WriteError::Kind::conflict);
   EXPECT_EQ(store.listMemos(today), std::vector{changed});
 }
@@ -65,7 +66,7 @@ TEST_F(TrashTest, NumbersAndNamesThatWereGivenAwayStayWithTheirNewOwners) {
   const Memo second = create("第二个一号");
   writeFile(dayFile("a.png"), "another a.png");
   testing::internal::CaptureStderr();
-  store.restoreMemo(first);
+  bin.restoreMemo(first);
   EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("附件 a.png 在目标位置已存在"));
   EXPECT_EQ(readFile(dayFile("a.png")), "another a.png");
   EXPECT_THAT(treeOf(trash / "_attachments"), HasSubstr("content of a.png"));
@@ -80,12 +81,12 @@ TEST_F(TrashTest, NumbersAndNamesThatWereGivenAwayStayWithTheirNewOwners) {
 TEST_F(TrashTest, ADamagedMemoComesBackByteForByte) {
   TrashEntry entry = trashed(create("将要损坏"));
   writeFile(trash / entry.trashSubdir / "memo.md", "no header, but words");
-  const std::vector<TrashEntry> listed = store.listTrash();
+  const std::vector<TrashEntry> listed = bin.listTrash();
   ASSERT_THAT(listed, SizeIs(1));
   EXPECT_EQ(listed[0].memo.body, "");
   EXPECT_EQ(listed[0].memo.time, "09:30");
   const Memo taken = create("占了一号");
-  store.restoreMemo(listed[0]);
+  bin.restoreMemo(listed[0]);
   EXPECT_EQ(readFile(dayFile("002.md")), "no header, but words");
 }
 
@@ -101,20 +102,20 @@ TEST_F(TrashTest, FoldersThatAreNoEntriesAreNotListed) {
   writeFile(trash / "no meta" / "memo.md", "---\ntime: 08:00\n---\n");
   writeFile(trash / "no memo" / "meta.txt", "2026-03-01,7");
   writeFile(trash / "_attachments" / "2026-03-01_093005" / "a.png", "a");
-  EXPECT_THAT(store.listTrash(), IsEmpty());
+  EXPECT_THAT(bin.listTrash(), IsEmpty());
 }
 
 TEST_F(TrashTest, ForgedNumbersHideNoMemo) {
   TrashEntry entry = trashed(create("编号是假的"));
   entry.memo.seqNumber = -3;
-  store.restoreMemo(entry);
+  bin.restoreMemo(entry);
   EXPECT_EQ(store.listNumbers(today), std::vector<std::int64_t>{1});
 
   entry = trashed(store.listMemos(today).front());
   entry.memo.seqNumber = std::numeric_limits<std::int64_t>::max();
   writeFile(dayFile("9223372036854775807.md"), "");
-  EXPECT_EQ(kindOf<FileError>([&] { store.restoreMemo(entry); }), FileError::Kind::other);
-  EXPECT_EQ(store.listTrash().size(), 1U);
+  EXPECT_EQ(kindOf<FileError>([&] { bin.restoreMemo(entry); }), FileError::Kind::other);
+  EXPECT_EQ(bin.listTrash().size(), 1U);
 }
 
 TEST_F(TrashTest, ForgedNamesReachNothingOutside) {
@@ -125,12 +126,11 @@ TEST_F(TrashTest, ForgedNamesReachNothingOutside) {
     SCOPED_TRACE(name);
     TrashEntry forged = real;
     forged.trashSubdir = name;
-    EXPECT_EQ(kindOf<WriteError>([&] { store.restoreMemo(forged); }),
-              WriteError::Kind::missingMemo);
-    EXPECT_EQ(kindOf<WriteError>([&] { store.deleteTrashEntries({forged}); }),
+    EXPECT_EQ(kindOf<WriteError>([&] { bin.restoreMemo(forged); }), WriteError::Kind::missingMemo);
+    EXPECT_EQ(kindOf<WriteError>([&] { bin.deleteTrashEntries({forged}); }),
               WriteError::Kind::missingMemo);
   }
-  EXPECT_THAT(store.listTrash(), SizeIs(1));
+  EXPECT_THAT(bin.listTrash(), SizeIs(1));
   EXPECT_EQ(readFile(folder.path() / "outside" / "memo.md"), "---\ntime: 08:00\n---\n");
 }
 
@@ -142,16 +142,16 @@ TEST_F(TrashTest, DeletingForGoodTakesTheVersionsAlong) {
   const TrashEntry entry = trashed(memo);
   const std::filesystem::path versions = VersionStore(context).identityDirectory(*memo.memoId);
   EXPECT_TRUE(std::filesystem::exists(versions));
-  store.deleteTrashEntries({entry});
+  bin.deleteTrashEntries({entry});
   EXPECT_FALSE(std::filesystem::exists(versions));
-  EXPECT_THAT(store.listTrash(), IsEmpty());
+  EXPECT_THAT(bin.listTrash(), IsEmpty());
 
   writeFile(dayFile("a.png"), "a");
   const TrashEntry again = trashed(other);
   writeFile(trash / "_attachments" / "x" / "a.png", "a");
-  store.emptyTrash();
+  bin.emptyTrash();
   EXPECT_FALSE(std::filesystem::exists(trash));
-  store.emptyTrash();
+  bin.emptyTrash();
 }
 
 TEST_F(TrashTest, DeletingAMemoWithoutIdentityLeavesTheNextOwnerOfItsNumberItsVersions) {
@@ -161,7 +161,7 @@ TEST_F(TrashTest, DeletingAMemoWithoutIdentityLeavesTheNextOwnerOfItsNumberItsVe
   next.body = "改过";
   store.commitMemo(next, today, std::nullopt);
   ASSERT_EQ(next.seqNumber, legacy.memo.seqNumber);
-  store.deleteTrashEntries({legacy});
+  bin.deleteTrashEntries({legacy});
   EXPECT_THAT(VersionStore(context).listVersions(today, 1, next.memoId), SizeIs(1));
   const TrashEntry again = [&] {
     writeFile(dayFile("002.md"), "---\ntime: 08:00\n---\n\n又一条");
@@ -171,7 +171,7 @@ TEST_F(TrashTest, DeletingAMemoWithoutIdentityLeavesTheNextOwnerOfItsNumberItsVe
   second.body = "改过";
   store.commitMemo(second, today, std::nullopt);
   ASSERT_EQ(second.seqNumber, again.memo.seqNumber);
-  store.emptyTrash();
+  bin.emptyTrash();
   EXPECT_THAT(VersionStore(context).listVersions(today, 2, second.memoId), SizeIs(1));
 }
 

@@ -3,26 +3,10 @@
 #include <string>
 #include <string_view>
 
+#include "Core/Markdown/Frontmatter/ParseError.h"
 #include "Core/Models/Memo.h"
-#include "Platform/Error.h"
 
 namespace nomely {
-
-// Why a memo file's text is no memo. For logs and callers; it has no wording for the user.
-class ParseError : public Error {
- public:
-  enum class Kind { yamlDecode, missingFrontmatter, unclosedFrontmatter };
-
-  // `message` says more for yamlDecode.
-  explicit ParseError(Kind kind, const std::string& message = {});
-
-  [[nodiscard]] Kind kind() const noexcept { return kind_; }
-  [[nodiscard]] const std::string& message() const noexcept { return message_; }
-
- private:
-  Kind kind_;
-  std::string message_;
-};
 
 // Joins and splits a memo file: a YAML header between two lines "---", then the body. Pure.
 //
@@ -42,6 +26,14 @@ struct ParsedMemo {
 // Throws YamlError when a value is not well-formed UTF-8. Reading the result gives the same values,
 // but for leading blank lines of `body`.
 [[nodiscard]] std::string serialize(const MemoFrontmatter& frontmatter, std::string_view body);
+
+// `body` without the blank lines that lead it: what reading makes of it.
+[[nodiscard]] std::string_view bodyAsRead(std::string_view body);
+
+// Whether reading this file and writing it again would drop something that a person wrote in its
+// header: keys that are not ours, comments, anchors, tags. False for what serialize() writes and
+// for a file that parse() refuses, as nothing is written over that. `content` is well-formed UTF-8.
+[[nodiscard]] bool losesOnRewrite(std::string_view content);
 
 }  // namespace MemoFrontmatterParser
 

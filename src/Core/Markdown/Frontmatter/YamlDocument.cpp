@@ -2,56 +2,15 @@
 
 #include <algorithm>
 #include <map>
-#include <new>
 
 #include <fmt/format.h>
-#include <yaml.h>
 
+#include "Core/Markdown/Frontmatter/YamlError.h"
+#include "Core/Markdown/Frontmatter/YamlEvents.h"
 #include "Core/Markdown/Frontmatter/YamlScalar.h"
 
 namespace nomely {
 namespace {
-
-class Event {
- public:
-  Event() = default;
-  ~Event() { yaml_event_delete(&event_); }
-  Event(const Event&) = delete;
-  Event& operator=(const Event&) = delete;
-
-  yaml_event_t* operator->() { return &event_; }
-  yaml_event_t* get() { return &event_; }
-
- private:
-  yaml_event_t event_{};
-};
-
-class Parser {
- public:
-  explicit Parser(std::string_view source) {
-    if (yaml_parser_initialize(&parser_) == 0) throw std::bad_alloc();
-    yaml_parser_set_encoding(&parser_, YAML_UTF8_ENCODING);
-    yaml_parser_set_input_string(&parser_, reinterpret_cast<const unsigned char*>(source.data()),
-                                 source.size());
-  }
-  ~Parser() { yaml_parser_delete(&parser_); }
-  Parser(const Parser&) = delete;
-  Parser& operator=(const Parser&) = delete;
-
-  void next(Event& event) {
-    if (yaml_parser_parse(&parser_, event.get()) != 0) return;
-    if (parser_.error == YAML_MEMORY_ERROR) throw std::bad_alloc();
-    const char* const problem = parser_.problem != nullptr ? parser_.problem : "unreadable";
-    // The reader reports a byte offset, the scanner and the parser a place.
-    if (parser_.error == YAML_READER_ERROR)
-      throw YamlError(fmt::format("byte {}: {}", parser_.problem_offset, problem));
-    throw YamlError(fmt::format("line {}, column {}: {}", parser_.problem_mark.line + 1,
-                                parser_.problem_mark.column + 1, problem));
-  }
-
- private:
-  yaml_parser_t parser_{};
-};
 
 std::string_view viewOf(const yaml_char_t* text) {
   return reinterpret_cast<const char*>(text);
@@ -89,14 +48,15 @@ class YamlDocumentBuilder {
     document_.entries_.reserve(expected / bytesForEntry);
     document_.text_.reserve(expected);
     levels_.reserve(8);
-    Parser parser(source);
+    YamlEvents events(source);
     bool ended = false;
     while (!ended) {
       Event event;
-      parser.next(event);
+      events.next(event);
       switch (event->type) {
         case YAML_DOCUMENT_START_EVENT:
-          if (!document_.entries_.empty()) fail(event, "more than one document");
+          if (!document_.entries_.empty())
+            fail(event, "more than one document", "有不止一份 YAML，请只留一份");
           break;
         case YAML_SCALAR_EVENT:
           addScalar(event);
@@ -121,16 +81,18 @@ class YamlDocumentBuilder {
           break;
       }
     }
-    if (document_.entries_.empty()) throw YamlError("empty document");
+    if (document_.entries_.empty())
+      throw YamlError("文件头是空的，请至少写一行 time: '08:00'", "empty document");
   }
 
  private:
   using Entry = YamlDocument::Entry;
+  using Event = YamlEvents::Event;
   static constexpr std::uint64_t unfinished = UINT64_MAX;
 
   struct Anchor {
     std::uint32_t node;
-    std::uint64_t weight;  // nodes and bytes behind it with aliases expanded
+    std::uint64_t weight;  // nodes and bytes of it with aliases expanded
   };
   struct Level {
     std::uint32_t node;
@@ -139,9 +101,17 @@ class YamlDocumentBuilder {
     std::uint64_t weight = 1;
   };
 
-  [[noreturn]] static void fail(Event& event, std::string_view problem) {
-    throw YamlError(fmt::format("line {}, column {}: {}", event->start_mark.line + 1,
-                                event->start_mark.column + 1, problem));
+  [[noreturn]] static void fail(Event& event, std::string_view problem, const char* reason) {
+    throw YamlError(reason,
+                    fmt::format("line {}, column {}: {}", event->start_mark.line + 1,
+                                event->start_mark.column + 1, problem),
+                    event->start_mark.line + 1);
+  }
+
+  static Entry entryAt(Event& event) {
+    Entry entry;
+    entry.line = static_cast<std::uint32_t>(event->start_mark.line + 1);
+    return entry;
   }
 
   std::uint32_t add(const Entry& entry, std::uint64_t weight) {
@@ -160,7 +130,7 @@ class YamlDocumentBuilder {
 
   void addScalar(Event& event) {
     const auto& scalar = event->data.scalar;
-    Entry entry;
+    Entry entry = entryAt(event);
     entry.plain = scalar.style == YAML_PLAIN_SCALAR_STYLE && scalar.tag == nullptr;
     entry.begin = static_cast<std::uint32_t>(document_.text_.size());
     entry.length = static_cast<std::uint32_t>(scalar.length);
@@ -172,19 +142,22 @@ class YamlDocumentBuilder {
 
   void addAlias(Event& event) {
     const auto found = anchors_.find(viewOf(event->data.alias.anchor));
-    if (found == anchors_.end()) fail(event, "undefined alias");
+    if (found == anchors_.end())
+      fail(event, "undefined alias", "以 * 引用的名字没有用 & 定义过，请改正或给值加上引号");
     const Anchor target = found->second;
-    if (target.weight == unfinished) fail(event, "alias into itself");
+    if (target.weight == unfinished) fail(event, "alias into itself", "以 * 引用了它自己，请改正");
     expansion_ = saturatingAdd(expansion_, target.weight);
-    if (expansion_ > YamlDocument::maxAliasExpansion) fail(event, "aliases expand to too much");
-    Entry entry;
+    if (expansion_ > YamlDocument::maxAliasExpansion)
+      fail(event, "aliases expand to too much", "以 * 引用的内容太多，请直接写出");
+    Entry entry = entryAt(event);
     entry.alias = target.node;
     add(entry, target.weight);
   }
 
   void open(Event& event, YamlDocument::Kind kind, const yaml_char_t* anchor) {
-    if (levels_.size() == YamlDocument::maxDepth) fail(event, "nested too deeply");
-    Entry entry;
+    if (levels_.size() == YamlDocument::maxDepth)
+      fail(event, "nested too deeply", "层次太深，请减少嵌套");
+    Entry entry = entryAt(event);
     entry.kind = kind;
     const std::uint32_t node = add(entry, 0);
     levels_.push_back({node, define(anchor, {node, unfinished})});
@@ -212,14 +185,15 @@ class YamlDocumentBuilder {
 };
 
 YamlDocument::YamlDocument(std::string_view source) {
-  if (source.size() >= none) throw YamlError("too long");
+  if (source.size() >= none) throw YamlError("文件头太长，请缩短", "too long");
   // The library compares each tag directive with all before it.
-  if (countTagDirectives(source) > maxDirectives) throw YamlError("too many tag directives");
+  if (countTagDirectives(source) > maxDirectives)
+    throw YamlError("有太多 %TAG 行，请删去", "too many tag directives");
   YamlDocumentBuilder(*this).build(source);
 }
 
 YamlDocument::Node::Node(const YamlDocument& document, std::uint32_t index)
-    : document_(&document), index_(index) {
+    : document_(&document), index_(index), line_(document.entries_[index].line) {
   // An alias never names another: its target was resolved when it was read.
   if (entry().alias != none) index_ = entry().alias;
 }

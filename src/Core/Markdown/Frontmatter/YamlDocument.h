@@ -6,15 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Platform/Error.h"
-
 namespace nomely {
-
-// YAML that can't be read or written; `what()` says why and where, in the library's words.
-class YamlError : public Error {
- public:
-  explicit YamlError(const std::string& text) : Error("yaml", text) {}
-};
 
 // One YAML 1.1 document read into memory. Aliases are resolved without copying what they name.
 //
@@ -41,6 +33,7 @@ class YamlDocument {
     std::uint32_t alias = none;  // the node meant, when this is an alias
     std::uint32_t begin = 0;     // a scalar's place in text_
     std::uint32_t length = 0;
+    std::uint32_t line = 0;
   };
 
  public:
@@ -54,6 +47,9 @@ class YamlDocument {
     [[nodiscard]] bool isPlain() const { return entry().plain; }
     // Whether it is a plain scalar that spells null.
     [[nodiscard]] bool isNull() const;
+
+    // The line of the source on which it begins, the first being 1; of an alias, where that stands.
+    [[nodiscard]] std::size_t line() const { return line_; }
 
     // Calls `visit(Node)` for each item of a sequence.
     template <typename Visit>
@@ -78,6 +74,7 @@ class YamlDocument {
 
     const YamlDocument* document_;
     std::uint32_t index_;
+    std::uint32_t line_;
   };
 
   // Throws YamlError, also when `source` holds no document or more than one. `source` is

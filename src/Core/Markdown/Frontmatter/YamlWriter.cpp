@@ -4,7 +4,7 @@
 
 #include <yaml.h>
 
-#include "Core/Markdown/Frontmatter/YamlDocument.h"
+#include "Core/Markdown/Frontmatter/YamlError.h"
 #include "Core/Markdown/Frontmatter/YamlScalar.h"
 #include "Platform/Text/Unicode.h"
 
@@ -46,10 +46,11 @@ struct YamlWriter::Emitter {
 
   // `prepared`: what initialising the event returned.
   void emit(int prepared) {
-    if (prepared == 0) throw YamlError("value is not valid UTF-8 or memory ran out");
+    if (prepared == 0) throw std::bad_alloc();
     // The emitter owns the event from here, whatever it answers.
     if (yaml_emitter_emit(&emitter, &event) == 0)
-      throw YamlError(emitter.problem != nullptr ? emitter.problem : "emitter failed");
+      throw YamlError("文件头写不出来",
+                      emitter.problem != nullptr ? emitter.problem : "emitter failed");
   }
 
   void scalar(std::string_view text, yaml_scalar_style_t style) {
@@ -90,7 +91,8 @@ void YamlWriter::endSequence() {
 }
 
 void YamlWriter::string(std::string_view value) {
-  if (!isValidUtf8(value)) throw YamlError("value is not valid UTF-8");
+  if (!isValidUtf8(value))
+    throw YamlError("文件头里有不是 UTF-8 的文字，请先转换编码", "value is not valid UTF-8");
   yaml_scalar_style_t style = YAML_ANY_SCALAR_STYLE;
   if (holdsForeignLineBreak(value) ||
       (emitter_->layout == Layout::singleLine && value.find('\n') != std::string_view::npos))
