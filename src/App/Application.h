@@ -10,8 +10,8 @@
 #include "Editor/DayViewModel.h"
 #include "Platform/Concurrency/JobPool.h"
 #include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Settings/UserDefaults.h"
 #include "Platform/System/Environment.h"
-#include "Platform/System/UserDefaults.h"
 #include "Platform/Time/Clock.h"
 
 namespace nomely {

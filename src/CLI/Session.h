@@ -11,7 +11,7 @@
 
 #include "App/Application.h"
 #include "CLI/Terminal.h"
-#include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Concurrency/RunLoop.h"
 #include "Platform/System/Environment.h"
 
 namespace nomely {

@@ -43,29 +43,6 @@ TEST(JobPoolTest, HigherPriorityFirstThenTheOrderOfSubmission) {
   EXPECT_EQ(order, "abuv");
 }
 
-TEST(JobPoolTest, Cancellation) {
-  std::latch began(1);
-  std::promise<void> running;
-  std::promise<bool> waiting;
-  std::promise<bool> untouched;
-  JobPool pool(1);
-  JobPool::Handle first = pool.submit([&](const std::stop_token& stop) {
-    began.count_down();
-    waitForStop(stop);
-    running.set_value();
-  });
-  JobPool::Handle second =
-      pool.submit([&](const std::stop_token& stop) { waiting.set_value(stop.stop_requested()); });
-  pool.submit([&](const std::stop_token& stop) { untouched.set_value(stop.stop_requested()); });
-  began.wait();
-  second.cancel();
-  EXPECT_FALSE(first.isCancelled());
-  first.cancel();
-  running.get_future().wait();
-  EXPECT_TRUE(waiting.get_future().get()) << "cancelled before it began";
-  EXPECT_FALSE(untouched.get_future().get()) << "dropping its handle cancels nothing";
-}
-
 TEST(JobPoolTest, DestructionStopsWhatRunsAndDropsTheRest) {
   std::atomic<bool> ended = false;
   std::atomic<bool> laterRan = false;

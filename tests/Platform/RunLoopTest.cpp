@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-#include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Concurrency/RunLoop.h"
 
 namespace nomely::test {
 namespace {

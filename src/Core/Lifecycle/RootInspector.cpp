@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "Core/Extensions/PathNames.h"
-#include "Core/Lifecycle/StartupCoordinator.h"
 #include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/VersionStore.h"
+#include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/Text/Unicode.h"
 
@@ -19,10 +19,6 @@ constexpr auto strangeVersion = "不是这条笔记的版本，不会显示";
 constexpr auto noMeta = "缺少 meta.txt，不会显示";
 constexpr auto forgedMeta = "meta.txt 不是原来的日期和编号，不会显示";
 constexpr auto noMemo = "缺少 memo.md，不会显示";
-
-void throwIfStopped(const std::stop_token& stop) {
-  if (stop.stop_requested()) throw CancellationError();
-}
 
 // A folder that can't be listed is told of with all the others.
 std::vector<DirectoryEntry> entriesOf(const FileManager& files,

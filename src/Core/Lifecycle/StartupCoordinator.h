@@ -7,17 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "Platform/Cancellation.h"
 #include "Platform/Concurrency/Lifetime.h"
 #include "Platform/Concurrency/MainExecutor.h"
-#include "Platform/Error.h"
 
 namespace nomely {
-
-// What a job reports when it ended because it was asked to.
-class CancellationError : public Error {
- public:
-  CancellationError() : Error("cancelled", "操作已取消") {}
-};
 
 // Runs named jobs one after the other when the main content is ready, once per process. A job that
 // fails is logged and the next one runs. Lives on the main executor, and so do all its calls.
