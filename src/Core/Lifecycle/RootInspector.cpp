@@ -5,6 +5,8 @@
 #include "Core/Extensions/PathNames.h"
 #include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
+#include "Core/Storage/MemoFile.h"
+#include "Core/Storage/TrashStore.h"
 #include "Core/Storage/VersionStore.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
