@@ -38,7 +38,8 @@ class SetCommand final : public Command {
     if (changed == entry.memo)
       session.say("没有变化，笔记未改动。");
     else
-      entry.memo = session.memos().change(entry.date, entry.memo, [&](Memo& memo) { memo = changed; });
+      entry.memo =
+          session.memos().change(entry.date, entry.memo, [&](Memo& memo) { memo = changed; });
     MemoOutput::print(entry, session);
   }
 
