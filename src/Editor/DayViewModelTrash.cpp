@@ -124,8 +124,7 @@ void DayViewModel::pruneUndoOffer(const TrashEntries& trash) {
   if (!pendingUndoDelete.get()) return;
   PendingUndoDelete offer = *pendingUndoDelete.get();
   std::erase_if(offer.entries, [&](const TrashEntry& entry) {
-    return std::ranges::find(trash, entry.trashSubdir, &TrashEntry::trashSubdir) ==
-           trash.end();
+    return std::ranges::find(trash, entry.trashSubdir, &TrashEntry::trashSubdir) == trash.end();
   });
   offer.id = Uuid::random();
   pendingUndoDelete.set(offer.entries.empty() ? std::nullopt : std::optional(std::move(offer)));

@@ -179,8 +179,7 @@ void DayViewModel::moveMemo(Memo memo, Day from, Day to) {
   if (from == to) return saveQueue_.async([this] { onMain([this] { announceSaved(); }); });
   saveQueue_.async([this, memo = std::move(memo), from, to] {
     std::optional<Memo> moved;
-    const std::exception_ptr failure =
-        failureOf([&] { moved = service_.move(from, memo, to); });
+    const std::exception_ptr failure = failureOf([&] { moved = service_.move(from, memo, to); });
     if (failure)
       return onMain(
           [this, message = "修改日期失败：" + textOf(failure)] { announceFailure(message); });

@@ -42,8 +42,8 @@ struct EntryTags {
 };
 
 // Every memo in memory, newest first, so that lists and searches never touch the disk. Built by the
-// first reader, patched by what the stores of this process announce, dropped when the files turn out
-// to have been changed by someone else.
+// first reader, patched by what the stores of this process announce, dropped when the files turn
+// out to have been changed by someone else.
 //
 // Safe on any thread. Readers see one state from first to last and hold no lock meanwhile; only one
 // of them builds, and the others wait for it. Nothing here fails visibly: what can't be read is

@@ -19,7 +19,7 @@ void TagManagementStore::report(const std::string& message) const {
   if (onError_) onError_(message);
 }
 
-void TagManagementStore::forEachMemo(Reporting reporting, const Run& run,
+void TagManagementStore::forEachMemo(Reporting reporting, const TagRun& run,
                                      const Visit& visit) const {
   const DayStore& store = service_.days();
   std::vector<Day> days;
@@ -40,12 +40,11 @@ void TagManagementStore::forEachMemo(Reporting reporting, const Run& run,
       throwIfStopped(run.stop);
       visit(days[i], memo);
     }
-    if (run.progress)
-      run.progress(static_cast<double>(i + 1) / static_cast<double>(days.size()));
+    if (run.progress) run.progress(static_cast<double>(i + 1) / static_cast<double>(days.size()));
   }
 }
 
-TagChange TagManagementStore::rewriteAll(std::string_view verb, const Run& run,
+TagChange TagManagementStore::rewriteAll(std::string_view verb, const TagRun& run,
                                          const std::function<bool(Memo&)>& rewrite) const {
   TagChange done;
   const auto counting = [&](Memo& memo, TagChange& counts) {
@@ -77,22 +76,21 @@ TagChange TagManagementStore::rewriteAll(std::string_view verb, const Run& run,
 }
 
 TagChange TagManagementStore::renameTag(std::string_view from, std::string_view to,
-                                        const Run& run) const {
+                                        const TagRun& run) const {
   return rewriteAll("重命名", run,
                     [&](Memo& memo) { return TagRewriting::rename(memo, from, to); });
 }
 
 TagChange TagManagementStore::mergeTag(std::string_view from, std::string_view into,
-                                       const Run& run) const {
-  return rewriteAll("合并", run,
-                    [&](Memo& memo) { return TagRewriting::merge(memo, from, into); });
+                                       const TagRun& run) const {
+  return rewriteAll("合并", run, [&](Memo& memo) { return TagRewriting::merge(memo, from, into); });
 }
 
-TagChange TagManagementStore::deleteTag(std::string_view tag, const Run& run) const {
+TagChange TagManagementStore::deleteTag(std::string_view tag, const TagRun& run) const {
   return rewriteAll("删除", run, [&](Memo& memo) { return TagRewriting::remove(memo, tag); });
 }
 
-TagChange TagManagementStore::deleteTagWithMemos(std::string_view tag, const Run& run) const {
+TagChange TagManagementStore::deleteTagWithMemos(std::string_view tag, const TagRun& run) const {
   TagChange done;
   const MemoChanges::Bulk bulk(service_.context().gate.changes());
   if (!run.isDry) service_.trashStore().finishInterrupted();

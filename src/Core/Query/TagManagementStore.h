@@ -30,29 +30,29 @@ struct TagChange {
   friend bool operator==(const TagChange&, const TagChange&) = default;
 };
 
-// Rewrites a tag in all memos of all days. For background jobs. A memo that can't be written is told
-// to `onError` and the others go on; what is done stays done. Each memo is read and written in one
-// write of the gate, so a change made elsewhere meanwhile is kept. Service and index must outlive
-// the store.
+// How to go through all memos. A stop ends it with CancellationError after the memo at hand; all
+// else that goes wrong is counted.
+struct TagRun {
+  bool isDry = false;  // counts what would change and writes nothing
+  std::stop_token stop = {};
+  std::function<void(double share)> progress = {};
+};
+
+// Rewrites a tag in all memos of all days. For background jobs. A memo that can't be written is
+// told to `onError` and the others go on; what is done stays done. Each memo is read and written in
+// one write of the gate, so a change made elsewhere meanwhile is kept. Service and index must
+// outlive the store.
 class TagManagementStore {
  public:
   using OnError = std::function<void(const std::string& message)>;
 
-  // How to go through all memos. A stop ends it with CancellationError after the memo at hand; all
-  // else that goes wrong is counted.
-  struct Run {
-    bool isDry = false;  // counts what would change and writes nothing
-    std::stop_token stop = {};
-    std::function<void(double share)> progress = {};
-  };
-
   TagManagementStore(const MemoService& service, SearchIndex& searchIndex, OnError onError = {});
 
-  TagChange renameTag(std::string_view from, std::string_view to, const Run& run = {}) const;
-  TagChange mergeTag(std::string_view from, std::string_view into, const Run& run = {}) const;
-  TagChange deleteTag(std::string_view tag, const Run& run = {}) const;
+  TagChange renameTag(std::string_view from, std::string_view to, const TagRun& run = {}) const;
+  TagChange mergeTag(std::string_view from, std::string_view into, const TagRun& run = {}) const;
+  TagChange deleteTag(std::string_view tag, const TagRun& run = {}) const;
   // Moves the memos to the trash. What can't be moved stays, counted but not told.
-  TagChange deleteTagWithMemos(std::string_view tag, const Run& run = {}) const;
+  TagChange deleteTagWithMemos(std::string_view tag, const TagRun& run = {}) const;
   // Memos that have the tag; one that only names it in its body does not count.
   [[nodiscard]] std::int64_t countNotesWithTag(std::string_view tag) const;
 
@@ -68,9 +68,9 @@ class TagManagementStore {
   using Listed = std::function<std::optional<std::vector<std::string>>(const EntryTags&)>;
 
   void report(const std::string& message) const;
-  void forEachMemo(Reporting reporting, const Run& run, const Visit& visit) const;
+  void forEachMemo(Reporting reporting, const TagRun& run, const Visit& visit) const;
   // Writes each memo that `rewrite` changes; `verb` begins the message of a failure.
-  TagChange rewriteAll(std::string_view verb, const Run& run,
+  TagChange rewriteAll(std::string_view verb, const TagRun& run,
                        const std::function<bool(Memo&)>& rewrite) const;
   [[nodiscard]] SidebarTagSummary summary(const Listed& listed) const;
   [[nodiscard]] SidebarTagSummary sectionSummary(std::string_view root) const;

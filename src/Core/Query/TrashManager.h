@@ -10,7 +10,8 @@
 
 namespace nomely {
 
-// Carries out the trash operations of a user interface in batches. Stateless; blocking, for a background thread. One operation at a time is the caller's care.
+// Carries out the trash operations of a user interface in batches. Stateless; blocking, for a
+// background thread. One operation at a time is the caller's care.
 class TrashManager {
  public:
   using Entries = std::vector<TrashEntry>;

@@ -69,8 +69,7 @@ AttachmentManager::ImportResult AttachmentManager::importFile(const std::filesys
 
 void AttachmentManager::removeImported(const std::string& filename, Day day) const {
   if (!isSafeName(filename)) return;
-  context_.write(
-      [&] { context_.files.removeFile(context_.paths.dayFolder(day) / filename); });
+  context_.write([&] { context_.files.removeFile(context_.paths.dayFolder(day) / filename); });
 }
 
 std::optional<std::string> AttachmentManager::read(const std::string& filename, Day day) const {

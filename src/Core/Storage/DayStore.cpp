@@ -119,7 +119,7 @@ Memo DayStore::createMemo(Day day, NewMemo content) const {
     memo.memoId = Memo::makeMemoId();
     memo.schemaVersion = MemoFrontmatter::currentSchemaVersion;
     memo.time = content.time ? std::move(*content.time) : Memo::currentTimeString(context_.clock);
-    memo.body = MemoFrontmatterParser::bodyAsRead(content.body);
+    memo.body = std::string(MemoFrontmatterParser::bodyAsRead(content.body));
     memo.tags = std::move(content.tags);
     memo.mood = content.mood;
     memo.attachments = std::move(content.attachments);

@@ -72,10 +72,10 @@ class DayStore {
   void deleteMemo(Day day, const Memo& memo) const;
 
   // Gives the memo the next number of another day, attachments and all, and returns it as it is
-  // there. Its file goes as it is, permissions and what we don't read included. Files that no other memo of the old day names go to the attachment trash, unless one of
-  // those memos can't be read. Until the old file goes both stand, so that a failure leaves the
-  // memo twice rather than not at all. A failure to list the old day is reported when the move has
-  // happened.
+  // there. Its file goes as it is, permissions and what we don't read included. Files that no other
+  // memo of the old day names go to the attachment trash, unless one of those memos can't be read.
+  // Until the old file goes both stand, so that a failure leaves the memo twice rather than not at
+  // all. A failure to list the old day is reported when the move has happened.
   [[nodiscard]] Memo moveMemo(const Memo& memo, Day from, Day to) const;
 
   // Trashes those of the files that no memo of the day names, none when that is not certain. A

@@ -8,8 +8,7 @@
 
 namespace nomely {
 
-DiskPaths DiskPaths::defaultPaths(const Environment& environment,
-                                  const FileManager& files) {
+DiskPaths DiskPaths::defaultPaths(const Environment& environment, const FileManager& files) {
   DiskPaths paths{environment.homeFolder() / "NomelyData"};
   try {
     paths.createRoot(files);

@@ -9,7 +9,8 @@ namespace nomely {
 
 EncodingError::EncodingError(const std::filesystem::path& file)
     : Error("memo.encoding",
-            fmt::format("文件不是有效的 UTF-8 文本，请用编辑器转换编码后再试：{}", file.string())) {}
+            fmt::format("文件不是有效的 UTF-8 文本，请用编辑器转换编码后再试：{}", file.string())) {
+}
 
 std::optional<std::string> MemoFile::text(const FileManager& files,
                                           const std::filesystem::path& file) {

@@ -23,9 +23,9 @@ struct TrashEntry {
 
 // What emptying the trash destroys.
 struct TrashContents {
-  std::vector<TrashEntry> entries;
-  std::vector<std::string> others;    // names in `.trash` that are no entries
-  std::size_t attachmentFiles = 0;    // in the attachment trash
+  std::vector<TrashEntry> entries = {};
+  std::vector<std::string> others = {};  // names in `.trash` that are no entries
+  std::size_t attachmentFiles = 0;       // in the attachment trash
 };
 
 // Moves memos out of their day and back. A memo is always in one of the two: trashing that fails is

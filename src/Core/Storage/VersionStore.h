@@ -10,6 +10,7 @@
 #include "Core/Models/Memo.h"
 #include "Core/Storage/MemoStore.h"
 #include "Core/Storage/StoreContext.h"
+#include "Platform/Error.h"
 
 namespace nomely {
 
@@ -22,7 +23,7 @@ struct VersionEntry {
 
 // The bytes of a memo file before the first rewriting that dropped something of it.
 struct OriginalFile {
-  Moment timestamp;  // of the rewriting
+  Moment timestamp;      // of the rewriting
   std::string filename;  // relative to `.versions`
 };
 

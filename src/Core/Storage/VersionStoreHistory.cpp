@@ -101,8 +101,7 @@ std::vector<VersionEntry> VersionStore::listVersions(
 
 std::filesystem::path VersionStore::fileBelowVersions(const std::string& filename) const {
   const std::string folder = context_.paths.versionsFolder().lexically_normal().string() + "/";
-  std::filesystem::path file =
-      (context_.paths.versionsFolder() / filename).lexically_normal();
+  std::filesystem::path file = (context_.paths.versionsFolder() / filename).lexically_normal();
   // A forged name must not reach outside.
   if (!file.native().starts_with(folder) || file.native().size() == folder.size())
     throw WriteError(WriteError::Kind::identityChanged);
@@ -178,7 +177,8 @@ void VersionStore::deleteAllVersions(Day day, std::int64_t seqNumber,
 
 std::vector<std::string> VersionStore::identities(std::string_view prefix) const {
   std::vector<std::string> found;
-  for (const DirectoryEntry& folder : entriesOf(context_.files, context_.paths.versionsByIdFolder()))
+  for (const DirectoryEntry& folder :
+       entriesOf(context_.files, context_.paths.versionsByIdFolder()))
     if (auto identity = identityNamed(folder.name); identity && identity->starts_with(prefix))
       found.push_back(*std::move(identity));
   return found;
