@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "Core/Lifecycle/TemporaryFileSweep.h"
+#include "Editor/DayViewModel.h"
 #include "Platform/System/Uuid.h"
 #include "Platform/Text/Unicode.h"
 
@@ -69,9 +70,11 @@ Application::Application(const ApplicationContext& context)
       searchIndex_(storage_, jobs_),
       startup_(context.executor) {}
 
+Application::~Application() = default;
+
 DayViewModel& Application::dayViewModel() {
   if (!dayViewModel_)
-    dayViewModel_.emplace(DayViewModel::Context{
+    dayViewModel_ = std::make_unique<DayViewModel>(DayViewModel::Context{
         .service = memos_, .searchIndex = &searchIndex_, .executor = executor_, .jobs = jobs_});
   return *dayViewModel_;
 }

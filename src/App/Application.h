@@ -1,20 +1,22 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 
 #include "Core/Lifecycle/StartupCoordinator.h"
 #include "Core/Query/EntryDateIndex.h"
 #include "Core/Query/SearchIndex.h"
 #include "Core/Service/MemoService.h"
-#include "Editor/DayViewModel.h"
 #include "Platform/Concurrency/JobPool.h"
 #include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Settings/UserDefaults.h"
 #include "Platform/System/Environment.h"
-#include "Platform/System/UserDefaults.h"
 #include "Platform/Time/Clock.h"
 
 namespace nomely {
+
+class DayViewModel;
 
 // What the outside world gives an application. What is referred to must outlive it.
 struct ApplicationContext {
@@ -31,6 +33,9 @@ struct ApplicationContext {
 class Application {
  public:
   explicit Application(const ApplicationContext& context);
+  ~Application();
+  Application(const Application&) = delete;
+  Application& operator=(const Application&) = delete;
 
   // Under a test host the root is a private folder and no setting of the user's is read.
   [[nodiscard]] bool isUnitTesting() const { return isUnitTesting_; }
@@ -62,7 +67,7 @@ class Application {
   UserDefaults userDefaults_;
   JobPool jobs_;
   SearchIndex searchIndex_;
-  std::optional<DayViewModel> dayViewModel_;
+  std::unique_ptr<DayViewModel> dayViewModel_;
   std::optional<EntryDateIndex> entryDateIndex_;
   StartupCoordinator startup_;
 };

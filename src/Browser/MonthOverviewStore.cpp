@@ -44,8 +44,8 @@ MemosByTag memosByTag(const std::vector<MemoEntry>& entries) {
   return tags;
 }
 
-// A tag all of whose memos carry one of its children too adds nothing to them: they tell the same
-// story in more detail.
+// Drops 工作 when each of its memos has 工作/会议 or another child as well: the children tell the
+// same story in more detail.
 void dropCoveredParents(MemosByTag& tags) {
   std::map<std::string_view, std::set<const MemoEntry*>> covered;
   for (const auto& [tag, memos] : tags) {

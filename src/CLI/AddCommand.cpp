@@ -1,4 +1,5 @@
 #include "CLI/Arguments.h"
+#include "CLI/Checks.h"
 #include "CLI/Command.h"
 #include "CLI/MemoOutput.h"
 #include "CLI/TextInput.h"
@@ -16,7 +17,10 @@ class AddCommand final : public Command {
     app.add_option("--time", time_, "时间，默认现在")->type_name("HH:MM");
     app.add_option("--tag", tags_, "标签，可重复")->type_name("TAG")->allow_extra_args(false);
     app.add_option("--mood", mood_, "心情，一个整数")->type_name("N");
-    app.add_option("--attach", files_, "附件，可重复")->type_name("FILE")->allow_extra_args(false);
+    app.add_option("--attach", files_, "附件，可重复")
+        ->type_name("FILE")
+        ->allow_extra_args(false)
+        ->check(Checks::existingFile());
   }
 
   void run(Session& session) override {
@@ -25,17 +29,17 @@ class AddCommand final : public Command {
     content.tags = Arguments::tags(tags_);
     if (time_) content.time = Arguments::time(*time_);
     if (mood_) content.mood = Arguments::integer(*mood_, "--mood");
-    const auto files = Arguments::files(files_);
 
     TextInput input(session);
     // With files, no text is needed, and no editor is opened for one.
-    const bool asks = text_.has_value() || files.empty() || !Terminal::isInput();
+    const bool asks = text_.has_value() || files_.empty() || !Terminal::isInput();
     content.body = asks ? input.read(text_, "").value_or("") : "";
-    if (files.empty() && trimSpaceAndBreaks(content.body).empty()) {
+    if (files_.empty() && trimSpaceAndBreaks(content.body).empty()) {
       input.accept();
       throw UsageError("正文是空的，没有新建笔记");
     }
-    const Memo memo = session.memos().create(day, std::move(content), files);
+    const Memo memo =
+        session.memos().create(day, std::move(content), {files_.begin(), files_.end()});
     input.accept();
     MemoOutput::print({day, memo}, session);
   }

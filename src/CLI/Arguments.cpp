@@ -104,20 +104,6 @@ std::vector<std::string> Arguments::tags(const std::vector<std::string>& texts) 
   return TagUtilities::uniqueTags(cleaned);
 }
 
-std::vector<std::filesystem::path> Arguments::files(const std::vector<std::string>& names) {
-  std::vector<std::filesystem::path> files;
-  for (const std::string& name : names) {
-    std::error_code failed;
-    const auto status = std::filesystem::status(name, failed);
-    if (!std::filesystem::exists(status))
-      throw NameNotFoundError(fmt::format("找不到文件：{}", name));
-    if (!std::filesystem::is_regular_file(status))
-      throw UsageError(fmt::format("只能附加普通文件：{}", name));
-    files.emplace_back(name);
-  }
-  return files;
-}
-
 TimelineEntry Arguments::memo(const std::string& reference, Session& session) {
   const DayStore& store = session.dayStore();
   if (reference.starts_with(identifierPrefix)) {

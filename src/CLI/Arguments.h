@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,13 +25,11 @@ namespace Arguments {
 [[nodiscard]] std::int64_t integer(const std::string& text, std::string_view what);
 [[nodiscard]] std::string tag(const std::string& text);
 [[nodiscard]] std::vector<std::string> tags(const std::vector<std::string>& texts);
-// Existing plain files.
-[[nodiscard]] std::vector<std::filesystem::path> files(const std::vector<std::string>& names);
 
-// The memo that "DATE/NUMBER", a memo's identifier, or at least 8 characters of its beginning
-// behind "memo_" name. Throws NameNotFoundError too.
+// The memo that is named by "2026-03-01/7", "today/7", its identifier, or "memo_" and at least the
+// first 8 characters after that. Throws NameNotFoundError too.
 [[nodiscard]] TimelineEntry memo(const std::string& reference, Session& session);
-// The stored name of the memo's attachment that `name` is the stored or original name of.
+// The stored name of the attachment that `name` names by its stored name or its original one.
 [[nodiscard]] std::string attachment(const Memo& memo, const std::string& name);
 
 }  // namespace Arguments

@@ -1,4 +1,5 @@
 #include "CLI/Arguments.h"
+#include "CLI/Checks.h"
 #include "CLI/Command.h"
 #include "CLI/MemoOutput.h"
 
@@ -9,13 +10,14 @@ class AttachCommand final : public Command {
  public:
   void declare(CLI::App& app) override {
     app.add_option("REF", reference_, "笔记：日期/编号，或 memo_ 标识")->required();
-    app.add_option("FILE", files_, "要附加的文件，可多个")->required();
+    app.add_option("FILE", files_, "要附加的文件，可多个")
+        ->required()
+        ->check(Checks::existingFile());
   }
 
   void run(Session& session) override {
-    const auto files = Arguments::files(files_);
     TimelineEntry entry = Arguments::memo(reference_, session);
-    entry.memo = session.memos().attach(entry.date, entry.memo, files);
+    entry.memo = session.memos().attach(entry.date, entry.memo, {files_.begin(), files_.end()});
     MemoOutput::print(entry, session);
   }
 

@@ -3,12 +3,12 @@
 #include <string>
 #include <vector>
 
-#include "Platform/System/Environment.h"
+#include "CLI/Session.h"
 
 namespace nomely {
 
-// Runs the program: `arguments` are those behind its name. Returns the exit status: 0 done,
-// 1 failed, 2 wrong usage, 3 the memo changed elsewhere, 4 nothing by that name.
-[[nodiscard]] int runCommandLine(std::vector<std::string> arguments, Environment environment);
+// Runs the program: `arguments` are those after its name. Returns the exit status: 0 done,
+// 1 failed, 2 wrong usage, 3 the memo changed elsewhere, 4 nothing by that name, 130 interrupted.
+[[nodiscard]] int runCommandLine(const std::vector<std::string>& arguments, Machine machine);
 
 }  // namespace nomely

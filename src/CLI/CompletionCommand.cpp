@@ -2,18 +2,34 @@
 
 #include <fmt/format.h>
 
+#include "CLI/Checks.h"
 #include "CLI/Command.h"
 #include "CLI/Parser.h"
-#include "CLI/UsageError.h"
+#include "CLI/UsageText.h"
 
 namespace nomely {
 namespace {
 
-struct CompletedCommand {
+// A command, or one of its actions.
+struct Completed {
   std::string name;
   std::string summary;
   std::vector<std::string> options;  // "--tag"
   bool takesFiles = false;
+  std::vector<Completed> actions;
+
+  [[nodiscard]] std::vector<std::string> actionNames() const {
+    std::vector<std::string> names;
+    for (const Completed& action : actions) names.push_back(action.name);
+    return names;
+  }
+  // What may follow the command's name.
+  [[nodiscard]] std::vector<std::string> words() const {
+    if (name == "completion") return {"bash", "zsh", "fish"};
+    std::vector<std::string> all = actionNames();
+    all.insert(all.end(), options.begin(), options.end());
+    return all;
+  }
 };
 
 std::vector<std::string> optionNames(const CLI::App& app) {
@@ -34,81 +50,99 @@ bool takesFiles(const CLI::App& app) {
   });
 }
 
-std::vector<CompletedCommand> completedCommands(const CLI::App& app) {
-  std::vector<CompletedCommand> commands;
-  for (const CLI::App* command : app.get_subcommands(nullptr))
-    if (!command->get_name().empty() && Parser::isShown(*command))
+std::vector<Completed> completed(const CLI::App& app) {
+  std::vector<Completed> commands;
+  for (const CLI::App* command : namedSubcommands(app))
+    if (Parser::isShown(*command))
       commands.push_back({command->get_name(), command->get_description(), optionNames(*command),
-                          takesFiles(*command)});
+                          takesFiles(*command), completed(*command)});
   return commands;
 }
 
-std::string joined(const std::vector<CompletedCommand>& commands) {
-  std::string names;
-  for (const CompletedCommand& command : commands) names += command.name + " ";
-  names.pop_back();
-  return names;
+std::string bashCase(const std::string& pattern, const Completed& command) {
+  return fmt::format("      {}) words=\"{}\"; actions=\"{}\"; files={} ;;\n", pattern,
+                     fmt::join(command.words(), " "), fmt::join(command.actionNames(), " "),
+                     command.takesFiles ? 1 : 0);
 }
 
 std::string bashScript(const CLI::App& app) {
-  const auto commands = completedCommands(app);
-  const auto globals = optionNames(app);
+  const Completed program{"nomely", "", optionNames(app), false, completed(app)};
   std::string cases;
-  for (const CompletedCommand& command : commands)
-    cases += fmt::format("    {}) words=\"{}\"; files={} ;;\n", command.name,
-                         fmt::join(command.options, " "), command.takesFiles ? 1 : 0);
+  for (const Completed& command : program.actions) {
+    if (command.name != "help") cases += bashCase(command.name, command);
+    for (const Completed& action : command.actions)
+      cases += bashCase(fmt::format("\"{} {}\"", command.name, action.name), action);
+  }
   return fmt::format(R"(_nomely() {{
   local current="${{COMP_WORDS[COMP_CWORD]}}" previous="${{COMP_WORDS[COMP_CWORD-1]}}"
-  local commands="{0}" globals="{1}" words="" files=0 command="" i
+  local commands="{0}" globals="{1}" words="{0}" actions="{0}" files=0 command="" word
   case "$previous" in
     --root) COMPREPLY=($(compgen -d -- "$current")); return ;;
     --color) COMPREPLY=($(compgen -W "auto always never" -- "$current")); return ;;
   esac
-  for ((i = 1; i < COMP_CWORD; i++)); do
-    case " $commands " in *" ${{COMP_WORDS[i]}} "*) command="${{COMP_WORDS[i]}}"; break ;; esac
+  for word in "${{COMP_WORDS[@]:1:COMP_CWORD-1}}"; do
+    case " $actions " in *" $word "*) command="${{command:+$command }}$word" ;; *) continue ;; esac
+    case "$command" in
+      help) words="$commands"; actions="" ;;
+{2}    esac
   done
-  case "$command" in
-    "") words="$commands" ;;
-    completion) words="bash zsh fish" ;;
-    help) words="$commands" ;;
-{2}  esac
   COMPREPLY=($(compgen -W "$words $globals" -- "$current"))
   if ((files)); then COMPREPLY+=($(compgen -f -- "$current")); fi
 }}
 complete -o filenames -F _nomely nomely
 )",
-                     joined(commands), fmt::join(globals, " "), cases);
+                     fmt::join(program.actionNames(), " "), fmt::join(program.options, " "), cases);
+}
+
+// With the options of its actions, for a script that goes by the command alone.
+std::vector<std::string> wordsOfAll(const Completed& command) {
+  std::vector<std::string> words = command.words();
+  for (const Completed& action : command.actions)
+    words.insert(words.end(), action.options.begin(), action.options.end());
+  return words;
 }
 
 std::string zshScript(const CLI::App& app) {
-  std::string script = "#compdef nomely\n_nomely() {\n  local -a commands\n  commands=(\n";
-  for (const CompletedCommand& command : completedCommands(app))
-    script += fmt::format("    '{}:{}'\n", command.name, command.summary);
-  script += fmt::format(
-      "  )\n  if (( CURRENT == 2 )); then\n    _describe '命令' commands\n"
-      "    compadd -- {}\n    return\n  fi\n  case $words[2] in\n",
-      fmt::join(optionNames(app), " "));
-  for (const CompletedCommand& command : completedCommands(app))
-    script += fmt::format("    {}) compadd -- {}{} ;;\n", command.name,
-                          command.name == "completion" ? "bash zsh fish " : "",
-                          fmt::join(command.options, " ")) +
-              (command.takesFiles ? fmt::format("    # {}: files\n", command.name) : "");
-  script += fmt::format("  esac\n  compadd -- {}\n  _files\n}}\ncompdef _nomely nomely\n",
-                        fmt::join(optionNames(app), " "));
-  return script;
+  const std::string globals = fmt::format("{}", fmt::join(optionNames(app), " "));
+  std::string names;
+  std::string cases;
+  for (const Completed& command : completed(app)) {
+    names += fmt::format("    '{}:{}'\n", command.name, command.summary);
+    cases += fmt::format("    {}) compadd -- {} ;;\n", command.name,
+                         fmt::join(wordsOfAll(command), " "));
+  }
+  return fmt::format(
+      "#compdef nomely\n_nomely() {{\n  local -a commands\n  commands=(\n{}  )\n"
+      "  if (( CURRENT == 2 )); then\n    _describe '命令' commands\n    compadd -- {}\n"
+      "    return\n  fi\n  case $words[2] in\n{}  esac\n  compadd -- {}\n  _files\n}}\n"
+      "compdef _nomely nomely\n",
+      names, globals, cases, globals);
+}
+
+// What a command or an action takes, where `condition` holds.
+std::string fishLines(const std::string& condition, const Completed& command) {
+  std::string lines;
+  for (const std::string& option : command.options)
+    lines += fmt::format("complete -c nomely -n '{}' -l {}\n", condition, option.substr(2));
+  if (command.takesFiles) lines += fmt::format("complete -c nomely -n '{}' -F\n", condition);
+  return lines;
 }
 
 std::string fishScript(const CLI::App& app) {
   std::string script = "complete -c nomely -f\n";
   for (const std::string& option : optionNames(app))
     script += fmt::format("complete -c nomely -l {}\n", option.substr(2));
-  for (const CompletedCommand& command : completedCommands(app)) {
+  for (const Completed& command : completed(app)) {
     script += fmt::format("complete -c nomely -n __fish_use_subcommand -a {} -d '{}'\n",
                           command.name, command.summary);
-    const std::string condition = fmt::format("'__fish_seen_subcommand_from {}'", command.name);
-    for (const std::string& option : command.options)
-      script += fmt::format("complete -c nomely -n {} -l {}\n", condition, option.substr(2));
-    if (command.takesFiles) script += fmt::format("complete -c nomely -n {} -F\n", condition);
+    const std::string condition = "__fish_seen_subcommand_from " + command.name;
+    script += fishLines(condition, command);
+    for (const Completed& action : command.actions) {
+      script += fmt::format("complete -c nomely -n '{}' -a {} -d '{}'\n", condition, action.name,
+                            action.summary);
+      script += fishLines(
+          fmt::format("{}; and __fish_seen_subcommand_from {}", condition, action.name), action);
+    }
   }
   return script +
          "complete -c nomely -n '__fish_seen_subcommand_from completion' -a 'bash zsh fish'\n";
@@ -117,15 +151,16 @@ std::string fishScript(const CLI::App& app) {
 class CompletionCommand final : public Command {
  public:
   void declare(CLI::App& app) override {
-    app.add_option("SHELL", shell_, "bash、zsh 或 fish")->required();
+    app.add_option("SHELL", shell_, "bash、zsh 或 fish")
+        ->required()
+        ->check(Checks::oneOf({"bash", "zsh", "fish"}));
   }
 
   void run(Session& session) override {
     const Parser parser(session);
     if (shell_ == "bash") return session.print(bashScript(parser.app()));
     if (shell_ == "zsh") return session.print(zshScript(parser.app()));
-    if (shell_ == "fish") return session.print(fishScript(parser.app()));
-    throw UsageError(fmt::format("不支持“{}”的补全：请用 bash、zsh 或 fish", shell_));
+    session.print(fishScript(parser.app()));
   }
 
  private:

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include "CLI/Command.h"
+#include "CLI/Progress.h"
 #include "Core/Lifecycle/RootInspector.h"
 
 namespace nomely {
@@ -42,10 +43,12 @@ class DoctorCommand final : public Command {
 
   void run(Session& session) override {
     const std::filesystem::path& root = session.application().paths().rootURL;
-    const RootInspector::Report report = [&] {
-      ProgressBar bar("检查", !session.options.quiet);
-      return RootInspector(session.dayStore()).inspect([&](double share) { bar.show(share); }, {});
-    }();
+    RootInspector::Report report;
+    session.host([&](const std::stop_token& stop) {
+      Progress progress(session, "检查");
+      report = RootInspector(session.dayStore())
+                   .inspect([&](double share) { progress.show(share); }, stop);
+    });
     if (session.isJson()) return session.printJson(jsonOf(report, root));
     if (!session.dayStore().context().files.exists(root)) session.say("数据目录还不存在。");
     session.print(textOf(report, root, session.style()));

@@ -2,43 +2,53 @@
 
 #include <fmt/format.h>
 
-#include "CLI/Command.h"
+#include "CLI/ActionCommand.h"
 #include "CLI/MemoSelection.h"
+#include "CLI/Progress.h"
 #include "CLI/UsageError.h"
 #include "Export/HTMLExporter.h"
+#include "Platform/Cancellation.h"
 
 namespace nomely {
 namespace {
 
-class ExportCommand final : public Command {
+class ExportCommand final : public ActionCommand {
  public:
   void declare(CLI::App& app) override {
-    app.add_option("FORMAT", format_, "html：一个自带图片的网页")->required();
-    selection_.declare(app);
-    app.add_option("-o,--output", output_,
-                   "写到哪个文件，- 为标准输出，默认为当前文件夹里的 Nomely-导出-日期.html")
+    CLI::App& page =
+        add(app, "html", "一个自带图片的网页", [this](Session& session) { html(session); });
+    selection_.declare(page);
+    page.add_option("-o,--output", output_,
+                    "写到哪个文件，- 为标准输出，默认为当前文件夹里的 Nomely-导出-日期.html")
         ->type_name("FILE");
   }
 
-  void run(Session& session) override {
-    if (format_ != "html") throw UsageError(fmt::format("不能导出为“{}”：请用 html", format_));
+ private:
+  void html(Session& session) const {
     const bool toOutput = output_ == "-";
     if (toOutput && session.isJson()) throw UsageError("-o - 不能和 --json 一起用");
     // Memos are read twice, so that no list of them has to be held.
     std::size_t count = 0;
-    selection_.forEach(session, [&](const MemoEntry&) { ++count; });
-    if (toOutput)
-      return write(session, count, [&](std::string_view piece) { session.print(piece); });
-    writeFile(session, count);
+    session.host([&](const std::stop_token& stop) {
+      selection_.forEach(session, [&](const MemoEntry&) {
+        throwIfStopped(stop);
+        ++count;
+      });
+    });
+    if (!toOutput) return writeFile(session, count);
+    session.host([&](const std::stop_token& stop) {
+      write(session, count, stop, [&](std::string_view piece) { session.print(piece); });
+    });
   }
 
- private:
-  void write(Session& session, std::size_t count, const HTMLExporter::Sink& sink) const {
-    ProgressBar progress("导出", !session.isJson() && !session.options.quiet);
+  void write(Session& session, std::size_t count, const std::stop_token& stop,
+             const HTMLExporter::Sink& sink) const {
+    Progress progress(session, "导出");
     std::size_t done = 0;
     const HTMLExporter::Selection chosen{
         count, [&](const auto& visit) {
           selection_.forEach(session, [&](const MemoEntry& entry) {
+            throwIfStopped(stop);
             visit(entry);
             ++done;
             progress.show(static_cast<double>(done) / static_cast<double>(count));
@@ -58,22 +68,23 @@ class ExportCommand final : public Command {
     if (isReplacing && !session.confirm(fmt::format("文件已存在：{}。要替换它吗？", file.string())))
       throw Error("export.cancelled", "没有导出");
     std::size_t bytes = 0;
-    const FileManager::Producer page = [&](const FileManager::Sink& sink) {
-      write(session, count, [&](std::string_view piece) {
-        bytes += piece.size();
-        sink(piece);
-      });
-    };
-    if (isReplacing)
-      files.writeAtomically(file, page);
-    else if (!files.createAtomically(file, page))
-      throw Error("export.exists", fmt::format("文件已存在：{}", file.string()));
+    session.host([&](const std::stop_token& stop) {
+      const FileManager::Producer page = [&](const FileManager::Sink& sink) {
+        write(session, count, stop, [&](std::string_view piece) {
+          bytes += piece.size();
+          sink(piece);
+        });
+      };
+      if (isReplacing)
+        files.writeAtomically(file, page);
+      else if (!files.createAtomically(file, page))
+        throw Error("export.exists", fmt::format("文件已存在：{}", file.string()));
+    });
     if (session.isJson())
       return session.printJson({{"file", file.string()}, {"memos", count}, {"bytes", bytes}});
     session.say(fmt::format("已导出 {} 条笔记，{} 字节：{}", count, bytes, file.string()));
   }
 
-  std::string format_;
   MemoSelection selection_;
   std::optional<std::string> output_;
 };

@@ -1,7 +1,8 @@
 #include <fmt/format.h>
 
+#include "CLI/ActionCommand.h"
 #include "CLI/Arguments.h"
-#include "CLI/Command.h"
+#include "CLI/Checks.h"
 #include "CLI/MemoOutput.h"
 #include "CLI/UsageError.h"
 #include "Core/Extensions/DateFormatters.h"
@@ -17,59 +18,81 @@ Json jsonOf(const VersionEntry& version, std::size_t index, Day day) {
           {"memo", MemoOutput::json({day, version.memo})}};
 }
 
-class HistoryCommand final : public Command {
+class HistoryCommand final : public ActionCommand {
  public:
   void declare(CLI::App& app) override {
     app.add_option("REF", reference_, "笔记：日期/编号，或 memo_ 标识")->required();
-    app.add_option("ACTION", action_, "list（默认）、show、restore 或 clear");
-    app.add_option("N", number_, "版本序号，1 为最新");
-  }
-
-  void run(Session& session) override {
-    TimelineEntry entry = Arguments::memo(reference_, session);
-    const VersionStore& store = session.memos().versions();
-    const std::vector<VersionEntry> versions =
-        store.listVersions(entry.date, entry.memo.seqNumber, entry.memo.memoId);
-    if (action_ == "list") return list(session, versions, entry.date);
-    if (action_ == "clear") return clear(session, store, versions.size(), entry);
-    if (action_ != "show" && action_ != "restore")
-      throw UsageError(
-          fmt::format("“{}”不是历史的操作：请用 list、show、restore 或 clear", action_));
-    const std::size_t index = indexIn(versions);
-    const VersionEntry& version = versions[index - 1];
-    if (action_ == "show") return show(session, version, index, entry.date);
-    entry.memo = session.memos().restoreVersion(entry.date, entry.memo, version);
-    MemoOutput::print(entry, session);
+    addDefault(app, "list", "列出历史版本", with(&HistoryCommand::list));
+    addNumber(add(app, "show", "显示一个版本", with(&HistoryCommand::show)));
+    addNumber(add(app, "restore", "恢复一个版本", with(&HistoryCommand::restore)));
+    add(app, "clear", "永久删除全部版本", with(&HistoryCommand::clear));
   }
 
  private:
-  static void list(const Session& session, const std::vector<VersionEntry>& versions, Day day) {
+  // A memo with its versions, newest first.
+  struct Subject {
+    TimelineEntry entry;
+    std::vector<VersionEntry> versions;
+  };
+
+  Action with(void (HistoryCommand::*action)(Session&, Subject&) const) {
+    return [this, action](Session& session) {
+      Subject subject{Arguments::memo(reference_, session), {}};
+      subject.versions = versionsOf(subject.entry, session);
+      (this->*action)(session, subject);
+    };
+  }
+
+  void addNumber(CLI::App& app) {
+    app.add_option("N", number_, "版本序号，1 为最新")
+        ->required()
+        ->check(Checks::positive("版本序号"));
+  }
+
+  static std::vector<VersionEntry> versionsOf(const TimelineEntry& entry, Session& session) {
+    return session.memos().versions().listVersions(entry.date, entry.memo.seqNumber,
+                                                   entry.memo.memoId);
+  }
+
+  void list(Session& session, Subject& subject) const {
+    const Day day = subject.entry.date;
     Json json = Json::array();
     std::string text;
-    for (std::size_t i = 0; i < versions.size(); ++i) {
-      json.push_back(jsonOf(versions[i], i + 1, day));
-      text += heading(session.style(), versions[i], i + 1) +
-              MemoOutput::text({day, versions[i].memo}, session.style()) + "\n";
+    std::size_t index = 0;
+    for (const VersionEntry& version : subject.versions) {
+      json.push_back(jsonOf(version, ++index, day));
+      text += heading(session.style(), version, index) +
+              MemoOutput::text({day, version.memo}, session.style()) + "\n";
     }
     if (session.isJson()) return session.printJson(json);
     const PagedOutput pager(session.environment(), session.isJson());
     session.print(text);
-    if (versions.empty()) session.say("这条笔记没有历史版本。");
+    if (subject.versions.empty()) session.say("这条笔记没有历史版本。");
   }
 
-  static void show(const Session& session, const VersionEntry& version, std::size_t index,
-                   Day day) {
+  void show(Session& session, Subject& subject) const {
+    const VersionEntry& version = chosen(subject.versions);
+    const std::size_t index = static_cast<std::size_t>(number_);
+    const Day day = subject.entry.date;
     if (session.isJson()) return session.printJson(jsonOf(version, index, day));
     session.print(heading(session.style(), version, index) +
                   MemoOutput::text({day, version.memo}, session.style()));
   }
 
-  void clear(const Session& session, const VersionStore& store, std::size_t count,
-             const TimelineEntry& entry) const {
-    if (count > 0 && session.confirm("清空所有版本历史？"))
-      store.deleteAllVersions(entry.date, entry.memo.seqNumber, entry.memo.memoId);
-    list(session, store.listVersions(entry.date, entry.memo.seqNumber, entry.memo.memoId),
-         entry.date);
+  void restore(Session& session, Subject& subject) const {
+    const VersionEntry& version = chosen(subject.versions);
+    TimelineEntry& entry = subject.entry;
+    entry.memo = session.memos().restoreVersion(entry.date, entry.memo, version);
+    MemoOutput::print(entry, session);
+  }
+
+  void clear(Session& session, Subject& subject) const {
+    const TimelineEntry& entry = subject.entry;
+    if (!subject.versions.empty() && session.confirm("清空所有版本历史？"))
+      session.memos().versions().deleteAllVersions(entry.date, entry.memo.seqNumber,
+                                                   entry.memo.memoId);
+    subject.versions = versionsOf(entry, session);
+    list(session, subject);
   }
 
   static std::string heading(const Style& style, const VersionEntry& version, std::size_t index) {
@@ -78,18 +101,15 @@ class HistoryCommand final : public Command {
            "\n";
   }
 
-  [[nodiscard]] std::size_t indexIn(const std::vector<VersionEntry>& versions) const {
-    if (number_.empty()) throw UsageError("缺少版本序号，1 为最新，见 nomely history REF");
-    const std::int64_t number = Arguments::integer(number_, "版本序号");
-    if (number < 1 || number > std::ssize(versions))
+  [[nodiscard]] const VersionEntry& chosen(const std::vector<VersionEntry>& versions) const {
+    if (number_ > std::ssize(versions))
       throw NameNotFoundError(
-          fmt::format("没有第 {} 个历史版本，共 {} 个", number, versions.size()));
-    return static_cast<std::size_t>(number);
+          fmt::format("没有第 {} 个历史版本，共 {} 个", number_, versions.size()));
+    return versions[static_cast<std::size_t>(number_) - 1];
   }
 
   std::string reference_;
-  std::string action_ = "list";
-  std::string number_;
+  std::int64_t number_ = 1;
 };
 
 }  // namespace

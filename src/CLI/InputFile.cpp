@@ -9,7 +9,6 @@
 #include "CLI/Terminal.h"
 #include "CLI/UsageError.h"
 #include "Platform/Files/FileError.h"
-#include "Platform/Files/FileManager.h"
 
 namespace nomely {
 
@@ -25,10 +24,10 @@ std::string InputFile::readStandardInput() {
   }
 }
 
-std::string InputFile::read(const std::optional<std::string>& name) {
+std::string InputFile::read(const FileManager& files, const std::optional<std::string>& name) {
   if (!name && Terminal::isInput()) throw UsageError("请给出文件名，或用管道送入内容");
   if (!name || *name == "-") return readStandardInput();
-  auto bytes = FileManager(posixFileSystem()).read(*name);
+  auto bytes = files.read(*name);
   if (!bytes) throw NameNotFoundError(fmt::format("找不到文件：{}", *name));
   return *std::move(bytes);
 }

@@ -3,6 +3,8 @@
 #include <optional>
 #include <string>
 
+#include "Platform/Files/FileManager.h"
+
 namespace nomely {
 
 // What a command reads as a whole.
@@ -14,7 +16,7 @@ namespace InputFile {
 // The bytes of the file of that name; those of standard input without one and for "-". Throws
 // UsageError when nobody gives a file and standard input is a terminal, NameNotFoundError when
 // there is no such file, and FileError.
-[[nodiscard]] std::string read(const std::optional<std::string>& name);
+[[nodiscard]] std::string read(const FileManager& files, const std::optional<std::string>& name);
 
 }  // namespace InputFile
 

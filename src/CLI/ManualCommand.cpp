@@ -2,6 +2,7 @@
 
 #include "CLI/Command.h"
 #include "CLI/Parser.h"
+#include "CLI/UsageText.h"
 
 namespace nomely {
 namespace {
@@ -34,6 +35,14 @@ std::string optionsOf(const CLI::App& app) {
   for (const CLI::App* group :
        app.get_subcommands([](const CLI::App* sub) { return sub->get_name().empty(); }))
     text += optionsOf(*group);
+  return text;
+}
+
+std::string actionsOf(const CLI::App& command) {
+  std::string text;
+  for (const CLI::App* action : namedSubcommands(command))
+    text += fmt::format(".TP\n.B {} {}\n{}\n.RS\n{}.RE\n", command.get_name(), action->get_name(),
+                        roff(action->get_description()), optionsOf(*action));
   return text;
 }
 
@@ -78,10 +87,10 @@ class ManualCommand final : public Command {
     const Parser parser(session);
     std::string page = opening;
     page += ".SH 全局选项\n" + optionsOf(parser.app()) + ".SH 命令\n";
-    for (const CLI::App* command : parser.app().get_subcommands(nullptr)) {
-      if (command->get_name().empty() || !Parser::isShown(*command)) continue;
+    for (const CLI::App* command : namedSubcommands(parser.app())) {
+      if (!Parser::isShown(*command)) continue;
       page += fmt::format(".SS {}\n{}\n", command->get_name(), roff(command->get_description()));
-      page += optionsOf(*command);
+      page += optionsOf(*command) + actionsOf(*command);
     }
     session.print(page + closing);
   }

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "CLI/Arguments.h"
-#include "CLI/UsageError.h"
+#include "CLI/Checks.h"
 
 namespace nomely {
 
@@ -15,7 +15,7 @@ void MemoSelection::declare(CLI::App& app) {
   selection->add_option("--tag", tag_, "有此标签（或其下级）的")->type_name("TAG");
   for (List& each : lists_) selection->add_flag(each.option, each.chosen, each.help);
   selection->require_option(0, 1);
-  app.add_option("-n,--limit", limit_, "最多几条")->type_name("N");
+  app.add_option("-n,--limit", limit_, "最多几条")->type_name("N")->check(Checks::positive("-n "));
 }
 
 const MemoSelection::List* MemoSelection::chosenList() const {
@@ -28,16 +28,9 @@ std::optional<Day> MemoSelection::day(const Session& session) const {
   return day_ ? Arguments::day(*day_, session.clock()) : session.clock().today();
 }
 
-std::size_t MemoSelection::limit() const {
-  if (!limit_) return std::numeric_limits<std::size_t>::max();
-  const std::int64_t limit = Arguments::integer(*limit_, "-n");
-  if (limit < 1) throw UsageError("-n 需要一个不小于 1 的整数");
-  return static_cast<std::size_t>(limit);
-}
-
 void MemoSelection::forEach(Session& session,
                             const std::function<void(const MemoEntry&)>& visit) const {
-  std::size_t left = limit();
+  auto left = static_cast<std::size_t>(limit_.value_or(std::numeric_limits<std::int64_t>::max()));
   const TimelineQueryStore timeline(session.dayStore());
   if (all_)
     return timeline.forEachVisibleEntry([&](const MemoEntry& entry) {
@@ -49,7 +42,8 @@ void MemoSelection::forEach(Session& session,
     for (Memo& memo : timeline.visibleMemos(*chosen))
       entries.push_back({*chosen, std::make_shared<const Memo>(std::move(memo))});
   } else {
-    entries = tag_ ? timeline.entriesWithTag(Arguments::tag(*tag_)) : chosenList()->query(timeline);
+    entries = tag_ ? timeline.entriesWithTag(Arguments::tag(*tag_))
+                   : chosenList()->query(timeline, session.clock().today());
   }
   for (const MemoEntry& entry : entries) {
     if (left-- == 0) break;

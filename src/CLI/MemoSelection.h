@@ -1,7 +1,7 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -34,28 +34,33 @@ class MemoSelection {
   struct List {
     const char* option;
     const char* help;
-    std::function<TimelineQueryStore::Entries(const TimelineQueryStore&)> query;
+    std::function<TimelineQueryStore::Entries(const TimelineQueryStore&, Day today)> query;
     bool chosen = false;
   };
 
-  [[nodiscard]] std::size_t limit() const;
   [[nodiscard]] const List* chosenList() const;
+  // A list that is the same on every day.
+  template <auto query>
+  static TimelineQueryStore::Entries timeless(const TimelineQueryStore& timeline, Day) {
+    return (timeline.*query)();
+  }
 
   std::optional<std::string> day_;
   std::optional<std::string> tag_;
   std::array<List, 7> lists_{{
-      {"--untagged", "没有标签的", &TimelineQueryStore::entriesWithoutTags},
-      {"--images", "有图片的", &TimelineQueryStore::entriesWithImages},
-      {"--links", "有链接的", &TimelineQueryStore::entriesWithLinks},
-      {"--audio", "有录音的，最大的在前", &TimelineQueryStore::entriesWithAudioSortedBySize},
-      {"--files", "有其他附件的", &TimelineQueryStore::entriesWithAttachments},
-      {"--pinned", "置顶的", &TimelineQueryStore::pinnedEntries},
+      {"--untagged", "没有标签的", timeless<&TimelineQueryStore::entriesWithoutTags>},
+      {"--images", "有图片的", timeless<&TimelineQueryStore::entriesWithImages>},
+      {"--links", "有链接的", timeless<&TimelineQueryStore::entriesWithLinks>},
+      {"--audio", "有录音的，最大的在前",
+       timeless<&TimelineQueryStore::entriesWithAudioSortedBySize>},
+      {"--files", "有其他附件的", timeless<&TimelineQueryStore::entriesWithAttachments>},
+      {"--pinned", "置顶的", timeless<&TimelineQueryStore::pinnedEntries>},
       {"--on-this-day", "往年今日的",
-       [](const TimelineQueryStore& timeline) {
-         return timeline.onThisDayEntries(SystemClock().today());
+       [](const TimelineQueryStore& timeline, Day today) {
+         return timeline.onThisDayEntries(today);
        }},
   }};
-  std::optional<std::string> limit_;
+  std::optional<std::int64_t> limit_;
   bool all_ = false;
 };
 

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include "Browser/MonthMemos.h"
 #include "Browser/MonthOverviewStore.h"
 #include "CLI/Arguments.h"
 #include "CLI/Command.h"
@@ -124,24 +125,18 @@ class MonthCommand final : public Command {
 
   void run(Session& session) override {
     const std::chrono::year_month month = Arguments::month(month_, session.clock());
-    const MonthOverview overview = MonthOverviewStore::compute(static_cast<int>(month.year()),
-                                                               static_cast<unsigned>(month.month()),
-                                                               memosOf(month, session.dayStore()));
+    std::vector<MemoEntry> memos;
+    session.host([&](const std::stop_token& stop) {
+      memos = memosOfMonth(month, session.dayStore(), stop);
+    });
+    const MonthOverview overview = MonthOverviewStore::compute(
+        static_cast<int>(month.year()), static_cast<unsigned>(month.month()), memos);
     if (session.isJson()) return session.printJson(jsonOf(overview));
     const PagedOutput pager(session.environment(), session.isJson());
     session.print(textOf(overview, month, session.style()));
   }
 
  private:
-  // From the month's own folders: an index of all years would take longer.
-  static std::vector<MemoEntry> memosOf(std::chrono::year_month month, const DayStore& store) {
-    std::vector<MemoEntry> entries;
-    for (Day day{month / 1}; day.civil().month() == month.month(); day = day.plusDays(1))
-      for (Memo& memo : store.listMemos(day))
-        entries.push_back({day, std::make_shared<const Memo>(std::move(memo))});
-    return entries;
-  }
-
   std::string month_;
 };
 

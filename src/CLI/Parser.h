@@ -23,17 +23,18 @@ class Parser {
     std::string help;            // not empty: only this text is wanted
   };
   // Throws UsageError.
-  [[nodiscard]] Request parse(std::vector<std::string> arguments);
+  [[nodiscard]] Request parse(const std::vector<std::string>& arguments);
 
   // The whole command line with everything declared, for completion and the manual.
   [[nodiscard]] const CLI::App& app() const { return app_; }
-  // The one on whose line `command` was declared.
+  // Whether help, manual and completion tell of the command: it has a description.
   [[nodiscard]] static bool isShown(const CLI::App& command);
 
  private:
   void declareGlobalOptions();
   void declareCommands();
-  [[nodiscard]] std::string helpFor(const std::vector<std::string>& names) const;
+  // Of the command and its action that are named; of the program without names.
+  [[nodiscard]] std::string help(const std::vector<std::string>& names) const;
 
   Session& session_;
   CLI::App app_;

@@ -37,7 +37,8 @@ class PasteCommand final : public Command {
   }
 
   void run(Session& session) override {
-    const auto markdown = ClipboardMarkdownImporter::markdown(Clipping(InputFile::read(file_)));
+    const auto markdown =
+        ClipboardMarkdownImporter::markdown(Clipping(InputFile::read(session.files(), file_)));
     if (!markdown) throw Error("paste.nothing", "其中没有可以粘贴的文字");
     if (session.isJson()) return session.printJson({{"markdown", *markdown}});
     session.print(Terminal::isOutput() ? Terminal::printable(*markdown) : *markdown);

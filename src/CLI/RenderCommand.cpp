@@ -90,7 +90,7 @@ class RenderCommand final : public Command {
   void run(Session& session) override {
     if (html_ + blocks_ + preview_ > 1)
       throw UsageError("--html、--blocks 与 --preview 一次只能用一个");
-    const std::string text = read();
+    const std::string text = read(session);
     if (preview_) return printPreview(text, session);
     if (html_) return printHtml(text, session);
     const auto blocks = MarkdownTextView::blocks(text);
@@ -102,8 +102,8 @@ class RenderCommand final : public Command {
   }
 
  private:
-  [[nodiscard]] std::string read() const {
-    std::string text = InputFile::read(file_);
+  [[nodiscard]] std::string read(const Session& session) const {
+    std::string text = InputFile::read(session.files(), file_);
     if (!isValidUtf8(text)) throw UsageError("输入不是有效的 UTF-8 文本");
     return text;
   }

@@ -1,6 +1,6 @@
 #include <fmt/format.h>
 
-#include "CLI/Arguments.h"
+#include "CLI/Checks.h"
 #include "CLI/Command.h"
 #include "CLI/MemoOutput.h"
 #include "CLI/UsageError.h"
@@ -14,16 +14,16 @@ class SearchCommand final : public Command {
  public:
   void declare(CLI::App& app) override {
     app.add_option("QUERY", query_, "关键词，以空格分隔，须同时出现；#开头只找标签")->required();
-    app.add_option("-n,--limit", limit_, "最多几条，默认 50")->type_name("N");
+    app.add_option("-n,--limit", limit_, "最多几条，默认 50")
+        ->type_name("N")
+        ->check(Checks::positive("-n "));
   }
 
   void run(Session& session) override {
-    const std::int64_t limit = Arguments::integer(limit_, "-n");
-    if (limit < 1) throw UsageError("-n 需要一个不小于 1 的整数");
     if (!isValidUtf8(query_) || trimHorizontal(query_).empty())
       throw UsageError("请给出要找的文字，如 nomely search 读书");
     const std::vector<SearchResult> results =
-        session.application().searchIndex().search(query_, static_cast<std::size_t>(limit));
+        session.application().searchIndex().search(query_, static_cast<std::size_t>(limit_));
     if (session.isJson()) return session.printJson(jsonOf(results));
     const PagedOutput pager(session.environment(), session.isJson());
     for (const SearchResult& result : results) session.print(textOf(result, session.style()));
@@ -64,7 +64,7 @@ class SearchCommand final : public Command {
   }
 
   std::string query_;
-  std::string limit_ = "50";
+  std::int64_t limit_ = 50;
 };
 
 }  // namespace

@@ -2,21 +2,24 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <exception>
 #include <iostream>
+#include <thread>
 
 #include <fmt/format.h>
 
+#include "CLI/Interruption.h"
 #include "CLI/UsageError.h"
 #include "Platform/Files/FileError.h"
 
 namespace nomely {
 
-Session::Session(Environment environment) : environment_(std::move(environment)) {}
+Session::Session(Machine machine) : machine_(std::move(machine)) {}
 Session::~Session() = default;
 
 std::optional<std::filesystem::path> Session::chosenRoot() const {
   const std::string root =
-      options.root.empty() ? environment_.get("NOMELY_ROOT").value_or("") : options.root;
+      options.root.empty() ? environment().get("NOMELY_ROOT").value_or("") : options.root;
   if (root.empty()) return std::nullopt;
   return std::filesystem::absolute(root).lexically_normal();
 }
@@ -24,11 +27,30 @@ std::optional<std::filesystem::path> Session::chosenRoot() const {
 Application& Session::application() {
   if (application_) return *application_;
   application_ = std::make_unique<Application>(
-      ApplicationContext{environment_, chosenRoot(), runLoop_, clock_, posixFileSystem()});
+      ApplicationContext{environment(), chosenRoot(), runLoop_, clock(), machine_.fileSystem});
   const auto root = application_->storage().files.attributes(application_->paths().rootURL);
   if (root && root->type != FileType::directory)
     throw FileError("打开数据目录", application_->paths().rootURL, ENOTDIR);
   return *application_;
+}
+
+void Session::host(const std::function<void(const std::stop_token&)>& work) {
+  (void)application();  // lives on the main executor
+  std::stop_source stop;
+  const Interruption interruption(stop);
+  std::exception_ptr failure;
+  {
+    const std::jthread worker([&] {
+      try {
+        work(stop.get_token());
+      } catch (...) {
+        failure = std::current_exception();
+      }
+      runLoop_.stop();
+    });
+    runLoop_.run();
+  }
+  if (failure) std::rethrow_exception(failure);
 }
 
 ColorMode Session::colorMode() const {
@@ -38,11 +60,11 @@ ColorMode Session::colorMode() const {
 }
 
 Style Session::style() const {
-  return Terminal::styleFor(colorMode(), Terminal::isOutput(), environment_);
+  return Terminal::styleFor(colorMode(), Terminal::isOutput(), environment());
 }
 
 Style Session::errorStyle() const {
-  return Terminal::styleFor(colorMode(), Terminal::isError(), environment_);
+  return Terminal::styleFor(colorMode(), Terminal::isError(), environment());
 }
 
 void Session::print(std::string_view text) const {

@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 
@@ -11,7 +13,7 @@
 
 #include "App/Application.h"
 #include "CLI/Terminal.h"
-#include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Concurrency/RunLoop.h"
 #include "Platform/System/Environment.h"
 
 namespace nomely {
@@ -29,23 +31,36 @@ struct GlobalOptions {
   bool verbose = false;
 };
 
+// What the machine gives a run of the program. What is referred to must outlive that.
+struct Machine {
+  Environment environment;
+  const Clock& clock;
+  FileSystem& fileSystem;
+};
+
 // One run of a command: its options, its streams, and the application it works on.
 class Session {
  public:
-  explicit Session(Environment environment);
+  explicit Session(Machine machine);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
   GlobalOptions options;  // filled while the command line is parsed
 
-  [[nodiscard]] const Environment& environment() const { return environment_; }
-  [[nodiscard]] const Clock& clock() const { return clock_; }
+  [[nodiscard]] const Environment& environment() const { return machine_.environment; }
+  [[nodiscard]] const Clock& clock() const { return machine_.clock; }
+  [[nodiscard]] FileManager files() const { return FileManager(machine_.fileSystem); }
 
   // Built when first asked for. Throws UsageError for a root that is no folder.
   [[nodiscard]] Application& application();
   [[nodiscard]] const DayStore& dayStore() { return application().dayStore(); }
   [[nodiscard]] const MemoService& memos() { return application().memos(); }
+
+  // Runs long work on a thread of its own while the main executor runs here, and returns or throws
+  // as it does. An interrupt stops its token; work that ends with CancellationError then ends the
+  // program with status 130.
+  void host(const std::function<void(const std::stop_token& stop)>& work);
 
   [[nodiscard]] bool isJson() const { return options.json; }
   [[nodiscard]] Style style() const;
@@ -66,8 +81,7 @@ class Session {
   [[nodiscard]] std::optional<std::filesystem::path> chosenRoot() const;
   [[nodiscard]] ColorMode colorMode() const;
 
-  Environment environment_;
-  SystemClock clock_;
+  Machine machine_;
   RunLoop runLoop_;
   std::unique_ptr<Application> application_;
 };

@@ -100,23 +100,4 @@ PagedOutput::~PagedOutput() {
   }
 }
 
-ProgressBar::ProgressBar(std::string label, bool wanted)
-    : label_(std::move(label)), shown_(wanted && Terminal::isError()) {}
-
-ProgressBar::~ProgressBar() {
-  if (percent_ >= 0) fmt::print(stderr, "\r\x1B[K");
-}
-
-void ProgressBar::show(double share) {
-  const int percent = static_cast<int>(share * 100);
-  if (!shown_ || percent == percent_) return;
-  percent_ = percent;
-  constexpr int width = 30;
-  const int filled = percent * width / 100;
-  fmt::print(stderr, "\r\x1B[K{} {}{} {:3}%", label_,
-             std::string(static_cast<std::size_t>(filled), '='),
-             std::string(static_cast<std::size_t>(width - filled), '.'), percent);
-  std::fflush(stderr);
-}
-
 }  // namespace nomely

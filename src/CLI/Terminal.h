@@ -64,20 +64,4 @@ class PagedOutput {
   int terminal_ = -1;
 };
 
-// A bar on standard error that shows how far long work has come; nothing when that is no terminal.
-class ProgressBar {
- public:
-  explicit ProgressBar(std::string label, bool wanted);
-  ~ProgressBar();
-  ProgressBar(const ProgressBar&) = delete;
-  ProgressBar& operator=(const ProgressBar&) = delete;
-
-  void show(double share);
-
- private:
-  std::string label_;
-  bool shown_;
-  int percent_ = -1;
-};
-
 }  // namespace nomely

@@ -82,7 +82,7 @@ std::optional<std::string> TextInput::fromEditor(const std::string& original) {
   if (editor.empty()) editor = session_.environment().get("EDITOR").value_or("");
   if (editor.empty())
     throw UsageError("没有给出正文，也没有设置编辑器。请把正文写在命令后，或设置 $EDITOR");
-  const FileManager files(posixFileSystem());
+  const FileManager files = session_.files();
   const std::filesystem::path folder = session_.environment().stateFolder() / "editing";
   constexpr unsigned ownerOnly = 0700;
   files.createDirectories(folder, ownerOnly);

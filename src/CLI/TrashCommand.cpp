@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "CLI/ActionCommand.h"
 #include "CLI/Arguments.h"
-#include "CLI/Command.h"
 #include "CLI/MemoOutput.h"
 #include "CLI/UsageError.h"
 
@@ -16,49 +16,19 @@ Json jsonOf(const TrashEntry& entry) {
           {"memo", MemoOutput::json({entry.originalDate, entry.memo})}};
 }
 
-class RemoveCommand final : public Command {
+class TrashCommand final : public ActionCommand {
  public:
   void declare(CLI::App& app) override {
-    app.add_option("REF", references_, "笔记：日期/编号，或 memo_ 标识，可多条")->required();
-  }
-
-  void run(Session& session) override {
-    std::vector<TimelineEntry> entries;
-    entries.reserve(references_.size());
-    for (const std::string& reference : references_)
-      entries.push_back(Arguments::memo(reference, session));
-    Json removed = Json::array();
-    for (const TimelineEntry& entry : entries) {
-      const std::string subdir = session.memos().trash(entry.date, entry.memo).trashSubdir;
-      removed.push_back({{"date", entry.date.string()},
-                         {"seqNumber", entry.memo.seqNumber},
-                         {"trashSubdir", subdir}});
-      session.say(fmt::format("已移入回收站：{}/{}。恢复：nomely trash restore {}",
-                              entry.date.string(), entry.memo.seqNumber, subdir));
-    }
-    if (session.isJson()) session.printJson(removed);
-  }
-
- private:
-  std::vector<std::string> references_;
-};
-
-class TrashCommand final : public Command {
- public:
-  void declare(CLI::App& app) override {
-    app.add_option("ACTION", action_, "list（默认）、restore、delete 或 empty");
-    app.add_option("NAME", names_, "回收站条目的名称，可多个");
-    app.add_option("--from", from_, "delete：从哪一天")->type_name("DATE");
-    app.add_option("--to", to_, "delete：到哪一天")->type_name("DATE");
-  }
-
-  void run(Session& session) override {
-    if (action_ == "list") return list(session);
-    if (action_ == "restore") return restore(session);
-    if (action_ == "delete") return erase(session);
-    if (action_ == "empty") return empty(session);
-    throw UsageError(
-        fmt::format("“{}”不是回收站的操作：请用 list、restore、delete 或 empty", action_));
+    addDefault(app, "list", "列出回收站里的笔记", list);
+    add(app, "restore", "恢复笔记", [this](Session& session) { restore(session); })
+        .add_option("NAME", names_, "回收站条目的名称，可多个")
+        ->required();
+    CLI::App& erasing =
+        add(app, "delete", "永久删除笔记", [this](Session& session) { erase(session); });
+    erasing.add_option("NAME", names_, "回收站条目的名称，可多个");
+    erasing.add_option("--from", from_, "从哪一天")->type_name("DATE");
+    erasing.add_option("--to", to_, "到哪一天")->type_name("DATE");
+    add(app, "empty", "永久删除回收站里的一切", empty);
   }
 
  private:
@@ -128,7 +98,6 @@ class TrashCommand final : public Command {
     return entries;
   }
 
-  std::string action_ = "list";
   std::vector<std::string> names_;
   std::string from_;
   std::string to_;
@@ -136,9 +105,6 @@ class TrashCommand final : public Command {
 
 }  // namespace
 
-std::unique_ptr<Command> makeRemoveCommand() {
-  return std::make_unique<RemoveCommand>();
-}
 std::unique_ptr<Command> makeTrashCommand() {
   return std::make_unique<TrashCommand>();
 }

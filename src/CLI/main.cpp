@@ -1,5 +1,7 @@
 #include "CLI/CommandLine.h"
 
 int main(int count, char** arguments) {
-  return nomely::runCommandLine({arguments + 1, arguments + count}, nomely::Environment::current());
+  const nomely::SystemClock clock;
+  return nomely::runCommandLine({arguments + 1, arguments + count},
+                                {nomely::Environment::current(), clock, nomely::posixFileSystem()});
 }

@@ -3,7 +3,7 @@
 
 #include "Core/Extensions/AttachmentKinds.h"
 #include "Editor/DayViewModel.h"
-#include "Platform/System/NotificationCenter.h"
+#include "Platform/Concurrency/NotificationCenter.h"
 
 namespace nomely {
 namespace {

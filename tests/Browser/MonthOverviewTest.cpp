@@ -90,7 +90,7 @@ TEST_F(MonthOverviewTest, DuplicatesAreOfOneDayAndLong) {
        repeated("字", 42) + repeated("乙", 18), true},
       {"fewer", repeated("字", 41) + repeated("甲", 19), repeated("字", 41) + repeated("乙", 19),
        false},
-      {"behind what is compared", repeated("字", 120) + repeated("甲", 100),
+      {"beyond what is compared", repeated("字", 120) + repeated("甲", 100),
        repeated("字", 120) + repeated("乙", 100), true},
   };
   for (const auto& test : cases) {

@@ -47,6 +47,28 @@ TEST_F(BadInputTest, WrongUsageSaysWhatWouldBeRightAndWritesNothing) {
       {"argument that is not UTF-8", {"edit", "2026-03-01/1", "\xC3("}, 2, "UTF-8"},
       {"empty edit", {"edit", "2026-03-01/1", ""}, 2, "空"},
       {"shell", {"completion", "cmd"}, 2, "bash"},
+      {"value left out", {"list", "--day"}, 2, "--day 后面缺少 DATE"},
+      {"value for a flag", {"list", "--quiet=5"}, 2, "--quiet 后面不能有值"},
+      {"no such option", {"--sideways"}, 2, "没有“--sideways”这个选项"},
+      {"two that exclude each other", {"set", "2026-03-01/1", "--lock", "--unlock"}, 2, "--lock"},
+      {"no such action", {"tags", "paint"}, 2, "请用 list、rename、merge、delete、count"},
+      {"no action", {"export"}, 2, "html"},
+      {"no such format", {"export", "pdf"}, 2, "请用 html"},
+      {"argument of none", {"tags", "list", "甲"}, 2, "多余的参数：甲"},
+      {"argument of another action", {"trash", "empty", "2026-03-01_001"}, 2, "多余的参数"},
+      {"option of another action", {"trash", "restore", "a", "--from", "today"}, 2, "--from"},
+      {"number for a list", {"history", "2026-03-01/1", "list", "5"}, 2, "多余的参数：5"},
+      {"number left out", {"history", "2026-03-01/1", "restore"}, 2, "缺少 N"},
+      {"number of nothing", {"history", "2026-03-01/1", "show", "零"}, 2, "版本序号"},
+      {"no such version", {"history", "2026-03-01/1", "show", "1"}, 4, "共 0 个"},
+      {"tag left out", {"tags", "rename", "甲"}, 2, "缺少 NEW"},
+      {"the same tag", {"tags", "rename", "甲", "甲", "-y"}, 2, "相同"},
+      {"days or names", {"trash", "delete", "a", "--from", "today", "--to", "today"}, 2, "--to"},
+      {"half a range", {"trash", "delete", "--from", "2026-01-01"}, 2, "--to"},
+      {"nothing to delete", {"trash", "delete"}, 2, "trash list"},
+      {"not in the trash", {"trash", "restore", "a"}, 4, "回收站里没有"},
+      {"month", {"month", "2026-3"}, 2, "2026-03"},
+      {"nothing to look for", {"search", "  "}, 2, "search"},
       {"help for nothing", {"help", "frobnicate"}, 2, "frobnicate"},
   };
   for (const Case& test : cases) {
@@ -69,6 +91,7 @@ TEST_F(BadInputTest, FailuresAreAlsoJson) {
       {{"show", "2026-03-01/1", "--json"}, 4, "notFound"},
       {{"--json", "frobnicate"}, 2, "usage"},
       {{"show", "2026-03-01/1", "--raw", "--json"}, 2, "usage"},
+      {{"export", "html", "-o", "-", "--json"}, 2, "usage"},
   };
   for (const Case& test : cases) {
     SCOPED_TRACE(testing::PrintToString(test.arguments));

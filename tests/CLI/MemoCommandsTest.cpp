@@ -38,8 +38,8 @@ TEST_F(MemoCommandsTest, TextComesFromArgumentOrStandardInput) {
       {"argument", {.arguments = {"add", "一\n二", "--json"}}, "一\n二"},
       {"dash", {.arguments = {"add", "-", "--json"}, .input = "甲\n"}, "甲"},
       {"piped", {.arguments = {"add", "--json"}, .input = "\n  \n乙\n\n"}, "乙\n"},
-      {"behind --", {.arguments = {"add", "--json", "--", "-- 丙"}}, "-- 丙"},
-      {"global options in front", {.arguments = {"--json", "--quiet", "add", "丁"}}, "丁"},
+      {"after --", {.arguments = {"add", "--json", "--", "-- 丙"}}, "-- 丙"},
+      {"global options first", {.arguments = {"--json", "--quiet", "add", "丁"}}, "丁"},
   };
   for (const Case& test : cases) {
     SCOPED_TRACE(test.name);

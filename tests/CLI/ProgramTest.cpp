@@ -1,3 +1,5 @@
+#include <gmock/gmock.h>
+
 #include "CLI/CommandTest.h"
 
 namespace nomely::test {
@@ -47,6 +49,37 @@ TEST_F(ProgramTest, OutputThatCannotBeWrittenIsAFailure) {
   EXPECT_NE(result.errors.find("磁盘空间不足"), std::string::npos) << result.errors;
 }
 
+// While another process holds the root, renaming a tag waits before its first memo.
+TEST_F(ProgramTest, AnInterruptEndsLongWorkBetweenTwoMemos) {
+  const struct {
+    const char* name;
+    const char* then;  // after the first interrupt has been taken
+    Json tags;         // of both memos
+  } cases[] = {
+      {"at the second interrupt at once", "kill -INT $pid; wait $pid; echo $?", {"甲", "甲"}},
+      {"after the memo at hand", "flock -u 9; wait $pid; echo $?", {"甲", "乙"}},
+  };
+  EXPECT_EQ(add("一", {"--tag", "甲"})["seqNumber"], 1);
+  EXPECT_EQ(add("二", {"--tag", "甲"})["seqNumber"], 2);
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.name);
+    const ProgramResult result = shell(
+        "until_true() { for i in $(seq 3000); do \"$@\" && return; sleep 0.01; done; exit 9; }\n"
+        "waits() { grep -q -e \"-> FLOCK .* $pid \" /proc/locks; }\n"
+        "threads() { ls /proc/$pid/task | wc -l; }\n"
+        "took_it() { [ $(threads) -lt $before ]; }\n"
+        "exec 9< \"$NOMELY_ROOT\"; flock 9\n"
+        "\"$NOMELY\" tags rename 甲 乙 -y & pid=$!\n"
+        "until_true waits; before=$(threads); kill -INT $pid; until_true took_it\n" +
+        std::string(test.then));
+    EXPECT_EQ(result.output, "130\n") << result.errors;
+    std::vector<std::string> tags;
+    for (const Json& memo : json({"list", "--day", "2026-03-01"})) tags.push_back(memo["tags"][0]);
+    EXPECT_THAT(tags, testing::UnorderedElementsAreArray(test.tags));
+    EXPECT_EQ(treeOf(root).find(".nomely-"), std::string::npos) << "a temporary is left";
+  }
+}
+
 TEST_F(ProgramTest, TextCannotDriveTheTerminal) {
   const Json added = add("红色\x1B[31m\u009B31m结束\tTab");
   const ProgramResult result = run({"show", "2026-03-01/1"});
@@ -66,8 +99,7 @@ TEST_F(ProgramTest, ColourFollowsTheOptionAndNoColor) {
 TEST_F(ProgramTest, HelpManualAndCompletionKnowEveryCommand) {
   const std::string help = run({"help"}).output;
   const std::string manual = run({"manual"}).output;
-  for (const char* command :
-       {"add", "list", "show", "edit", "set", "move", "attach", "detach", "doctor", "completion"}) {
+  for (const char* command : {"add", "trash", "doctor", "completion"}) {
     SCOPED_TRACE(command);
     EXPECT_NE(help.find(std::string("\n  ") + command + " "), std::string::npos);
     EXPECT_NE(manual.find(std::string(".SS ") + command + "\n"), std::string::npos);
@@ -77,12 +109,21 @@ TEST_F(ProgramTest, HelpManualAndCompletionKnowEveryCommand) {
     for (const char* shellName : {"bash", "zsh", "fish"})
       EXPECT_NE(run({"completion", shellName}).output.find(command), std::string::npos);
   }
-  EXPECT_EQ(shell("\"$NOMELY\" completion bash | bash -n").status, 0);
-  EXPECT_EQ(shell("cd \"$HOME\"; \"$NOMELY\" completion bash > c.bash; "
-                  "bash -c '. ./c.bash; COMP_WORDS=(nomely ed); COMP_CWORD=1; _nomely; "
-                  "echo ${COMPREPLY[@]}'; rm -f c.bash")
-                .output,
-            "edit\n");
+  EXPECT_NE(manual.find(".B history restore\n"), std::string::npos);
+  EXPECT_NE(run({"help", "history", "show"}).output.find("用法: nomely history REF show"),
+            std::string::npos);
+  const struct {
+    std::string words;
+    std::string completed;
+  } cases[] = {{"ed", "edit"}, {"--json trash em", "empty"}, {"history today/1 res", "restore"},
+               {"trash delete --fr", "--from"}, {"trash empty --fr", ""}, {"help tra", "trash"}};
+  for (const auto& test : cases)
+    EXPECT_EQ(shell("cd \"$HOME\"; \"$NOMELY\" completion bash > c.bash; bash -c '. ./c.bash; "
+                    "COMP_WORDS=(nomely " + test.words + "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); "
+                    "_nomely; echo ${COMPREPLY[@]}'; rm -f c.bash")
+                  .output,
+              test.completed + "\n")
+        << test.words;
 }
 
 }  // namespace

@@ -16,7 +16,6 @@ TEST_F(TrashCommandsTest, RemovedMemosAreListedAndRestored) {
   EXPECT_EQ(json({"trash", "list"})[0]["originalDate"], "2026-03-01");
   EXPECT_EQ(json({"trash", "restore", "2026-03-01_001"}).size(), 1U);
   EXPECT_EQ(json({"show", "2026-03-01/1"}), first);
-  EXPECT_EQ(run({"trash", "restore", "2026-03-01_001"}).status, 4);
 }
 
 TEST_F(TrashCommandsTest, DeletingForGoodHasToBeConfirmed) {
@@ -26,10 +25,7 @@ TEST_F(TrashCommandsTest, DeletingForGoodHasToBeConfirmed) {
   for (const std::vector<std::string>& refused :
        {std::vector<std::string>{"trash", "empty"},
         {"trash", "delete", "2026-03-01_001"},
-        {"trash", "delete", "--from", "2026-01-01", "--to", "today"},
-        {"trash", "delete", "--from", "2026-01-01"},
-        {"trash", "delete"},
-        {"trash", "burn"}}) {
+        {"trash", "delete", "--from", "2026-01-01", "--to", "today"}}) {
     SCOPED_TRACE(testing::PrintToString(refused));
     EXPECT_EQ(run(refused).status, 2);
   }
@@ -56,8 +52,6 @@ TEST_F(TrashCommandsTest, HistoryShowsRestoresAndClears) {
   EXPECT_EQ(json({"history", "2026-03-01/1", "show", "2"})["memo"]["body"], "一");
   EXPECT_EQ(json({"history", "2026-03-01/1", "restore", "2"})["body"], "一");
   EXPECT_EQ(json({"show", "2026-03-01/1"})["body"], "一");
-  EXPECT_EQ(run({"history", "2026-03-01/1", "restore", "9"}).status, 4);
-  EXPECT_EQ(run({"history", "2026-03-01/1", "show"}).status, 2);
   EXPECT_EQ(run({"history", "2026-03-01/1", "clear"}).status, 2);
   EXPECT_EQ(json({"history", "2026-03-01/1", "clear", "-y"}), Json::array());
 }

@@ -1,7 +1,7 @@
 #include <future>
 
 #include "Editor/DayViewModelFixture.h"
-#include "Platform/System/NotificationCenter.h"
+#include "Platform/Concurrency/NotificationCenter.h"
 
 namespace nomely::test {
 namespace {

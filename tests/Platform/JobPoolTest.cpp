@@ -1,35 +1,29 @@
 #include <atomic>
 #include <future>
-#include <latch>
 #include <stdexcept>
 #include <string>
 
 #include <gmock/gmock.h>
 
 #include "Platform/Concurrency/JobPool.h"
+#include "Support/Deadline.h"
 
 namespace nomely::test {
 namespace {
 
 using testing::HasSubstr;
 
-void waitForStop(const std::stop_token& stop) {
-  std::promise<void> stopped;
-  const std::stop_callback callback(stop, [&] { stopped.set_value(); });
-  stopped.get_future().wait();
-}
-
 TEST(JobPoolTest, HigherPriorityFirstThenTheOrderOfSubmission) {
   std::string order;
-  std::latch began(1);
+  std::promise<void> began;
   std::promise<void> go;
   std::promise<void> last;
   JobPool pool(1);
   pool.submit([&](const std::stop_token&) {
-    began.count_down();
-    go.get_future().wait();
+    began.set_value();
+    inTime(go);
   });
-  began.wait();
+  inTime(began);
   const auto add = [&](char name, JobPool::Priority priority) {
     pool.submit([&order, name](const std::stop_token&) { order += name; }, priority);
   };
@@ -39,48 +33,27 @@ TEST(JobPoolTest, HigherPriorityFirstThenTheOrderOfSubmission) {
   add('b', JobPool::Priority::userInitiated);
   pool.submit([&](const std::stop_token&) { last.set_value(); }, JobPool::Priority::utility);
   go.set_value();
-  last.get_future().wait();
+  inTime(last);
   EXPECT_EQ(order, "abuv");
-}
-
-TEST(JobPoolTest, Cancellation) {
-  std::latch began(1);
-  std::promise<void> running;
-  std::promise<bool> waiting;
-  std::promise<bool> untouched;
-  JobPool pool(1);
-  JobPool::Handle first = pool.submit([&](const std::stop_token& stop) {
-    began.count_down();
-    waitForStop(stop);
-    running.set_value();
-  });
-  JobPool::Handle second =
-      pool.submit([&](const std::stop_token& stop) { waiting.set_value(stop.stop_requested()); });
-  pool.submit([&](const std::stop_token& stop) { untouched.set_value(stop.stop_requested()); });
-  began.wait();
-  second.cancel();
-  EXPECT_FALSE(first.isCancelled());
-  first.cancel();
-  running.get_future().wait();
-  EXPECT_TRUE(waiting.get_future().get()) << "cancelled before it began";
-  EXPECT_FALSE(untouched.get_future().get()) << "dropping its handle cancels nothing";
 }
 
 TEST(JobPoolTest, DestructionStopsWhatRunsAndDropsTheRest) {
   std::atomic<bool> ended = false;
   std::atomic<bool> laterRan = false;
   {
-    std::latch began(1);
+    std::promise<void> began;
+    std::promise<void> stopped;
     JobPool pool(1);
     const auto later = [&](const std::stop_token&) { laterRan = true; };
     pool.submit([&](const std::stop_token& stop) {
-      began.count_down();
-      waitForStop(stop);
+      const std::stop_callback callback(stop, [&] { stopped.set_value(); });
+      began.set_value();
+      inTime(stopped);
       pool.submit(later);
       ended = true;
     });
     pool.submit(later);
-    began.wait();
+    inTime(began);
   }
   EXPECT_TRUE(ended);
   EXPECT_FALSE(laterRan);
@@ -93,7 +66,7 @@ TEST(JobPoolTest, EscapedExceptionIsLogged) {
     JobPool pool(1);
     pool.submit([](const std::stop_token&) { throw std::runtime_error("job broke"); });
     pool.submit([&](const std::stop_token&) { done.set_value(); });
-    done.get_future().wait();
+    inTime(done);
   }
   EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("job broke"));
 }
@@ -116,7 +89,7 @@ TEST(JobPoolTest, ParallelForInsideAJobOfTheSamePool) {
     pool.parallelFor(10, [&](std::size_t i) { total += static_cast<int>(i); });
     sum.set_value(total);
   });
-  EXPECT_EQ(sum.get_future().get(), 45);
+  EXPECT_EQ(inTime(sum), 45);
 }
 
 TEST(JobPoolTest, ParallelForStopsAtTheFirstException) {

@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Platform/Concurrency/NotificationCenter.h"
 #include "Platform/Concurrency/Observable.h"
-#include "Platform/System/NotificationCenter.h"
 
 namespace nomely::test {
 namespace {

@@ -1,12 +1,11 @@
 #include <functional>
-#include <latch>
 #include <stdexcept>
 #include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
 
-#include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Concurrency/RunLoop.h"
 
 namespace nomely::test {
 namespace {
@@ -24,7 +23,7 @@ TEST(RunLoopTest, RunsJobsInOrderUntilStopped) {
   loop.stop();
   loop.run();
   EXPECT_EQ(order, (std::vector{1, 2})) << "what came after the stop waits";
-  EXPECT_TRUE(loop.runUntil([&] { return order.size() == 3; }, 5s));
+  EXPECT_TRUE(loop.runUntil([&] { return order.size() == 3; }, 30s));
 }
 
 TEST(RunLoopTest, MainThreadIsTheOneThatRunsIt) {
@@ -44,17 +43,12 @@ TEST(RunLoopTest, MainThreadIsTheOneThatRunsIt) {
 TEST(RunLoopTest, RunUntilItsConditionOrItsLimit) {
   RunLoop loop;
   EXPECT_TRUE(loop.runUntil([] { return true; }, 0ms));
-  EXPECT_FALSE(loop.runUntil([] { return false; }, 1ms));
   bool posted = false;
   const std::jthread poster([&] { loop.post([&] { posted = true; }); });
-  EXPECT_TRUE(loop.runUntil([&] { return posted; }, 5s));
-}
-
-TEST(RunLoopTest, LimitHoldsAgainstJobsWithoutEnd) {
-  RunLoop loop;
+  EXPECT_TRUE(loop.runUntil([&] { return posted; }, 30s));
   const std::function<void()> again = [&] { loop.post(again); };
   loop.post(again);
-  EXPECT_FALSE(loop.runUntil([] { return false; }, 5ms));
+  EXPECT_FALSE(loop.runUntil([] { return false; }, 5ms)) << "with jobs that never end";
 }
 
 TEST(RunLoopTest, EscapedExceptionIsLogged) {

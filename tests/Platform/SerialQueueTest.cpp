@@ -1,6 +1,5 @@
 #include <atomic>
 #include <future>
-#include <latch>
 #include <memory>
 #include <stdexcept>
 #include <vector>
@@ -8,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include "Platform/Concurrency/SerialQueue.h"
+#include "Support/Deadline.h"
 
 namespace nomely::test {
 namespace {
@@ -26,13 +26,13 @@ TEST(SerialQueueTest, JobsRunInTheOrderOfSubmission) {
   SerialQueue queue("q");
   std::vector<int> order;  // guarded by the queue alone
   std::vector<int> expected;
-  std::latch running(1);
+  std::promise<void> running;
   std::promise<void> go;
   queue.async([&] {
-    running.count_down();
-    go.get_future().wait();
+    running.set_value();
+    inTime(go);
   });
-  running.wait();
+  inTime(running);
   for (int i = 0; i < 50; ++i) {
     queue.async([&order, i] { order.push_back(i); });
     expected.push_back(i);
@@ -86,7 +86,7 @@ TEST(SerialQueueTest, KnowsWhetherItIsCurrent) {
   EXPECT_FALSE(outer.isCurrent());
   std::promise<bool> current;
   inner.async([&] { current.set_value(inner.isCurrent() && !outer.isCurrent()); });
-  EXPECT_TRUE(current.get_future().get());
+  EXPECT_TRUE(inTime(current));
 }
 
 TEST(SerialQueueTest, ExceptionsLeaveTheQueueUsable) {

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "Platform/Files/FileError.h"
-#include "Platform/System/UserDefaults.h"
+#include "Platform/Settings/UserDefaults.h"
 #include "Support/TemporaryFolder.h"
 
 namespace nomely::test {

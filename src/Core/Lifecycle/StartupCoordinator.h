@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Platform/Cancellation.h"
+#include "Platform/Concurrency/Lifetime.h"
 #include "Platform/Concurrency/MainExecutor.h"
 
 namespace nomely {
@@ -58,6 +59,7 @@ class StartupCoordinator {
   MainExecutor& executor_;
   State state_ = State::waitingForContent;
   std::shared_ptr<Task> task_;
+  Lifetime lifetime_;
 };
 
 }  // namespace nomely

@@ -21,7 +21,7 @@ class Sweep {
 
  private:
   void visit(const std::filesystem::path& folder, int depth) {
-    if (stop_.stop_requested()) throw CancellationError();
+    throwIfStopped(stop_);
     try {
       const auto entries = context_.files.listAll(folder);
       // The gate is only taken where there is something to remove.

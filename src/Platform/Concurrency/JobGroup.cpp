@@ -6,7 +6,7 @@
 
 namespace nomely {
 
-// Outlives the group for the sake of jobs that the pool comes to later.
+// Shared with the jobs: one that the pool starts after the group is gone finds it ended.
 struct JobGroup::State {
   std::stop_source ending;
   std::mutex mutex;

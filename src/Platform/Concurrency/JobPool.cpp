@@ -16,23 +16,20 @@ JobPool::~JobPool() {
     const std::lock_guard lock(mutex_);
     closing_ = true;
     for (auto& queue : waiting_) queue.clear();
-    for (const auto& job : running_) job->source.request_stop();
   }
+  ending_.request_stop();
   for (std::jthread& thread : threads_) thread.request_stop();
 }
 
-JobPool::Handle JobPool::submit(std::function<void(std::stop_token)> job, Priority priority) {
-  auto entry = std::make_shared<Job>(Job{std::move(job), {}});
-  Handle handle(entry->source);
+void JobPool::submit(Job job, Priority priority) {
   {
     const std::lock_guard lock(mutex_);
-    if (closing_) return handle;
+    if (closing_) return;
     if (threads_.size() < limit_)
       threads_.emplace_back([this](std::stop_token stopping) { work(std::move(stopping)); });
-    waiting_[static_cast<std::size_t>(priority)].push_back(std::move(entry));
+    waiting_[static_cast<std::size_t>(priority)].push_back(std::move(job));
   }
   available_.notify_one();
-  return handle;
 }
 
 namespace {
@@ -85,7 +82,7 @@ void JobPool::parallelFor(std::size_t count, const std::function<void(std::size_
 
 void JobPool::work(std::stop_token stopping) {
   for (;;) {
-    std::shared_ptr<Job> job;
+    Job job;
     {
       std::unique_lock lock(mutex_);
       const auto ready = [&] { return !waiting_[0].empty() || !waiting_[1].empty(); };
@@ -93,23 +90,19 @@ void JobPool::work(std::stop_token stopping) {
       auto& queue = waiting_[0].empty() ? waiting_[1] : waiting_[0];
       job = std::move(queue.front());
       queue.pop_front();
-      running_.push_back(job);
     }
-    runLogged(*job);
-    const std::lock_guard lock(mutex_);
-    std::erase(running_, job);
+    runLogged(job);
   }
 }
 
-void JobPool::runLogged(Job& job) {
+void JobPool::runLogged(const Job& job) const {
   try {
-    job.run(job.source.get_token());
+    job(ending_.get_token());
   } catch (const std::exception& error) {
     Log::error(LogChannel::app, "⚠️ JobPool.submit: {}", error.what());
   } catch (...) {
     Log::error(LogChannel::app, "⚠️ JobPool.submit: unknown exception");
   }
-  job.run = nullptr;
 }
 
 }  // namespace nomely

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <deque>
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <stop_token>
 #include <thread>
@@ -15,23 +14,12 @@ namespace nomely {
 
 // Background jobs on a fixed number of threads, each started when a job first needs it. Jobs of
 // higher priority start first; within one priority, in the order of submission. Destruction asks
-// every job to stop, drops those that have not begun, and waits for the rest. Safe on any thread.
+// every job to stop, drops those that have not begun, and waits for the rest. Whoever wants to stop
+// one job alone gives it the token of a stop source. Safe on any thread.
 class JobPool {
  public:
   enum class Priority { userInitiated, utility };
-
-  // Cancels on request; dropping the handle does not.
-  class Handle {
-   public:
-    Handle() = default;
-    void cancel() { source_.request_stop(); }
-    [[nodiscard]] bool isCancelled() const { return source_.stop_requested(); }
-
-   private:
-    friend class JobPool;
-    explicit Handle(std::stop_source source) : source_(std::move(source)) {}
-    std::stop_source source_{std::nostopstate};
-  };
+  using Job = std::function<void(std::stop_token)>;
 
   // `threads` 0: one per core.
   explicit JobPool(std::size_t threads = 0);
@@ -39,29 +27,22 @@ class JobPool {
   JobPool(const JobPool&) = delete;
   JobPool& operator=(const JobPool&) = delete;
 
-  // A job that was cancelled before it began still runs, with its token already stopped, so that
-  // it can report its end. An exception that escapes it is logged.
-  Handle submit(std::function<void(std::stop_token)> job,
-                Priority priority = Priority::userInitiated);
+  // The token says that the pool is ending. An exception that escapes the job is logged.
+  void submit(Job job, Priority priority = Priority::userInitiated);
 
   // Runs body(0)...body(count - 1) on the pool's threads and the caller's, and returns when all
   // have ended. Rethrows the first exception, after which the rest is not begun.
   void parallelFor(std::size_t count, const std::function<void(std::size_t)>& body);
 
  private:
-  struct Job {
-    std::function<void(std::stop_token)> run;
-    std::stop_source source;
-  };
-
   void work(std::stop_token stopping);
-  static void runLogged(Job& job);
+  void runLogged(const Job& job) const;
 
   std::mutex mutex_;
   std::condition_variable_any available_;
-  std::array<std::deque<std::shared_ptr<Job>>, 2> waiting_;  // by priority
-  std::vector<std::shared_ptr<Job>> running_;
+  std::array<std::deque<Job>, 2> waiting_;  // by priority
   bool closing_ = false;
+  std::stop_source ending_;
   std::size_t limit_;
   std::vector<std::jthread> threads_;
 };

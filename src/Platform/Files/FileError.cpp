@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cerrno>
-#include <system_error>
 
 #include <fmt/format.h>
 
@@ -33,7 +32,18 @@ constexpr std::array mappings{
     Mapping{ELOOP, FileError::Kind::symbolicLink, "file.symbolicLink", "是符号链接或链接成环"},
     Mapping{ENAMETOOLONG, FileError::Kind::nameTooLong, "file.nameTooLong", "名称过长"},
     Mapping{EIO, FileError::Kind::inputOutput, "file.inputOutput", "磁盘读写出错"},
+    Mapping{ENXIO, FileError::Kind::inputOutput, "file.inputOutput", "设备不可用"},
+    Mapping{ENODEV, FileError::Kind::inputOutput, "file.inputOutput", "设备不可用"},
+    Mapping{ESTALE, FileError::Kind::inputOutput, "file.inputOutput", "网络文件夹已断开或变动"},
+    Mapping{EFBIG, FileError::Kind::tooLarge, "file.tooLarge", "文件过大"},
+    Mapping{EOVERFLOW, FileError::Kind::tooLarge, "file.tooLarge", "文件过大"},
+    Mapping{EBUSY, FileError::Kind::busy, "file.busy", "正被系统或其他程序占用"},
+    Mapping{ETXTBSY, FileError::Kind::busy, "file.busy", "正被系统或其他程序占用"},
     Mapping{EOPNOTSUPP, FileError::Kind::unsupported, "file.unsupported", "文件系统不支持此操作"},
+    Mapping{ENOSYS, FileError::Kind::unsupported, "file.unsupported", "系统不支持此操作"},
+    Mapping{EINVAL, FileError::Kind::unsupported, "file.unsupported", "名称或操作不被文件系统接受"},
+    Mapping{EILSEQ, FileError::Kind::unsupported, "file.unsupported", "名称含有不被接受的字符"},
+    Mapping{EXDEV, FileError::Kind::unsupported, "file.unsupported", "两处不在同一个文件系统"},
 };
 
 Mapping mappingFor(int errorNumber) {
@@ -46,7 +56,7 @@ std::string describe(std::string_view operation, const std::filesystem::path& pa
                      int errorNumber) {
   const std::string_view known = mappingFor(errorNumber).reason;
   const std::string reason =
-      known.empty() ? std::generic_category().message(errorNumber) : std::string(known);
+      known.empty() ? fmt::format("系统错误 {}", errorNumber) : std::string(known);
   return fmt::format("{}“{}”失败：{}", operation, path.string(), reason);
 }
 

@@ -22,6 +22,8 @@ class FileError : public Error {
     symbolicLink,
     nameTooLong,
     inputOutput,
+    tooLarge,
+    busy,
     unsupported,
     other,
   };

@@ -41,7 +41,7 @@ class File {
   virtual ~File() = default;
   // Bytes read into `buffer`; 0 at the end of the file.
   [[nodiscard]] virtual std::size_t read(std::span<char> buffer) = 0;
-  // Bytes taken from `bytes`, at least one; may be fewer than given.
+  // Writes the first bytes of `bytes`, at least one, and returns how many they were.
   [[nodiscard]] virtual std::size_t write(std::string_view bytes) = 0;
   // Returns when the contents have reached the disk.
   virtual void sync() = 0;

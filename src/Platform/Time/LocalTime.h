@@ -18,7 +18,7 @@ struct LocalTime {
 
   [[nodiscard]] static LocalTime of(Moment moment);
   // The moment at which the local clock shows this: the earlier one of a time that a clock change
-  // repeats; one as far behind the change as the time is, when it is skipped.
+  // repeats; where one skips the time, as long after the change as the time lies in the gap.
   [[nodiscard]] Moment moment() const;
 };
 

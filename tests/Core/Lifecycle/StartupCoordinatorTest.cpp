@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "Core/Lifecycle/StartupCoordinator.h"
+#include "Platform/Concurrency/RunLoop.h"
 #include "Platform/System/Log.h"
 
 namespace nomely::test {

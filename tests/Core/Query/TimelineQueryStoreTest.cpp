@@ -2,6 +2,7 @@
 
 #include "Core/Query/EntryDateIndex.h"
 #include "Core/Query/TimelineQueryStore.h"
+#include "Platform/Concurrency/RunLoop.h"
 #include "Support/StoreFixture.h"
 
 namespace nomely::test {

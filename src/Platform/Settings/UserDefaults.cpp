@@ -1,4 +1,4 @@
-#include "Platform/System/UserDefaults.h"
+#include "Platform/Settings/UserDefaults.h"
 
 #include <type_traits>
 

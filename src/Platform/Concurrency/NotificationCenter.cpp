@@ -1,4 +1,4 @@
-#include "Platform/System/NotificationCenter.h"
+#include "Platform/Concurrency/NotificationCenter.h"
 
 #include <vector>
 

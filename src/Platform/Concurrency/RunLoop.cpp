@@ -1,4 +1,4 @@
-#include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Concurrency/RunLoop.h"
 
 #include <exception>
 

@@ -1,0 +1,42 @@
+#include <fmt/format.h>
+
+#include "CLI/Arguments.h"
+#include "CLI/Command.h"
+
+namespace nomely {
+namespace {
+
+class RemoveCommand final : public Command {
+ public:
+  void declare(CLI::App& app) override {
+    app.add_option("REF", references_, "笔记：日期/编号，或 memo_ 标识，可多条")->required();
+  }
+
+  void run(Session& session) override {
+    std::vector<TimelineEntry> entries;
+    entries.reserve(references_.size());
+    for (const std::string& reference : references_)
+      entries.push_back(Arguments::memo(reference, session));
+    Json removed = Json::array();
+    for (const TimelineEntry& entry : entries) {
+      const std::string subdir = session.memos().trash(entry.date, entry.memo).trashSubdir;
+      removed.push_back({{"date", entry.date.string()},
+                         {"seqNumber", entry.memo.seqNumber},
+                         {"trashSubdir", subdir}});
+      session.say(fmt::format("已移入回收站：{}/{}。恢复：nomely trash restore {}",
+                              entry.date.string(), entry.memo.seqNumber, subdir));
+    }
+    if (session.isJson()) session.printJson(removed);
+  }
+
+ private:
+  std::vector<std::string> references_;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeRemoveCommand() {
+  return std::make_unique<RemoveCommand>();
+}
+
+}  // namespace nomely
