@@ -136,9 +136,12 @@ class MonthCommand final : public Command {
   // From the month's own folders: an index of all years would take longer.
   static std::vector<MemoEntry> memosOf(std::chrono::year_month month, const DayStore& store) {
     std::vector<MemoEntry> entries;
-    for (Day day{month / 1}; day.civil().month() == month.month(); day = day.plusDays(1))
-      for (Memo& memo : store.listMemos(day))
+    for (Day day{month / 1}; day.civil().month() == month.month(); day = day.plusDays(1)) {
+      std::vector<Memo> memos = store.listMemos(day);
+      std::ranges::stable_sort(memos, orderedBeforeInDay);
+      for (Memo& memo : memos)
         entries.push_back({day, std::make_shared<const Memo>(std::move(memo))});
+    }
     return entries;
   }
 
