@@ -8,7 +8,6 @@
 namespace nomely {
 
 struct StartupCoordinator::Task {
-  StartupCoordinator* owner;  // null once the coordinator is gone; touched on the executor only
   std::vector<Job> jobs;
   std::size_t next = 0;
   std::stop_source stop;
@@ -17,20 +16,15 @@ struct StartupCoordinator::Task {
 };
 
 StartupCoordinator::~StartupCoordinator() {
-  if (!task_) return;
-  task_->stop.request_stop();
-  task_->owner = nullptr;
+  cancel();
 }
 
 void StartupCoordinator::start(bool ready, std::vector<Job> jobs) {
   if (!ready || state_ != State::waitingForContent) return;
   state_ = State::running;
   task_ = std::make_shared<Task>();
-  task_->owner = this;
   task_->jobs = std::move(jobs);
-  executor_.post([task = task_] {
-    if (task->owner != nullptr) task->owner->runNext(task);
-  });
+  executor_.post(lifetime_.guard([this, task = task_] { runNext(task); }));
 }
 
 void StartupCoordinator::cancel() {
@@ -45,10 +39,10 @@ void StartupCoordinator::runNext(const std::shared_ptr<Task>& task) {
   }
   task->began = std::chrono::steady_clock::now();
   // The job may outlive the coordinator; its answer comes back through the executor.
-  const Completion completion = [task, &executor = executor_](std::exception_ptr failure) {
-    executor.post([task, failure = std::move(failure)] {
-      if (task->owner != nullptr) task->owner->jobEnded(task, failure);
-    });
+  const auto ended =
+      lifetime_.guard([this, task](const std::exception_ptr& failure) { jobEnded(task, failure); });
+  const Completion completion = [ended, &executor = executor_](std::exception_ptr failure) {
+    executor.post([ended, failure = std::move(failure)] { ended(failure); });
   };
   try {
     task->jobs[task->next].operation(task->stop.get_token(), completion);

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "Platform/Concurrency/Lifetime.h"
 #include "Platform/Concurrency/MainExecutor.h"
 #include "Platform/Error.h"
 
@@ -64,6 +65,7 @@ class StartupCoordinator {
   MainExecutor& executor_;
   State state_ = State::waitingForContent;
   std::shared_ptr<Task> task_;
+  Lifetime lifetime_;
 };
 
 }  // namespace nomely

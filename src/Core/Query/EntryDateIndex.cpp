@@ -3,15 +3,14 @@
 namespace nomely {
 
 void EntryDateIndex::refresh() {
-  jobs_.submit([store = dayStore_, number = ++begun_, weakDates = std::weak_ptr(dates_),
-                shown = shown_, &executor = executor_](const std::stop_token& stop) {
+  const auto show = lifetime_.guard([this, number = ++begun_](const std::vector<Day>& dates) {
+    if (number < shown_) return;
+    shown_ = number;
+    dates_.set(dates);
+  });
+  jobs_.submit([store = dayStore_, show, &executor = executor_](const std::stop_token& stop) {
     if (stop.stop_requested()) return;
-    executor.post([dates = store.listAllDates(), number, weakDates, shown] {
-      const auto target = weakDates.lock();
-      if (!target || number < *shown) return;
-      *shown = number;
-      target->set(dates);
-    });
+    executor.post([show, dates = store.listAllDates()] { show(dates); });
   });
 }
 

@@ -1,10 +1,11 @@
 #pragma once
 
-#include <memory>
+#include <cstddef>
 #include <vector>
 
 #include "Core/Storage/DayStore.h"
 #include "Platform/Concurrency/JobPool.h"
+#include "Platform/Concurrency/Lifetime.h"
 #include "Platform/Concurrency/MainExecutor.h"
 #include "Platform/Concurrency/Observable.h"
 #include "Platform/Time/Day.h"
@@ -19,7 +20,7 @@ class EntryDateIndex {
   EntryDateIndex(DayStore dayStore, JobPool& jobs, MainExecutor& executor)
       : dayStore_(std::move(dayStore)), jobs_(jobs), executor_(executor) {}
 
-  [[nodiscard]] Observable<std::vector<Day>>& dates() { return *dates_; }
+  [[nodiscard]] Observable<std::vector<Day>>& dates() { return dates_; }
 
   // Lists the days on a background job and assigns them to `dates` on the main executor. What an
   // earlier refresh found never replaces what a later one did. When the root can't be listed,
@@ -30,11 +31,10 @@ class EntryDateIndex {
   DayStore dayStore_;
   JobPool& jobs_;
   MainExecutor& executor_;
-  std::shared_ptr<Observable<std::vector<Day>>> dates_ =
-      std::make_shared<Observable<std::vector<Day>>>();
+  Observable<std::vector<Day>> dates_;
   std::size_t begun_ = 0;  // refreshes so far
-  // The newest refresh whose days are shown; touched on the main executor alone.
-  std::shared_ptr<std::size_t> shown_ = std::make_shared<std::size_t>(0);
+  std::size_t shown_ = 0;  // the newest refresh whose days are shown
+  Lifetime lifetime_;
 };
 
 }  // namespace nomely
