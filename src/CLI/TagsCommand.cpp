@@ -90,8 +90,7 @@ class TagsCommand final : public ActionCommand {
 
   void replace(Session& session, const TagManagementStore& store,
                TagChange (TagManagementStore::*change)(std::string_view, std::string_view,
-                                                       const TagRun&)
-                   const) const {
+                                                       const TagRun&) const) const {
     const std::string from = Arguments::tag(tag_);
     const std::string to = Arguments::tag(other_);
     if (from == to) throw UsageError("两个标签相同，没有要改的");

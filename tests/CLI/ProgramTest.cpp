@@ -115,11 +115,17 @@ TEST_F(ProgramTest, HelpManualAndCompletionKnowEveryCommand) {
   const struct {
     std::string words;
     std::string completed;
-  } cases[] = {{"ed", "edit"}, {"--json trash em", "empty"}, {"history today/1 res", "restore"},
-               {"trash delete --fr", "--from"}, {"trash empty --fr", ""}, {"help tra", "trash"}};
+  } cases[] = {{"ed", "edit"},
+               {"--json trash em", "empty"},
+               {"history today/1 res", "restore"},
+               {"trash delete --fr", "--from"},
+               {"trash empty --fr", ""},
+               {"help tra", "trash"}};
   for (const auto& test : cases)
     EXPECT_EQ(shell("cd \"$HOME\"; \"$NOMELY\" completion bash > c.bash; bash -c '. ./c.bash; "
-                    "COMP_WORDS=(nomely " + test.words + "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); "
+                    "COMP_WORDS=(nomely " +
+                    test.words +
+                    "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); "
                     "_nomely; echo ${COMPREPLY[@]}'; rm -f c.bash")
                   .output,
               test.completed + "\n")

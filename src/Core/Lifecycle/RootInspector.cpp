@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <fmt/format.h>
+
 #include "Core/Extensions/PathNames.h"
 #include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
@@ -18,9 +20,11 @@ namespace {
 constexpr auto oddName = "文件名不是标准编号（如 007.md），不会显示";
 constexpr auto noVersionName = "文件名不以时间开头，不会显示";
 constexpr auto strangeVersion = "不是这条笔记的版本，不会显示";
-constexpr auto noMeta = "缺少 meta.txt，不会显示";
-constexpr auto forgedMeta = "meta.txt 不是原来的日期和编号，不会显示";
+constexpr auto noMeta = "缺少 meta.txt，不会显示。取回：nomely trash restore {}";
+constexpr auto forgedMeta =
+    "meta.txt 不是原来的日期和编号，不会显示。取回：nomely trash restore {}";
 constexpr auto noMemo = "缺少 memo.md，不会显示";
+constexpr auto linkedTrash = "回收站是一个符号链接，里面的内容不会显示，也不会被清空";
 
 // A folder that can't be listed is told of with all the others.
 std::vector<DirectoryEntry> entriesOf(const FileManager& files,
@@ -30,15 +34,6 @@ std::vector<DirectoryEntry> entriesOf(const FileManager& files,
   } catch (const FileError&) {
     return {};
   }
-}
-
-// Absent when there is no such file.
-std::optional<MemoFrontmatterParser::ParsedMemo> parsed(const FileManager& files,
-                                                        const std::filesystem::path& file) {
-  const std::optional<std::string> content = files.read(file);
-  if (!content) return std::nullopt;
-  if (!isValidUtf8(*content)) throw EncodingError(file);
-  return MemoFrontmatterParser::parse(*content);
 }
 
 }  // namespace
@@ -54,18 +49,20 @@ RootInspector::Report RootInspector::inspect(const std::function<void(double)>& 
     if (const auto day = Day::parse(entry.name);
         day && files.isDirectory(paths.rootURL / entry.name))
       days.push_back(*day);
+  Identities identities;
   for (std::size_t i = 0; i < days.size(); ++i) {
     throwIfStopped(stop);
-    inspectDay(days[i], report);
+    inspectDay(days[i], report, identities);
     progress(static_cast<double>(i + 1) / static_cast<double>(days.size()));
   }
   inspectVersions(report, stop);
-  inspectTrash(report, stop);
-  collectTemporaries(paths.rootURL, 0, report);
+  inspectTrash(report, identities, stop);
+  inspectIdentities(identities, report);
+  inspectTree(paths.rootURL, 0, report);
   return report;
 }
 
-void RootInspector::inspectDay(Day day, Report& report) const {
+void RootInspector::inspectDay(Day day, Report& report, Identities& identities) const {
   try {
     bool holdsMemos = false;
     for (const DirectoryEntry& entry :
@@ -74,10 +71,10 @@ void RootInspector::inspectDay(Day day, Report& report) const {
       if (!number) continue;
       holdsMemos = true;
       if (*number >= 1 && entry.name == DiskPaths::memoFileName(*number))
-        inspectMemo(day, entry.name, report);
+        inspectMemo(day, entry.name, report, identities);
       else
         report.unreadableMemos.push_back(
-            {std::filesystem::path(day.string()) / entry.name, oddName});
+            {{std::filesystem::path(day.string()) / entry.name, oddName}, day, *number, {}});
     }
     report.days += holdsMemos ? 1 : 0;
   } catch (const FileError&) {
@@ -85,18 +82,35 @@ void RootInspector::inspectDay(Day day, Report& report) const {
   }
 }
 
-void RootInspector::inspectMemo(Day day, const std::string& fileName, Report& report) const {
+void RootInspector::inspectMemo(Day day, const std::string& fileName, Report& report,
+                                Identities& identities) const {
   const std::int64_t number = *DiskPaths::seqNumber(fileName);
+  const std::filesystem::path place = std::filesystem::path(day.string()) / fileName;
   try {
-    const std::optional<Memo> memo = store_.memoStore().read(day, number);
-    if (!memo) return;  // gone since the folder was listed
+    const FileManager& files = store_.context().files;
+    const auto text = MemoFile::text(files, store_.paths().memoFile(day, number));
+    if (!text) return;  // gone since the folder was listed
+    const Memo memo = MemoFile::parsed(*text, number);
     ++report.memos;
-    for (const std::string& name : memo->attachments)
-      if (!store_.context().files.exists(store_.paths().dayFolder(day) / name))
-        report.missingAttachments.push_back({day, number, memo->memoId, name});
+    if (MemoFrontmatterParser::losesOnRewrite(*text)) ++report.foreignMemos;
+    if (memo.memoId) identities[*memo.memoId].push_back(place);
+    for (const std::string& name : memo.attachments)
+      if (!files.exists(store_.paths().dayFolder(day) / name))
+        report.missingAttachments.push_back({day, number, memo.memoId, name});
   } catch (const Error& error) {
     report.unreadableMemos.push_back(
-        {std::filesystem::path(day.string()) / fileName, error.what()});
+        {{place, error.what()}, day, number, service_.mendsOf(day, number)});
+  }
+}
+
+void RootInspector::inspectIdentities(const Identities& identities, Report& report) const {
+  for (const auto& [memoId, places] : identities)
+    if (places.size() > 1) report.sharedIdentities.push_back({memoId, places});
+  for (const std::string& memoId : service_.versions().identities("")) {
+    if (identities.contains(memoId)) continue;
+    const std::size_t count =
+        service_.versions().listVersions(store_.context().clock.today(), 0, memoId).size();
+    if (count > 0) report.strandedHistories.push_back({memoId, count});
   }
 }
 
@@ -125,9 +139,9 @@ void RootInspector::inspectVersionFolder(const std::filesystem::path& folder, La
           {(folder / entry.name).lexically_relative(store_.paths().rootURL), reason});
     };
     try {
-      const auto version = parsed(store_.context().files, folder / entry.name);
+      const auto version = MemoFile::read(store_.context().files, folder / entry.name, 0);
       if (!version) continue;  // gone since the folder was listed
-      const auto& memoId = version->frontmatter.memoId;
+      const auto& memoId = version->memoId;
       if (!VersionStore::timestampOf(entry.name))
         tell(noVersionName);
       else if (layout == Layout::byIdentity &&
@@ -139,33 +153,45 @@ void RootInspector::inspectVersionFolder(const std::filesystem::path& folder, La
   }
 }
 
-void RootInspector::inspectTrash(Report& report, const std::stop_token& stop) const {
+void RootInspector::inspectTrash(Report& report, Identities& identities,
+                                 const std::stop_token& stop) const {
   const DiskPaths& paths = store_.paths();
-  for (const DirectoryEntry& entry : entriesOf(store_.context().files, paths.trashFolder())) {
+  const FileManager& files = store_.context().files;
+  const auto trash = files.attributes(paths.trashFolder(), LinkPolicy::noFollow);
+  if (trash && trash->type == FileType::symbolicLink) {
+    report.unreadableTrash.push_back({paths.trashFolder().filename(), linkedTrash});
+    return;
+  }
+  for (const DirectoryEntry& entry : entriesOf(files, paths.trashFolder())) {
     throwIfStopped(stop);
     const std::filesystem::path folder = paths.trashFolder() / entry.name;
     if (entry.type != FileType::directory || folder == paths.attachmentTrashFolder()) continue;
-    if (std::string fault = faultOfTrashFolder(folder); !fault.empty())
+    if (std::string fault = faultOfTrashFolder(entry.name, identities); !fault.empty())
       report.unreadableTrash.push_back(
           {folder.lexically_relative(paths.rootURL), std::move(fault)});
   }
 }
 
-std::string RootInspector::faultOfTrashFolder(const std::filesystem::path& folder) const {
+std::string RootInspector::faultOfTrashFolder(const std::string& name,
+                                              Identities& identities) const {
   const FileManager& files = store_.context().files;
+  const std::filesystem::path folder = store_.paths().trashFolder() / name;
   try {
-    if (!parsed(files, folder / TrashStore::memoFileName)) return noMemo;
+    const auto memo = MemoFile::read(files, folder / TrashStore::memoFileName, 0);
+    if (!memo) return noMemo;
+    if (memo->memoId)
+      identities[*memo->memoId].push_back(folder.lexically_relative(store_.paths().rootURL));
     const std::optional<std::string> meta = files.read(folder / TrashStore::metaFileName);
-    if (!meta) return noMeta;
+    if (!meta) return fmt::format(noMeta, name);
     const auto origin = TrashStore::parseMeta(*meta);
-    return origin && origin->seqNumber >= 1 ? "" : forgedMeta;
+    return origin && origin->seqNumber >= 1 ? "" : fmt::format(forgedMeta, name);
   } catch (const Error& error) {
     return error.what();
   }
 }
 
-void RootInspector::collectTemporaries(const std::filesystem::path& folder, int depth,
-                                       Report& report) const {
+void RootInspector::inspectTree(const std::filesystem::path& folder, int depth,
+                                Report& report) const {
   const auto relative = [&](const std::filesystem::path& path) {
     return path.lexically_relative(store_.paths().rootURL);
   };
@@ -174,7 +200,10 @@ void RootInspector::collectTemporaries(const std::filesystem::path& folder, int 
       if (entry.type == FileType::regular && FileManager::isTemporaryName(entry.name))
         report.staleTemporaryFiles.push_back(relative(folder / entry.name));
       if (entry.type == FileType::directory && depth < deepestDataFolder)
-        collectTemporaries(folder / entry.name, depth + 1, report);
+        inspectTree(folder / entry.name, depth + 1, report);
+      if (entry.type == FileType::symbolicLink &&
+          !store_.context().files.attributes(folder / entry.name))
+        report.danglingLinks.push_back(relative(folder / entry.name));
     }
   } catch (const FileError&) {
     const std::filesystem::path name = relative(folder);

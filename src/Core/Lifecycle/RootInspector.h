@@ -4,12 +4,13 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <optional>
 #include <stop_token>
 #include <string>
 #include <vector>
 
-#include "Core/Storage/DayStore.h"
+#include "Core/Service/MemoService.h"
 
 namespace nomely {
 
@@ -20,29 +21,53 @@ class RootInspector {
     std::filesystem::path path;  // relative to the root
     std::string reason;
   };
+  struct UnreadableMemo : Unreadable {
+    Day date;
+    std::int64_t seqNumber = 0;
+    std::vector<std::string> mends;  // what MemoService::mend would do; empty: it can't
+  };
   struct MissingAttachment {
     Day date;
     std::int64_t seqNumber = 0;
     std::optional<std::string> memoId;
     std::string filename;
   };
+  // Places of memos below the root that have one identity: deleting one for good would take the
+  // history of the other.
+  struct SharedIdentity {
+    std::string memoId;
+    std::vector<std::filesystem::path> places;
+  };
+  // An identity that has snapshots and no memo, neither in a day nor in the trash.
+  struct StrandedHistory {
+    std::string memoId;
+    std::size_t snapshots = 0;
+  };
   struct Report {
     std::size_t days = 0;
     std::size_t memos = 0;  // that can be read
-    std::vector<Unreadable> unreadableMemos;
+    // Of those, written by other programs such that writing them here would drop a part of their
+    // header; it is kept beside their history then.
+    std::size_t foreignMemos = 0;
+    std::vector<UnreadableMemo> unreadableMemos;
     std::vector<Unreadable> unreadableVersions;
     std::vector<Unreadable> unreadableTrash;  // folders that show no memo, or not the one they hold
     std::vector<MissingAttachment> missingAttachments;
+    std::vector<SharedIdentity> sharedIdentities;
+    std::vector<StrandedHistory> strandedHistories;
+    std::vector<std::filesystem::path> danglingLinks;        // symbolic ones, relative to the root
     std::vector<std::filesystem::path> staleTemporaryFiles;  // relative to the root
     std::vector<std::filesystem::path> unreadableFolders;    // relative to the root
 
     [[nodiscard]] bool isClean() const {
       return unreadableMemos.empty() && unreadableVersions.empty() && unreadableTrash.empty() &&
-             missingAttachments.empty() && staleTemporaryFiles.empty() && unreadableFolders.empty();
+             missingAttachments.empty() && sharedIdentities.empty() && strandedHistories.empty() &&
+             danglingLinks.empty() && staleTemporaryFiles.empty() && unreadableFolders.empty();
     }
   };
 
-  explicit RootInspector(const DayStore& store) : store_(store) {}
+  // `service` must outlive it.
+  explicit RootInspector(const MemoService& service) : service_(service), store_(service.days()) {}
 
   // `progress` gets the share done, 0 to 1. Throws CancellationError when asked to stop, FileError
   // when the root itself can't be listed.
@@ -53,16 +78,24 @@ class RootInspector {
   // Of a folder of versions: one memo's, or those of any memos.
   enum class Layout { byIdentity, former };
 
-  void inspectDay(Day day, Report& report) const;
-  void inspectMemo(Day day, const std::string& fileName, Report& report) const;
+  // Where the memos of an identity lie, below the root.
+  using Identities = std::map<std::string, std::vector<std::filesystem::path>>;
+
+  void inspectDay(Day day, Report& report, Identities& identities) const;
+  void inspectMemo(Day day, const std::string& fileName, Report& report,
+                   Identities& identities) const;
+  void inspectIdentities(const Identities& identities, Report& report) const;
   void inspectVersions(Report& report, const std::stop_token& stop) const;
   void inspectVersionFolder(const std::filesystem::path& folder, Layout layout,
                             Report& report) const;
-  void inspectTrash(Report& report, const std::stop_token& stop) const;
+  void inspectTrash(Report& report, Identities& identities, const std::stop_token& stop) const;
   // Why an entry of the trash does not show what it holds; empty when it does.
-  [[nodiscard]] std::string faultOfTrashFolder(const std::filesystem::path& folder) const;
-  void collectTemporaries(const std::filesystem::path& folder, int depth, Report& report) const;
+  [[nodiscard]] std::string faultOfTrashFolder(const std::string& name,
+                                               Identities& identities) const;
+  // Temporaries, links that lead nowhere, folders that can't be listed.
+  void inspectTree(const std::filesystem::path& folder, int depth, Report& report) const;
 
+  const MemoService& service_;
   const DayStore& store_;
 };
 

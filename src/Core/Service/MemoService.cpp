@@ -8,9 +8,9 @@
 #include "Core/Markdown/Text/MemoTextUtilities.h"
 #include "Core/Markdown/Text/TagParser.h"
 #include "Core/Storage/WriteError.h"
+#include "Platform/Concurrency/NotificationCenter.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
-#include "Platform/Concurrency/NotificationCenter.h"
 
 namespace nomely {
 namespace {

@@ -9,8 +9,8 @@
 namespace nomely {
 
 // The jobs that one object has in a pool, and that may use it: destruction asks them to stop, drops
-// those that have not begun, and waits for the rest. Declare it after what its jobs use. Safe on any
-// thread; must not be destroyed by one of its own jobs.
+// those that have not begun, and waits for the rest. Declare it after what its jobs use. Safe on
+// any thread; must not be destroyed by one of its own jobs.
 class JobGroup {
  public:
   // `pool` must outlive the group.
