@@ -4,9 +4,8 @@
 #include <functional>
 #include <tuple>
 
-#include <fmt/format.h>
-
 #include "Core/Extensions/AttachmentKinds.h"
+#include "Core/Extensions/TagNames.h"
 #include "Core/Extensions/TextStats.h"
 
 namespace nomely::MonthOverviewStore {
@@ -37,7 +36,7 @@ MemosByTag memosByTag(const std::vector<MemoEntry>& entries) {
   MemosByTag tags;
   for (const MemoEntry& entry : entries)
     for (const std::string& tag : entry.memo->tags) {
-      if (tag.starts_with('_')) continue;
+      if (TagNames::isHidden(tag)) continue;
       Memos& memos = tags[tag];
       if (memos.empty() || memos.back() != &entry) memos.push_back(&entry);
     }
@@ -68,13 +67,12 @@ TagThread threadOf(const std::string& tag, const Memos& memos) {
   thread.entries.reserve(memos.size());
   for (const MemoEntry* entry : memos) {
     thread.days.insert(dayOf(*entry));
-    thread.entries.push_back(
-        {.id = fmt::format("{}-{}", entry->date.string(), entry->memo->seqNumber),
-         .date = entry->date,
-         .day = dayOf(*entry),
-         .time = entry->memo->time,
-         .seqNumber = entry->memo->seqNumber,
-         .preview = previewLine(entry->memo->body)});
+    thread.entries.push_back({.id = memoKey(entry->date, entry->memo->seqNumber),
+                              .date = entry->date,
+                              .day = dayOf(*entry),
+                              .time = entry->memo->time,
+                              .seqNumber = entry->memo->seqNumber,
+                              .preview = previewLine(entry->memo->body)});
   }
   thread.firstDay = *thread.days.begin();
   thread.lastDay = *thread.days.rbegin();

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "CLI/MarkdownDrawing.h"
+#include "Core/Extensions/TagNames.h"
 
 namespace nomely {
 namespace {
@@ -31,7 +32,7 @@ std::string heading(const TimelineEntry& entry, const Style& style) {
   if (memo.pinned && !memo.lockedOnTop) line += "  📌置顶";
   if (memo.mood) line += fmt::format("  心情 {}", *memo.mood);
   for (const std::string& tag : memo.tags)
-    if (!tag.starts_with('_')) line += "  " + style.tag("#" + Terminal::printable(tag));
+    if (!TagNames::isHidden(tag)) line += "  " + style.tag("#" + Terminal::printable(tag));
   return line + "\n";
 }
 

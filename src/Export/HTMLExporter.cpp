@@ -7,6 +7,7 @@
 
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Extensions/PathNames.h"
+#include "Core/Extensions/TagNames.h"
 #include "Core/Markdown/Text/MemoTextUtilities.h"
 #include "Export/InlineHTML.h"
 #include "Platform/Text/Base64.h"
@@ -157,7 +158,7 @@ void writeBlock(const Memo& memo, Day date, const AttachmentManager& attachments
 std::string tagsBlock(const std::vector<std::string>& tags) {
   std::string spans;
   for (const std::string& tag : tags)
-    if (!tag.starts_with('_'))
+    if (!TagNames::isHidden(tag))
       spans += "<span class=\"tag\">#" + InlineHTML::escapeText(tag) + "</span>";
   return spans.empty() ? spans : "\n    <div class=\"tags\">" + spans + "</div>";
 }

@@ -1,21 +1,18 @@
 #include "Core/Models/Memo.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
-#include <string_view>
 
 #include "Core/Extensions/DateFormatters.h"
+#include "Core/Extensions/TagNames.h"
 
 namespace nomely {
 namespace {
 
-constexpr std::string_view importedNotesTag = "_notes_import";
-constexpr std::array<std::string_view, 3> excludedRoots{"备忘录", "个人专栏", "得到大脑"};
-
 bool excludesFromTimeline(std::string_view tag) {
-  return tag == importedNotesTag || std::ranges::any_of(excludedRoots, [&](std::string_view root) {
-           return tag.starts_with(root) && (tag.size() == root.size() || tag[root.size()] == '/');
+  return tag == TagNames::notesImportTag ||
+         std::ranges::any_of(TagNames::sectionRoots, [&](std::string_view root) {
+           return TagNames::isOrIsBelow(tag, root);
          });
 }
 

@@ -1,17 +1,12 @@
 #include "Core/Query/MemoCache.h"
 
 #include <algorithm>
-#include <tuple>
 
 namespace nomely {
 namespace {
 
 // In no well-formed text, so that no needle reaches from one tag into the next.
 constexpr char tagSeparator = '\xFF';
-
-bool precedes(const Memo& left, const Memo& right) {
-  return std::tie(left.time, left.seqNumber) > std::tie(right.time, right.seqNumber);
-}
 
 std::string joinedFolded(const std::vector<std::string>& tags) {
   std::string joined;
@@ -44,7 +39,7 @@ void MemoCache::DayMemos::makeFilter() const {
 }
 
 std::shared_ptr<const MemoCache::DayMemos> MemoCache::sortedDay(Day date, std::vector<Memo> memos) {
-  std::ranges::stable_sort(memos, precedes);
+  std::ranges::stable_sort(memos, orderedBeforeInDay);
   Memos indexed;
   indexed.reserve(memos.size());
   for (Memo& memo : memos) indexed.push_back(std::make_shared<IndexedMemo>(std::move(memo)));
@@ -82,8 +77,8 @@ std::shared_ptr<const MemoCache> MemoCache::with(Memo memo, Day date) const {
   Memos memos = memosOf(date);
   const auto sameNumber = std::ranges::find_if(
       memos, [&](const auto& other) { return other->memo().seqNumber == memo.seqNumber; });
-  const auto later =
-      std::ranges::find_if(memos, [&](const auto& other) { return precedes(memo, other->memo()); });
+  const auto later = std::ranges::find_if(
+      memos, [&](const auto& other) { return orderedBeforeInDay(memo, other->memo()); });
   auto indexed = std::make_shared<IndexedMemo>(std::move(memo));
   if (sameNumber != memos.end())
     *sameNumber = std::move(indexed);

@@ -2,13 +2,23 @@
 
 #include <tuple>
 
+#include <fmt/format.h>
+
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
 
+bool orderedBeforeInDay(const Memo& left, const Memo& right) {
+  return std::tie(left.time, left.seqNumber) > std::tie(right.time, right.seqNumber);
+}
+
 bool orderedBefore(const MemoEntry& left, const MemoEntry& right) {
-  return std::tie(left.date, left.memo->time, left.memo->seqNumber) >
-         std::tie(right.date, right.memo->time, right.memo->seqNumber);
+  return left.date != right.date ? left.date > right.date
+                                 : orderedBeforeInDay(*left.memo, *right.memo);
+}
+
+std::string memoKey(Day date, std::int64_t seqNumber) {
+  return fmt::format("{}-{}", date.string(), seqNumber);
 }
 
 bool isVisible(const Memo& memo) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <string>
 
 #include "Core/Models/Memo.h"
 #include "Platform/Time/Day.h"
@@ -16,6 +18,11 @@ struct MemoEntry {
 
 // Newest first: by day, then by `time` as text, then by number.
 [[nodiscard]] bool orderedBefore(const MemoEntry& left, const MemoEntry& right);
+// The same for two memos of one day.
+[[nodiscard]] bool orderedBeforeInDay(const Memo& left, const Memo& right);
+
+// "2026-03-01-7": what names a memo in sets and maps of a running program.
+[[nodiscard]] std::string memoKey(Day date, std::int64_t seqNumber);
 
 // Whether lists show it: it has text or attachments.
 [[nodiscard]] bool isVisible(const Memo& memo);

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "Core/Extensions/TagNames.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -49,7 +50,7 @@ std::string SearchSnippetKit::tagFallbackSnippet(std::string_view query,
   const TextNeedle needle(query);
   std::string named;
   for (const std::string& tag : tags)
-    if (!tag.starts_with('_') && needle.isIn(tag)) named += " #" + tag;
+    if (!TagNames::isHidden(tag) && needle.isIn(tag)) named += " #" + tag;
   return named.empty() ? fmt::format("命中「{}」", query) : "标签命中" + named;
 }
 

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "Core/Extensions/TagNames.h"
 #include "Core/Query/TagRewriting.h"
 #include "Platform/Cancellation.h"
 #include "Platform/System/Log.h"
@@ -118,7 +119,7 @@ std::int64_t TagManagementStore::countNotesWithTag(std::string_view tag) const {
 
 std::vector<TagUse> TagManagementStore::loadAllTags() const {
   std::vector<TagUse> tags = searchIndex_.allTags();
-  std::erase_if(tags, [](const TagUse& use) { return TagRewriting::isHidden(use.tag); });
+  std::erase_if(tags, [](const TagUse& use) { return TagNames::isHidden(use.tag); });
   return tags;
 }
 
@@ -150,11 +151,11 @@ SidebarTagSummary TagManagementStore::sectionSummary(std::string_view root) cons
 }
 
 SidebarTagSummary TagManagementStore::sidebarPersonalColumnSummary() const {
-  return sectionSummary(TagRewriting::personalColumnRoot);
+  return sectionSummary(TagNames::personalColumnRoot);
 }
 
 SidebarTagSummary TagManagementStore::sidebarDedaoSummary() const {
-  return sectionSummary(TagRewriting::dedaoRoot);
+  return sectionSummary(TagNames::dedaoRoot);
 }
 
 }  // namespace nomely

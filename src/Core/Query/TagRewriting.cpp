@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <iterator>
 
+#include "Core/Extensions/TagNames.h"
 #include "Core/Extensions/TagUtilities.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
 namespace {
 
+using TagNames::isBelow;
+using TagNames::isOrIsBelow;
+using TagNames::notesRoot;
 using Tags = std::vector<std::string>;
 
 std::string joined(std::string_view first, std::string_view second) {
@@ -20,15 +24,7 @@ std::string inlineTag(std::string_view tag) {
 }
 
 std::string belowNotes(std::string_view tag) {
-  return joined(TagRewriting::notesRoot, "/").append(tag);
-}
-
-bool isBelow(std::string_view tag, std::string_view root) {
-  return tag.size() > root.size() && tag.starts_with(root) && tag[root.size()] == '/';
-}
-
-bool isOrIsBelow(std::string_view tag, std::string_view root) {
-  return tag == root || isBelow(tag, root);
+  return joined(notesRoot, "/").append(tag);
 }
 
 bool contains(std::string_view text, std::string_view part) {
@@ -65,10 +61,6 @@ void stripWithNested(std::string& body, const Tags& tags, std::string_view tag) 
 }
 
 }  // namespace
-
-bool TagRewriting::isHidden(std::string_view tag) {
-  return tag.starts_with('_');
-}
 
 bool TagRewriting::hasTag(const Tags& tags, std::string_view tag) {
   return !tag.empty() &&
@@ -117,16 +109,17 @@ bool TagRewriting::remove(Memo& memo, std::string_view tag) {
 
 bool TagRewriting::goesWith(const Memo& memo, std::string_view tag) {
   if (tag.empty()) return false;
-  return hasTag(memo.tags, tag) || (!isHidden(tag) && contains(memo.body, inlineTag(tag)));
+  return hasTag(memo.tags, tag) ||
+         (!TagNames::isHidden(tag) && contains(memo.body, inlineTag(tag)));
 }
 
 std::optional<Tags> TagRewriting::notesTags(const Tags& tags) {
   const bool isNote =
-      hasTag(tags, notesRoot) || std::ranges::find(tags, notesImportTag) != tags.end();
+      hasTag(tags, notesRoot) || std::ranges::find(tags, TagNames::notesImportTag) != tags.end();
   if (!isNote) return std::nullopt;
   Tags listed;
   for (const std::string& tag : tags) {
-    if (isHidden(tag) || tag == notesRoot) continue;
+    if (TagNames::isHidden(tag) || tag == notesRoot) continue;
     std::string row = isBelow(tag, notesRoot) ? tag : belowNotes(tag);
     if (row != belowNotes("")) listed.push_back(std::move(row));
   }

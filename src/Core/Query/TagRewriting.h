@@ -10,20 +10,12 @@
 namespace nomely {
 
 // What becomes of one memo's tags and body when a tag is renamed, merged or deleted, and under
-// which tags the sidebar's sections list it. Tags nest by "/". Pure.
+// which tags the sidebar's sections list it. Pure.
 //
 // A tag is cut out of a body as text, without regard for where a word ends: cutting "work" leaves
 // " /plan" of "#work/plan" and " shop" of "#workshop". An empty tag never touches a memo.
 namespace TagRewriting {
 
-// The roots of sections of their own in the sidebar.
-constexpr std::string_view notesRoot = "备忘录";
-constexpr std::string_view personalColumnRoot = "个人专栏";
-constexpr std::string_view dedaoRoot = "得到大脑";
-// On every imported note; hidden, as are all tags that begin with "_".
-constexpr std::string_view notesImportTag = "_notes_import";
-
-[[nodiscard]] bool isHidden(std::string_view tag);
 // Whether one of the tags is the tag or below it.
 [[nodiscard]] bool hasTag(const std::vector<std::string>& tags, std::string_view tag);
 [[nodiscard]] std::string strippingTag(std::string_view body, std::string_view tag);

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "Core/Extensions/TagNames.h"
 #include "Core/Query/TagRewriting.h"
 
 namespace nomely::test {
@@ -143,7 +144,7 @@ TEST(TagRewritingTest, SectionsOfTheSidebar) {
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::PrintToString(c.tags));
     EXPECT_EQ(TagRewriting::notesTags(c.tags), c.notes);
-    EXPECT_EQ(TagRewriting::sectionTags(c.tags, TagRewriting::personalColumnRoot), c.column);
+    EXPECT_EQ(TagRewriting::sectionTags(c.tags, TagNames::personalColumnRoot), c.column);
   }
 }
 
