@@ -1,34 +1,25 @@
 #include "Editor/DayViewModel.h"
 
-#include <fmt/format.h>
-
 namespace nomely {
 
 DayViewModel::DayViewModel(const Context& context)
-    : selectedDate(context.service.context().clock.today()),
-      service_(context.service),
-      dayStore_(context.service.days()),
-      searchIndex_(context.searchIndex),
-      executor_(context.executor),
-      attachmentManager_(context.service.context()),
-      timelineQueryStore_(dayStore_, context.searchIndex),
-      trashManager_(context.service.trashStore()),
-      displayLimit_(displayStep),
-      jobs_(context.jobs) {}
+    : list_(context.dayStore.context().clock.today()),
+      status_(context.dayStore.context().clock),
+      jobs_(context.executor, context.jobs),
+      loading_(context.dayStore, context.searchIndex, list_, jobs_),
+      writing_(context.dayStore, context.searchIndex, {list_, loading_, status_, jobs_}),
+      trash_(context.dayStore, context.searchIndex, {list_, loading_, status_, jobs_}) {}
 
+// The parts stand until the jobs that use them have ended.
 DayViewModel::~DayViewModel() {
-  alive_.reset();
-  cancelLoad();
+  loading_.cancel();
+  jobs_.end();
 }
 
-void DayViewModel::onMain(std::function<void()> body) {
-  executor_.post([alive = watch_, body = std::move(body)] {
-    if (alive.lock()) body();
-  });
-}
-
-std::string DayViewModel::memoKey(Day date, std::int64_t seqNumber) {
-  return fmt::format("{}-{}", date.string(), seqNumber);
+std::optional<std::string> DayViewModel::searchSnippet(Day date, std::int64_t seqNumber) const {
+  const auto& snippets = searchSnippets.get();
+  const auto found = snippets.find(memoKey(date, seqNumber));
+  return found == snippets.end() ? std::nullopt : std::optional(found->second);
 }
 
 }  // namespace nomely

@@ -1,99 +1,53 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <deque>
-#include <exception>
 #include <filesystem>
 #include <functional>
-#include <map>
-#include <memory>
 #include <optional>
-#include <set>
-#include <stop_token>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
-#include "Core/Query/SearchIndex.h"
-#include "Core/Query/TimelineQueryStore.h"
-#include "Core/Query/TrashManager.h"
-#include "Core/Service/MemoService.h"
-#include "Core/Storage/AttachmentManager.h"
-#include "Platform/Concurrency/JobGroup.h"
-#include "Platform/Concurrency/MainExecutor.h"
-#include "Platform/Concurrency/Observable.h"
-#include "Platform/Concurrency/SerialQueue.h"
+#include "Editor/EditorJobs.h"
+#include "Editor/MemoWriting.h"
+#include "Editor/SaveStatus.h"
+#include "Editor/TimelineListModel.h"
+#include "Editor/TimelineLoading.h"
+#include "Editor/TrashOperations.h"
 
 namespace nomely {
-
-// One date, every date, the answer to a search or filter, or the pinned memos.
-enum class TimelineMode { day, all, filtered, pinned };
-
-// How the latest write stands.
-struct SaveState {
-  enum class Kind { saved, failed, idle, saving };
-
-  Kind kind = Kind::idle;
-  Moment at{};          // of `saved`
-  std::string message;  // of `failed`
-
-  [[nodiscard]] static SaveState saved(Moment at) { return {Kind::saved, at, {}}; }
-  [[nodiscard]] static SaveState failed(std::string message) {
-    return {Kind::failed, {}, std::move(message)};
-  }
-  [[nodiscard]] static SaveState saving() { return {Kind::saving, {}, {}}; }
-
-  friend bool operator==(const SaveState&, const SaveState&) = default;
-};
-
-// The offer to bring back what was deleted last.
-struct PendingUndoDelete {
-  Uuid id = Uuid::random();  // drawn anew whenever the offer changes
-  std::vector<TrashEntry> entries;
-  std::string label;
-};
 
 // The timeline's state and what a user does with it: which memos are shown, how a change reaches
 // the disk and comes back into the lists, deletion with undo, and the trash.
 //
 // Lives on the main executor, and so do all its calls, properties and callbacks; nothing blocks it.
 // Every write runs on one serial queue, so that the order of a user's changes is that of the files.
-// Lists are read on background jobs behind the writes that were begun before. Destruction waits for
+// Lists are read on background jobs after the writes that were begun before. Destruction waits for
 // writes under way; callbacks are then no longer called.
 class DayViewModel {
+  // The parts stand first: the properties below are theirs.
+  TimelineListModel list_;
+  SaveStatus status_;
+  EditorJobs jobs_;
+  TimelineLoading loading_;
+  MemoWriting writing_;
+  TrashOperations trash_;
+
  public:
-  template <typename Value>
-  using Property = Published<DayViewModel, Value>;
-  using Entries = std::vector<MemoEntry>;
-  using TrashEntries = std::vector<TrashEntry>;
+  using Entries = TimelineListModel::Entries;
+  using TrashEntries = TrashOperations::Entries;
+  using CompleteMemo = MemoWriting::CompleteMemo;
+  using Completion = MemoWriting::Completion;
+  using MemoCompletion = MemoWriting::MemoCompletion;
+  using ImportCompletion = MemoWriting::ImportCompletion;
+  using Cause = TimelineLoading::Cause;
 
   // What is referred to must outlive the model.
   struct Context {
-    const MemoService& service;
+    const DayStore& dayStore;
     SearchIndex* searchIndex = nullptr;
     MainExecutor& executor;
     JobPool& jobs;
   };
-
-  // What the input field has collected.
-  struct CompleteMemo {
-    std::string body = {};
-    std::vector<std::string> tags = {};
-    std::optional<std::int64_t> mood = {};
-    std::vector<std::string> attachments = {};
-    std::map<std::string, AudioTranscript> transcripts = {};
-    std::map<std::string, std::string> originalNames = {};
-    Day date;
-    std::map<std::string, Day> sourceDates = {};  // where attachments lie
-    Day fallbackDate;                             // where those lie that it lacks
-  };
-
-  // Null for success.
-  using Completion = std::function<void(std::exception_ptr failure)>;
-  // Exactly one of the two.
-  using MemoCompletion = std::function<void(std::optional<Memo> memo, std::exception_ptr failure)>;
-  using ImportCompletion = std::function<void(std::optional<AttachmentManager::ImportResult>)>;
 
   explicit DayViewModel(const Context& context);
   ~DayViewModel();
@@ -101,153 +55,110 @@ class DayViewModel {
   DayViewModel& operator=(const DayViewModel&) = delete;
 
   // Banners, cleared by whoever shows them, and the text of the quick input.
-  Observable<std::optional<std::string>> lastError;
+  Observable<std::optional<std::string>>& lastError = status_.lastError;
   Observable<std::optional<std::string>> lastSuccess;
   Observable<std::string> newMemoText;
 
-  Property<SaveState> saveState;
-  Property<std::vector<Memo>> memos;  // of selectedDate
-  Property<Entries> allMemos;         // all that the present mode found
-  Property<Entries> displayMemos;     // what of it is shown, in the order shown
-  Property<bool> hasLoadedInitialTimeline{false};
-  Property<bool> isLoadingTimeline{false};
-  Property<Day> selectedDate;
-  Property<TimelineMode> timelineMode{TimelineMode::day};
-  Property<std::optional<std::string>> activeSearchQuery;
-  Property<std::optional<std::string>> currentFilterTag;
-  Property<std::size_t> searchResultCount{0};
-  Property<std::map<std::string, std::string>> searchSnippets;  // by memoKey
-  Property<bool> hasOnThisDay{false};
-  Property<TrashEntries> trashEntries;
-  Property<std::optional<PendingUndoDelete>> pendingUndoDelete;
-  Property<bool> isLoadingTrash{false};
-  Property<bool> isPerformingTrashOperation{false};
+  // The lists.
+  const TimelineListModel::Property<std::vector<Memo>>& memos = list_.memos;
+  const TimelineListModel::Property<Entries>& allMemos = list_.allMemos;
+  const TimelineListModel::Property<Entries>& displayMemos = list_.displayMemos;
+  const TimelineListModel::Property<ListChange>& rowChange = list_.rowChange;
+  const TimelineListModel::Property<Day>& selectedDate = list_.selectedDate;
+  const TimelineListModel::Property<TimelineMode>& timelineMode = list_.timelineMode;
 
-  // Called after each save that went well, before saveState says so.
-  std::function<void()> onSavedSuccessfully;
+  // Loading.
+  template <typename Value>
+  using OfLoading = const TimelineLoading::Property<Value>&;
+  OfLoading<bool> hasLoadedInitialTimeline = loading_.hasLoadedInitialTimeline;
+  OfLoading<bool> isLoadingTimeline = loading_.isLoadingTimeline;
+  OfLoading<std::optional<std::string>> activeSearchQuery = loading_.activeSearchQuery;
+  OfLoading<std::optional<std::string>> currentFilterTag = loading_.currentFilterTag;
+  OfLoading<std::size_t> searchResultCount = loading_.searchResultCount;
+  OfLoading<std::map<std::string, std::string>> searchSnippets = loading_.searchSnippets;
+  OfLoading<bool> hasOnThisDay = loading_.hasOnThisDay;
 
-  // "yyyy-MM-dd-N"
-  [[nodiscard]] static std::string memoKey(Day date, std::int64_t seqNumber);
+  // Writing. `onSavedSuccessfully` is called after each save that went well, before saveState says
+  // so.
+  const Published<SaveStatus, SaveState>& saveState = status_.saveState;
+  std::function<void()>& onSavedSuccessfully = status_.onSavedSuccessfully;
+
+  // The trash.
+  template <typename Value>
+  using OfTrash = const TrashOperations::Property<Value>&;
+  OfTrash<TrashEntries> trashEntries = trash_.trashEntries;
+  OfTrash<std::optional<PendingUndoDelete>> pendingUndoDelete = trash_.pendingUndoDelete;
+  OfTrash<bool> isLoadingTrash = trash_.isLoadingTrash;
+  OfTrash<bool> isPerformingTrashOperation = trash_.isPerformingTrashOperation;
 
   // The timeline. Each load takes the place of the one before.
-  void loadDay(Day date);
-  void loadAllMemos();
-  void loadSearchResults(const std::vector<SearchResult>& results, std::string query);
-  void loadMemosWithTag(std::string tag);
-  void loadMemosNoTag();
-  void loadMemosWithImages();
-  void loadMemosWithLinks();
-  void loadMemosWithAttachments();
-  void loadMemosWithAudio();
-  void loadPinnedMemos();
-  void loadOnThisDay();
-  void refreshOnThisDayFlag();
-
-  // Whether the files may have been changed by someone else than this model.
-  enum class Cause { ownWrite, externalWrite };
-  // Runs the present mode again. A filter runs again for an external write alone: what this model
-  // changes enters the lists, or leaves them, at once.
-  void refreshCurrentTimeline(Cause cause);
+  void loadDay(Day date) { loading_.loadDay(date); }
+  void loadAllMemos() { loading_.loadAllMemos(); }
+  void loadSearchResults(const std::vector<SearchResult>& results, std::string query) {
+    loading_.loadSearchResults(results, std::move(query));
+  }
+  void loadMemosWithTag(std::string tag) { loading_.loadMemosWithTag(std::move(tag)); }
+  void loadMemosNoTag() { loading_.loadMemosNoTag(); }
+  void loadMemosWithImages() { loading_.loadMemosWithImages(); }
+  void loadMemosWithLinks() { loading_.loadMemosWithLinks(); }
+  void loadMemosWithAttachments() { loading_.loadMemosWithAttachments(); }
+  void loadMemosWithAudio() { loading_.loadMemosWithAudio(); }
+  void loadPinnedMemos() { loading_.loadPinnedMemos(); }
+  void loadOnThisDay() { loading_.loadOnThisDay(); }
+  void refreshOnThisDayFlag() { loading_.refreshOnThisDayFlag(); }
+  void refreshCurrentTimeline(Cause cause) { loading_.refreshCurrentTimeline(cause); }
 
   // In `all` mode the list grows by 50, or to its end.
-  void loadMoreDisplayMemos();
-  void loadAllDisplayMemos();
-  [[nodiscard]] bool canLoadMoreDisplayMemos() const;
+  void loadMoreDisplayMemos() { list_.showMore(); }
+  void loadAllDisplayMemos() { list_.showToTheEnd(); }
+  [[nodiscard]] bool canLoadMoreDisplayMemos() const { return list_.canShowMore(); }
   [[nodiscard]] std::optional<std::string> searchSnippet(Day date, std::int64_t seqNumber) const;
 
   // Writing. Where a date is left out it is that of the memo in the timeline, else selectedDate.
   // A failure is told by saveState and, except where a completion tells it, by lastError.
 
   // The lists change when the file has; for an editor that knows the state it began with.
-  void saveMemoAsync(Memo memo, Day date, std::optional<Memo> expected, Completion completion);
+  void saveMemoAsync(Memo memo, Day date, std::optional<Memo> expected, Completion completion) {
+    writing_.saveMemoAsync(std::move(memo), date, std::move(expected), std::move(completion));
+  }
   // The lists change at once, and back when the write fails.
-  void updateMemo(Memo memo, std::optional<Day> date = {});
-  void togglePinned(Memo memo, std::optional<Day> date = {});
-  void toggleLockedOnTop(Memo memo, std::optional<Day> date = {});
+  void updateMemo(Memo memo, std::optional<Day> date = {}) {
+    writing_.updateMemo(std::move(memo), date);
+  }
+  // These change the lists' own copy where they have one, however old the caller's is.
+  void togglePinned(const Memo& memo, std::optional<Day> date = {}) {
+    writing_.togglePinned(memo, date);
+  }
+  void toggleLockedOnTop(const Memo& memo, std::optional<Day> date = {}) {
+    writing_.toggleLockedOnTop(memo, date);
+  }
   // The lists stay as they are: whoever asked for the memo refreshes them.
-  void createCompleteMemo(CompleteMemo content, MemoCompletion completion);
-  void moveMemo(Memo memo, Day from, Day to);
-  void deleteMemo(const Memo& memo, std::optional<Day> date = {});
-  void deleteMemos(const std::vector<TimelineEntry>& entries);
+  void createCompleteMemo(CompleteMemo content, MemoCompletion completion) {
+    writing_.createCompleteMemo(std::move(content), std::move(completion));
+  }
+  void moveMemo(Memo memo, Day from, Day to) { writing_.moveMemo(std::move(memo), from, to); }
+  void deleteMemo(const Memo& memo, std::optional<Day> date = {}) {
+    trash_.deleteMemos({{list_.dateOf(memo, date), memo}});
+  }
+  void deleteMemos(const std::vector<TimelineEntry>& entries) { trash_.deleteMemos(entries); }
   // Copies a file into the folder of that day, selectedDate when left out.
   void importAttachment(const std::filesystem::path& file, std::optional<Day> date,
-                        ImportCompletion completion);
+                        ImportCompletion completion) {
+    writing_.importAttachment(file, date, std::move(completion));
+  }
   void importAttachmentToMemo(const std::filesystem::path& file, Memo memo,
-                              std::optional<Day> date = {});
+                              std::optional<Day> date = {}) {
+    writing_.importAttachmentToMemo(file, std::move(memo), date);
+  }
 
   // The trash. Operations run one at a time in the order of the calls.
-  void loadTrash();
-  void restoreFromTrash(const TrashEntry& entry);
-  void batchRestoreTrash(const TrashEntries& entries);
-  void batchDeleteTrash(const TrashEntries& entries);
-  void emptyTrash();
-  void undoDelete();
-  void dismissUndo();
-
- private:
-  static constexpr std::size_t displayStep = 50;
-
-  using Membership = std::function<bool(const Memo&)>;
-  using Query = std::function<Entries(const TimelineQueryStore&)>;
-
-  // Runs `body` on the main executor unless the model is gone by then.
-  void onMain(std::function<void()> body);
-  [[nodiscard]] Moment now() const { return dayStore_.context().clock.now(); }
-
-  // Loading.
-  void cancelLoad();
-  void clearSearchContext();
-  void setMode(TimelineMode mode);
-  void setLoading(bool loading);
-  void showNothing();
-  void showAll(Entries entries);
-  void recomputeDisplayMemos();
-  void reloadSearch(const std::string& query);
-  void loadTimelineQuery(TimelineMode mode, Membership membership, Query query);
-  template <typename Find, typename Apply>
-  void startLoad(Find find, Apply apply);
-
-  // Writing.
-  [[nodiscard]] Day resolvedDate(const Memo& memo, std::optional<Day> date) const;
-  [[nodiscard]] const MemoEntry* entryOf(Day date, std::int64_t seqNumber) const;
-  void updateMemoryState(const Memo& memo, Day date);
-  void updateDayList(const Memo& memo, Day date);
-  [[nodiscard]] std::optional<Memo> readBack(Day date, std::int64_t seqNumber) const;
-  void rollBack(const Memo& failed, Day date, const Memo& onDisk);
-  void showMoved(std::int64_t seqNumber, Day from, const Memo& moved, Day to);
-  void announceSaved();
-  void announceFailure(const std::string& message);
-
-  // The trash.
-  void performTrashOperation(TrashManager::Operation operation);
-  void startNextTrashOperation();
-  void finishTrashOperation(const TrashManager::Operation& operation,
-                            const TrashManager::Outcome& outcome);
-  void showTrashed(const TrashEntries& moved);
-  void pruneUndoOffer(const TrashEntries& trash);
-
-  const MemoService& service_;
-  const DayStore& dayStore_;
-  SearchIndex* searchIndex_;
-  MainExecutor& executor_;
-  AttachmentManager attachmentManager_;
-  TimelineQueryStore timelineQueryStore_;
-  TrashManager trashManager_;
-
-  Membership filterMembership_;  // whether a changed memo stays in the filtered list
-  Query filteredQuery_;          // runs the present filter again
-  std::optional<std::stop_source> allMemosLoadTask_;
-  std::size_t displayLimit_;
-  std::size_t trashLoadGeneration_ = 0;
-  std::deque<TrashManager::Operation> queuedTrashOperations_;
-  std::set<std::string> queuedDeletionKeys_;
-
-  std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
-  const std::weak_ptr<const bool> watch_{alive_};  // for jobs on other threads
-
-  // In this order: the queue's jobs may submit background jobs, and both use the members above.
-  JobGroup jobs_;
-  SerialQueue saveQueue_{"com.nomely.save"};
+  void loadTrash() { trash_.loadTrash(); }
+  void restoreFromTrash(const DayStore::TrashEntry& entry) { trash_.batchRestoreTrash({entry}); }
+  void batchRestoreTrash(const TrashEntries& entries) { trash_.batchRestoreTrash(entries); }
+  void batchDeleteTrash(const TrashEntries& entries) { trash_.batchDeleteTrash(entries); }
+  void emptyTrash() { trash_.emptyTrash(); }
+  void undoDelete() { trash_.undoDelete(); }
+  void dismissUndo() { trash_.dismissUndo(); }
 };
 
 }  // namespace nomely

@@ -4,6 +4,7 @@
 #include <ranges>
 
 #include "Core/Extensions/AttachmentKinds.h"
+#include "Core/Extensions/TagNames.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileError.h"
 
@@ -52,7 +53,7 @@ void TimelineQueryStore::forEach(const Test& test,
                                  const std::function<bool(const MemoEntry&)>& visit) const {
   if (searchIndex_ != nullptr) {
     searchIndex_->forEachEntry([&](const MemoEntry& entry) {
-      return !isVisible(*entry.memo) || !test(entry) || visit(entry);
+      return !stop_.stop_requested() && (!isVisible(*entry.memo) || !test(entry) || visit(entry));
     });
     return;
   }
@@ -63,6 +64,7 @@ void TimelineQueryStore::forEach(const Test& test,
     return;
   }
   for (const Day day : std::views::reverse(days)) {
+    if (stop_.stop_requested()) return;
     Entries entries;
     for (Memo& memo : visibleMemos(day))
       entries.push_back({day, std::make_shared<const Memo>(std::move(memo))});
@@ -93,9 +95,8 @@ TimelineQueryStore::Entries TimelineQueryStore::visibleEntries() const {
 
 TimelineQueryStore::Entries TimelineQueryStore::entriesWithTag(std::string_view tag) const {
   return select([&](const MemoEntry& entry) {
-    return std::ranges::any_of(entry.memo->tags, [&](std::string_view other) {
-      return other.starts_with(tag) && (other.size() == tag.size() || other[tag.size()] == '/');
-    });
+    return std::ranges::any_of(
+        entry.memo->tags, [&](std::string_view own) { return TagNames::isOrIsBelow(own, tag); });
   });
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <functional>
+#include <stop_token>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Core/Query/MemoEntry.h"
@@ -28,6 +30,13 @@ class TimelineQueryStore {
 
   explicit TimelineQueryStore(const DayStore& dayStore, SearchIndex* searchIndex = nullptr)
       : dayStore_(dayStore), searchIndex_(searchIndex) {}
+
+  // The same queries, which may leave out what they have not come to when `stop` is requested.
+  [[nodiscard]] TimelineQueryStore until(std::stop_token stop) const {
+    TimelineQueryStore copy = *this;
+    copy.stop_ = std::move(stop);
+    return copy;
+  }
 
   // The main timeline: imported and generated collections stay out.
   [[nodiscard]] Entries visibleEntries() const;
@@ -61,6 +70,7 @@ class TimelineQueryStore {
 
   const DayStore& dayStore_;
   SearchIndex* searchIndex_;
+  std::stop_token stop_;
 };
 
 }  // namespace nomely
