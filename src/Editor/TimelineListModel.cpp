@@ -159,16 +159,20 @@ bool TimelineListModel::canShowMore() const {
          displayMemos.get().size() < allMemos.get().size();
 }
 
+void TimelineListModel::setLimit(std::size_t limit) {
+  displayLimit_ = limit;
+  // Otherwise the change that rows are yet to follow fits them.
+  if (rowsRevision_ == revision_) displayMemos.modify([this](Entries& rows) { fitRows(rows); });
+}
+
 void TimelineListModel::showMore() {
   if (!canShowMore()) return;
-  displayLimit_ += displayStep;
-  displayMemos.modify([this](Entries& rows) { fitRows(rows); });
+  setLimit(displayLimit_ + displayStep);
 }
 
 void TimelineListModel::showToTheEnd() {
   if (!canShowMore()) return;
-  displayLimit_ = allMemos.get().size();
-  displayMemos.modify([this](Entries& rows) { fitRows(rows); });
+  setLimit(allMemos.get().size());
 }
 
 std::optional<std::size_t> TimelineListModel::indexOf(Day date, std::int64_t seqNumber) const {
@@ -224,10 +228,12 @@ void TimelineListModel::setEntry(std::size_t index, MemoEntry entry) {
         if (from < rows.size() && to < rows.size()) {
           moveRow(rows, from, to);
           rows[to] = entry;
-          return rowChange.set({ListChange::Kind::changed, to, 1});
+          rowChange.set({ListChange::Kind::changed, to, 1});
+        } else if (from < rows.size()) {
+          removeRows(rows, from, 1);
+        } else if (to < rows.size()) {
+          insertRows(rows, to, {entry});
         }
-        if (from < rows.size()) removeRows(rows, from, 1);
-        if (to < rows.size()) insertRows(rows, to, {entry});
         fitRows(rows);
       });
 }

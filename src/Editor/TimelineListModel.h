@@ -96,6 +96,7 @@ class TimelineListModel {
 
   [[nodiscard]] std::optional<std::size_t> indexOf(Day date, std::int64_t seqNumber) const;
   [[nodiscard]] bool belongs(const Memo& memo) const;
+  void setLimit(std::size_t limit);
   void setEntry(std::size_t index, MemoEntry entry);
   void removeEntries(const Gone& isGone);
 
