@@ -3,12 +3,12 @@
 namespace nomely {
 
 DayViewModel::DayViewModel(const Context& context)
-    : list_(context.dayStore.context().clock.today()),
-      status_(context.dayStore.context().clock),
+    : list_(context.service.context().clock.today()),
+      status_(context.service.context().clock),
       jobs_(context.executor, context.jobs),
-      loading_(context.dayStore, context.searchIndex, list_, jobs_),
-      writing_(context.dayStore, context.searchIndex, {list_, loading_, status_, jobs_}),
-      trash_(context.dayStore, context.searchIndex, {list_, loading_, status_, jobs_}) {}
+      loading_(context.service.days(), context.searchIndex, list_, jobs_),
+      writing_(context.service, {list_, loading_, status_, jobs_}),
+      trash_(context.service, {list_, loading_, status_, jobs_}) {}
 
 // The parts stand until the jobs that use them have ended.
 DayViewModel::~DayViewModel() {

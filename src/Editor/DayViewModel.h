@@ -43,7 +43,7 @@ class DayViewModel {
 
   // What is referred to must outlive the model.
   struct Context {
-    const DayStore& dayStore;
+    const MemoService& service;
     SearchIndex* searchIndex = nullptr;
     MainExecutor& executor;
     JobPool& jobs;
@@ -153,7 +153,7 @@ class DayViewModel {
 
   // The trash. Operations run one at a time in the order of the calls.
   void loadTrash() { trash_.loadTrash(); }
-  void restoreFromTrash(const DayStore::TrashEntry& entry) { trash_.batchRestoreTrash({entry}); }
+  void restoreFromTrash(const TrashEntry& entry) { trash_.batchRestoreTrash({entry}); }
   void batchRestoreTrash(const TrashEntries& entries) { trash_.batchRestoreTrash(entries); }
   void batchDeleteTrash(const TrashEntries& entries) { trash_.batchDeleteTrash(entries); }
   void emptyTrash() { trash_.emptyTrash(); }

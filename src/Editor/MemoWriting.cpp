@@ -6,62 +6,37 @@
 
 namespace nomely {
 
-MemoWriting::MemoWriting(const DayStore& dayStore, SearchIndex* searchIndex, const Parts& parts)
-    : dayStore_(dayStore),
-      searchIndex_(searchIndex),
-      attachmentManager_(dayStore.context()),
-      parts_(parts) {}
+MemoWriting::MemoWriting(const MemoService& service, const Parts& parts)
+    : service_(service), attachmentManager_(service.context()), parts_(parts) {}
 
 std::string MemoWriting::timestamp() const {
-  return DateFormatters::timestamp(dayStore_.context().clock.now());
+  return DateFormatters::timestamp(service_.context().clock.now());
 }
 
-Memo MemoWriting::commit(const Memo& memo, Day date, const std::optional<Memo>& expected) const {
-  dayStore_.writes().write([&] {
-    // Transcript segments make every two readings unequal; what is stored is compared instead.
-    const bool comparable = !expected || !expected->hasTranscriptSegments();
-    if (!comparable) dayStore_.validateUnchanged(*expected, date);
-    dayStore_.commitMemo(memo, date, comparable ? expected : std::nullopt);
-  });
-  if (searchIndex_) searchIndex_->indexMemo(memo, date);
-  return memo;
-}
-
-Memo MemoWriting::create(const CompleteMemo& content) const {
-  Memo created = dayStore_.writes().write([&] {
-    attachmentManager_.preparePendingAttachments(content.attachments,
-                                                 {.sourceDates = content.sourceDates,
-                                                  .fallbackDate = content.fallbackDate,
-                                                  .destinationDate = content.date});
-    return dayStore_.createMemo(content.date, {.body = content.body,
-                                               .tags = content.tags,
-                                               .mood = content.mood,
-                                               .attachments = content.attachments,
-                                               .source = "nomely",
-                                               .originalNames = content.originalNames,
-                                               .audioTranscripts = content.transcripts});
-  });
-  if (searchIndex_) searchIndex_->indexMemo(created, content.date);
-  return created;
-}
-
-Memo MemoWriting::move(const Memo& memo, Day from, Day to) const {
-  Memo moved = dayStore_.moveMemo(memo, from, to);
-  if (searchIndex_) {
-    searchIndex_->removeMemo(from, memo.seqNumber);
-    searchIndex_->indexMemo(moved, to);
+Memo MemoWriting::commit(const Memo& written, Day date, std::optional<Memo> expected) {
+  Memo memo = written;
+  const std::string key = memoKey(date, memo.seqNumber);
+  const auto before = storedOtherwise_.find(key);
+  if (before != storedOtherwise_.end() && expected == before->second.written) {
+    expected = before->second.stored;
+    if (memo.memoId.value_or("").empty()) memo.memoId = expected->memoId;
   }
-  return moved;
+  Memo stored = service_.commit(date, memo, expected);
+  if (stored == written)
+    storedOtherwise_.erase(key);
+  else
+    storedOtherwise_.insert_or_assign(key, Stored{written, stored});
+  return stored;
 }
 
 MemoWriting::Update MemoWriting::update(const Memo& memo, Day date,
-                                        const SharedMemo& expected) const {
+                                        const SharedMemo& expected) {
   Outcome<Memo> committed = outcomeOf(
       [&] { return commit(memo, date, expected ? std::optional(*expected) : std::nullopt); });
   if (committed.value) return {.stored = std::make_shared<const Memo>(*std::move(committed.value))};
   Update failed{.failure = "更新笔记失败：" + committed.message()};
   try {
-    std::optional<Memo> onDisk = dayStore_.memoStore().read(date, memo.seqNumber);
+    std::optional<Memo> onDisk = service_.days().memoStore().read(date, memo.seqNumber);
     failed.isGone = !onDisk;
     if (onDisk) failed.onDisk = std::make_shared<const Memo>(*std::move(onDisk));
   } catch (const Error& error) {
@@ -112,17 +87,11 @@ void MemoWriting::toggle(const Memo& memo, std::optional<Day> given, void (*chan
 }
 
 void MemoWriting::togglePinned(const Memo& memo, std::optional<Day> date) {
-  toggle(memo, date, [](Memo& own) {
-    own.pinned = !own.pinned;
-    if (!own.pinned) own.lockedOnTop = false;
-  });
+  toggle(memo, date, [](Memo& own) { own.setPinned(!own.pinned); });
 }
 
 void MemoWriting::toggleLockedOnTop(const Memo& memo, std::optional<Day> date) {
-  toggle(memo, date, [](Memo& own) {
-    own.lockedOnTop = !own.lockedOnTop;
-    if (own.lockedOnTop) own.pinned = true;
-  });
+  toggle(memo, date, [](Memo& own) { own.setLockedOnTop(!own.lockedOnTop); });
 }
 
 void MemoWriting::saveMemoAsync(Memo memo, Day date, std::optional<Memo> expected,
@@ -134,7 +103,7 @@ void MemoWriting::saveMemoAsync(Memo memo, Day date, std::optional<Memo> expecte
       },
       [this, date, completion = std::move(completion)](Outcome<Memo> saved) {
         // The data may have been replaced after the write: what was saved is then no longer there.
-        if (saved.value && dayStore_.writes().isFrozen())
+        if (saved.value && service_.context().gate.isFrozen())
           saved = {{}, std::make_exception_ptr(WriteError(WriteError::Kind::maintenance))};
         if (saved.value) {
           parts_.list.update(std::make_shared<const Memo>(*std::move(saved.value)), date);
@@ -149,7 +118,19 @@ void MemoWriting::saveMemoAsync(Memo memo, Day date, std::optional<Memo> expecte
 
 void MemoWriting::createCompleteMemo(CompleteMemo content, MemoCompletion completion) {
   parts_.jobs.write(
-      [this, content = std::move(content)] { return outcomeOf([&] { return create(content); }); },
+      [this, content = std::move(content)] {
+        return outcomeOf([&] {
+          return service_.create({.body = content.body,
+                                  .tags = content.tags,
+                                  .mood = content.mood,
+                                  .attachments = content.attachments,
+                                  .originalNames = content.originalNames,
+                                  .audioTranscripts = content.transcripts},
+                                 {.sourceDates = content.sourceDates,
+                                  .fallbackDate = content.fallbackDate,
+                                  .destinationDate = content.date});
+        });
+      },
       [completion = std::move(completion)](const Outcome<Memo>& created) {
         completion(created.value, created.failure);
       });
@@ -159,7 +140,7 @@ void MemoWriting::moveMemo(Memo memo, Day from, Day to) {
   parts_.status.begin();
   parts_.jobs.write(
       [this, memo, from, to] {
-        return outcomeOf([&] { return from == to ? memo : move(memo, from, to); });
+        return outcomeOf([&] { return service_.move(from, memo, to); });
       },
       [this, number = memo.seqNumber, from, to](const Outcome<Memo>& moved) {
         if (!moved.value) return parts_.status.fail("修改日期失败：" + moved.message());

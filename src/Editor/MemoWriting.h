@@ -11,9 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "Core/Query/SearchIndex.h"
-#include "Core/Storage/AttachmentManager.h"
-#include "Core/Storage/DayStore.h"
+#include "Core/Service/MemoService.h"
 #include "Editor/EditorJobs.h"
 #include "Editor/Outcome.h"
 #include "Editor/SaveStatus.h"
@@ -51,7 +49,7 @@ class MemoWriting {
     SaveStatus& status;
     EditorJobs& jobs;
   };
-  MemoWriting(const DayStore& dayStore, SearchIndex* searchIndex, const Parts& parts);
+  MemoWriting(const MemoService& service, const Parts& parts);
 
   void saveMemoAsync(Memo memo, Day date, std::optional<Memo> expected, Completion completion);
   void updateMemo(Memo memo, std::optional<Day> date);
@@ -75,10 +73,8 @@ class MemoWriting {
   };
 
   // On the save queue.
-  [[nodiscard]] Memo commit(const Memo& memo, Day date, const std::optional<Memo>& expected) const;
-  [[nodiscard]] Update update(const Memo& memo, Day date, const SharedMemo& expected) const;
-  [[nodiscard]] Memo create(const CompleteMemo& content) const;
-  [[nodiscard]] Memo move(const Memo& memo, Day from, Day to) const;
+  [[nodiscard]] Memo commit(const Memo& written, Day date, std::optional<Memo> expected);
+  [[nodiscard]] Update update(const Memo& memo, Day date, const SharedMemo& expected);
 
   void write(Memo memo, Day date, const SharedMemo& expected);
   // `leftLoad`: the load from whose list the memo was taken out at once, 0 when it was not.
@@ -87,10 +83,17 @@ class MemoWriting {
   void toggle(const Memo& memo, std::optional<Day> date, void (*change)(Memo&));
   [[nodiscard]] std::string timestamp() const;
 
-  const DayStore& dayStore_;
-  SearchIndex* searchIndex_;
+  const MemoService& service_;
   AttachmentManager attachmentManager_;
   Parts parts_;
+
+  // What was stored otherwise than it was written, by memoKey: a change made before the lists knew
+  // goes on from what was written. On the save queue alone.
+  struct Stored {
+    Memo written;
+    Memo stored;
+  };
+  std::map<std::string, Stored> storedOtherwise_;
 };
 
 }  // namespace nomely

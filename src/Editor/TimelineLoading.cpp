@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Core/Extensions/AttachmentKinds.h"
+#include "Platform/Error.h"
 #include "Platform/System/NotificationCenter.h"
 
 namespace nomely {

@@ -6,9 +6,8 @@
 
 namespace nomely {
 
-TrashOperations::TrashOperations(const DayStore& dayStore, SearchIndex* searchIndex,
-                                 const Parts& parts)
-    : dayStore_(dayStore), searchIndex_(searchIndex), trashManager_(dayStore), parts_(parts) {}
+TrashOperations::TrashOperations(const MemoService& service, const Parts& parts)
+    : service_(service), trashManager_(service.trashStore()), parts_(parts) {}
 
 void TrashOperations::deleteMemos(const std::vector<TimelineEntry>& entries) {
   TrashManager::Move move{entries};
@@ -50,7 +49,7 @@ void TrashOperations::startNext() {
   ++loadGeneration_;  // a listing on its way is of the trash as it was
   parts_.status.begin();
   parts_.jobs.write(
-      [this, operation] { return trashManager_.perform(operation, searchIndex_); },
+      [this, operation] { return trashManager_.perform(operation); },
       [this, operation](const TrashManager::Outcome& outcome) { finish(operation, outcome); });
 }
 
@@ -81,7 +80,7 @@ void TrashOperations::finish(const Operation& operation, const TrashManager::Out
 // The lists lose what was moved, and the offer counts what really was.
 void TrashOperations::showTrashed(const Entries& moved) {
   std::set<std::string> keys;
-  for (const DayStore::TrashEntry& entry : moved)
+  for (const TrashEntry& entry : moved)
     keys.insert(memoKey(entry.originalDate, entry.memo.seqNumber));
   parts_.list.removeAll(
       [&](Day date, const Memo& memo) { return keys.contains(memoKey(date, memo.seqNumber)); });
@@ -93,8 +92,8 @@ void TrashOperations::showTrashed(const Entries& moved) {
 void TrashOperations::pruneUndoOffer(const Entries& trash) {
   if (!pendingUndoDelete.get()) return;
   PendingUndoDelete offer = *pendingUndoDelete.get();
-  std::erase_if(offer.entries, [&](const DayStore::TrashEntry& entry) {
-    return std::ranges::find(trash, entry.trashSubdir, &DayStore::TrashEntry::trashSubdir) ==
+  std::erase_if(offer.entries, [&](const TrashEntry& entry) {
+    return std::ranges::find(trash, entry.trashSubdir, &TrashEntry::trashSubdir) ==
            trash.end();
   });
   offer.id = Uuid::random();
@@ -105,7 +104,7 @@ void TrashOperations::loadTrash() {
   if (isLoadingTrash.get()) return;
   const std::size_t generation = ++loadGeneration_;
   isLoadingTrash.set(true);
-  parts_.jobs.write([this] { return dayStore_.listTrash(); },
+  parts_.jobs.write([this] { return service_.trashed(); },
                     [this, generation](Entries entries) {
                       if (generation != loadGeneration_) return;
                       trashEntries.set(std::move(entries));

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Core/Query/TrashManager.h"
+#include "Core/Service/MemoService.h"
 #include "Editor/EditorJobs.h"
 #include "Editor/SaveStatus.h"
 #include "Editor/TimelineListModel.h"
@@ -18,7 +19,7 @@ namespace nomely {
 // The offer to bring back what was deleted last.
 struct PendingUndoDelete {
   Uuid id = Uuid::random();  // drawn anew whenever the offer changes
-  std::vector<DayStore::TrashEntry> entries;
+  std::vector<TrashEntry> entries;
   std::string label;
 };
 
@@ -28,7 +29,7 @@ class TrashOperations {
  public:
   template <typename Value>
   using Property = Published<TrashOperations, Value>;
-  using Entries = std::vector<DayStore::TrashEntry>;
+  using Entries = std::vector<TrashEntry>;
 
   // All must outlive this.
   struct Parts {
@@ -37,7 +38,7 @@ class TrashOperations {
     SaveStatus& status;
     EditorJobs& jobs;
   };
-  TrashOperations(const DayStore& dayStore, SearchIndex* searchIndex, const Parts& parts);
+  TrashOperations(const MemoService& service, const Parts& parts);
 
   Property<Entries> trashEntries;
   Property<std::optional<PendingUndoDelete>> pendingUndoDelete;
@@ -61,8 +62,7 @@ class TrashOperations {
   void showTrashed(const Entries& moved);
   void pruneUndoOffer(const Entries& trash);
 
-  const DayStore& dayStore_;
-  SearchIndex* searchIndex_;
+  const MemoService& service_;
   TrashManager trashManager_;
   Parts parts_;
 
