@@ -29,8 +29,7 @@ Memo MemoWriting::commit(const Memo& written, Day date, std::optional<Memo> expe
   return stored;
 }
 
-MemoWriting::Update MemoWriting::update(const Memo& memo, Day date,
-                                        const SharedMemo& expected) {
+MemoWriting::Update MemoWriting::update(const Memo& memo, Day date, const SharedMemo& expected) {
   Outcome<Memo> committed = outcomeOf(
       [&] { return commit(memo, date, expected ? std::optional(*expected) : std::nullopt); });
   if (committed.value) return {.stored = std::make_shared<const Memo>(*std::move(committed.value))};
@@ -139,9 +138,7 @@ void MemoWriting::createCompleteMemo(CompleteMemo content, MemoCompletion comple
 void MemoWriting::moveMemo(Memo memo, Day from, Day to) {
   parts_.status.begin();
   parts_.jobs.write(
-      [this, memo, from, to] {
-        return outcomeOf([&] { return service_.move(from, memo, to); });
-      },
+      [this, memo, from, to] { return outcomeOf([&] { return service_.move(from, memo, to); }); },
       [this, number = memo.seqNumber, from, to](const Outcome<Memo>& moved) {
         if (!moved.value) return parts_.status.fail("修改日期失败：" + moved.message());
         if (from != to) parts_.list.moveAway(number, from, *moved.value, to);

@@ -93,8 +93,7 @@ void TrashOperations::pruneUndoOffer(const Entries& trash) {
   if (!pendingUndoDelete.get()) return;
   PendingUndoDelete offer = *pendingUndoDelete.get();
   std::erase_if(offer.entries, [&](const TrashEntry& entry) {
-    return std::ranges::find(trash, entry.trashSubdir, &TrashEntry::trashSubdir) ==
-           trash.end();
+    return std::ranges::find(trash, entry.trashSubdir, &TrashEntry::trashSubdir) == trash.end();
   });
   offer.id = Uuid::random();
   pendingUndoDelete.set(offer.entries.empty() ? std::nullopt : std::optional(std::move(offer)));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <future>
 #include <latch>
 #include <memory>
 #include <string>
@@ -47,12 +48,16 @@ class DayViewModelTest : public StoreTest {
     });
   }
 
-  // Waits until each of the pool's threads has ended what it was at, and runs what that posted.
-  void drain() {
+  // Waits, without running the loop, until each of the pool's threads has ended what it was at.
+  void endJobs() {
     const auto together = std::make_shared<std::latch>(threads);
     for (std::ptrdiff_t i = 0; i < threads; ++i)
       jobs.submit([together](const std::stop_token&) { together->arrive_and_wait(); });
     together->wait();
+  }
+  // The same, and runs what they posted.
+  void drain() {
+    endJobs();
     bool isDrained = false;
     loop.post([&] { isDrained = true; });
     EXPECT_TRUE(comesTrue([&] { return isDrained; }));
@@ -79,6 +84,29 @@ class DayViewModelTest : public StoreTest {
     ADD_FAILURE() << "no memo with the text " << body;
     return {};
   }
+
+  [[nodiscard]] Memo onDisk(Day date, std::int64_t number) const {
+    return store.memoStore().read(date, number).value();
+  }
+
+  // Holds the next listing of a day's folder until `release`.
+  struct Hold {
+    Hold(DayViewModelTest& test, Day date) : test_(test) {
+      test.files.at(PausingFileSystem::Call::list, test.context.paths.dayFolder(date), [this] {
+        test_.loop.post([this] { isHeld_ = true; });
+        release_.get_future().wait();
+      });
+    }
+    [[nodiscard]] testing::AssertionResult begins() {
+      return test_.comesTrue([this] { return isHeld_; });
+    }
+    void release() { release_.set_value(); }
+
+   private:
+    DayViewModelTest& test_;
+    std::promise<void> release_;
+    bool isHeld_ = false;
+  };
 
   PausingFileSystem files{posixFileSystem()};
   RunLoop loop;

@@ -1,5 +1,3 @@
-#include <future>
-
 #include "Editor/DayViewModelFixture.h"
 #include "Platform/Concurrency/NotificationCenter.h"
 
@@ -8,7 +6,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using Call = PausingFileSystem::Call;
 using Cause = DayViewModel::Cause;
 
 class DayViewModelLoadingTest : public DayViewModelTest {};
@@ -26,9 +23,6 @@ TEST_F(DayViewModelLoadingTest, DayShowsItsMemosLockedAndPinnedFirst) {
   std::vector<bool> loading;
   const Subscription watch =
       model->isLoadingTimeline.observe([&](bool value) { loading.push_back(value); });
-  int stops = 0;
-  const Subscription player = NotificationCenter::shared().observe(
-      Notifications::stopAudioPlayback, [&](const std::string&) { ++stops; });
 
   model->loadDay(today);
   EXPECT_FALSE(model->hasLoadedInitialTimeline.get());
@@ -37,7 +31,6 @@ TEST_F(DayViewModelLoadingTest, DayShowsItsMemosLockedAndPinnedFirst) {
   EXPECT_THAT(ofTheDay(), ElementsAre("四", "锁住", "钉住", "一"));
   EXPECT_THAT(loading, ElementsAre(true, false));
   EXPECT_TRUE(model->hasLoadedInitialTimeline.get());
-  EXPECT_EQ(stops, 1);
 }
 
 TEST_F(DayViewModelLoadingTest, AllMemosCountsInFifties) {
@@ -59,52 +52,97 @@ TEST_F(DayViewModelLoadingTest, AllMemosCountsInFifties) {
   EXPECT_EQ(shown().size(), 60U);
 }
 
-// The first load is held in the middle of its query while others come; whatever order they end in,
-// the last one asked for is what is shown.
-TEST_F(DayViewModelLoadingTest, SlowerEarlierLoadNeverLands) {
+// A load is held in the middle of its query while others come; whatever order they end in, the last
+// one asked for is what is shown, and it alone says when loading ends.
+TEST_F(DayViewModelLoadingTest, OvertakenLoadNeverLands) {
   add(today, "今天");
   add(yesterday, "昨天");
   (void)index.allMemoEntries();
+  int ends = 0;
+  const Subscription watch =
+      model->isLoadingTimeline.observe([&](bool value) { ends += value ? 0 : 1; });
   const auto shows = [&](const std::function<void()>& last) {
-    std::promise<void> release;
-    bool isHeld = false;
-    files.at(Call::list, context.paths.dayFolder(yesterday), [&] {
-      loop.post([&] { isHeld = true; });
-      release.get_future().wait();
-    });
+    Hold hold(*this, yesterday);
     model->loadDay(yesterday);
-    EXPECT_TRUE(comesTrue([&] { return isHeld; }));
+    EXPECT_TRUE(hold.begins());
     last();
     EXPECT_TRUE(isLoaded());
-    release.set_value();
+    hold.release();
     drain();
     return shown();
   };
   EXPECT_THAT(shows([&] { model->loadDay(today); }), ElementsAre("今天"));
   EXPECT_THAT(shows([&] { model->loadAllMemos(); }), ElementsAre("今天", "昨天"));
   EXPECT_THAT(shows([&] { model->loadMemosNoTag(); }), ElementsAre("今天", "昨天"));
-}
+  EXPECT_EQ(ends, 3);
 
-TEST_F(DayViewModelLoadingTest, SupersededLoadLeavesTheLoadingFlagToItsSuccessor) {
-  add(today, "今天");
-  std::promise<void> release;
-  bool isHeld = false;
-  files.at(Call::list, context.paths.dayFolder(today), [&] {
-    loop.post([&] { isHeld = true; });
-    release.get_future().wait();
-  });
-  int loads = 0;
-  const Subscription watch =
-      model->isLoadingTimeline.observe([&](bool value) { loads += value ? 0 : 1; });
+  Hold hold(*this, today);
   model->loadDay(yesterday);
   model->loadDay(today);
-  ASSERT_TRUE(comesTrue([&] { return isHeld; }));
+  ASSERT_TRUE(hold.begins());
   EXPECT_TRUE(model->isLoadingTimeline.get());
-  EXPECT_EQ(loads, 0);
-  release.set_value();
+  hold.release();
   ASSERT_TRUE(isLoaded());
-  EXPECT_EQ(loads, 1);
+  EXPECT_EQ(ends, 4);
   EXPECT_THAT(shown(), ElementsAre("今天"));
+}
+
+// The query ends before the edit, and its answer comes after it.
+TEST_F(DayViewModelLoadingTest, AnswerFromBeforeAnEditIsNotShown) {
+  add(today, "旧");
+  model->loadDay(today);
+  ASSERT_TRUE(isLoaded());
+  std::promise<void> begun;
+  files.at(PausingFileSystem::Call::list, context.paths.dayFolder(today),
+           [&] { begun.set_value(); });
+  model->loadDay(today);
+  begun.get_future().wait();
+  endJobs();
+  Memo memo = listed("旧");
+  memo.body = "新";
+  model->updateMemo(memo);
+  const Subscription watch =
+      model->displayMemos.observe([&](const auto&) { EXPECT_THAT(shown(), ElementsAre("新")); });
+  ASSERT_TRUE(isLoaded());
+  EXPECT_THAT(ofTheDay(), ElementsAre("新"));
+}
+
+// An observer of one property sees the others as they are by then.
+TEST_F(DayViewModelLoadingTest, PropertiesAreSetInTheOrderOfTheLoad) {
+  std::string events;
+  std::vector<Subscription> watches;
+  const auto watch = [&](const auto& property, const char* name) {
+    watches.push_back(property.observe([&events, name](const auto&) { events += name; }));
+  };
+  watch(model->activeSearchQuery, "query ");
+  watch(model->searchResultCount, "count ");
+  watch(model->searchSnippets, "snippets ");
+  watch(model->timelineMode, "mode ");
+  watch(model->currentFilterTag, "tag ");
+  watch(model->selectedDate, "date ");
+  watch(model->isLoadingTimeline, "loading ");
+  watch(model->allMemos, "all ");
+  watch(model->displayMemos, "shown ");
+  watches.push_back(NotificationCenter::shared().observe(
+      Notifications::stopAudioPlayback, [&](const std::string&) { events += "stop "; }));
+  const struct {
+    std::function<void()> load;
+    const char* events;
+  } cases[] = {
+      {[&] { model->loadDay(today); }, "stop query count snippets mode tag date loading "},
+      {[&] { model->loadAllMemos(); }, "stop query count snippets mode tag loading "},
+      {[&] { model->loadMemosWithTag("x"); },
+       "loading stop query count snippets mode tag all shown "},
+      {[&] { model->loadSearchResults({}, "x"); },
+       "loading stop query count snippets tag mode query count snippets "},
+      {[&] { model->refreshCurrentTimeline(Cause::externalWrite); }, "loading "},
+      {[&] { model->loadPinnedMemos(); }, "stop query count snippets tag mode loading all shown "},
+  };
+  for (const auto& test : cases) {
+    events.clear();
+    test.load();
+    EXPECT_EQ(events, test.events);
+  }
 }
 
 TEST_F(DayViewModelLoadingTest, FiltersShowWhatTheirQueriesFind) {

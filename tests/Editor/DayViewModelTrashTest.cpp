@@ -1,5 +1,3 @@
-#include <future>
-
 #include "Editor/DayViewModelFixture.h"
 
 namespace nomely::test {
@@ -8,8 +6,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
-using testing::UnorderedElementsAre;
-using Call = PausingFileSystem::Call;
 
 class DayViewModelTrashTest : public DayViewModelTest {
  protected:

@@ -43,7 +43,7 @@ TEST_F(DayViewModelWritingTest, UpdateShowsAtOnceAndKeepsASnapshot) {
   ASSERT_TRUE(isSettled());
   EXPECT_THAT(events, ElementsAre("saving", "callback", "saved"));
   EXPECT_TRUE(isSaved());
-  EXPECT_EQ(store.memoStore().read(today, 1)->body, "新文");
+  EXPECT_EQ(onDisk(today, 1).body, "新文");
   EXPECT_EQ(VersionStore(context).listVersions(today, 1, {}).at(0).memo.body, "旧文");
   EXPECT_EQ(index.search("新文", 50).size(), 1U);
 }
@@ -61,7 +61,86 @@ TEST_F(DayViewModelWritingTest, FailedUpdateShowsWhatIsOnDisk) {
   EXPECT_THAT(ofTheDay(), ElementsAre("别处写的"));
   EXPECT_THAT(failure(), StartsWith("更新笔记失败："));
   EXPECT_EQ(model->lastError.get(), failure());
-  EXPECT_EQ(store.memoStore().read(today, 1)->body, "别处写的");
+  EXPECT_EQ(onDisk(today, 1).body, "别处写的");
+
+  mine = listed("别处写的");
+  store.deleteMemo(today, mine);
+  mine.body = "我又写的";
+  model->updateMemo(mine);
+  ASSERT_TRUE(isSettled());
+  EXPECT_THAT(failure(), StartsWith("更新笔记失败："));
+  EXPECT_THAT(shown(), IsEmpty());
+  EXPECT_THAT(ofTheDay(), IsEmpty());
+}
+
+// A card may hold an older text than the list, or one that no list has any more.
+TEST_F(DayViewModelWritingTest, PinAndLockNeverBringAnOldTextBack) {
+  add(today, "旧文");
+  loadToday();
+  const Memo card = listed("旧文");
+  Memo memo = card;
+  memo.body = "新文";
+  model->updateMemo(memo);
+  model->togglePinned(card);
+  ASSERT_TRUE(comesTrue([&] { return onDisk(today, 1).pinned; }));
+  ASSERT_TRUE(isSettled());
+  EXPECT_EQ(onDisk(today, 1).body, "新文");
+  EXPECT_THAT(shown(), ElementsAre("新文"));
+
+  model->loadDay(yesterday);
+  ASSERT_TRUE(isLoaded());
+  model->toggleLockedOnTop(card, today);
+  ASSERT_TRUE(isSettled());
+  EXPECT_THAT(failure(), StartsWith("更新笔记失败："));
+  EXPECT_EQ(onDisk(today, 1).body, "新文");
+}
+
+TEST_F(DayViewModelWritingTest, MemoComesBackWhenTheChangeThatTookItOutFails) {
+  Memo memo = store.createMemo(today, {.body = "录音", .attachments = {"a.m4a"}});
+  memo.pinned = true;
+  store.updateMemo(memo, today, {});
+  const struct {
+    const char* name;
+    void (DayViewModel::*load)();
+    void (*change)(Memo&);
+  } cases[] = {
+      {"pinned", &DayViewModel::loadPinnedMemos, [](Memo& mine) { mine.pinned = false; }},
+      {"filter", &DayViewModel::loadMemosWithAudio, [](Memo& mine) { mine.attachments.clear(); }},
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.name);
+    (*model.*test.load)();
+    ASSERT_TRUE(isLoaded());
+    ASSERT_EQ(shown().size(), 1U);
+    Memo mine = *model->displayMemos.get()[0].memo;
+    changeElsewhere(mine, std::string("别处写的") + test.name);
+    test.change(mine);
+    model->updateMemo(mine);
+    EXPECT_THAT(shown(), IsEmpty());
+    ASSERT_TRUE(isSettled());
+    EXPECT_EQ(shown().size(), 1U);
+    EXPECT_THAT(failure(), StartsWith("更新笔记失败："));
+  }
+}
+
+// Another program wrote the note without an identity. It gets one with the first change, and a
+// second change made before the lists know goes on from there.
+TEST_F(DayViewModelWritingTest, ListsTakeOverWhatWasStored) {
+  writeFile(context.paths.memoFile(today, 1), "---\ntime: '08:00'\n---\n\n旧\n");
+  loadToday();
+  std::optional<std::exception_ptr> ended;
+  Memo mine = *model->allMemos.get().at(0).memo;
+  for (const char* body : {"\n\n一", "\n二"}) {
+    mine.body = body;
+    model->updateMemo(mine);
+  }
+  ASSERT_TRUE(comesTrue([&] { return onDisk(today, 1).body == "二"; }));
+  ASSERT_TRUE(isSettled());
+  EXPECT_EQ(failure(), "");
+  EXPECT_TRUE(onDisk(today, 1).memoId);
+  EXPECT_EQ(*model->allMemos.get().at(0).memo, onDisk(today, 1));
+  EXPECT_THAT(model->memos.get(), ElementsAre(onDisk(today, 1)));
+  EXPECT_EQ(VersionStore(context).listVersions(today, 1, {}).size(), 2U);
 }
 
 TEST_F(DayViewModelWritingTest, FailureDoesNotRollBackOverALaterEdit) {
@@ -99,10 +178,10 @@ TEST_F(DayViewModelWritingTest, MemoThatNoLongerBelongsLeavesAtOnce) {
   model->togglePinned(listed("钉住"));
   EXPECT_THAT(shown(), IsEmpty());
   ASSERT_TRUE(isSettled());
-  EXPECT_FALSE(store.memoStore().read(today, 2)->lockedOnTop);
-  model->toggleLockedOnTop(*store.memoStore().read(today, 2), today);
+  EXPECT_FALSE(onDisk(today, 2).lockedOnTop);
+  model->toggleLockedOnTop(onDisk(today, 2), today);
   ASSERT_TRUE(isSettled());
-  EXPECT_TRUE(store.memoStore().read(today, 2)->pinned);
+  EXPECT_TRUE(onDisk(today, 2).pinned);
 }
 
 // A list without dates of its own still finds the memo's day by its identity.
@@ -114,7 +193,7 @@ TEST_F(DayViewModelWritingTest, DateOfAnUpdateIsTheMemosOwn) {
   memo.body = "改过的";
   model->updateMemo(memo);
   ASSERT_TRUE(isSettled());
-  EXPECT_EQ(store.memoStore().read(yesterday, 1)->body, "改过的");
+  EXPECT_EQ(onDisk(yesterday, 1).body, "改过的");
   EXPECT_FALSE(fs::exists(context.paths.dayFolder(today)));
 }
 
@@ -127,8 +206,8 @@ TEST_F(DayViewModelWritingTest, TranscriptsDoNotMakeEveryUpdateAConflict) {
   model->togglePinned(listed("口述"));
   ASSERT_TRUE(isSettled());
   EXPECT_EQ(failure(), "");
-  EXPECT_TRUE(store.memoStore().read(today, 1)->pinned);
-  changeElsewhere(*store.memoStore().read(today, 1), "别处写的");
+  EXPECT_TRUE(onDisk(today, 1).pinned);
+  changeElsewhere(onDisk(today, 1), "别处写的");
   model->togglePinned(listed("口述"));
   ASSERT_TRUE(isSettled());
   EXPECT_EQ(failure(),
@@ -174,8 +253,7 @@ TEST_F(DayViewModelWritingTest, SaveThatARestoreOvertookHasFailed) {
   model->saveMemoAsync(mine, today, original, [&](std::exception_ptr failed) { ended = failed; });
   // The write goes through while this thread, the loop's own, looks at the file.
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (store.memoStore().read(today, 1)->body != "新" &&
-         std::chrono::steady_clock::now() < deadline)
+  while (onDisk(today, 1).body != "新" && std::chrono::steady_clock::now() < deadline)
     std::this_thread::yield();
   store.writes().freeze();
   ASSERT_TRUE(comesTrue([&] { return ended.has_value(); }));
@@ -230,10 +308,10 @@ TEST_F(DayViewModelWritingTest, MoveLeavesTheListsOfTheOldDay) {
   EXPECT_TRUE(isSaved());
   EXPECT_THAT(shown(), ElementsAre("留下的"));
   EXPECT_THAT(ofTheDay(), ElementsAre("留下的"));
-  EXPECT_EQ(store.memoStore().read(yesterday, 2)->body, "要搬的");
+  EXPECT_EQ(onDisk(yesterday, 2).body, "要搬的");
   EXPECT_EQ(index.search("要搬的", 50).at(0).date, yesterday);
 
-  model->moveMemo(*store.memoStore().read(yesterday, 1), yesterday, today);
+  model->moveMemo(onDisk(yesterday, 1), yesterday, today);
   ASSERT_TRUE(isSettled());
   EXPECT_THAT(ofTheDay(), ElementsAre("留下的", "那天的"));
 
@@ -265,7 +343,7 @@ TEST_F(DayViewModelWritingTest, FileJoinsTheMemoAsItIsByThen) {
   memo.body = "改了";
   model->updateMemo(memo);
   ASSERT_TRUE(comesTrue([&] { return saves == 2; }));
-  const Memo saved = *store.memoStore().read(today, 1);
+  const Memo saved = onDisk(today, 1);
   EXPECT_EQ(saved.body, "改了");
   ASSERT_EQ(saved.attachments.size(), 1U);
   EXPECT_EQ(saved.originalNames.at(saved.attachments[0]), "图.png");
@@ -290,7 +368,7 @@ TEST_F(DayViewModelWritingTest, WriteOutlivesTheModel) {
   model->updateMemo(memo);
   model->loadAllMemos();
   model.reset();
-  EXPECT_EQ(store.memoStore().read(today, 1)->body, "新");
+  EXPECT_EQ(onDisk(today, 1).body, "新");
   bool drained = false;
   loop.post([&] { drained = true; });
   EXPECT_TRUE(comesTrue([&] { return drained; }));
