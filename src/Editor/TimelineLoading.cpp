@@ -4,7 +4,7 @@
 
 #include "Core/Extensions/AttachmentKinds.h"
 #include "Platform/Error.h"
-#include "Platform/System/NotificationCenter.h"
+#include "Platform/Concurrency/NotificationCenter.h"
 
 namespace nomely {
 namespace {
