@@ -10,7 +10,7 @@
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
-#include "Platform/System/NotificationCenter.h"
+#include "Platform/Concurrency/NotificationCenter.h"
 
 namespace nomely {
 namespace {
