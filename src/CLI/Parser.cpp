@@ -111,7 +111,8 @@ std::string Parser::help(const std::vector<std::string>& names) const {
 
 Parser::Request Parser::parse(const std::vector<std::string>& arguments) {
   try {
-    app_.parse({arguments.rbegin(), arguments.rend()});  // in the order in which CLI11 takes them
+    // In the order in which CLI11 takes them.
+    app_.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::CallForVersion&) {
     return {.help = std::string(versionText) + "\n"};
   } catch (const CLI::CallForHelp&) {

@@ -105,8 +105,8 @@ class TagsCommand final : public ActionCommand {
   // Asks with what a dry run finds, then makes the change.
   void apply(Session& session, const TagManagementStore& store, const Change& change,
              const std::function<std::string(const TagChange&)>& question) const {
-    if (session.confirm(question(run(session, "查找", change, true)))) {
-      const TagChange done = run(session, "修改", change, false);
+    if (session.confirm(question(hosted(session, "查找", change, true)))) {
+      const TagChange done = hosted(session, "修改", change, false);
       session.say(fmt::format("已处理 {} 条笔记{}。", done.memos,
                               withMemos_ ? "" : "，原文在各条的历史版本里"));
       if (done.failed > 0)
@@ -116,7 +116,7 @@ class TagsCommand final : public ActionCommand {
     if (session.isJson()) list(session, store);
   }
 
-  static TagChange run(Session& session, const char* label, const Change& change, bool isDry) {
+  static TagChange hosted(Session& session, const char* label, const Change& change, bool isDry) {
     TagChange done;
     try {
       session.host([&](const std::stop_token& stop) {
