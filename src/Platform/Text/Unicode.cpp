@@ -101,6 +101,16 @@ Clusters clustersStandingAlone(std::string_view text, std::size_t most) {
   return passed;
 }
 
+// Whether characters that stand alone meet at `offset`.
+bool isSurelyBoundary(std::string_view text, std::size_t offset) {
+  if (offset == 0 || offset == text.size()) return true;
+  std::size_t before = offset - 1;
+  while (before > 0 && offset - before < 3 && isContinuation(text.data() + before)) --before;
+  return lengthStandingAlone(text.substr(before)) == offset - before &&
+         lengthStandingAlone(text.substr(offset)) != 0 &&
+         !(text[before] == '\r' && text[offset] == '\n');
+}
+
 // Calls `use` with an iterator over the clusters of `text`.
 template <typename Use>
 void withGraphemes(std::string_view text, Use use) {
@@ -341,6 +351,7 @@ std::string_view graphemePrefix(std::string_view text, std::size_t count) {
 }
 
 std::size_t graphemesBefore(std::string_view text, std::size_t offset, std::size_t count) {
+  if (count == 0 && isSurelyBoundary(text, offset)) return offset;
   std::size_t begin = 0;
   withGraphemes(text, [&](icu::BreakIterator& iterator) {
     auto at = static_cast<int32_t>(offset);
@@ -352,6 +363,7 @@ std::size_t graphemesBefore(std::string_view text, std::size_t offset, std::size
 }
 
 std::size_t graphemesAfter(std::string_view text, std::size_t offset, std::size_t count) {
+  if (count == 0 && isSurelyBoundary(text, offset)) return offset;
   std::size_t end = text.size();
   withGraphemes(text, [&](icu::BreakIterator& iterator) {
     auto at = static_cast<int32_t>(offset);

@@ -9,10 +9,10 @@ namespace nomely::test {
 namespace {
 
 using Kind = ParseError::Kind;
-using testing::HasSubstr;
 using MemoFrontmatterParser::losesOnRewrite;
 using MemoFrontmatterParser::parse;
 using MemoFrontmatterParser::serialize;
+using testing::HasSubstr;
 
 MemoFrontmatter typicalMemo() {
   MemoFrontmatter memo;

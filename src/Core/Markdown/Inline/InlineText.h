@@ -29,7 +29,7 @@ inline constexpr TextColor highlightColor{1.0, 0.92, 0.4, 1.0};
 // The text of one block, styled. Kept in the shared cache without its highlight.
 [[nodiscard]] StyledText inlineAttributed(std::string_view text, const InlineOptions& options = {});
 
-// Marks every occurrence of the keyword, whatever its case; a blank keyword marks nothing.
+// Marks every occurrence of the keyword, as TextNeedle finds it; a blank keyword marks nothing.
 [[nodiscard]] StyledText applyingHighlightKeyword(StyledText text, std::string_view keyword);
 
 // A text without spans, styled.
@@ -41,7 +41,8 @@ inline constexpr TextColor highlightColor{1.0, 0.92, 0.4, 1.0};
 [[nodiscard]] StyledText manualBoldFallback(std::string_view text,
                                             const std::optional<TextColor>& defaultColor);
 
-// Links that stand in the text as they are, made into Markdown's.
+// Links that stand in the text as they are, made into Markdown's: "a.com" → "[a.com](a.com)". Those
+// in code and in links that are written in Markdown stay.
 [[nodiscard]] std::string wrapBareURLsAsMarkdownLinks(std::string_view text);
 
 }  // namespace MarkdownTextView
