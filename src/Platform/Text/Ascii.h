@@ -3,13 +3,16 @@
 #include <algorithm>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace nomely {
 
 // Letters of ASCII in lower case; everything else stays as it is.
 
-[[nodiscard]] constexpr char loweredAscii(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
+template <typename Character>
+requires std::is_integral_v<Character>
+[[nodiscard]] constexpr Character loweredAscii(Character c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<Character>(c | 0x20) : c;
 }
 
 [[nodiscard]] inline std::string loweredAscii(std::string_view text) {

@@ -1,5 +1,6 @@
 #include "Core/Markdown/Clipboard/HtmlScanner.h"
 
+#include "Platform/Text/Ascii.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -9,10 +10,6 @@ using HtmlScanner::Element;
 using HtmlScanner::Names;
 
 constexpr std::size_t nowhere = std::string_view::npos;
-
-char lowered(char letter) {
-  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
 
 // What a letter beyond ASCII folds to where case does not count; empty for all others.
 std::string_view foldedToAscii(char32_t character) {
@@ -135,7 +132,7 @@ std::vector<Address> addresses(std::string_view text) {
 bool isLanguageCharacter(std::string_view text, std::size_t at) {
   const DecodedCharacter next = decodeFirst(text.substr(at));
   if (next.length > 1) return foldedToAscii(next.value).size() == 1;
-  const char letter = lowered(text[at]);
+  const char letter = loweredAscii(text[at]);
   return (letter >= 'a' && letter <= 'z') || (letter >= '0' && letter <= '9') || letter == '_' ||
          letter == '+' || letter == '-';
 }
@@ -154,7 +151,7 @@ std::optional<std::size_t> HtmlScanner::matchName(std::string_view text, std::si
   while (!name.empty()) {
     if (at >= text.size()) return std::nullopt;
     if (static_cast<unsigned char>(text[at]) < 0x80) {
-      if (lowered(text[at++]) != name.front()) return std::nullopt;
+      if (loweredAscii(text[at++]) != name.front()) return std::nullopt;
       name.remove_prefix(1);
       continue;
     }

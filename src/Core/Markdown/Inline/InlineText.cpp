@@ -135,21 +135,21 @@ StyledText MarkdownTextView::applyingHighlightKeyword(StyledText text, std::stri
   auto run = text.runs.begin();
   std::size_t runEnd = 0;
   // Copies up to `end`, each run's part with a style of its own.
-  const auto copyTo = [&](std::size_t end, const std::optional<TextColor>& background) {
+  const auto copyTo = [&](std::size_t end, bool isHit) {
     while (at < end) {
       if (at == runEnd) runEnd += run++->length;
       const std::size_t stop = std::min(end, runEnd);
       TextStyle style = std::prev(run)->style;
-      if (background) style.background = background;
+      style.isHit = isHit;
       marked.append(all.substr(at, stop - at), style);
       at = stop;
     }
   };
   for (const auto& hit : TextNeedle(sought).allIn(all)) {
-    copyTo(hit.begin, std::nullopt);
-    copyTo(hit.end, highlightColor);
+    copyTo(hit.begin, false);
+    copyTo(hit.end, true);
   }
-  copyTo(all.size(), std::nullopt);
+  copyTo(all.size(), false);
   return marked;
 }
 
@@ -158,8 +158,7 @@ StyledText MarkdownTextView::markdownAttributed(std::string_view text,
   StyledText attributed = parsedInline(wrapBareURLsAsMarkdownLinks(text));
   if (attributed.text.find(boldMark) != npos) return manualBoldFallback(text, defaultColor);
   attributed.restyle([&](TextStyle& style) {
-    style.foreground = style.link != nullptr ? linkColor : defaultColor;
-    if (style.link != nullptr) style.underline = TextLine::single;
+    if (style.link == nullptr) style.foreground = defaultColor;
   });
   return attributed;
 }
