@@ -3,9 +3,8 @@
 
 #include <cmark-gfm.h>
 
-#include "Core/Markdown/Blocks/BlockParser.h"
-#include "Core/Markdown/Inline/InlineText.h"
 #include "Core/Markdown/Inline/MemoBodyKit.h"
+#include "Core/Markdown/MarkdownTextView.h"
 #include "Core/Markdown/Text/MemoTextSanitizer.h"
 #include "Core/Markdown/Text/TagParser.h"
 #include "Platform/Text/RegularExpression.h"

@@ -8,8 +8,7 @@
 #include <fmt/format.h>
 
 #include "CLI/TableDrawing.h"
-#include "Core/Markdown/Blocks/BlockParser.h"
-#include "Core/Markdown/Inline/InlineText.h"
+#include "Core/Markdown/MarkdownTextView.h"
 #include "Core/Markdown/Text/MemoTextUtilities.h"
 #include "Platform/Text/Unicode.h"
 
@@ -28,16 +27,16 @@ std::string codesOf(const TextStyle& its) {
   std::vector<std::string> codes;
   if (its.weight == FontWeight::bold) codes.emplace_back("1");
   if (its.slant == FontSlant::italic) codes.emplace_back("3");
-  if (its.underline == TextLine::single) codes.emplace_back("4");
-  if (its.strikethrough == TextLine::single) codes.emplace_back("9");
+  if (its.link != nullptr) codes.emplace_back("4");
+  if (its.isStruck) codes.emplace_back("9");
   // Links and code have the terminal's own colours, which go with its background.
-  if (its.link != nullptr && its.foreground == MarkdownTextView::linkColor)
-    codes.emplace_back("34");
-  else if (its.foreground)
+  if (its.foreground)
     codes.push_back(colorCode("38", *its.foreground));
-  else if (its.width == FontWidth::monospace)
+  else if (its.link != nullptr)
+    codes.emplace_back("34");
+  else if (its.isCode)
     codes.emplace_back("36");
-  if (its.background) codes.push_back("30;" + colorCode("48", *its.background));
+  if (its.isHit) codes.push_back("30;" + colorCode("48", MarkdownTextView::highlightColor));
   return fmt::format("{}", fmt::join(codes, ";"));
 }
 
@@ -176,7 +175,7 @@ std::string MarkdownDrawing::draw(const StyledText& text, const Style& style) {
     const bool isLinkStart = i == 0 || text.runs[i - 1].style.link != its.link;
     if (isLinkStart) linkBegin = begin;
     begin += length;
-    // Where a link leads is said behind it, unless its text says so.
+    // Where a link leads is said after it, unless its text says so.
     const bool isLinkEnd = i + 1 == text.runs.size() || text.runs[i + 1].style.link != its.link;
     if (its.link != nullptr && isLinkEnd &&
         std::string_view(text.text).substr(linkBegin, begin - linkBegin) != *its.link)

@@ -6,7 +6,7 @@
 
 #include "CLI/Terminal.h"
 #include "Core/Markdown/Blocks/MarkdownBlock.h"
-#include "Core/Markdown/Inline/StyledText.h"
+#include "Core/Markdown/Text/StyledText.h"
 
 namespace nomely {
 

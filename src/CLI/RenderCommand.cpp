@@ -4,10 +4,11 @@
 #include "CLI/InputFile.h"
 #include "CLI/MarkdownDrawing.h"
 #include "CLI/UsageError.h"
-#include "Core/Markdown/Blocks/BlockParser.h"
 #include "Core/Markdown/Inline/MemoBodyKit.h"
+#include "Core/Markdown/MarkdownTextView.h"
 #include "Core/Markdown/Text/MemoTextUtilities.h"
 #include "Export/MarkdownHTML.h"
+#include "Platform/Text/LineEnds.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -103,9 +104,9 @@ class RenderCommand final : public Command {
 
  private:
   [[nodiscard]] std::string read(const Session& session) const {
-    std::string text = InputFile::read(session.files(), file_);
-    if (!isValidUtf8(text)) throw UsageError("输入不是有效的 UTF-8 文本");
-    return text;
+    const std::string text = InputFile::read(session.files(), file_);
+    if (!isValidUtf8(text)) throw UsageError("输入不是有效的 UTF-8 文本。请先转换编码");
+    return withLineFeeds(text);
   }
 
   static void printHtml(const std::string& text, const Session& session) {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "CLI/MarkdownDrawing.h"
-#include "Core/Markdown/Inline/InlineText.h"
+#include "Core/Markdown/MarkdownTextView.h"
 #include "Core/Markdown/Tables/MarkdownTableLayout.h"
 #include "Platform/Text/Unicode.h"
 

@@ -9,28 +9,24 @@
 
 #include "CLI/InputFile.h"
 #include "CLI/UsageError.h"
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Uuid.h"
+#include "Platform/Text/LineEnds.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
 namespace {
 
-std::string checkedUtf8(std::string text, std::string_view from) {
-  if (isValidUtf8(text)) return text;
-  throw UsageError(fmt::format("{}不是有效的 UTF-8 文本，未作任何改动。请先转换编码", from));
-}
-
-// Lines that a body would lose with its next reading anyway, and the line feed that ends a text
-// file but is no part of what was said.
-std::string asBody(std::string_view text) {
-  for (;;) {
-    const std::size_t end = text.find('\n');
-    if (end == std::string_view::npos || !trimHorizontal(text.substr(0, end)).empty()) break;
-    text.remove_prefix(end + 1);
-  }
-  if (text.ends_with('\n')) text.remove_suffix(1);
-  return std::string(text);
+// The body that `text` is: without what reading would drop from it, and without the line feed that
+// ends a text file but is no part of what was said.
+std::string asBody(const std::string& text, std::string_view from) {
+  if (!isValidUtf8(text))
+    throw UsageError(fmt::format("{}不是有效的 UTF-8 文本，未作任何改动。请先转换编码", from));
+  const std::string plain = withLineFeeds(text);
+  std::string_view body = MemoFrontmatterParser::bodyAsRead(plain);
+  if (body.ends_with('\n')) body.remove_suffix(1);
+  return std::string(body);
 }
 
 // Runs the user's editor on `file` and returns its exit status, 128 plus the signal for a death.
@@ -70,10 +66,9 @@ void TextInput::accept() {
 
 std::optional<std::string> TextInput::read(const std::optional<std::string>& argument,
                                            const std::string& original) {
-  if (argument && *argument != "-") return asBody(checkedUtf8(*argument, "正文"));
+  if (argument && *argument != "-") return asBody(*argument, "正文");
   if (!argument && Terminal::isInput() && session_.options.noInput) return "";
-  if (argument || !Terminal::isInput())
-    return asBody(checkedUtf8(InputFile::readStandardInput(), "标准输入"));
+  if (argument || !Terminal::isInput()) return asBody(InputFile::readStandardInput(), "标准输入");
   return fromEditor(original);
 }
 
@@ -97,7 +92,7 @@ std::optional<std::string> TextInput::fromEditor(const std::string& original) {
   if (status != 0)
     throw Error("editor.failed", fmt::format("编辑器以状态 {} 退出，笔记未改动", status));
   if (isUnchanged) return std::nullopt;
-  return asBody(checkedUtf8(edited, "编辑器保存的文件"));
+  return asBody(edited, "编辑器保存的文件");
 }
 
 }  // namespace nomely

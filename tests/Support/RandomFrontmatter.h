@@ -13,7 +13,9 @@ namespace nomely::test {
 // Headers made to be hard to write. `Source` has `std::uint32_t below(std::uint32_t bound)`.
 
 // Pieces that mean something to YAML, to the header's fence, or to the folding of lines.
-inline constexpr std::array<std::string_view, 80> hardPieces{"---",
+inline constexpr std::array<std::string_view, 82> hardPieces{"---",
+                                                             "\uE000",
+                                                             "💡\\U0001F4A1",
                                                              "\n---\n",
                                                              "...",
                                                              "\n...\n",

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "Core/Extensions/PathNames.h"
+#include "Platform/Text/Replacing.h"
 
 namespace nomely {
 namespace {
@@ -43,12 +44,6 @@ const TypeRow& rowFor(std::string_view filename) {
   return row == typeRows.end() ? unknownType : *row;
 }
 
-void replaceAll(std::string& text, std::string_view from, std::string_view to) {
-  for (std::size_t at = text.find(from); at != std::string::npos;
-       at = text.find(from, at + to.size()))
-    text.replace(at, from.size(), to);
-}
-
 }  // namespace
 
 std::string AttachmentNamingKit::displayName(std::string_view filename,
@@ -68,7 +63,7 @@ std::string AttachmentNamingKit::displayName(std::string_view filename,
 std::string AttachmentNamingKit::suggestedDownloadName(std::string_view filename,
                                                        std::string_view title) {
   std::string name(title);
-  for (const std::string_view unfit : {"：", "/", ":"}) replaceAll(name, unfit, "-");
+  for (const std::string_view unfit : {"：", "/", ":"}) name = replacingAll(name, unfit, "-");
   if (name.empty()) return std::string(filename);
   const std::string_view extension = pathExtension(filename);
   return extension.empty() ? name : fmt::format("{}.{}", name, extension);

@@ -1,5 +1,7 @@
 #include "Core/Extensions/PathNames.h"
 
+#include "Platform/Text/Ascii.h"
+
 namespace nomely {
 
 std::string_view lastComponent(std::string_view path) {
@@ -20,10 +22,7 @@ std::string_view withoutExtension(std::string_view name) {
 }
 
 std::string lowerCaseExtension(std::string_view name) {
-  std::string lower(pathExtension(name));
-  for (char& c : lower)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return lower;
+  return loweredAscii(pathExtension(name));
 }
 
 }  // namespace nomely

@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_set>
 
+#include "Platform/Text/Replacing.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
 namespace {
 
-constexpr std::string_view fullWidthSolidus = "／";
 constexpr std::array<std::string_view, 3> edgeMarks{"#", "，", ","};
 
 std::string_view withoutEdgeMarks(std::string_view text) {
@@ -30,19 +31,16 @@ std::string_view withoutEdgeMarks(std::string_view text) {
 
 std::vector<std::string> TagUtilities::uniqueTags(const std::vector<std::string>& tags) {
   std::vector<std::string> unique;
+  std::unordered_set<std::string_view> seen;
   for (const std::string& tag : tags) {
     const std::string_view trimmed = trimSpaceAndBreaks(tag);
-    if (!trimmed.empty() && std::ranges::find(unique, trimmed) == unique.end())
-      unique.emplace_back(trimmed);
+    if (!trimmed.empty() && seen.insert(trimmed).second) unique.emplace_back(trimmed);
   }
   return unique;
 }
 
 std::optional<std::string> TagUtilities::cleanTag(std::string_view typed) {
-  std::string tag(withoutEdgeMarks(trimSpaceAndBreaks(typed)));
-  for (std::size_t at = tag.find(fullWidthSolidus); at != std::string::npos;
-       at = tag.find(fullWidthSolidus, at))
-    tag.replace(at, fullWidthSolidus.size(), "/");
+  std::string tag = replacingAll(withoutEdgeMarks(trimSpaceAndBreaks(typed)), "／", "/");
   if (tag.empty() || tag.starts_with('/') || tag.ends_with('/') ||
       tag.find("//") != std::string::npos)
     return std::nullopt;

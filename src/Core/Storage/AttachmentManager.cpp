@@ -10,6 +10,7 @@
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
 #include "Platform/System/Uuid.h"
+#include "Platform/Text/Ascii.h"
 #include "Platform/Text/CodePage.h"
 #include "Platform/Text/Unicode.h"
 
@@ -136,11 +137,8 @@ std::optional<std::string> AttachmentStorage::save(const StoreContext& context,
       Log::error(LogChannel::storage, "⚠️ AttachmentStorage.save: {}", error.what());
       return std::nullopt;
     }
-    std::string name = Uuid::random().string();
-    std::ranges::transform(name, name.begin(), [](char c) {
-      return c >= 'A' && c <= 'F' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
-    name = withExtension(std::move(name), extName.value_or(""));
+    const std::string name =
+        withExtension(loweredAscii(Uuid::random().string()), extName.value_or(""));
     if (!VersionStore::isSafeFilename(name)) return std::nullopt;
     context.files.writeAtomically(folder / name, data);
     return name;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "Platform/Text/Ascii.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -29,8 +30,7 @@ void forEachCharacter(std::string_view text, Visit visit) {
   char32_t previous = 0;
   while (!text.empty()) {
     const DecodedCharacter decoded = decodeFirst(text);
-    char32_t character = decoded.value;
-    if (character >= 'A' && character <= 'Z') character |= 0x20U;
+    const char32_t character = loweredAscii(decoded.value);
     visit(previous, character);
     previous = character;
     text.remove_prefix(decoded.length);

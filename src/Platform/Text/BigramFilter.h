@@ -7,9 +7,9 @@
 
 namespace nomely {
 
-// Tells at a glance that a text can't contain another: it remembers, not quite exactly, which
-// characters and which pairs of neighbours there are. Takes about a third of the text's size.
-// Capital ASCII letters count as small ones. Immutable once filled; safe on any thread then.
+// A Bloom filter of the characters and the pairs of neighbours that texts hold: it tells at a
+// glance that a text can't contain another. Takes about a third of the text's size. Capital ASCII
+// letters count as small ones. Immutable once filled; safe on any thread then.
 class BigramFilter {
  public:
   // A text to look for, without capital ASCII letters.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bitset>
+#include <cstdint>
 #include <cstdlib>
 #include <stdexcept>
 #include <vector>
@@ -10,6 +11,7 @@
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
+#include "Platform/Text/Ascii.h"
 #include "Platform/Text/LoweredSearch.h"
 #include "Platform/Text/Unicode.h"
 
@@ -26,7 +28,7 @@ const icu::Normalizer2& composer() {
   return instance;
 }
 
-// Characters beyond ASCII that folding leaves as they are and that join nothing in front of them:
+// Characters beyond ASCII that folding leaves as they are and that join nothing before them:
 // Han and most others without case. Those above the table are looked at one by one.
 constexpr std::size_t tableSize = 0x20000;
 
@@ -44,12 +46,7 @@ const std::bitset<tableSize>& plainTable() {
   return table;
 }
 
-bool isUpperAscii(char c) {
-  return c >= 'A' && c <= 'Z';
-}
-char lowerAscii(char c) {
-  return isUpperAscii(c) ? static_cast<char>(c | 0x20) : c;
-}
+constexpr auto lowerAscii = [](char c) { return loweredAscii(c); };
 
 // A stretch of text that is folded without regard to its neighbours.
 struct Piece {
@@ -59,7 +56,7 @@ struct Piece {
 };
 
 // Cuts a text into pieces: long plain ones, and single characters that folding changes or that
-// combine, each with the marks behind it.
+// combine, each with the marks on it.
 class PieceReader {
  public:
   PieceReader(std::string_view text, CaseRules rules)
@@ -87,7 +84,7 @@ class PieceReader {
   // Where the plain text from `begin` ends: a character that a mark follows is no part of it.
   [[nodiscard]] std::size_t plainEnd(std::size_t begin) const {
     std::size_t at = begin;
-    std::size_t last = begin;  // where the character in front of `at` begins
+    std::size_t last = begin;  // where the character before `at` begins
     while (at < text_.size()) {
       const auto byte = static_cast<unsigned char>(text_[at]);
       std::size_t length = 0;
@@ -142,15 +139,14 @@ struct MovedPiece {
 enum class Side { begin, end };
 
 std::size_t originalOffset(const std::vector<MovedPiece>& moved, std::size_t offset, Side side) {
-  std::ptrdiff_t shift = 0;
-  for (const MovedPiece& piece : moved) {
-    if (side == Side::begin ? offset < piece.foldedBegin : offset <= piece.foldedBegin) break;
-    if (offset < piece.foldedEnd)
-      return side == Side::begin ? piece.original.begin : piece.original.end;
-    shift = static_cast<std::ptrdiff_t>(piece.original.end) -
-            static_cast<std::ptrdiff_t>(piece.foldedEnd);
-  }
-  return static_cast<std::size_t>(static_cast<std::ptrdiff_t>(offset) + shift);
+  const auto after = std::ranges::partition_point(moved, [&](const MovedPiece& piece) {
+    return side == Side::begin ? piece.foldedBegin <= offset : piece.foldedBegin < offset;
+  });
+  if (after == moved.begin()) return offset;
+  const MovedPiece& piece = *std::prev(after);
+  if (offset < piece.foldedEnd)
+    return side == Side::begin ? piece.original.begin : piece.original.end;
+  return piece.original.end + (offset - piece.foldedEnd);
 }
 
 }  // namespace
@@ -183,7 +179,7 @@ std::optional<std::string> foldedBeyondAscii(std::string_view text, CaseRules ru
   std::string folded;
   for (Piece piece; pieces.next(piece);) {
     if (piece.isPlain) continue;
-    // A mark that nothing composes with folds to itself, as do the letters in front of it.
+    // A mark that nothing composes with folds to itself, as do the letters before it.
     folded.clear();
     appendFolded(folded, text, piece, rules);
     if (!std::ranges::equal(folded, text.substr(piece.begin, piece.end - piece.begin), {}, {},
@@ -213,6 +209,16 @@ bool TextNeedle::isIn(std::string_view text) const {
 }
 
 std::optional<TextNeedle::Range> TextNeedle::firstIn(std::string_view text) const {
+  const std::vector<Range> first = occurrences(text, 1);
+  return first.empty() ? std::nullopt : std::optional(first.front());
+}
+
+std::vector<TextNeedle::Range> TextNeedle::allIn(std::string_view text) const {
+  return occurrences(text, SIZE_MAX);
+}
+
+std::vector<TextNeedle::Range> TextNeedle::occurrences(std::string_view text,
+                                                       std::size_t most) const {
   std::string folded;
   std::vector<MovedPiece> moved;
   PieceReader pieces(text, rules_);
@@ -221,11 +227,20 @@ std::optional<TextNeedle::Range> TextNeedle::firstIn(std::string_view text) cons
     appendFolded(folded, text, piece, rules_);
     if (!piece.isPlain) moved.push_back({piece, begin, folded.size()});
   }
-  const std::optional<std::size_t> found = findInFolded(folded);
-  if (!found) return std::nullopt;
-  const std::size_t begin = originalOffset(moved, *found, Side::begin);
-  const std::size_t end = originalOffset(moved, *found + folded_.size(), Side::end);
-  return Range{graphemesBefore(text, begin, 0), graphemesAfter(text, end, 0)};
+  std::vector<Range> found;
+  std::string_view rest = folded;
+  for (auto at = findInFolded(rest); at && found.size() < most; at = findInFolded(rest)) {
+    rest.remove_prefix(*at + folded_.size());
+    const std::size_t foldedEnd = folded.size() - rest.size();
+    const std::size_t begin = originalOffset(moved, foldedEnd - folded_.size(), Side::begin);
+    const std::size_t end = originalOffset(moved, foldedEnd, Side::end);
+    const Range wide{graphemesBefore(text, begin, 0), graphemesAfter(text, end, 0)};
+    if (!found.empty() && wide.begin < found.back().end)
+      found.back().end = std::max(found.back().end, wide.end);
+    else
+      found.push_back(wide);
+  }
+  return found;
 }
 
 }  // namespace nomely

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace nomely {
 
@@ -53,8 +54,13 @@ class TextNeedle {
   [[nodiscard]] bool isIn(std::string_view text) const;
   // The first occurrence in any text, widened to whole grapheme clusters of that text.
   [[nodiscard]] std::optional<Range> firstIn(std::string_view text) const;
+  // Every occurrence, each looked for after the one before it, widened in the same way; those that
+  // then overlap are one. Linear in the text.
+  [[nodiscard]] std::vector<Range> allIn(std::string_view text) const;
 
  private:
+  [[nodiscard]] std::vector<Range> occurrences(std::string_view text, std::size_t most) const;
+
   CaseRules rules_;
   std::string folded_;
   // The two bytes of `folded_` that are looked for first, those that say most.

@@ -1,5 +1,7 @@
 #include "Platform/Text/Unicode.h"
 
+#include <algorithm>
+#include <bitset>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -24,27 +26,20 @@ bool isContinuation(const char* at) {
   return (byteAt(at) & 0xC0U) == 0x80U;
 }
 
-// Length of the well-formed multi-byte sequence at `at`, 0 if there is none before `end`.
-std::size_t sequenceLength(const char* at, const char* end) {
-  const Byte lead = byteAt(at);
-  const auto left = static_cast<std::size_t>(end - at);
-  if (lead >= 0xE1 && lead <= 0xEC)  // most Chinese text
-    return left >= 3 && isContinuation(at + 1) && isContinuation(at + 2) ? 3 : 0;
-  if (lead >= 0xC2 && lead <= 0xDF) return left >= 2 && isContinuation(at + 1) ? 2 : 0;
-  if (lead >= 0xE0 && lead <= 0xEF) {
-    if (left < 3 || !isContinuation(at + 1) || !isContinuation(at + 2)) return 0;
-    if (lead == 0xE0 && byteAt(at + 1) < 0xA0) return 0;  // overlong
-    if (lead == 0xED && byteAt(at + 1) > 0x9F) return 0;  // surrogate
-    return 3;
-  }
-  if (lead >= 0xF0 && lead <= 0xF4) {
-    if (left < 4 || !isContinuation(at + 1) || !isContinuation(at + 2) || !isContinuation(at + 3))
-      return 0;
-    if (lead == 0xF0 && byteAt(at + 1) < 0x90) return 0;  // overlong
-    if (lead == 0xF4 && byteAt(at + 1) > 0x8F) return 0;  // beyond U+10FFFF
-    return 4;
-  }
-  return 0;
+struct Decoded {
+  UChar32 value = 0;  // negative where no well-formed sequence begins
+  int32_t length = 0;
+};
+
+// What begins at `at`, before `end`.
+Decoded decode(const char* at, const char* end) {
+  const auto left = static_cast<int32_t>(std::min<std::ptrdiff_t>(end - at, U8_MAX_LENGTH));
+  Decoded next;
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wconversion"  // inside the macro
+  U8_NEXT(at, next.length, left, next.value);
+#pragma GCC diagnostic pop
+  return next;
 }
 
 // The base library's iterator is not shareable between threads and costly to build.
@@ -59,25 +54,31 @@ icu::BreakIterator& graphemeIterator() {
   return *iterator;
 }
 
-// Length of the character at the beginning of `text` when it is of those that never join with one
-// another, but for a carriage return with its line feed: ASCII, most ideographs, kana, and the
-// marks of Chinese text. 0 for any other.
+// Characters of the first plane that never join with one another, but for a carriage return with
+// its line feed: most text of this application is of nothing else.
+constexpr std::size_t firstPlane = 0x10000;
+
+const std::bitset<firstPlane>& standingAlone() {
+  static const auto table = [] {
+    std::bitset<firstPlane> alone;
+    for (UChar32 c = 0; c < static_cast<UChar32>(firstPlane); ++c) {
+      const int kind = u_getIntPropertyValue(c, UCHAR_GRAPHEME_CLUSTER_BREAK);
+      alone[static_cast<std::size_t>(c)] =
+          !U_IS_SURROGATE(c) &&
+          (kind == U_GCB_OTHER || kind == U_GCB_CONTROL || kind == U_GCB_CR || kind == U_GCB_LF);
+    }
+    return alone;
+  }();
+  return table;
+}
+
+// Length of the character at the beginning of `text` when it is one of those, 0 for any other.
 std::size_t lengthStandingAlone(std::string_view text) {
-  const Byte lead = byteAt(text.data());
-  if (lead < 0x80) return 1;
-  if (lead < 0xE2 || lead > 0xEF || text.size() < 3) return 0;
-  const Byte second = byteAt(text.data() + 1);
-  const Byte third = byteAt(text.data() + 2);
-  if (!isContinuation(text.data() + 1) || !isContinuation(text.data() + 2)) return 0;
-  if (lead >= 0xE4 && lead <= 0xE9) return 3;  // U+4000 to U+9FFF
-  if (lead == 0xE2) return second == 0x80 && third >= 0x90 && third <= 0xA7 ? 3 : 0;
-  if (lead == 0xE3) {
-    const bool mayJoin = (second == 0x80 && third >= 0xAA && third <= 0xBD) ||
-                         (second == 0x82 && (third == 0x99 || third == 0x9A)) ||
-                         (second >= 0x8A && second <= 0x8B);
-    return mayJoin ? 0 : 3;
-  }
-  return lead == 0xEF && (second == 0xBC || second == 0xBD) ? 3 : 0;
+  if (byteAt(text.data()) < 0x80) return 1;
+  const DecodedCharacter first = decodeFirst(text);
+  const bool isWellFormed = first.length > 1;
+  return isWellFormed && first.value < firstPlane && standingAlone()[first.value] ? first.length
+                                                                                  : 0;
 }
 
 struct Clusters {
@@ -85,8 +86,8 @@ struct Clusters {
   std::size_t end = 0;  // bytes
 };
 
-// Goes over characters that stand alone, `most` at the most, and stops in front of one that may be
-// part of a cluster with what follows.
+// Goes over characters that stand alone, `most` at the most, and stops before one that may be part
+// of a cluster with what follows.
 Clusters clustersStandingAlone(std::string_view text, std::size_t most) {
   Clusters passed;
   std::size_t length = text.empty() ? 0 : lengthStandingAlone(text);
@@ -101,6 +102,16 @@ Clusters clustersStandingAlone(std::string_view text, std::size_t most) {
   return passed;
 }
 
+// Whether characters that stand alone meet at `offset`.
+bool isSurelyBoundary(std::string_view text, std::size_t offset) {
+  if (offset == 0 || offset == text.size()) return true;
+  std::size_t before = offset - 1;
+  while (before > 0 && offset - before < 3 && isContinuation(text.data() + before)) --before;
+  return lengthStandingAlone(text.substr(before)) == offset - before &&
+         lengthStandingAlone(text.substr(offset)) != 0 &&
+         !(text[before] == '\r' && text[offset] == '\n');
+}
+
 // Calls `use` with an iterator over the clusters of `text`.
 template <typename Use>
 void withGraphemes(std::string_view text, Use use) {
@@ -113,7 +124,7 @@ void withGraphemes(std::string_view text, Use use) {
   utext_close(&source);
 }
 
-// Calls `visit(end)` with the byte offset behind each cluster until it returns false.
+// Calls `visit(end)` with the byte offset where each cluster ends until it returns false.
 template <typename Visit>
 void forEachGrapheme(std::string_view text, Visit visit) {
   withGraphemes(text, [&](icu::BreakIterator& iterator) {
@@ -133,13 +144,6 @@ std::size_t columnsOf(std::string_view cluster) {
   const bool isEmoji = u_hasBinaryProperty(first, UCHAR_REGIONAL_INDICATOR) != 0 ||
                        cluster.find(emojiSelector) != std::string_view::npos;
   return isEmoji ? 2 : 1;
-}
-
-// Units that never join with one another, but for a carriage return with its line feed: most text
-// of this application is of nothing else.
-bool standsAlone(char16_t unit) {
-  return unit < 0x80 || (unit >= 0x2010 && unit <= 0x2027) || (unit >= 0x4E00 && unit <= 0x9FFF) ||
-         (unit >= 0x3000 && unit <= 0x3029) || (unit >= 0xFF01 && unit <= 0xFF60);
 }
 
 std::vector<std::size_t> endsByIterator(std::u16string_view text) {
@@ -196,30 +200,18 @@ bool isValidUtf8(std::string_view bytes) {
     }
     while (at != end && byteAt(at) < 0x80) ++at;
     while (at != end && byteAt(at) >= 0x80) {
-      const std::size_t length = sequenceLength(at, end);
-      if (length == 0) return false;
-      at += length;
+      const Decoded next = decode(at, end);
+      if (next.value < 0) return false;
+      at += next.length;
     }
   }
   return true;
 }
 
 DecodedCharacter decodeFirst(std::string_view text) {
-  const char* const at = text.data();
-  const Byte lead = byteAt(at);
-  if (lead < 0x80) return {lead, 1};
-  const std::size_t length = sequenceLength(at, at + text.size());
-  const auto tail = [&](std::size_t i) { return static_cast<char32_t>(byteAt(at + i) & 0x3FU); };
-  switch (length) {
-    case 2:
-      return {(lead & 0x1FU) << 6U | tail(1), 2};
-    case 3:
-      return {(lead & 0x0FU) << 12U | tail(1) << 6U | tail(2), 3};
-    case 4:
-      return {(lead & 0x07U) << 18U | tail(1) << 12U | tail(2) << 6U | tail(3), 4};
-    default:
-      return {0xFFFD, 1};
-  }
+  const Decoded next = decode(text.data(), text.data() + text.size());
+  if (next.value < 0) return {0xFFFD, 1};
+  return {static_cast<char32_t>(next.value), static_cast<std::size_t>(next.length)};
 }
 
 void appendUtf8(std::string& text, char32_t character) {
@@ -312,8 +304,9 @@ std::size_t graphemeCountUpTo(std::string_view text, std::size_t most) {
 std::vector<std::size_t> graphemeEnds(std::u16string_view text) {
   std::vector<std::size_t> ends;
   ends.reserve(text.size());
+  const std::bitset<firstPlane>& alone = standingAlone();
   const auto isSurelyEnd = [&](std::size_t at) {
-    return at == text.size() || (standsAlone(text[at - 1]) && standsAlone(text[at]) &&
+    return at == text.size() || (alone[text[at - 1]] && alone[text[at]] &&
                                  !(text[at - 1] == u'\r' && text[at] == u'\n'));
   };
   for (std::size_t begin = 0; begin < text.size();) {
@@ -341,6 +334,7 @@ std::string_view graphemePrefix(std::string_view text, std::size_t count) {
 }
 
 std::size_t graphemesBefore(std::string_view text, std::size_t offset, std::size_t count) {
+  if (count == 0 && isSurelyBoundary(text, offset)) return offset;
   std::size_t begin = 0;
   withGraphemes(text, [&](icu::BreakIterator& iterator) {
     auto at = static_cast<int32_t>(offset);
@@ -352,6 +346,7 @@ std::size_t graphemesBefore(std::string_view text, std::size_t offset, std::size
 }
 
 std::size_t graphemesAfter(std::string_view text, std::size_t offset, std::size_t count) {
+  if (count == 0 && isSurelyBoundary(text, offset)) return offset;
   std::size_t end = text.size();
   withGraphemes(text, [&](icu::BreakIterator& iterator) {
     auto at = static_cast<int32_t>(offset);

@@ -41,7 +41,7 @@ void appendUtf8(std::string& text, char32_t character);
 [[nodiscard]] bool isLetterOrNumber(char32_t character);
 // Unicode categories M*: what stands on the letter before it.
 [[nodiscard]] bool isMark(char32_t character);
-// Whether `character` behind a letter leaves an expression's \b no boundary between the two.
+// Whether `character` after a letter leaves an expression's \b no boundary between the two.
 [[nodiscard]] bool continuesWord(char32_t character);
 
 // `text` without leading and trailing horizontal space.
@@ -61,7 +61,7 @@ void appendUtf8(std::string& text, char32_t character);
 [[nodiscard]] std::vector<std::size_t> graphemeEnds(std::u16string_view text);
 // The first `count` of them; the whole text when it has fewer.
 [[nodiscard]] std::string_view graphemePrefix(std::string_view text, std::size_t count);
-// The offset `count` of them before or behind `offset`, or the end of the text on that side. Of a
+// The offset `count` of them before or after `offset`, or the end of the text on that side. Of a
 // cluster that `offset` splits, the part on the other side comes along first and is not counted.
 [[nodiscard]] std::size_t graphemesBefore(std::string_view text, std::size_t offset,
                                           std::size_t count);

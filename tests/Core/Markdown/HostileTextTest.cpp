@@ -5,9 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "Core/Markdown/Blocks/BlockParser.h"
-#include "Core/Markdown/Inline/InlineText.h"
 #include "Core/Markdown/Inline/MemoBodyKit.h"
+#include "Core/Markdown/MarkdownTextView.h"
 
 namespace nomely::test {
 namespace {

@@ -125,6 +125,7 @@ TEST(LinkDetectorTest, PositionsAndTitles) {
       {"http://[::1]/", "[::1]"},
       {"https://a.com/b/c.tar.gz#d/e", "c.tar"},
       {"https://a.com/b/", "b"},
+      {"https://a.com/v1.2/?c", "v1.2"},
       {"https://a.com/b%20c%2Fd", "b c/d"},
       {"https://a.com/%", "%"},
       {"https://a.com/%zz%20", "%zz%20"},

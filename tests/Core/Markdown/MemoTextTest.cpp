@@ -38,6 +38,43 @@ TEST(MemoTextSanitizerTest, Placeholders) {
     EXPECT_EQ(MemoTextSanitizer::removingAttachmentPlaceholders(c.text, keep), c.kept);
     EXPECT_EQ(MemoTextSanitizer::removingAttachmentPlaceholders(c.text, trim), c.trimmed);
   }
+  const std::string blanks(1'000'000, ' ');
+  EXPECT_EQ(MemoTextSanitizer::removingAttachmentPlaceholders(blanks + "a[File #1]" + blanks, keep),
+            blanks + "a");
+}
+
+TEST(MemoTextSanitizerTest, RemovesWhatTheExpressionsMatch) {
+  const RegularExpression onLine(
+      R"((?m)^[ \t]*\[(?:Image|Attachment|File|图片|图像|附件)\s*#\d+\][ \t]*(?:\r?\n)?)");
+  const RegularExpression inside(
+      R"([ \t]*\[(?:Image|Attachment|File|图片|图像|附件)\s*#\d+\][ \t]*)");
+  constexpr const char* pieces[] = {"[Image",
+                                    "[附件",
+                                    "#",
+                                    "#1]",
+                                    "#一]",
+                                    "1",
+                                    "]",
+                                    " ",
+                                    "\t",
+                                    "\n",
+                                    "\r",
+                                    "\u2028",
+                                    "a",
+                                    "[File #1]",
+                                    "\u0085",
+                                    "\v",
+                                    "[图片\u3000#٣]"};
+  std::mt19937 random(1);
+  for (int round = 0; round < 20'000; ++round) {
+    std::string text;
+    for (auto length = random() % 12; length > 0; --length)
+      text += pieces[random() % std::size(pieces)];
+    ASSERT_EQ(
+        MemoTextSanitizer::removingAttachmentPlaceholders(text, MemoTextSanitizer::Edges::keep),
+        toUtf8(inside.replacingMatches(onLine.replacingMatches(toUtf16(text), u""), u"")))
+        << testing::PrintToString(text);
+  }
 }
 
 TEST(MemoTextUtilitiesTest, WrittenCommentsAreReadAndStripped) {
@@ -58,6 +95,14 @@ TEST(MemoTextUtilitiesTest, EditorsKeepTheOlderText) {
   EXPECT_EQ(MemoTextUtilities::editedBody(body, "改"),
             MemoTextUtilities::appendOriginal("旧", "改"));
   EXPECT_EQ(MemoTextUtilities::editedBody(body, body), body);
+  // What an editor is given and gives back is the same, whatever it says about such comments.
+  for (const std::string text : {"讲 <!-- original: 的用法\n\n后文", "<!-- original:a -->b",
+                                 "a\n\n---\n<!-- original-base64:Zg== -->\nb"}) {
+    const std::string edited = MemoTextUtilities::editedBody(body, text);
+    EXPECT_EQ(MemoTextUtilities::textForEditing(edited), text);
+    EXPECT_EQ(MemoTextUtilities::editedBody(edited, "改"),
+              MemoTextUtilities::appendOriginal("旧", "改"));
+  }
   const std::string damaged = "新\n<!-- original-base64:%%% -->";
   EXPECT_EQ(MemoTextUtilities::textForEditing(damaged), damaged);
 }

@@ -9,6 +9,7 @@
 #include "Core/Markdown/Tables/MarkdownTableParser.h"
 #include "Core/Markdown/Text/MemoTextSanitizer.h"
 #include "Core/Markdown/Text/TextLines.h"
+#include "Platform/Text/Ascii.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -28,13 +29,6 @@ std::string joined(std::span<const std::string_view> lines) {
   for (const std::string_view line : lines) (text += line) += '\n';
   if (!text.empty()) text.pop_back();
   return text;
-}
-
-bool isMermaid(std::string_view language) {
-  constexpr std::string_view mermaid = "mermaid";
-  return std::ranges::equal(language, mermaid, [](char a, char b) {
-    return (a >= 'A' && a <= 'Z' ? static_cast<char>(a | 0x20) : a) == b;
-  });
 }
 
 std::string capitalized(std::string_view word) {
@@ -190,7 +184,7 @@ void BlockParser::passQuote() {
 
 void BlockParser::flushCode() {
   std::string code = joined(code_);
-  if (isMermaid(language_))
+  if (equalsIgnoringAsciiCase(language_, "mermaid"))
     blocks_.emplace_back(markdown::Mermaid{std::move(code)});
   else if (language_.empty())
     blocks_.emplace_back(markdown::CodeBlock{std::move(code), std::nullopt});

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Platform/Text/Ascii.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -99,9 +100,8 @@ std::optional<LineRules::CalloutLine> LineRules::calloutLine(std::string_view li
   line.remove_prefix(2);
   for (const auto kind : {note, tip, important, warning, caution}) {
     const std::string_view name = MarkdownCallout::nameOf(kind);
-    const auto isSame = [](char a, char b) { return static_cast<char>(a | 0x20) == b; };
     if (line.size() <= name.size() || line[name.size()] != ']' ||
-        !std::ranges::equal(line.substr(0, name.size()), name, isSame))
+        !equalsIgnoringAsciiCase(line.substr(0, name.size()), name))
       continue;
     std::string_view rest = line.substr(name.size() + 1);
     while (!rest.empty() && isSpaceOrBreak(decodeFirst(rest).value))

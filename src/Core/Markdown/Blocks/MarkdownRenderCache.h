@@ -5,9 +5,9 @@
 #include <mutex>
 #include <string_view>
 
-#include "Core/Extensions/RecentlyUsed.h"
+#include "Core/Extensions/LruCache.h"
 #include "Core/Markdown/Blocks/MarkdownBlock.h"
-#include "Core/Markdown/Inline/StyledText.h"
+#include "Core/Markdown/Text/StyledText.h"
 
 namespace nomely {
 
@@ -42,8 +42,8 @@ class MarkdownRenderCache {
   void storeBlocks(Blocks built, std::string_view text);
 
   std::mutex lock_;
-  RecentlyUsed<Blocks> blockCache_{maxBlockEntries};
-  RecentlyUsed<Styled> attributedCache_{maxAttributedEntries};
+  LruCache<Blocks> blockCache_{maxBlockEntries};
+  LruCache<Styled> attributedCache_{maxAttributedEntries};
 };
 
 }  // namespace nomely

@@ -7,6 +7,7 @@
 
 #include "Core/Markdown/Blocks/LineRules.h"
 #include "Platform/Text/RegularExpression.h"
+#include "Platform/Text/Replacing.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -223,20 +224,14 @@ std::optional<std::string> withProtectedColors(std::string_view text) {
   return toUtf8(color.replacingMatches(toUtf16(text), u"color:§$1"));
 }
 
-std::string withPlainColors(std::string_view piece) {
-  std::string plain(piece);
-  for (std::size_t at = plain.find(protectedColor); at != npos; at = plain.find(protectedColor, at))
-    plain.replace(at, protectedColor.size(), "color: #");
-  return plain;
-}
-
 std::vector<SplitSegment> classified(const std::vector<std::string_view>& pieces) {
   std::vector<SplitSegment> segments;
   segments.reserve(pieces.size());
   for (const std::string_view piece : pieces)
-    segments.push_back(piece.find(protectedColor) == npos
-                           ? SmartSplit::classifySegment(piece)
-                           : SmartSplit::classifySegment(withPlainColors(piece)));
+    segments.push_back(
+        piece.find(protectedColor) == npos
+            ? SmartSplit::classifySegment(piece)
+            : SmartSplit::classifySegment(replacingAll(piece, protectedColor, "color: #")));
   return segments;
 }
 

@@ -7,6 +7,8 @@
 #include "Core/Markdown/Clipboard/HtmlScanner.h"
 #include "Core/Markdown/Clipboard/HtmlText.h"
 #include "Core/Markdown/Clipboard/RichTextReader.h"
+#include "Platform/Text/LineEnds.h"
+#include "Platform/Text/Replacing.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -28,8 +30,8 @@ std::string_view htmlFragment(std::string_view html) {
   }
   const auto bodies = HtmlScanner::tags(html, {"body"}, TagKind::startTags);
   if (bodies.empty()) return html;
-  const char* const behind = bodies.front().data() + bodies.front().size();
-  const std::string_view rest = html.substr(static_cast<std::size_t>(behind - html.data()));
+  const char* const content = bodies.front().data() + bodies.front().size();
+  const std::string_view rest = html.substr(static_cast<std::size_t>(content - html.data()));
   return rest.substr(0, HtmlScanner::closingTag(rest, "body").value_or(rest.size()));
 }
 
@@ -61,27 +63,11 @@ std::string_view trimLineBreaks(std::string_view text) {
   return text;
 }
 
-// Bytes that no UTF-8 text has. They stand for the "<" and "&" of code and tables, which no later
-// step is to take for markup.
-constexpr char hiddenLess = '\xFE';
-constexpr char hiddenAnd = '\xFF';
-
-std::string hidingMarkup(std::string text) {
-  std::ranges::replace(text, '<', hiddenLess);
-  std::ranges::replace(text, '&', hiddenAnd);
-  return text;
-}
-
-void showMarkup(std::string& text) {
-  std::ranges::replace(text, hiddenLess, '<');
-  std::ranges::replace(text, hiddenAnd, '&');
-}
-
 std::string codeBlock(const Element& block) {
   std::string markdown = "\n```";
   markdown.append(HtmlScanner::codeLanguage(block.whole)).append("\n");
   const std::string content = HtmlText::decodeEntities(HtmlText::withoutTags(block.content));
-  return hidingMarkup(markdown.append(trimLineBreaks(content)).append("\n```\n"));
+  return HtmlText::hidingMarkup(markdown.append(trimLineBreaks(content)).append("\n```\n"));
 }
 
 using Row = std::vector<std::string>;
@@ -92,8 +78,8 @@ std::vector<Row> tableRows(std::string_view table) {
     Row cells;
     for (const Element& cell :
          HtmlScanner::elements(row.content, {"th", "td"}, HtmlScanner::Closing::anyOfTheNames)) {
-      const std::string text = HtmlText::replacingAll(HtmlText::labelText(cell.content), "\n", " ");
-      cells.push_back(HtmlText::replacingAll(text, "|", "\\|"));
+      const std::string text = replacingAll(HtmlText::labelText(cell.content), "\n", " ");
+      cells.push_back(replacingAll(text, "|", "\\|"));
     }
     if (!cells.empty()) rows.push_back(std::move(cells));
   }
@@ -124,7 +110,7 @@ std::string markdownTable(const Element& table) {
     markdown += tableLine(rows[i], isPadded || i == 0 ? width : 0);
     if (i == 0) markdown += tableLine(Row(width, "---"), width);
   }
-  return hidingMarkup(std::move(markdown));
+  return HtmlText::hidingMarkup(std::move(markdown));
 }
 
 std::string heading(const Element& element) {
@@ -139,7 +125,7 @@ std::string blockquote(const Element& element) {
 
 std::string link(const HtmlScanner::Link& link) {
   const std::string label = HtmlText::labelText(link.label);
-  const std::string address = HtmlText::decodeEntities(link.address);
+  const std::string address = HtmlText::decodeEntities(link.address, HtmlText::hiddenLess);
   return label.empty() ? address : "[" + label + "](" + address + ")";
 }
 
@@ -154,9 +140,8 @@ void replaceMarked(std::string& text, Names names, std::string_view mark) {
 
 std::optional<std::string> ClipboardMarkdownImporter::markdown(std::string_view fromHTML) {
   const std::string html =
-      isValidUtf8(fromHTML) ? std::string(fromHTML) : toUtf8(toUtf16(fromHTML));
-  std::string text = HtmlText::replacingAll(htmlFragment(html), "\r\n", "\n");
-  std::ranges::replace(text, '\r', '\n');
+      withLineFeeds(isValidUtf8(fromHTML) ? fromHTML : toUtf8(toUtf16(fromHTML)));
+  std::string text(htmlFragment(html));
 
   // The order decides: code and tables first, so that no later step touches what is in them, and
   // the marks of running text last, so that none takes them away.
@@ -177,8 +162,7 @@ std::optional<std::string> ClipboardMarkdownImporter::markdown(std::string_view 
   replaceTags(text, HtmlScanner::tags(text, {"p", "div", "section", "article"}, TagKind::allTags),
               "\n");
   text = HtmlText::decodeEntities(HtmlText::withoutTags(text));
-  showMarkup(text);
-  text = HtmlText::normalizeBlankLines(text);
+  text = HtmlText::normalizeBlankLines(HtmlText::showingMarkup(std::move(text)));
   if (text.empty()) return std::nullopt;
   return text;
 }
@@ -190,9 +174,9 @@ std::optional<std::string> ClipboardMarkdownImporter::markdown(const Pasteboard&
   if (!rtf) return std::nullopt;
   const auto plain = RichTextReader::plainText(*rtf);
   if (!plain) return std::nullopt;
-  const std::string_view trimmed = trimSpaceAndBreaks(*plain);
-  if (trimmed.empty()) return std::nullopt;
-  return std::string(trimmed);
+  const std::string text = withLineFeeds(trimSpaceAndBreaks(*plain));
+  if (text.empty()) return std::nullopt;
+  return text;
 }
 
 PasteDecision decidePaste(const Pasteboard& pasteboard) {

@@ -1,5 +1,6 @@
 #include "Core/Markdown/Clipboard/HtmlScanner.h"
 
+#include "Platform/Text/Ascii.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -9,10 +10,6 @@ using HtmlScanner::Element;
 using HtmlScanner::Names;
 
 constexpr std::size_t nowhere = std::string_view::npos;
-
-char lowered(char letter) {
-  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
 
 // What a letter beyond ASCII folds to where case does not count; empty for all others.
 std::string_view foldedToAscii(char32_t character) {
@@ -32,7 +29,7 @@ std::string_view foldedToAscii(char32_t character) {
   }
 }
 
-// Whether \b holds at `at`, behind a letter or digit of ASCII.
+// Whether \b holds at `at`, where a letter or digit of ASCII ends.
 bool isWordEnd(std::string_view text, std::size_t at) {
   return at == text.size() || !continuesWord(decodeFirst(text.substr(at)).value);
 }
@@ -57,7 +54,7 @@ struct Span {
   std::size_t end = 0;
 };
 
-// The first closing tag with one of the names at or behind `from`, nothing between name and ">".
+// The first closing tag with one of the names at or after `from`, nothing between name and ">".
 std::optional<Span> findClosing(std::string_view text, std::size_t from, Names names) {
   constexpr std::string_view start = "</";
   for (std::size_t at = text.find(start, from); at != nowhere; at = text.find(start, at + 1))
@@ -68,7 +65,7 @@ std::optional<Span> findClosing(std::string_view text, std::size_t from, Names n
   return std::nullopt;
 }
 
-std::size_t behindSpace(std::string_view text, std::size_t at) {
+std::size_t afterSpace(std::string_view text, std::size_t at) {
   while (at < text.size()) {
     const DecodedCharacter next = decodeFirst(text.substr(at));
     if (!isHorizontalSpace(next.value) && !isLineBreak(next.value)) break;
@@ -82,9 +79,9 @@ std::optional<std::size_t> attributeOpening(std::string_view text, std::size_t a
                                             std::string_view name) {
   const auto nameEnd = HtmlScanner::matchName(text, at, name);
   if (!nameEnd) return std::nullopt;
-  const std::size_t sign = behindSpace(text, *nameEnd);
+  const std::size_t sign = afterSpace(text, *nameEnd);
   if (!text.substr(sign).starts_with('=')) return std::nullopt;
-  const std::size_t quote = behindSpace(text, sign + 1);
+  const std::size_t quote = afterSpace(text, sign + 1);
   if (quote == text.size() || (text[quote] != '"' && text[quote] != '\'')) return std::nullopt;
   return quote + 1;
 }
@@ -92,7 +89,7 @@ std::optional<std::size_t> attributeOpening(std::string_view text, std::size_t a
 struct Address {
   std::size_t begin = 0;  // of the attribute
   Span value;
-  std::size_t tagEnd = 0;  // behind the tag
+  std::size_t tagEnd = 0;  // where the tag ends
 };
 
 constexpr std::string_view linkName = "a";
@@ -108,7 +105,7 @@ std::size_t lastClosingTag(std::string_view text) {
   return at;
 }
 
-// Every href that can be the one of a link, in order: with a value and, behind it, the end of the
+// Every href that can be the one of a link, in order: with a value and, after it, the end of the
 // tag and a closing tag. Each has a quotation mark of its own at either end, so no stretch is
 // looked at twice.
 std::vector<Address> addresses(std::string_view text) {
@@ -135,7 +132,7 @@ std::vector<Address> addresses(std::string_view text) {
 bool isLanguageCharacter(std::string_view text, std::size_t at) {
   const DecodedCharacter next = decodeFirst(text.substr(at));
   if (next.length > 1) return foldedToAscii(next.value).size() == 1;
-  const char letter = lowered(text[at]);
+  const char letter = loweredAscii(text[at]);
   return (letter >= 'a' && letter <= 'z') || (letter >= '0' && letter <= '9') || letter == '_' ||
          letter == '+' || letter == '-';
 }
@@ -154,7 +151,7 @@ std::optional<std::size_t> HtmlScanner::matchName(std::string_view text, std::si
   while (!name.empty()) {
     if (at >= text.size()) return std::nullopt;
     if (static_cast<unsigned char>(text[at]) < 0x80) {
-      if (lowered(text[at++]) != name.front()) return std::nullopt;
+      if (loweredAscii(text[at++]) != name.front()) return std::nullopt;
       name.remove_prefix(1);
       continue;
     }
@@ -226,7 +223,7 @@ std::vector<std::string_view> HtmlScanner::lineBreaks(std::string_view text) {
     const std::size_t begin = at++;
     const auto name = matchName(text, at, "br");
     if (!name) continue;
-    std::size_t end = behindSpace(text, *name);
+    std::size_t end = afterSpace(text, *name);
     if (text.substr(end).starts_with('/')) ++end;
     if (!text.substr(end).starts_with('>')) continue;
     at = end + 1;
@@ -249,7 +246,7 @@ std::vector<HtmlScanner::Link> HtmlScanner::links(std::string_view text) {
     const std::size_t begin = at++;
     const auto name = nameAt(text, at, {linkName});
     if (!name) continue;
-    // The last address in front of the next ">": the expression takes as much as it can before it.
+    // The last address before the next ">": the expression takes as much as it can before it.
     if (limit < name->end) limit = text.find('>', name->end);
     while (next != all.end() && next->begin < name->end) ++next;
     auto last = next;

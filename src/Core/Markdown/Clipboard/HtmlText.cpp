@@ -1,7 +1,10 @@
 #include "Core/Markdown/Clipboard/HtmlText.h"
 
+#include <algorithm>
+
 #include "Core/Extensions/TextNumbers.h"
 #include "Core/Markdown/Clipboard/HtmlScanner.h"
+#include "Platform/Text/Replacing.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -11,7 +14,7 @@ bool isScalar(std::int64_t number) {
   return number >= 0 && number <= 0x10FFFF && (number < 0xD800 || number > 0xDFFF);
 }
 
-std::string decodeNumbers(std::string_view text) {
+std::string decodeNumbers(std::string_view text, char less) {
   constexpr std::string_view opening = "&#";
   std::string decoded;
   decoded.reserve(text.size());
@@ -24,7 +27,10 @@ std::string decodeNumbers(std::string_view text) {
     const auto number = parseDecimal(text.substr(digits, end - digits));
     if (!number || !isScalar(*number)) continue;
     decoded.append(text.substr(copied, at - copied));
-    appendUtf8(decoded, static_cast<char32_t>(*number));
+    if (*number == '<')
+      decoded += less;
+    else
+      appendUtf8(decoded, static_cast<char32_t>(*number));
     copied = end + 1;
   }
   return decoded.append(text.substr(copied));
@@ -32,31 +38,30 @@ std::string decodeNumbers(std::string_view text) {
 
 }  // namespace
 
-std::string HtmlText::replacingAll(std::string_view text, std::string_view from,
-                                   std::string_view to) {
-  std::string replaced;
-  replaced.reserve(text.size());
-  std::size_t copied = 0;
-  for (std::size_t at = text.find(from); at != std::string_view::npos;
-       at = text.find(from, copied)) {
-    replaced.append(text.substr(copied, at - copied)).append(to);
-    copied = at + from.size();
-  }
-  return replaced.append(text.substr(copied));
+std::string HtmlText::hidingMarkup(std::string text) {
+  std::ranges::replace(text, '<', hiddenLess);
+  std::ranges::replace(text, '&', hiddenAnd);
+  return text;
 }
 
-std::string HtmlText::decodeEntities(std::string_view text) {
+std::string HtmlText::showingMarkup(std::string text) {
+  std::ranges::replace(text, hiddenLess, '<');
+  std::ranges::replace(text, hiddenAnd, '&');
+  return text;
+}
+
+std::string HtmlText::decodeEntities(std::string_view text, char less) {
   std::string decoded(text);
   if (text.find('&') == std::string_view::npos) return decoded;
-  constexpr struct {
+  const struct {
     std::string_view entity;
     std::string_view character;
-  } entities[] = {{"&nbsp;", " "}, {"&amp;", "&"},   {"&lt;", "<"},
+  } entities[] = {{"&nbsp;", " "}, {"&amp;", "&"},   {"&lt;", {&less, 1}},
                   {"&gt;", ">"},   {"&quot;", "\""}, {"&#39;", "'"}};
   for (const auto& [entity, character] : entities)
     if (decoded.find(entity) != std::string::npos)
       decoded = replacingAll(decoded, entity, character);
-  return decodeNumbers(decoded);
+  return decodeNumbers(decoded, less);
 }
 
 std::string HtmlText::withoutTags(std::string_view text) {
@@ -66,17 +71,17 @@ std::string HtmlText::withoutTags(std::string_view text) {
 std::string HtmlText::labelText(std::string_view html) {
   const std::string lines =
       replacing(html, HtmlScanner::lineBreaks(html), [](std::string_view) { return "\n"; });
-  return std::string(trimSpaceAndBreaks(decodeEntities(withoutTags(lines))));
+  return std::string(trimSpaceAndBreaks(decodeEntities(withoutTags(lines), hiddenLess)));
 }
 
 std::string HtmlText::normalizeBlankLines(std::string_view text) {
   std::string normalized;
   normalized.reserve(text.size());
-  bool isBehindEmpty = false;
+  bool followsEmpty = false;
   const auto addLine = [&](std::string_view line) {
     line = trimHorizontal(line);
-    if (line.empty() && isBehindEmpty) return;
-    isBehindEmpty = line.empty();
+    if (line.empty() && followsEmpty) return;
+    followsEmpty = line.empty();
     normalized.append(line).append("\n");
   };
   std::size_t begin = 0;

@@ -30,21 +30,27 @@ template <typename Part, typename Replacement>
   return replaced.append(copied, text.data() + text.size());
 }
 
-[[nodiscard]] std::string replacingAll(std::string_view text, std::string_view from,
-                                       std::string_view to);
+// Bytes that no UTF-8 text has. They stand for a "<" and "&" of the text itself, which no later
+// step is to take for markup: a decoded "a &lt; b" would lose what follows the "<" with the tags.
+constexpr char hiddenLess = '\xFE';
+constexpr char hiddenAnd = '\xFF';
+// Every "<" and "&" hidden.
+[[nodiscard]] std::string hidingMarkup(std::string text);
+// The hidden ones as what they stand for.
+[[nodiscard]] std::string showingMarkup(std::string text);
 
 // Named characters of HTML itself and decimal numbers; "&amp;" goes first, so what it was hiding is
-// decoded too.
-[[nodiscard]] std::string decodeEntities(std::string_view text);
+// decoded too. A "<" that comes out of it becomes `less`.
+[[nodiscard]] std::string decodeEntities(std::string_view text, char less = '<');
 
 [[nodiscard]] std::string withoutTags(std::string_view text);
-// Breaks as line feeds, no tags, entities decoded, trimmed.
+// Breaks as line feeds, no tags, entities decoded, each decoded "<" hidden, trimmed.
 [[nodiscard]] std::string labelText(std::string_view html);
 
 // Lines without blanks at their ends, no two empty ones together, none at either end.
 [[nodiscard]] std::string normalizeBlankLines(std::string_view text);
 
-// Every line of `text` with `prefix` in front.
+// Every line of `text` after `prefix`.
 [[nodiscard]] std::string prefixingLines(std::string_view text, std::string_view prefix);
 
 }  // namespace HtmlText

@@ -2,6 +2,8 @@
 
 #include <optional>
 
+#include "Platform/Text/Ascii.h"
+
 namespace nomely {
 namespace {
 
@@ -19,9 +21,7 @@ const Binding* bindingOf(const KeyPress& key) {
       {false, u'i', Italic{}},     {false, u'k', Link{}},         {false, u'`', InlineCode{}},
   };
   if (!key.primary || key.otherModifier || key.characters.size() != 1) return nullptr;
-  const char16_t typed = key.characters.front();
-  const char16_t lowered =
-      typed >= u'A' && typed <= u'Z' ? static_cast<char16_t>(typed - u'A' + u'a') : typed;
+  const char16_t lowered = loweredAscii(key.characters.front());
   for (const Binding& binding : bindings)
     if (binding.option == key.option && binding.key == lowered) return &binding;
   return nullptr;

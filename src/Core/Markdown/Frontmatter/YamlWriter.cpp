@@ -19,6 +19,15 @@ bool holdsForeignLineBreak(std::string_view text) {
          text.find("\xE2\x80\xA9") != std::string_view::npos;
 }
 
+// The library writes characters above U+FFFF as escapes (`\U0001F4A1`), in which nothing that looks
+// through the files finds them. One that it leaves as it is takes their places until the end; it
+// takes its own place too, so that the places in the output are those of `placeheld_`.
+constexpr std::string_view placeholder = "\uE000";
+
+bool isBeyondLibrary(std::string_view text, std::size_t at) {
+  return static_cast<unsigned char>(text[at]) >= 0xF0 || text.substr(at).starts_with(placeholder);
+}
+
 yaml_char_t* bytes(std::string_view text) {
   return reinterpret_cast<yaml_char_t*>(const_cast<char*>(text.data()));
 }
@@ -90,6 +99,20 @@ void YamlWriter::endSequence() {
   emitter_->emit(yaml_sequence_end_event_initialize(&emitter_->event));
 }
 
+std::string YamlWriter::withPlaceholders(std::string_view value) {
+  std::string held;
+  held.reserve(value.size());
+  std::size_t copied = 0;
+  for (std::size_t at = 0; at < value.size(); ++at) {
+    if (!isBeyondLibrary(value, at)) continue;
+    const std::size_t length = decodeFirst(value.substr(at)).length;
+    held.append(value.substr(copied, at - copied)).append(placeholder);
+    placeheld_ += value.substr(at, length);
+    copied = at + length;
+  }
+  return held.append(value.substr(copied));
+}
+
 void YamlWriter::string(std::string_view value) {
   if (!isValidUtf8(value))
     throw YamlError("文件头里有不是 UTF-8 的文字，请先转换编码", "value is not valid UTF-8");
@@ -99,7 +122,7 @@ void YamlWriter::string(std::string_view value) {
     style = YAML_DOUBLE_QUOTED_SCALAR_STYLE;
   else if (YamlScalar::resolvePlain(value) != YamlScalar::Type::string)
     style = YAML_SINGLE_QUOTED_SCALAR_STYLE;
-  emitter_->scalar(value, style);
+  emitter_->scalar(withPlaceholders(value), style);
 }
 
 void YamlWriter::integer(std::int64_t value) {
@@ -117,7 +140,17 @@ void YamlWriter::floatingPoint(double value) {
 std::string YamlWriter::finish() {
   emitter_->emit(yaml_document_end_event_initialize(&emitter_->event, 1));
   emitter_->emit(yaml_stream_end_event_initialize(&emitter_->event));
-  return std::move(emitter_->output);
+  std::string_view rest = placeheld_;
+  std::string document;
+  std::string_view output = emitter_->output;
+  while (!rest.empty()) {
+    const std::size_t at = output.find(placeholder);
+    const std::size_t length = decodeFirst(rest).length;
+    document.append(output.substr(0, at)).append(rest.substr(0, length));
+    output.remove_prefix(at + placeholder.size());
+    rest.remove_prefix(length);
+  }
+  return document.append(output);
 }
 
 }  // namespace nomely

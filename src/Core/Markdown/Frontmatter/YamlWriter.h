@@ -39,7 +39,10 @@ class YamlWriter {
  private:
   struct Emitter;
 
+  [[nodiscard]] std::string withPlaceholders(std::string_view value);
+
   std::unique_ptr<Emitter> emitter_;
+  std::string placeheld_;  // what the placeholders in the output stand for, in order
 };
 
 }  // namespace nomely

@@ -7,18 +7,9 @@
 #include <variant>
 #include <vector>
 
+#include "Core/Markdown/Text/ByteRange.h"
+
 namespace nomely {
-
-// A stretch of bytes of a text.
-struct ByteRange {
-  std::size_t begin = 0;
-  std::size_t end = 0;
-
-  [[nodiscard]] std::string_view of(std::string_view text) const {
-    return text.substr(begin, end - begin);
-  }
-  friend bool operator==(const ByteRange&, const ByteRange&) = default;
-};
 
 // A span of a body that gives its text a colour or a size:
 //   <span style="color: #RRGGBB">…</span>  <span style="font-size:18px">…</span>

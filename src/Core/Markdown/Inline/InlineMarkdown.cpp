@@ -10,6 +10,7 @@
 #include <cmark-gfm.h>
 
 #include "Core/Markdown/Text/LinkScheme.h"
+#include "Platform/Text/Replacing.h"
 
 namespace nomely {
 namespace {
@@ -23,7 +24,7 @@ constexpr std::string_view hardBreak = "  ";
 struct Guards {
   std::string_view start;
   std::string_view end;
-  std::string_view carriageReturn;  // behind the start of a line that one is in front of
+  std::string_view carriageReturn;  // after the start of a line that one precedes
 
   static std::optional<Guards> missingIn(std::string_view text) {
     constexpr std::array<std::string_view, 14> spaces{
@@ -63,13 +64,13 @@ std::string withoutCostlyMarks(std::string text, std::string_view guard) {
   return text;
 }
 
-// `line` as it stands in front of a line feed, without the blanks of a hard break.
+// `line`, which a line feed follows, without the blanks of a hard break.
 std::string_view withoutHardBreak(std::string_view line) {
   return line.ends_with(hardBreak) ? line.substr(0, line.find_last_not_of(' ') + 1) : line;
 }
 
-// A hard break is a line feed like any other here; but a backslash has to stand right in front of
-// it to be seen.
+// A hard break is a line feed like any other here; but a backslash has to stand right before it
+// to be seen.
 std::string guarded(std::string_view text, const Guards& guards) {
   std::string lines;
   lines.reserve(text.size() + 64);
@@ -129,7 +130,7 @@ class Gatherer {
   void addContent(cmark_node* node);
   void addCode(std::string_view code, const TextStyle& style);
   void addText(std::string_view text, const TextStyle& style);
-  // `step` is 1 where the node begins and -1 behind it.
+  // `step` is 1 where the node begins and -1 where it ends.
   void passBoundary(cmark_node* node, int step);
   [[nodiscard]] std::shared_ptr<const std::string> addressOf(cmark_node* link) const;
   [[nodiscard]] TextStyle style() const;
@@ -149,7 +150,7 @@ void Gatherer::addContent(cmark_node* node) {
   if (type == CMARK_NODE_SOFTBREAK || type == CMARK_NODE_LINEBREAK) {
     gathered_.append("\n", its);
   } else if (type == CMARK_NODE_CODE && literal != nullptr) {
-    its.width = FontWidth::monospace;
+    its.isCode = true;
     addCode(literal, its);
   } else if (literal != nullptr) {
     addText(literal, its);
@@ -196,8 +197,7 @@ std::shared_ptr<const std::string> Gatherer::addressOf(cmark_node* link) const {
   const char* const url = cmark_node_get_url(link);
   std::string address(url == nullptr ? "" : url);
   for (const std::string_view guard : {guards_.start, guards_.end, guards_.carriageReturn})
-    for (std::size_t at = address.find(guard); at != npos; at = address.find(guard, at))
-      address.erase(at, guard.size());
+    address = replacingAll(address, guard, "");
   if (address.empty() || !mayBeLinked(address)) return nullptr;
   return std::make_shared<const std::string>(std::move(address));
 }
@@ -206,7 +206,7 @@ TextStyle Gatherer::style() const {
   TextStyle now;
   if (strong_ > 0) now.weight = FontWeight::bold;
   if (emphasized_ > 0) now.slant = FontSlant::italic;
-  if (struck_ > 0) now.strikethrough = TextLine::single;
+  now.isStruck = struck_ > 0;
   now.link = link_;
   return now;
 }

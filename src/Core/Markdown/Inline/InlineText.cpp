@@ -1,13 +1,14 @@
 #include "Core/Markdown/Inline/InlineText.h"
 
 #include <algorithm>
-#include <functional>
 #include <vector>
 
 #include "Core/Markdown/Blocks/MarkdownRenderCache.h"
+#include "Core/Markdown/Inline/CodeAndLinks.h"
 #include "Core/Markdown/Inline/ColorSpans.h"
 #include "Core/Markdown/Inline/InlineMarkdown.h"
 #include "Core/Markdown/Text/LinkDetector.h"
+#include "Platform/Text/FoldedText.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -21,7 +22,7 @@ struct Mention {
   ByteRange label;
 };
 
-// The next @\[\[[^\]|]+\|([^\]]+)\]\] at or behind `from`.
+// The next @\[\[[^\]|]+\|([^\]]+)\]\] at or after `from`.
 std::optional<Mention> nextMention(std::string_view text, std::size_t from) {
   constexpr std::string_view opening = "@[[";
   constexpr std::string_view closing = "]]";
@@ -36,42 +37,13 @@ std::optional<Mention> nextMention(std::string_view text, std::size_t from) {
       if (end > bar + 1 && text.substr(end).starts_with(closing))
         return Mention{{at, end + closing.size()}, {bar + 1, end}};
     }
-    // What stopped this one stops each that begins in front of it.
+    // What stopped this one stops each that begins before it.
     at = text.find(opening, end);
   }
   return std::nullopt;
 }
 
-std::u32string folded(std::string_view text, std::vector<std::size_t>& ends) {
-  std::u32string characters;
-  characters.reserve(text.size());
-  ends.reserve(text.size());
-  for (std::size_t at = 0; at < text.size(); ends.push_back(at)) {
-    const DecodedCharacter next = decodeFirst(text.substr(at));
-    characters += foldedCase(next.value);
-    at += next.length;
-  }
-  return characters;
-}
-
-std::vector<ByteRange> occurrences(std::string_view text, std::string_view keyword) {
-  std::vector<std::size_t> ends;
-  std::vector<std::size_t> ignored;
-  const std::u32string haystack = folded(text, ends);
-  const std::u32string needle = folded(keyword, ignored);
-  const std::boyer_moore_searcher searcher(needle.begin(), needle.end());
-  std::vector<ByteRange> found;
-  for (auto at = haystack.begin();;) {
-    const auto [begin, end] = searcher(at, haystack.end());
-    if (begin == end) return found;
-    const auto first = static_cast<std::size_t>(begin - haystack.begin());
-    const auto last = static_cast<std::size_t>(end - haystack.begin()) - 1;
-    found.push_back({first == 0 ? 0 : ends[first - 1], ends[last]});
-    at = end;
-  }
-}
-
-// Colours first and sizes behind, in the order of the text.
+// In the order of the text, a colour before a size at the same place.
 std::vector<SpanMatch> spansOf(std::string_view text) {
   std::vector<SpanMatch> spans = ColorSpans::colors(text);
   std::vector<SpanMatch> sizes = ColorSpans::sizes(text);
@@ -163,21 +135,21 @@ StyledText MarkdownTextView::applyingHighlightKeyword(StyledText text, std::stri
   auto run = text.runs.begin();
   std::size_t runEnd = 0;
   // Copies up to `end`, each run's part with a style of its own.
-  const auto copyTo = [&](std::size_t end, const std::optional<TextColor>& background) {
+  const auto copyTo = [&](std::size_t end, bool isHit) {
     while (at < end) {
       if (at == runEnd) runEnd += run++->length;
       const std::size_t stop = std::min(end, runEnd);
       TextStyle style = std::prev(run)->style;
-      if (background) style.background = background;
+      style.isHit = isHit;
       marked.append(all.substr(at, stop - at), style);
       at = stop;
     }
   };
-  for (const ByteRange& hit : occurrences(all, sought)) {
-    copyTo(hit.begin, std::nullopt);
-    copyTo(hit.end, highlightColor);
+  for (const auto& hit : TextNeedle(sought).allIn(all)) {
+    copyTo(hit.begin, false);
+    copyTo(hit.end, true);
   }
-  copyTo(all.size(), std::nullopt);
+  copyTo(all.size(), false);
   return marked;
 }
 
@@ -186,8 +158,7 @@ StyledText MarkdownTextView::markdownAttributed(std::string_view text,
   StyledText attributed = parsedInline(wrapBareURLsAsMarkdownLinks(text));
   if (attributed.text.find(boldMark) != npos) return manualBoldFallback(text, defaultColor);
   attributed.restyle([&](TextStyle& style) {
-    style.foreground = style.link != nullptr ? linkColor : defaultColor;
-    if (style.link != nullptr) style.underline = TextLine::single;
+    if (style.link == nullptr) style.foreground = defaultColor;
   });
   return attributed;
 }
@@ -225,12 +196,20 @@ std::string MarkdownTextView::wrapBareURLsAsMarkdownLinks(std::string_view text)
   std::string wrapped;
   wrapped.reserve(text.size());
   std::size_t copied = 0;
-  for (const LinkDetector::Place& link : LinkDetector::places(text)) {
-    if (text.substr(0, link.begin).ends_with("](")) continue;
-    const std::string_view source = text.substr(link.begin, link.end - link.begin);
+  const std::vector<LinkDetector::Place> places = LinkDetector::places(text);
+  if (places.empty()) return std::string(text);
+  const std::vector<ByteRange> taken = codeAndLinks(text);
+  auto next = taken.begin();
+  for (const LinkDetector::Place& link : places) {
+    while (next != taken.end() && next->end <= link.begin) ++next;
+    const bool isTaken = next != taken.end() && next->begin <= link.begin;
+    if (isTaken || text.substr(0, link.begin).ends_with("](")) continue;
+    // "a.com/[b](c)" is an address and a written link.
+    const std::size_t end = next != taken.end() ? std::min(link.end, next->begin) : link.end;
+    const std::string_view source = text.substr(link.begin, end - link.begin);
     wrapped.append(text.substr(copied, link.begin - copied));
     wrapped.append("[").append(source).append("](").append(source).append(")");
-    copied = link.end;
+    copied = end;
   }
   return wrapped.append(text.substr(copied));
 }

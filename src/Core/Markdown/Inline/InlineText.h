@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "Core/Markdown/Inline/StyledText.h"
+#include "Core/Markdown/Text/StyledText.h"
 
 namespace nomely {
 
@@ -18,7 +18,7 @@ struct InlineOptions {
   std::string_view highlightKeyword = {};
 };
 
-inline constexpr TextColor linkColor{0.0, 0.48, 1.0, 1.0};
+// What stands behind a hit, unless who draws has a better way to show it.
 inline constexpr TextColor highlightColor{1.0, 0.92, 0.4, 1.0};
 
 // What inlineAttributed takes for the text of a block: mentions "@[[id|label]]" as bold "@label".
@@ -29,7 +29,8 @@ inline constexpr TextColor highlightColor{1.0, 0.92, 0.4, 1.0};
 // The text of one block, styled. Kept in the shared cache without its highlight.
 [[nodiscard]] StyledText inlineAttributed(std::string_view text, const InlineOptions& options = {});
 
-// Marks every occurrence of the keyword, whatever its case; a blank keyword marks nothing.
+// Makes hits of every occurrence of the keyword, as TextNeedle finds it; a blank keyword marks
+// nothing.
 [[nodiscard]] StyledText applyingHighlightKeyword(StyledText text, std::string_view keyword);
 
 // A text without spans, styled.
@@ -41,7 +42,8 @@ inline constexpr TextColor highlightColor{1.0, 0.92, 0.4, 1.0};
 [[nodiscard]] StyledText manualBoldFallback(std::string_view text,
                                             const std::optional<TextColor>& defaultColor);
 
-// Links that stand in the text as they are, made into Markdown's.
+// Links that stand in the text as they are, made into Markdown's: "a.com" → "[a.com](a.com)". Those
+// in code and in links that are written in Markdown stay.
 [[nodiscard]] std::string wrapBareURLsAsMarkdownLinks(std::string_view text);
 
 }  // namespace MarkdownTextView

@@ -6,6 +6,7 @@
 #include <unordered_set>
 
 #include "Core/Extensions/PathNames.h"
+#include "Platform/Text/Ascii.h"
 #include "Platform/Text/HostNames.h"
 #include "Platform/Text/Unicode.h"
 
@@ -36,13 +37,6 @@ bool isWord(char32_t c) {
 }
 bool isOneOf(std::string_view characters, char32_t c) {
   return c < 0x80 && characters.find(static_cast<char>(c)) != npos;
-}
-
-std::string lowerCaseAscii(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return lower;
 }
 
 bool isHostOfLabels(std::string_view host) {
@@ -81,8 +75,8 @@ class LinkScanner {
   }
 
  private:
-  // Both add the link around that place, if there is one, and tell where to go on. What lies in
-  // front of that is never looked at again.
+  // Both add the link around that place, if there is one, and tell where to go on. What lies
+  // before that is never looked at again.
   std::size_t passColon(std::size_t colon);
   std::size_t passDot(std::size_t dot);
 
@@ -120,14 +114,14 @@ std::optional<std::size_t> LinkScanner::schemeBefore(std::size_t colon) const {
   for (const std::string_view scheme : {"http", "https"}) {
     if (colon - consumed_ < scheme.size()) break;
     const std::size_t begin = colon - scheme.size();
-    if (lowerCaseAscii(text_.substr(begin, scheme.size())) == scheme &&
+    if (loweredAscii(text_.substr(begin, scheme.size())) == scheme &&
         (begin == 0 || !isAsciiWord(static_cast<unsigned char>(text_[begin - 1]))))
       return begin;
   }
   return std::nullopt;
 }
 
-// Behind the "@" of a user's name in front of a host, `begin` without one.
+// After the "@" of a user's name that a host follows, `begin` without one.
 std::size_t LinkScanner::userEnd(std::size_t begin) const {
   std::size_t end = begin;
   while (isAsciiWord(static_cast<unsigned char>(at(end))) ||
@@ -167,12 +161,12 @@ std::size_t LinkScanner::passDot(std::size_t dot) {
   while (first < last && isOneOf("-.", static_cast<unsigned char>(text_[first]))) ++first;
   while (first < last && isOneOf("-.", static_cast<unsigned char>(text_[last - 1]))) --last;
   if (isPartOfMore || !isHostOfLabels(text_.substr(first, last - first))) return end;
-  const std::string host = lowerCaseAscii(text_.substr(first, last - first));
+  const std::string host = loweredAscii(text_.substr(first, last - first));
   if (!hasPublicSuffix(host)) return end;
-  // Marks behind the name end it.
-  const std::size_t behind = last == end ? portEnd(last) : last;
-  if (mayBeFileName(host) && !host.starts_with("www.") && at(behind) != '/') return end;
-  const std::size_t stop = last == end ? tailEnd(behind) : last;
+  // Marks after the name end it.
+  const std::size_t port = last == end ? portEnd(last) : last;
+  if (mayBeFileName(host) && !host.starts_with("www.") && at(port) != '/') return end;
+  const std::size_t stop = last == end ? tailEnd(port) : last;
   places_.push_back({first, endInSentence(first, stop), false});
   return std::max(stop, end);
 }
@@ -214,7 +208,7 @@ std::size_t LinkScanner::portEnd(std::size_t hostEnd) const {
   return digits > 0 && digits <= mostDigits ? end : hostEnd;
 }
 
-// Behind path, query and fragment, `begin` where none begins.
+// The end of path, query and fragment, `begin` where none begins.
 std::size_t LinkScanner::tailEnd(std::size_t begin) const {
   std::size_t end = begin;
   if (at(begin) != '/' && at(begin) != '?' && at(begin) != '#') return end;
@@ -323,7 +317,9 @@ std::string LinkDetector::title(std::string_view url) {
   std::string_view rest = mark == npos ? url : url.substr(mark + authorityMark.size());
   rest = rest.substr(0, rest.find_first_of("?#"));
   const std::size_t slash = std::min(rest.find('/'), rest.size());
-  const auto name = lastComponent(withoutExtension(rest.substr(slash)));
+  const std::string_view path = rest.substr(slash);
+  // What ends in a slash is a folder: the "v1.2" of "/v1.2/" is its whole name.
+  const auto name = lastComponent(path.ends_with('/') ? path : withoutExtension(path));
   if (!name.empty() && name != "/") return percentDecoded(name);
   std::string_view host = rest.substr(0, slash);
   host.remove_prefix(host.rfind('@') + 1);

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Core/Extensions/RecentlyUsed.h"
+#include "Core/Extensions/LruCache.h"
 #include "Core/Markdown/Text/DetectedLink.h"
 
 namespace nomely {
@@ -27,7 +27,7 @@ class LinkResultCache {
 
  private:
   std::mutex lock_;
-  RecentlyUsed<Links> cache_{maxEntries};
+  LruCache<Links> cache_{maxEntries};
 };
 
 }  // namespace nomely

@@ -66,6 +66,22 @@ std::optional<std::string> originalOnOneLine(std::string_view text) {
   return std::nullopt;
 }
 
+struct Kept {
+  std::string_view text;
+  std::optional<std::string> original;
+};
+
+// A comment that appendOriginal() wrote, and the text above it, which may hold anything: opening
+// marks that people write about would make a comment of all that follows them.
+std::optional<Kept> keptAtEnd(std::string_view body) {
+  constexpr std::string_view written = "\n\n---\n<!-- original-base64:";
+  const std::size_t at = body.rfind(written);
+  if (at == npos || body.find(closing, at) + closing.size() != body.size()) return std::nullopt;
+  auto original = encodedOriginal(body.substr(at));
+  if (!original) return std::nullopt;
+  return Kept{body.substr(0, at), std::move(original)};
+}
+
 }  // namespace
 
 std::string MemoTextUtilities::appendOriginal(std::string_view original, std::string_view text) {
@@ -106,14 +122,18 @@ std::string MemoTextUtilities::stripOriginalComment(std::string_view text) {
 }
 
 std::string MemoTextUtilities::textForEditing(std::string_view body) {
+  if (const auto kept = keptAtEnd(body)) return std::string(trimSpaceAndBreaks(kept->text));
   return extractOriginal(body) ? stripOriginalComment(body) : std::string(body);
 }
 
 std::string MemoTextUtilities::editedBody(std::string_view body, std::string_view editedText) {
-  const auto original = extractOriginal(body);
-  // An editor of the whole text has it there still.
-  return original && !hasOriginalComment(editedText) ? appendOriginal(*original, editedText)
-                                                     : std::string(editedText);
+  const auto kept = keptAtEnd(body);
+  const auto original = kept ? kept->original : extractOriginal(body);
+  // An editor of the whole text may have left the comment in it.
+  const auto left = keptAtEnd(editedText);
+  if (!original || (left ? left->original : extractOriginal(editedText)) == original)
+    return std::string(editedText);
+  return appendOriginal(*original, editedText);
 }
 
 }  // namespace nomely

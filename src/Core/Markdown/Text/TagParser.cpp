@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_set>
 
 #include "Platform/Text/Unicode.h"
 
@@ -58,15 +59,15 @@ const std::array<Mask, 4>& masks() {
   return all;
 }
 
-// False when no tag can begin in the text. In the masked text the "#" has white space or nothing in
-// front of it, so here it may also have the end of something masked: ">", "`" or the last digit of
-// a colour. Masking makes nothing but blanks, and those end a tag too.
+// False when no tag can begin in the text. In the masked text a "#" begins one at the start or
+// after white space, so here it may also follow the end of something masked: ">", "`" or the last
+// digit of a colour. Masking makes nothing but blanks, and those end a tag too.
 bool mayHoldTag(std::string_view text) {
   constexpr std::string_view neverBefore = "ghijklmnopqrstuvwxyzGHIJKLMNOPQRSTUVWXYZ#*_-+=:,.!?/";
-  constexpr std::string_view neverBehind = " \t\n\v\f\r#@!?.<>";
+  constexpr std::string_view neverAfter = " \t\n\v\f\r#@!?.<>";
   for (std::size_t at = text.find('#'); at != std::string_view::npos; at = text.find('#', at + 1)) {
     if (at + 1 == text.size()) return false;
-    if (neverBehind.find(text[at + 1]) == std::string_view::npos &&
+    if (neverAfter.find(text[at + 1]) == std::string_view::npos &&
         (at == 0 || neverBefore.find(text[at - 1]) == std::string_view::npos))
       return true;
   }
@@ -155,7 +156,7 @@ bool splitsCharacter(std::u16string_view text, std::size_t at) {
 
 std::vector<TagParser::Match> TagParser::matches(std::string_view text,
                                                  std::optional<TextRange> range) {
-  // A range may begin in the middle of a word, so what stands in front decides nothing there.
+  // A range may begin in the middle of a word, so what stands before it decides nothing.
   const bool possible = range ? text.find('#') != std::string_view::npos : mayHoldTag(text);
   if (!possible) return {};
   const std::u16string masked = mask(text, toUtf16(text));
@@ -172,10 +173,11 @@ std::vector<TagParser::Match> TagParser::matches(std::string_view text,
 }
 
 std::vector<std::string> TagParser::tags(std::string_view text) {
+  const std::vector<Match> all = matches(text);
   std::vector<std::string> distinct;
-  for (Match& match : matches(text))
-    if (std::ranges::find(distinct, match.tag) == distinct.end())
-      distinct.push_back(std::move(match.tag));
+  std::unordered_set<std::string_view> seen;
+  for (const Match& match : all)
+    if (seen.insert(match.tag).second) distinct.push_back(match.tag);
   return distinct;
 }
 

@@ -9,7 +9,7 @@
 
 namespace nomely {
 
-// The tags that a text holds as "#tag". A tag begins behind white space or at the start of the
+// The tags that a text holds as "#tag". A tag begins after white space or at the start of the
 // text; code, HTML-like tags and colours hold none, and neither does a line that is nothing but one
 // long "#word": that is a heading typed without its blank. Pure; safe on any thread. A text in
 // which nothing can begin a tag costs one look at its bytes.
@@ -18,7 +18,7 @@ namespace TagParser {
 // Positions are UTF-16 units of the masked text.
 struct Match {
   std::string tag;
-  TextRange fullRange;  // the blank or line break in front included
+  TextRange fullRange;  // the blank or line break before it included
   TextRange tagRange;   // without the "#"
 
   friend bool operator==(const Match&, const Match&) = default;
@@ -37,7 +37,7 @@ struct Match {
 // UTF-16 unit.
 [[nodiscard]] std::string maskedForTagParsing(std::string_view text);
 
-// The text without its tags and the white space in front of each, trimmed at both ends. Positions
+// The text without its tags and the white space before each, trimmed at both ends. Positions
 // in the masked text are taken for positions in the text; what is no whole characters there stays.
 [[nodiscard]] std::string removingInlineTags(std::string_view text);
 

@@ -37,6 +37,13 @@ TEST(InlineTextTest, Marks) {
       {"bare links", "看https://x.org/a_b_c。 y.com/z",
        "看{(https://x.org/a_b_c):https://x.org/a_b_c}。 {(y.com/z):y.com/z}"},
       {"a written link stays one", "[a](https://x.org)", "{(https://x.org):a}"},
+      {"with an address for a label", "[https://x.org](https://y.org) [x.org](<https://y.org> 't')",
+       "{(https://y.org):https://x.org} {(https://y.org):x.org}"},
+      {"in angle brackets", "<https://x.org/a> a", "{(https://x.org/a):https://x.org/a} a"},
+      {"beside one that is not", "[x.org] x.org/[a](b)",
+       "[{(x.org):x.org}] {(x.org/):x.org/}{(b):a}"},
+      {"code holds no links", "`curl https://x.org/a` x.org ``a`x.org``",
+       "{m:curl https://x.org/a} {(x.org):x.org} {m:a`x.org}"},
       {"bold against a Chinese mark", "**加粗，**后文 *a*", "{b:加粗，}后文 *a*"},
       {"fallback with nothing between", "a****", "a"},
       {"unclosed bold", "a **b", "a b"},
@@ -88,6 +95,27 @@ TEST(InlineTextTest, PlainCharactersComeBack) {
   }
 }
 
+// Making links of addresses changes no character that is shown, whatever marks surround them.
+TEST(InlineTextTest, WrappedAddressesShowAsTheyStood) {
+  constexpr std::array<std::string_view, 24> pieces{
+      "`",  "`",     "``",   "\\`", "\\[",           "\\]", "[",
+      "[",  "![",    "]",    "](",  "](a)",          "(<",  ">)",
+      ")",  "<",     ">",    " ",   "https://b.org", "\n",  "日",
+      "\"", "a.com", "a.com"};
+  std::mt19937 random(2);
+  std::size_t wrapped = 0;
+  for (int round = 0; round < 60'000; ++round) {
+    std::string text;
+    for (std::size_t count = random() % 14; count > 0; --count)
+      text += pieces.at(random() % pieces.size());
+    const std::string linked = MarkdownTextView::wrapBareURLsAsMarkdownLinks(text);
+    SCOPED_TRACE(testing::PrintToString(text));
+    ASSERT_EQ(parsedInline(linked).text, parsedInline(text).text) << linked;
+    wrapped += linked == text ? 0 : 1;
+  }
+  EXPECT_GT(wrapped, 10'000U);
+}
+
 TEST(InlineTextTest, Spans) {
   const std::string red = "<span style=\"color: #FF0000\">";
   const std::string big = "<span  style=\"font-size:18px\">";
@@ -116,9 +144,14 @@ TEST(InlineTextTest, HighlightOfEveryOccurrence) {
   const auto marked = [](std::string_view text, std::string_view keyword) {
     return shown(MarkdownTextView::inlineAttributed(text, {.highlightKeyword = keyword}));
   };
-  EXPECT_EQ(marked("aBab **xAb** b", " ab\u3000"), "{=FFEA66:aBab} {b:x}{b=FFEA66:Ab} b");
-  EXPECT_EQ(marked("日记ÀÉ", "àé"), "日记{=FFEA66:ÀÉ}");
+  EXPECT_EQ(marked("aBab **xAb** b", " ab\u3000"), "{=:aBab} {b:x}{b=:Ab} b");
+  EXPECT_EQ(marked("日记ÀÉ", "àé"), "日记{=:ÀÉ}");
   EXPECT_EQ(marked("日记ÀÉ", " "), "日记ÀÉ");
+  EXPECT_EQ(marked("Cafe\u0301 STRASSE 👨‍👩‍👧", "caf\u00E9"),
+            "{=:Cafe\u0301} STRASSE 👨‍👩‍👧");
+  EXPECT_EQ(marked("STRASSE Straße", "straße"), "{=:STRASSE} {=:Straße}");
+  EXPECT_EQ(marked("e 👨‍👩‍👧 e\u0301", "👩"), "e {=:👨‍👩‍👧} e\u0301");
+  EXPECT_EQ(marked("e e\u0301", "e"), "{=:e} e\u0301");
 }
 
 TEST(InlineTextTest, Preparation) {

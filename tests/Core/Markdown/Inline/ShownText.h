@@ -13,24 +13,20 @@ inline std::string shownColor(const TextColor& color) {
                      static_cast<int>(color.green * 255), static_cast<int>(color.blue * 255));
 }
 
-// Each run that is not plain in braces, with what makes it different in front: "a {b:bold}". A
-// link's colour and line are left out where they are what they always are.
+// Each run that is not plain in braces, with what makes it different first: "a {b:bold}".
 inline std::string shown(const StyledText& styled) {
   std::string all;
   std::size_t begin = 0;
   for (const auto& [length, style] : styled.runs) {
     std::string marks;
-    const bool isLink = style.link != nullptr;
     if (style.weight == FontWeight::bold) marks += 'b';
     if (style.slant == FontSlant::italic) marks += 'i';
-    if (style.width == FontWidth::monospace) marks += 'm';
-    if (style.strikethrough == TextLine::single) marks += 's';
-    if (isLink != (style.underline == TextLine::single)) marks += 'u';
+    if (style.isCode) marks += 'm';
+    if (style.isStruck) marks += 's';
+    if (style.isHit) marks += '=';
     if (style.pointSize) marks += fmt::format("{}", *style.pointSize);
-    if (style.foreground && !(isLink && *style.foreground == MarkdownTextView::linkColor))
-      marks += "#" + shownColor(*style.foreground);
-    if (style.background) marks += "=" + shownColor(*style.background);
-    if (isLink) marks += "(" + *style.link + ")";
+    if (style.foreground) marks += "#" + shownColor(*style.foreground);
+    if (style.link != nullptr) marks += "(" + *style.link + ")";
     const std::string text = styled.text.substr(begin, length);
     all += marks.empty() ? text : "{" + marks + ":" + text + "}";
     begin += length;

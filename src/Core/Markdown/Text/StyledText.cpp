@@ -1,4 +1,4 @@
-#include "Core/Markdown/Inline/StyledText.h"
+#include "Core/Markdown/Text/StyledText.h"
 
 #include <charconv>
 
@@ -23,9 +23,9 @@ std::string TextColor::description() const {
 bool operator==(const TextStyle& a, const TextStyle& b) {
   const bool sameLink =
       a.link == b.link || (a.link != nullptr && b.link != nullptr && *a.link == *b.link);
-  return sameLink && a.weight == b.weight && a.slant == b.slant && a.width == b.width &&
-         a.underline == b.underline && a.strikethrough == b.strikethrough &&
-         a.pointSize == b.pointSize && a.foreground == b.foreground && a.background == b.background;
+  return sameLink && a.weight == b.weight && a.slant == b.slant && a.isStruck == b.isStruck &&
+         a.isCode == b.isCode && a.isHit == b.isHit && a.pointSize == b.pointSize &&
+         a.foreground == b.foreground;
 }
 
 void StyledText::append(std::string_view more, const TextStyle& style) {

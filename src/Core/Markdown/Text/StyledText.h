@@ -26,19 +26,17 @@ struct TextColor {
 
 enum class FontWeight { regular, bold };
 enum class FontSlant { upright, italic };
-enum class FontWidth { proportional, monospace };
-enum class TextLine { none, single };
 
-// How a stretch of text looks. What is absent is for the one who draws to choose.
+// What a stretch of text is. How a link, code and a hit of a search look is for the one who draws
+// to choose; the colours here are those that the memo's writer and the view gave.
 struct TextStyle {
   FontWeight weight = FontWeight::regular;
   FontSlant slant = FontSlant::upright;
-  FontWidth width = FontWidth::proportional;
-  TextLine underline = TextLine::none;
-  TextLine strikethrough = TextLine::none;
+  bool isStruck = false;
+  bool isCode = false;
+  bool isHit = false;  // what a search looked for
   std::optional<double> pointSize;
   std::optional<TextColor> foreground;
-  std::optional<TextColor> background;
   std::shared_ptr<const std::string> link;  // one address for all the stretches of one link
 
   friend bool operator==(const TextStyle& a, const TextStyle& b);

@@ -9,11 +9,12 @@
 
 namespace nomely {
 
-// The values of the texts used last; those not used for longest go first. For one thread at a time.
+// An LRU cache from texts to values: when it is full, the value not used for longest goes. For one
+// thread at a time.
 template <typename Value>
-class RecentlyUsed {
+class LruCache {
  public:
-  explicit RecentlyUsed(std::size_t most) : most_(most) {}
+  explicit LruCache(std::size_t most) : most_(most) {}
 
   // Null for a text that is not here. One asked for stays longer than those that weren't.
   [[nodiscard]] const Value* find(std::string_view key) {
