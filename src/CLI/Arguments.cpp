@@ -8,6 +8,7 @@
 #include "CLI/UsageError.h"
 #include "Core/Extensions/TagUtilities.h"
 #include "Core/Extensions/TextNumbers.h"
+#include "Core/Storage/MemoFile.h"
 
 namespace nomely {
 namespace {
@@ -47,6 +48,18 @@ TimelineEntry memoByIdentifier(const std::string& identifier, const DayStore& st
                                  found[0].memo.memoId.value_or(""),
                                  found[1].memo.memoId.value_or("")));
   return std::move(found.front());
+}
+
+// The identity that stands in the text of an unreadable file; empty when there is none.
+std::string identifierInFile(const std::string& reference, Session& session) {
+  const std::size_t slash = reference.find('/');
+  const Day date = Arguments::day(reference.substr(0, slash), session.clock());
+  const auto number = parseDecimal(std::string_view(reference).substr(slash + 1)).value_or(0);
+  const StoreContext& storage = session.dayStore().context();
+  const auto bytes = storage.files.read(storage.paths.memoFile(date, number), MemoFile::maxSize);
+  constexpr std::size_t digits = 32;
+  const std::size_t at = bytes ? bytes->find(identifierPrefix) : std::string::npos;
+  return at == std::string::npos ? "" : bytes->substr(at, identifierPrefix.size() + digits);
 }
 
 }  // namespace
@@ -122,6 +135,25 @@ TimelineEntry Arguments::memo(const std::string& reference, Session& session) {
   if (!memo)
     throw NameNotFoundError(fmt::format("{} 没有编号为 {} 的笔记", date.string(), *number));
   return {date, std::move(*memo)};
+}
+
+Arguments::Past Arguments::past(const std::string& reference, Session& session) {
+  try {
+    TimelineEntry entry = memo(reference, session);
+    return {entry.memo.memoId.value_or(""), std::move(entry)};
+  } catch (const UsageError&) {
+    throw;
+  } catch (const Error&) {
+    // Nothing by that name, or nothing that can be read.
+    const std::string memoId = reference.starts_with(identifierPrefix)
+                                   ? reference
+                                   : identifierInFile(reference, session);
+    const auto identities = session.memos().versions().identities(memoId);
+    if (memoId.empty() || identities.empty()) throw;
+    if (identities.size() > 1 && identities.front() != memoId)
+      throw UsageError(fmt::format("{} 对应多条笔记的历史，请写得更长一些", reference));
+    return {identities.front(), std::nullopt};
+  }
 }
 
 std::string Arguments::attachment(const Memo& memo, const std::string& name) {

@@ -29,6 +29,15 @@ namespace Arguments {
 // The memo that is named by "2026-03-01/7", "today/7", its identifier, or "memo_" and at least the
 // first 8 characters after that. Throws NameNotFoundError too.
 [[nodiscard]] TimelineEntry memo(const std::string& reference, Session& session);
+
+// A note by what is kept of its past.
+struct Past {
+  std::string memoId;                  // empty: it has none, and no past
+  std::optional<TimelineEntry> entry;  // absent for a note that stands nowhere or can't be read
+};
+// The same for a REF whose note may be broken or gone: then an identifier that has snapshots.
+[[nodiscard]] Past past(const std::string& reference, Session& session);
+
 // The stored name of the attachment that `name` names by its stored name or its original one.
 [[nodiscard]] std::string attachment(const Memo& memo, const std::string& name);
 

@@ -25,20 +25,27 @@ class HistoryCommand final : public ActionCommand {
     addDefault(app, "list", "列出历史版本", with(&HistoryCommand::list));
     addNumber(add(app, "show", "显示一个版本", with(&HistoryCommand::show)));
     addNumber(add(app, "restore", "恢复一个版本", with(&HistoryCommand::restore)));
-    add(app, "clear", "永久删除全部版本", with(&HistoryCommand::clear));
+    add(app, "original", "改写前的原文件，由其他程序写成", with(&HistoryCommand::original));
+    add(app, "clear", "永久删除全部版本和原文件", with(&HistoryCommand::clear));
   }
 
  private:
-  // A memo with its versions, newest first.
   struct Subject {
-    TimelineEntry entry;
-    std::vector<VersionEntry> versions;
+    Arguments::Past past;
+    std::vector<VersionEntry> versions;  // newest first
+
+    // Where the memo stands, or where it was made.
+    [[nodiscard]] Day day(const Clock& clock) const {
+      if (past.entry) return past.entry->date;
+      const auto made = versions.empty() ? std::nullopt : versions.front().memo.dayMade();
+      return made.value_or(clock.today());
+    }
   };
 
   Action with(void (HistoryCommand::*action)(Session&, Subject&) const) {
     return [this, action](Session& session) {
-      Subject subject{Arguments::memo(reference_, session), {}};
-      subject.versions = versionsOf(subject.entry, session);
+      Subject subject{Arguments::past(reference_, session), {}};
+      subject.versions = versionsOf(subject.past, session);
       (this->*action)(session, subject);
     };
   }
@@ -49,13 +56,14 @@ class HistoryCommand final : public ActionCommand {
         ->check(Checks::positive("版本序号"));
   }
 
-  static std::vector<VersionEntry> versionsOf(const TimelineEntry& entry, Session& session) {
-    return session.memos().versions().listVersions(entry.date, entry.memo.seqNumber,
-                                                   entry.memo.memoId);
+  static std::vector<VersionEntry> versionsOf(const Arguments::Past& past, Session& session) {
+    const Day day = past.entry ? past.entry->date : session.clock().today();
+    const std::int64_t number = past.entry ? past.entry->memo.seqNumber : 0;
+    return session.memos().versions().listVersions(day, number, past.memoId);
   }
 
   void list(Session& session, Subject& subject) const {
-    const Day day = subject.entry.date;
+    const Day day = subject.day(session.clock());
     Json json = Json::array();
     std::string text;
     std::size_t index = 0;
@@ -68,12 +76,16 @@ class HistoryCommand final : public ActionCommand {
     const PagedOutput pager(session.environment(), session.isJson());
     session.print(text);
     if (subject.versions.empty()) session.say("这条笔记没有历史版本。");
+    if (!subject.past.entry)
+      session.say(fmt::format("这条笔记读不出或已不在。恢复成一条笔记：nomely history {} restore N", reference_));
+    if (!session.memos().versions().originals(subject.past.memoId).empty())
+      session.say(fmt::format("改写前的原文件也留着：nomely history {} original", reference_));
   }
 
   void show(Session& session, Subject& subject) const {
     const VersionEntry& version = chosen(subject.versions);
     const std::size_t index = static_cast<std::size_t>(number_);
-    const Day day = subject.entry.date;
+    const Day day = subject.day(session.clock());
     if (session.isJson()) return session.printJson(jsonOf(version, index, day));
     session.print(heading(session.style(), version, index) +
                   MemoOutput::text({day, version.memo}, session.style()));
@@ -81,17 +93,32 @@ class HistoryCommand final : public ActionCommand {
 
   void restore(Session& session, Subject& subject) const {
     const VersionEntry& version = chosen(subject.versions);
-    TimelineEntry& entry = subject.entry;
-    entry.memo = session.memos().restoreVersion(entry.date, entry.memo, version);
+    TimelineEntry entry{subject.day(session.clock()), version.memo};
+    if (subject.past.entry) {
+      entry.memo = session.memos().restoreVersion(entry.date, subject.past.entry->memo, version);
+    } else {
+      auto [day, memo] = session.memos().restoreVanished(version);
+      entry = {day, std::move(memo)};
+    }
     MemoOutput::print(entry, session);
   }
 
+  void original(Session& session, Subject& subject) const {
+    const VersionStore& store = session.memos().versions();
+    const std::vector<OriginalFile> originals = store.originals(subject.past.memoId);
+    if (originals.empty()) throw NameNotFoundError("这条笔记没有改写前的原文件");
+    const std::string content = store.contentOf(originals.front());
+    if (!session.isJson()) return session.print(content);
+    session.printJson({{"timestamp", DateFormatters::timestamp(originals.front().timestamp)},
+                       {"filename", originals.front().filename},
+                       {"content", content}});
+  }
+
   void clear(Session& session, Subject& subject) const {
-    const TimelineEntry& entry = subject.entry;
     if (!subject.versions.empty() && session.confirm("清空所有版本历史？"))
-      session.memos().versions().deleteAllVersions(entry.date, entry.memo.seqNumber,
-                                                   entry.memo.memoId);
-    subject.versions = versionsOf(entry, session);
+      session.memos().versions().deleteAllVersions(subject.day(session.clock()), 0,
+                                                   subject.past.memoId);
+    subject.versions = versionsOf(subject.past, session);
     list(session, subject);
   }
 

@@ -10,6 +10,7 @@
 
 #include "CLI/Interruption.h"
 #include "CLI/UsageError.h"
+#include "Platform/Concurrency/NotificationCenter.h"
 #include "Platform/Files/FileError.h"
 
 namespace nomely {
@@ -31,6 +32,12 @@ Application& Session::application() {
   const auto root = application_->storage().files.attributes(application_->paths().rootURL);
   if (root && root->type != FileType::directory)
     throw FileError("打开数据目录", application_->paths().rootURL, ENOTDIR);
+  originalKept_ = NotificationCenter::shared().observe(
+      Notifications::originalKept, [this](const std::string& memoId) {
+        if (toldOfOriginal_.exchange(true)) return;
+        say(fmt::format("文件头里有 Nomely 不用的内容，改写前的原文件已留下：nomely history {} original",
+                        memoId));
+      });
   return *application_;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -14,6 +15,7 @@
 #include "App/Application.h"
 #include "CLI/Terminal.h"
 #include "Platform/Concurrency/RunLoop.h"
+#include "Platform/Concurrency/Subscription.h"
 #include "Platform/System/Environment.h"
 
 namespace nomely {
@@ -84,6 +86,8 @@ class Session {
   Machine machine_;
   RunLoop runLoop_;
   std::unique_ptr<Application> application_;
+  std::atomic<bool> toldOfOriginal_ = false;
+  Subscription originalKept_;
 };
 
 }  // namespace nomely

@@ -67,21 +67,32 @@ class TrashCommand final : public ActionCommand {
   }
 
   static void empty(Session& session) {
-    const std::size_t count = session.memos().trashed().size();
-    if (session.confirm(fmt::format(
-            "确认清空回收站？将永久删除回收站中的所有 {} 条笔记，此操作不可撤销。", count)))
-      session.memos().emptyTrash();
+    const TrashContents contents = session.memos().trashContents();
+    if (session.confirm(questionFor(contents))) session.memos().emptyTrash();
     if (session.isJson()) list(session);
+  }
+
+  // All that goes, and not only what a list shows.
+  static std::string questionFor(const TrashContents& contents) {
+    std::string question = "确认清空回收站？将永久删除回收站中的所有 " +
+                           std::to_string(contents.entries.size()) + " 条笔记";
+    if (!contents.others.empty())
+      question += fmt::format("、{} 个不是笔记的条目（{}）", contents.others.size(),
+                              Terminal::printable(fmt::format(
+                                  "{}", fmt::join(contents.others, "、"))));
+    if (contents.attachmentFiles > 0)
+      question += fmt::format("、{} 个取下的附件", contents.attachmentFiles);
+    return question + "，此操作不可撤销。";
   }
 
   [[nodiscard]] std::vector<TrashEntry> named(Session& session) const {
     if (names_.empty()) throw UsageError("缺少回收站条目的名称，见 nomely trash list");
-    const std::vector<TrashEntry> all = session.memos().trashed();
+    (void)session.memos().trashed();  // what was cut off is finished first
     std::vector<TrashEntry> entries;
     for (const std::string& name : names_) {
-      const auto found = std::ranges::find(all, name, &TrashEntry::trashSubdir);
-      if (found == all.end()) throw NameNotFoundError(fmt::format("回收站里没有“{}”", name));
-      entries.push_back(*found);
+      auto entry = session.memos().trashStore().entryNamed(name);
+      if (!entry) throw NameNotFoundError(fmt::format("回收站里没有“{}”", name));
+      entries.push_back(*std::move(entry));
     }
     return entries;
   }

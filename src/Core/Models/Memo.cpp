@@ -87,6 +87,11 @@ bool Memo::hasTranscriptSegments() const {
                              [](const auto& entry) { return !entry.second.segments.empty(); });
 }
 
+std::optional<Day> Memo::dayMade() const {
+  constexpr std::string_view form = "2026-03-01";
+  return Day::parse(std::string_view(createdAt.value_or("")).substr(0, form.size()));
+}
+
 void Memo::setPinned(bool wanted) {
   pinned = wanted;
   if (!wanted) lockedOnTop = false;

@@ -58,6 +58,9 @@ struct Memo : MemoFrontmatter {
   // Whether it holds a transcript with segments, which makes every two reads of it unequal.
   [[nodiscard]] bool hasTranscriptSegments() const;
 
+  // The local day that `createdAt` tells.
+  [[nodiscard]] std::optional<Day> dayMade() const;
+
   // Unpinning unlocks, and locking pins.
   void setPinned(bool wanted);
   void setLockedOnTop(bool wanted);

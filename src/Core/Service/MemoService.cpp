@@ -208,13 +208,4 @@ Memo MemoService::restoreVersion(Day day, const Memo& original, const VersionEnt
   });
 }
 
-Memo MemoService::restoreVanished(const VersionEntry& version, const Place& place) const {
-  return context_.write([&] {
-    const bool isFree = place.seqNumber >= 1 &&
-                        !context_.files.exists(context_.paths.memoFile(place.day, place.seqNumber));
-    return versions_.restoreVanished(version, place.day,
-                                     isFree ? place.seqNumber : days_.nextSeqNumber(place.day));
-  });
-}
-
 }  // namespace nomely

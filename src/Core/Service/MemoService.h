@@ -88,13 +88,20 @@ class MemoService {
 
   // Puts a snapshot in the memo's place. The state that it replaces becomes a snapshot itself.
   Memo restoreVersion(Day day, const Memo& original, const VersionEntry& version) const;
-  // Puts a snapshot of a memo that stands nowhere, or can't be read, into a file of its own at
-  // `place`, or under the day's next number when a file is there: that one is left as it is.
-  struct Place {
+  // Puts a snapshot of a memo that stands nowhere, or can't be read, into a file of its own and
+  // tells the day: that of the unreadable file, which is left as it is, else the one on which the
+  // memo was made. Throws InTrashError for one that lies in the trash.
+  struct Restored {
     Day day;
-    std::int64_t seqNumber = 0;  // 0: the day's next
+    Memo memo;
   };
-  Memo restoreVanished(const VersionEntry& version, const Place& place) const;
+  Restored restoreVanished(const VersionEntry& version) const;
+
+  // The memo has to be restored from the trash first: a second one would share its history.
+  class InTrashError : public Error {
+   public:
+    explicit InTrashError(const std::string& trashSubdir);
+  };
 
   // Makes a memo file readable that is not for its line ends, a byte order mark or a missing
   // header; its bytes as they were are kept beside its history. Absent when it can be read, or
@@ -107,6 +114,8 @@ class MemoService {
   static void addTagsIn(std::string_view text, std::vector<std::string>& tags);
 
  private:
+  // The newest day with a file that can't be read and has the identity in its text.
+  [[nodiscard]] std::optional<Day> dayOfUnreadable(const std::string& memoId) const;
   struct Broken;
   [[nodiscard]] std::optional<Broken> broken(Day day, std::int64_t seqNumber) const;
   // Makes the note ready for being written over by `changed`, which gets its identity: a note

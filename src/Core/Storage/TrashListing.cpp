@@ -97,9 +97,8 @@ std::optional<TrashEntry> TrashStore::entryNamed(const std::string& name) const 
     auto memo =
         MemoFile::read(context_.files, context_.paths.trashFolder() / name / memoFileName, 0);
     if (!memo) return std::nullopt;
-    const auto made = memo->createdAt.value_or("").substr(0, std::string_view("2026-03-01").size());
-    const Day fallback = Day::parse(made).value_or(context_.clock.today());
-    const Origin origin = parseFolderName(name).value_or(Origin{.date = fallback});
+    const Day made = memo->dayMade().value_or(context_.clock.today());
+    const Origin origin = parseFolderName(name).value_or(Origin{.date = made});
     memo->seqNumber = origin.seqNumber;
     return TrashEntry{origin.date, *std::move(memo), name};
   } catch (const Error&) {

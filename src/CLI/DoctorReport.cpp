@@ -1,0 +1,126 @@
+#include "CLI/DoctorReport.h"
+
+#include <vector>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+namespace nomely {
+namespace {
+
+using Paths = std::vector<std::filesystem::path>;
+
+template <typename Items>
+Json jsonOf(const Items& all, const char* pathKey) {
+  Json json = Json::array();
+  for (const RootInspector::Unreadable& item : all)
+    json.push_back({{pathKey, item.path.string()}, {"reason", item.reason}});
+  return json;
+}
+
+Json jsonOf(const Paths& paths) {
+  Json json = Json::array();
+  for (const auto& path : paths) json.push_back(path.string());
+  return json;
+}
+
+// A line for each finding, its kind at the beginning.
+class Lines {
+ public:
+  explicit Lines(const Style& style) : style_(style) {}
+
+  void add(std::string_view kind, std::string_view what) {
+    text_ += fmt::format("{}  {}\n", style_.warning(kind), Terminal::printable(what));
+  }
+  void add(std::string_view kind, const RootInspector::Unreadable& item) {
+    add(kind, fmt::format("{}：{}", item.path.string(), item.reason));
+  }
+  void add(std::string_view kind, const Paths& paths) {
+    for (const auto& path : paths) add(kind, path.string());
+  }
+  void say(std::string_view remark) { text_.append(remark) += '\n'; }
+
+  [[nodiscard]] const std::string& text() const { return text_; }
+
+ private:
+  const Style& style_;
+  std::string text_;
+};
+
+void addNotes(Lines& lines, const RootInspector::Report& report) {
+  bool canMend = false;
+  for (const auto& memo : report.unreadableMemos) {
+    lines.add("读不出的笔记", memo);
+    canMend = canMend || !memo.mends.empty();
+  }
+  if (canMend) lines.say("其中有的可以修复，原文件会留着：nomely doctor --fix");
+  for (const auto& [memoId, places] : report.sharedIdentities) {
+    std::vector<std::string> names;
+    for (const auto& place : places) names.push_back(place.string());
+    lines.add("重复的标识", fmt::format("{}：{}。永久删除其中一条会带走另一条的历史", memoId,
+                                        fmt::join(names, "、")));
+  }
+  for (const auto& missing : report.missingAttachments)
+    lines.add("缺失的附件", fmt::format("{}/{}：{}", missing.date.string(), missing.seqNumber,
+                                        missing.filename));
+}
+
+void addHistory(Lines& lines, const RootInspector::Report& report) {
+  for (const auto& version : report.unreadableVersions) lines.add("读不出的历史版本", version);
+  for (const auto& [memoId, snapshots] : report.strandedHistories)
+    lines.add("没有笔记的历史",
+              fmt::format("{}：{} 个版本。查看与恢复：nomely history {}", memoId, snapshots, memoId));
+  for (const auto& folder : report.unreadableTrash) lines.add("读不出的回收站文件夹", folder);
+}
+
+}  // namespace
+
+Json DoctorReport::json(const RootInspector::Report& report, const std::filesystem::path& root) {
+  Json json{{"root", root.string()},
+            {"days", report.days},
+            {"memos", report.memos},
+            {"foreignMemos", report.foreignMemos},
+            {"unreadableMemos", Json::array()},
+            {"unreadableVersions", jsonOf(report.unreadableVersions, "file")},
+            {"unreadableTrash", jsonOf(report.unreadableTrash, "folder")},
+            {"missingAttachments", Json::array()},
+            {"sharedIdentities", Json::array()},
+            {"strandedHistories", Json::array()},
+            {"danglingLinks", jsonOf(report.danglingLinks)},
+            {"staleTemporaryFiles", jsonOf(report.staleTemporaryFiles)},
+            {"unreadableFolders", jsonOf(report.unreadableFolders)}};
+  for (const auto& memo : report.unreadableMemos)
+    json["unreadableMemos"].push_back(
+        {{"file", memo.path.string()}, {"reason", memo.reason}, {"mends", memo.mends}});
+  for (const auto& missing : report.missingAttachments) {
+    Json item{{"date", missing.date.string()}, {"seqNumber", missing.seqNumber}};
+    if (missing.memoId) item["memoId"] = *missing.memoId;
+    item["attachment"] = missing.filename;
+    json["missingAttachments"].push_back(std::move(item));
+  }
+  for (const auto& [memoId, places] : report.sharedIdentities)
+    json["sharedIdentities"].push_back({{"memoId", memoId}, {"places", jsonOf(places)}});
+  for (const auto& [memoId, snapshots] : report.strandedHistories)
+    json["strandedHistories"].push_back({{"memoId", memoId}, {"snapshots", snapshots}});
+  return json;
+}
+
+std::string DoctorReport::text(const RootInspector::Report& report,
+                               const std::filesystem::path& root, const Style& style) {
+  Lines lines(style);
+  addNotes(lines, report);
+  addHistory(lines, report);
+  lines.add("失效的链接", report.danglingLinks);
+  lines.add("读不出的文件夹", report.unreadableFolders);
+  lines.add("残留的临时文件", report.staleTemporaryFiles);
+  if (!report.staleTemporaryFiles.empty()) lines.say("临时文件会在下次写入同一文件夹时自动清理。");
+  if (report.foreignMemos > 0)
+    lines.say(fmt::format("{} 条笔记的文件头里有 Nomely 不用的内容，首次改写前会留下原文件。",
+                          report.foreignMemos));
+  if (report.isClean()) lines.say("一切正常。");
+  return fmt::format("{}：{} 天，{} 条笔记可读\n", Terminal::printable(root.string()), report.days,
+                     report.memos) +
+         lines.text();
+}
+
+}  // namespace nomely
