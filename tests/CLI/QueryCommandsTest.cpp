@@ -12,12 +12,6 @@ class QueryCommandsTest : public CommandTest {
   }
 };
 
-TEST_F(QueryCommandsTest, TagsInTheTextBecomeTags) {
-  EXPECT_EQ(add("跑步 #运动/跑步 五公里", {"--tag", "早晨"})["tags"], Json({"早晨", "运动/跑步"}));
-  EXPECT_EQ(json({"edit", "2026-03-01/1", "散步 #散步 `#不是`"})["tags"],
-            Json({"早晨", "运动/跑步", "散步"}));
-}
-
 TEST_F(QueryCommandsTest, SearchFindsAndShowsWhy) {
   const Json first = add("今天读了《边城》，雨停了");
   const Json second = add("Finished the Report", {"--tag", "工作/报告"});

@@ -40,55 +40,34 @@ TEST(UuidTest, ChildDrawsItsOwn) {
 }
 
 TEST(LogTest, EchoLevels) {
-  const struct {
-    const char* name;
-    Log::Echo echo;
-    const char* expected;
-  } cases[] = {
-      {"nothing", Log::Echo::nothing, ""},
-      {"errors", Log::Echo::errors, "[storage] e\n[feishu] {} f\n"},
-      {"everything", Log::Echo::everything, "[app] i 1\n[storage] e\n[feishu] {} f\n"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    Log::setEcho(c.echo);
+  const std::string errors = "[storage] e\n[feishu] {} f\n";
+  for (const auto& [echo, expected] : {std::pair(Log::Echo::nothing, std::string()),
+                                       {Log::Echo::everything, "[app] i 1\n" + errors},
+                                       {Log::Echo::errors, errors}}) {
+    Log::setEcho(echo);
     testing::internal::CaptureStderr();
     Log::information(LogChannel::app, "i {}", 1);
     Log::error(LogChannel::storage, "e");
     Log::write(LogChannel::feishu, LogLevel::fault, "{} f");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), c.expected);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), expected);
   }
-  Log::setEcho(Log::Echo::errors);
 }
 
 TEST(EnvironmentTest, Folders) {
-  const struct {
-    const char* name;
-    Environment::Variables variables;
-    const char* temporary;
-    const char* configuration;
-    const char* state;
-  } cases[] = {
-      {"defaults", {{"HOME", "/h"}}, "/tmp", "/h/.config/nomely", "/h/.local/state/nomely"},
-      {"set",
-       {{"HOME", "/h"}, {"TMPDIR", "/t"}, {"XDG_CONFIG_HOME", "/c"}, {"XDG_STATE_HOME", "/s"}},
-       "/t",
-       "/c/nomely",
-       "/s/nomely"},
-      {"empty or relative",
-       {{"HOME", "/h"}, {"TMPDIR", ""}, {"XDG_CONFIG_HOME", "c"}, {"XDG_STATE_HOME", "./s"}},
-       "/tmp",
-       "/h/.config/nomely",
-       "/h/.local/state/nomely"},
+  using Variables = Environment::Variables;
+  const auto folders = [](Variables variables) {
+    variables.emplace("HOME", "/h");
+    const Environment environment(std::move(variables));
+    return fmt::format("{} {} {}", environment.temporaryFolder().string(),
+                       environment.configurationFolder().string(),
+                       environment.stateFolder().string());
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const Environment environment(c.variables);
-    EXPECT_EQ(environment.homeFolder(), "/h");
-    EXPECT_EQ(environment.temporaryFolder(), c.temporary);
-    EXPECT_EQ(environment.configurationFolder(), c.configuration);
-    EXPECT_EQ(environment.stateFolder(), c.state);
-  }
+  EXPECT_EQ(folders({}), "/tmp /h/.config/nomely /h/.local/state/nomely");
+  EXPECT_EQ(folders({{"TMPDIR", "/t"}, {"XDG_CONFIG_HOME", "/c"}, {"XDG_STATE_HOME", "/s"}}),
+            "/t /c/nomely /s/nomely");
+  EXPECT_EQ(folders({{"TMPDIR", ""}, {"XDG_CONFIG_HOME", "c"}, {"XDG_STATE_HOME", "./s"}}),
+            folders({}))
+      << "what is empty or relative counts as not set";
   EXPECT_TRUE(Environment(Environment::Variables{{"HOME", ""}}).homeFolder().is_absolute());
   EXPECT_FALSE(Environment(Environment::Variables()).get("HOME"));
   EXPECT_EQ(inChild([] {

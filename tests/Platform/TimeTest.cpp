@@ -21,27 +21,13 @@ std::string show(Moment moment) {
 }
 
 TEST(DayTest, StrictParse) {
-  const struct {
-    const char* text;
-    bool expected;
-  } cases[] = {
-      {"2026-03-01", true},   {"0001-01-01", true},      {"9999-12-31", true},
-      {"2024-02-29", true},   {"2000-02-29", true},      {"2026-02-29", false},
-      {"1900-02-29", false},  {"2026-04-31", false},     {"2026-13-01", false},
-      {"2026-00-10", false},  {"2026-01-00", false},     {"0000-01-01", false},
-      {"2026-3-5", false},    {"2026-3-05", false},      {"26-03-01", false},
-      {"12026-03-01", false}, {"2026/03/01", false},     {"2026-03-01 ", false},
-      {" 2026-03-01", false}, {"2026-03-0x", false},     {"+026-03-01", false},
-      {"2026--3-01", false},  {"２０２６-03-01", false}, {"", false},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    const auto day = Day::parse(c.text);
-    ASSERT_EQ(day.has_value(), c.expected);
-    if (day) {
-      EXPECT_EQ(day->string(), c.text);
-    }
-  }
+  for (const char* day : {"2026-03-01", "0001-01-01", "9999-12-31", "2024-02-29", "2000-02-29"})
+    EXPECT_EQ(Day::parse(day).value().string(), day);
+  for (const char* none :
+       {"2026-02-29", "1900-02-29", "2026-04-31", "2026-13-01", "2026-00-10", "2026-01-00",
+        "0000-01-01", "2026-3-5", "2026-3-05", "26-03-01", "12026-03-01", "2026/03/01",
+        "2026-03-01 ", " 2026-03-01", "2026-03-0x", "+026-03-01", "2026--3-01", "２０２６-03-01", ""})
+    EXPECT_FALSE(Day::parse(none)) << none;
 }
 
 TEST(DayTest, CountingAndOrder) {
@@ -55,18 +41,6 @@ TEST(DayTest, CountingAndOrder) {
   EXPECT_FALSE(Day::from(10000, 1, 1));
 }
 
-TEST(DayTest, MomentsOfOneLocalDayNameTheSameDay) {
-  const auto daysAround = [](long long start) {
-    return [start] {
-      return Day::of(utc(start - 1)).string() + " " + Day::of(utc(start)).string() + " " +
-             Day::of(utc(start + 86399)).string();
-    };
-  };
-  EXPECT_EQ(inZone("Asia/Shanghai", daysAround(1772294400)), "2026-02-28 2026-03-01 2026-03-01");
-  EXPECT_EQ(inZone("Asia/Kolkata", daysAround(1772303400)), "2026-02-28 2026-03-01 2026-03-01");
-  EXPECT_EQ(inZone("UTC", daysAround(-86400)), "1969-12-30 1969-12-31 1969-12-31");
-}
-
 TEST(LocalTimeTest, Zones) {
   const struct {
     const char* name;
@@ -76,14 +50,12 @@ TEST(LocalTimeTest, Zones) {
   } cases[] = {
       {"no offset", "UTC", utc(1772328605), "2026-03-01 01:30:05 +0"},
       {"half an hour", "Asia/Kolkata", utc(1772328605), "2026-03-01 07:00:05 +19800"},
-      {"three quarters", "Asia/Kathmandu", utc(1772328605), "2026-03-01 07:15:05 +20700"},
       {"winter", "America/New_York", utc(1772328605), "2026-02-28 20:30:05 -18000"},
       {"summer", "America/New_York", utc(1783000000), "2026-07-02 09:46:40 -14400"},
       {"last second of winter", "America/New_York", utc(1772953199), "2026-03-08 01:59:59 -18000"},
       {"first second of summer", "America/New_York", utc(1772953200), "2026-03-08 03:00:00 -14400"},
       {"hour before the repeated one", "America/New_York", utc(1793508300),
        "2026-11-01 00:45:00 -14400"},
-      {"hour after it", "America/New_York", utc(1793519100), "2026-11-01 02:45:00 -18000"},
       {"before 1970", "UTC", utc(-1), "1969-12-31 23:59:59 +0"},
   };
   for (const auto& c : cases) {
@@ -104,17 +76,12 @@ TEST(LocalTimeTest, FirstMomentsOfDays) {
     const char* day;
     const char* expected;
   } cases[] = {
-      {"usual", "Asia/Shanghai", "2026-03-01", "2026-03-01 00:00:00 +28800"},
       {"clock goes forward later", "America/New_York", "2026-03-08", "2026-03-08 00:00:00 -18000"},
-      {"went forward the day before", "America/New_York", "2026-03-09",
-       "2026-03-09 00:00:00 -14400"},
       {"clock goes back later", "America/New_York", "2026-11-01", "2026-11-01 00:00:00 -14400"},
-      {"went back the day before", "America/New_York", "2026-11-02", "2026-11-02 00:00:00 -18000"},
       {"no midnight", "America/Sao_Paulo", "2018-11-04", "2018-11-04 01:00:00 -7200"},
       {"clock goes back at midnight", "America/Sao_Paulo", "2018-02-18",
        "2018-02-18 00:00:00 -10800"},
       {"midnight twice", "America/St_Johns", "2010-11-07", "2010-11-07 00:00:00 -9000"},
-      {"far east", "Pacific/Kiritimati", "2026-03-01", "2026-03-01 00:00:00 +50400"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
