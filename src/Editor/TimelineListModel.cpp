@@ -16,7 +16,8 @@ unsigned char rankOf(const Memo& memo) {
 }
 
 bool isEqual(const MemoEntry& left, const MemoEntry& right) {
-  return left.date == right.date && (left.memo == right.memo || *left.memo == *right.memo);
+  return left.date == right.date &&
+         (left.memo == right.memo || isStoredAs(*left.memo, *right.memo));
 }
 
 bool hasIdentityOf(const Memo& listed, const Memo& memo) {

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "Core/Extensions/AttachmentKinds.h"
-#include "Platform/Error.h"
 #include "Platform/Concurrency/NotificationCenter.h"
+#include "Platform/Error.h"
 
 namespace nomely {
 namespace {

@@ -127,7 +127,7 @@ TEST_F(TimelineListModelTest, ChangesOfRowsAddUpToTheList) {
     change();
     isInner = false;
   });
-  for (int i = 0; i < 3000; ++i) {
+  for (int i = 0; i < 1500; ++i) {
     change();
     const bool isSettled = draw(4) == 0;
     if (isSettled) list.show(list.allMemos.get());
