@@ -26,7 +26,6 @@ function(nomely_tests name)
 const std::string nomely::test::TestPaths::fixtures =
     \"${CMAKE_CURRENT_SOURCE_DIR}/${TESTS_FOLDER}/fixtures\";
 const std::string nomely::test::TestPaths::nomely = \"$<TARGET_FILE:nomely>\";
-const std::string nomely::test::TestPaths::writer = \"$<TARGET_FILE:nomely_writer>\";
 ")
   add_executable(nomely_${name}_tests ${files} ${paths})
   target_link_libraries(nomely_${name}_tests PRIVATE nomely_test_support ${TESTS_LINK} GTest::gmock_main)

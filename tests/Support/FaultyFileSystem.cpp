@@ -4,8 +4,6 @@
 #include <array>
 #include <utility>
 
-#include <unistd.h>
-
 #include "Platform/Files/FileError.h"
 
 namespace nomely::test {
@@ -19,14 +17,15 @@ std::string_view firstHalf(std::string_view bytes) {
 
 FaultyFileSystem::Strike FaultyFileSystem::next(std::string_view name,
                                                 const std::filesystem::path& path) {
-  calls_.push_back({name, path});
-  if (fault_.atCall == 0 || calls_.size() < fault_.atCall) return Strike::none;
-  if (calls_.size() == fault_.atCall) return Strike::first;
+  const std::size_t number = [&] {
+    const std::lock_guard lock(mutex_);
+    calls_.push_back({name, path});
+    return calls_.size();
+  }();
+  if (observer_) observer_({name, path});
+  if (fault_.atCall == 0 || number < fault_.atCall) return Strike::none;
+  if (number == fault_.atCall) return Strike::first;
   return fault_.lasting ? Strike::repeated : Strike::none;
-}
-
-void FaultyFileSystem::announce(Strike strike) const {
-  if (strike == Strike::first && fault_.onStrike) fault_.onStrike();
 }
 
 void FaultyFileSystem::fail(const std::filesystem::path& path) const {
@@ -38,24 +37,8 @@ auto FaultyFileSystem::guarded(std::string_view name, const std::filesystem::pat
                                Whole whole, Half half) {
   const Strike strike = next(name, path);
   if (strike == Strike::none) return whole();
-  switch (fault_.mode) {
-    case Mode::die:
-      ::_exit(deathStatus);
-    case Mode::dieLate:
-      whole();
-      ::_exit(deathStatus);
-    case Mode::failLate:
-      whole();
-      announce(strike);
-      fail(path);
-    case Mode::partial:
-      if (strike == Strike::repeated) fail(path);
-      announce(strike);
-      return half();
-    case Mode::fail:
-      break;
-  }
-  announce(strike);
+  if (fault_.mode == Mode::partial && strike == Strike::first) return half();
+  if (fault_.mode == Mode::failLate) whole();
   fail(path);
 }
 

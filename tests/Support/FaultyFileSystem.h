@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,26 +14,21 @@
 
 namespace nomely::test {
 
-// A file system over another whose calls, opened files' included, fail or end the process at the
-// n-th of them. Calls count from 1. For one thread.
-class FaultyFileSystem final : public FileSystem {
+// A file system over another of whose calls, opened files' included, the n-th fails. Calls count
+// from 1. Safe on any thread.
+class FaultyFileSystem : public FileSystem {
  public:
   enum class Mode {
     fail,      // the call does nothing and fails with `errorNumber`
     partial,   // it reads or writes half of what it could; a copy fails half-way; others: untouched
     failLate,  // the call is done, and then fails all the same
-    die,       // the process ends with `deathStatus` before the call
-    dieLate,   // and after it
   };
-  static constexpr int deathStatus = 77;
 
   struct Fault {
     Mode mode = Mode::fail;
     std::uint64_t atCall = 0;  // 0: never
     int errorNumber = EIO;
     bool lasting = false;  // every later call too; with Mode::partial they fail
-    // Called once, where the fault strikes: before a call that isn't done, after one that is.
-    std::function<void()> onStrike = {};
   };
 
   struct Call {
@@ -40,12 +36,13 @@ class FaultyFileSystem final : public FileSystem {
     std::filesystem::path path;
   };
 
-  FaultyFileSystem(FileSystem& inner, Fault fault) : inner_(inner), fault_(std::move(fault)) {}
+  // `observer` is called before each call, struck or not.
+  using Observer = std::function<void(const Call&)>;
+  FaultyFileSystem(FileSystem& inner, Fault fault, Observer observer = {})
+      : inner_(inner), fault_(fault), observer_(std::move(observer)) {}
 
-  // Every call so far.
+  // Every call so far. For when no other thread makes one.
   [[nodiscard]] const std::vector<Call>& calls() const { return calls_; }
-  // Calls pass untouched from here on.
-  void heal() { fault_ = {}; }
 
   // Whether Mode::partial makes a difference to such a call.
   [[nodiscard]] static bool canBePartial(const Call& call);
@@ -72,11 +69,12 @@ class FaultyFileSystem final : public FileSystem {
   auto guarded(std::string_view name, const std::filesystem::path& path, Whole whole);
   // Whether the fault strikes this call; counts it.
   [[nodiscard]] Strike next(std::string_view name, const std::filesystem::path& path);
-  void announce(Strike strike) const;
   [[noreturn]] void fail(const std::filesystem::path& path) const;
 
   FileSystem& inner_;
   Fault fault_;
+  Observer observer_;
+  std::mutex mutex_;
   std::vector<Call> calls_;
 };
 

@@ -21,7 +21,7 @@ class Mount {
     std::string options = {};
   };
 
-  // `folder` must exist.
+  // `folder` must exist. With type "ext4", `device` is an image file.
   Mount(const Source& source, std::filesystem::path folder);
   ~Mount();
   Mount(const Mount&) = delete;
@@ -36,24 +36,8 @@ class Mount {
   bool mounted_ = true;
 };
 
-// An ext4 file system in a file, as a block device. Released by the kernel with the last user of
-// the device. Throws std::system_error.
-class Ext4Image {
- public:
-  // Makes the file system; `image` must not exist.
-  Ext4Image(std::filesystem::path image, std::uintmax_t size);
-  ~Ext4Image();
-  Ext4Image(const Ext4Image&) = delete;
-  Ext4Image& operator=(const Ext4Image&) = delete;
-
-  [[nodiscard]] const std::string& device() const { return device_; }
-
- private:
-  void attach(const std::filesystem::path& image);
-
-  std::string device_;
-  int descriptor_ = -1;
-};
+// Makes an ext4 file system in a file. Throws std::system_error where that is not possible.
+void makeExt4(const std::filesystem::path& image, std::uintmax_t size);
 
 // Ends the ext4 file system on which `folder` lies as a power cut would: what has not reached the
 // disk never will, and every later call on it fails.

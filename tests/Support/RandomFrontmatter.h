@@ -1,10 +1,10 @@
 #pragma once
 
-#include <array>
 #include <bit>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Core/Models/Memo.h"
 
@@ -13,88 +13,21 @@ namespace nomely::test {
 // Headers made to be hard to write. `Source` has `std::uint32_t below(std::uint32_t bound)`.
 
 // Pieces that mean something to YAML, to the header's fence, or to the folding of lines.
-inline constexpr std::array<std::string_view, 82> hardPieces{"---",
-                                                             "\uE000",
-                                                             "💡\\U0001F4A1",
-                                                             "\n---\n",
-                                                             "...",
-                                                             "\n...\n",
-                                                             " --- ",
-                                                             "　---　",
-                                                             "\n",
-                                                             "\n\n",
-                                                             "\r",
-                                                             "\r\n",
-                                                             "\xC2\x85",
-                                                             "\xE2\x80\xA8",
-                                                             "\xE2\x80\xA9",
-                                                             " ",
-                                                             "  ",
-                                                             "\t",
-                                                             "　",
-                                                             "\xC2\xA0",
-                                                             "\xEF\xBB\xBF",
-                                                             "#",
-                                                             " #",
-                                                             ":",
-                                                             ": ",
-                                                             " :",
-                                                             "-",
-                                                             "- ",
-                                                             "?",
-                                                             "? ",
-                                                             "[",
-                                                             "]",
-                                                             "{",
-                                                             "}",
-                                                             ",",
-                                                             "&a",
-                                                             "*a",
-                                                             "!",
-                                                             "!!str ",
-                                                             "|",
-                                                             ">",
-                                                             "'",
-                                                             "''",
-                                                             "\"",
-                                                             "%",
-                                                             "%TAG",
-                                                             "@",
-                                                             "`",
-                                                             "\\",
-                                                             "\\n",
-                                                             "null",
-                                                             "~",
-                                                             "true",
-                                                             "No",
-                                                             "y",
-                                                             "0",
-                                                             "-1",
-                                                             "017",
-                                                             "0x1F",
-                                                             "1_000",
-                                                             "12:30",
-                                                             "09:05",
-                                                             "1.5",
-                                                             "1e3",
-                                                             ".inf",
-                                                             ".nan",
-                                                             "2026-03-01",
-                                                             "2026-03-01T09:30:05+08:00",
-                                                             "<<",
-                                                             "=",
-                                                             "日记",
-                                                             "é",
-                                                             "😀",
-                                                             "👩🏽‍💻",
-                                                             "\x01",
-                                                             "\x1B",
-                                                             "\x7F",
-                                                             "\xC2\x80",
-                                                             "\xEF\xBF\xBD",
-                                                             "\xEF\xBF\xBF",
-                                                             "a",
-                                                             "word "};
+inline const std::vector<std::string_view> hardPieces = [] {
+  std::string_view text =
+      "---¦\n---\n¦...¦\n...\n¦ --- ¦　---　¦\n¦\n\n¦\r¦\r\n¦\xC2\x85¦\xE2\x80\xA8¦\xE2\x80\xA9¦"
+      " ¦  ¦\t¦　¦\xC2\xA0¦\xEF\xBB\xBF¦#¦ #¦:¦: ¦ :¦-¦- ¦?¦? ¦[¦]¦{¦}¦,¦&a¦*a¦!¦!!str ¦|¦>¦'¦"
+      "''¦\"¦%¦%TAG¦@¦`¦\\¦\\n¦null¦~¦true¦No¦y¦0¦-1¦017¦0x1F¦1_000¦12:30¦09:05¦1.5¦1e3¦.inf¦"
+      ".nan¦2026-03-01¦2026-03-01T09:30:05+08:00¦<<¦="
+      "¦日记¦é¦😀¦👩🏽‍💻¦\x01¦\x1B¦\x7F¦\xC2\x80¦"
+      "\xEF\xBF\xBD¦\xEF\xBF\xBF¦a¦\uE000¦"
+      "💡\\U0001F4A1¦word ¦";
+  constexpr std::string_view mark = "¦";
+  std::vector<std::string_view> pieces;
+  for (std::size_t end; (end = text.find(mark)) != text.npos; text.remove_prefix(end + mark.size()))
+    pieces.push_back(text.substr(0, end));
+  return pieces;
+}();
 
 template <typename Source>
 std::string drawText(Source& source) {

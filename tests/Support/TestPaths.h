@@ -4,9 +4,8 @@
 
 namespace nomely::test::TestPaths {
 
-// Where this checkout has the test program's fixtures, and the programs that tests start.
+// Where this checkout has the test program's fixtures, and the program itself.
 extern const std::string fixtures;
 extern const std::string nomely;
-extern const std::string writer;
 
 }  // namespace nomely::test::TestPaths

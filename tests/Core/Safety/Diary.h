@@ -1,16 +1,15 @@
 #pragma once
 
-#include <filesystem>
-#include <map>
 #include <string>
 #include <vector>
 
 #include "Core/Storage/DayStore.h"
 #include "Support/ManualClock.h"
+#include "Support/MemoryFileSystem.h"
 
 namespace nomely::test {
 
-// A small diary that the safety tests change over and over, always made from the same values.
+// A small diary that the safety tests change over and over, the same on every run.
 struct Diary {
   struct Entry {
     Day day;
@@ -21,32 +20,33 @@ struct Diary {
   Day second = day("2026-03-02");
   Day missing = day("2026-03-03");  // no folder yet
 
-  Memo plain;    // first/001
-  Memo changed;  // first/002, names "shared.png" and "own.png"; most operations go for this one
-  Memo sharing;  // first/003, names "shared.png" too
-  Memo single;   // first/004, names "single.png", which no other memo does
-  Memo distant;  // second/001, names "distant.bin"
-  // `changed`, `sharing` and `distant` have the tag "旅行/海边".
+  Entry plain;    // first/001
+  Entry changed;  // first/002, names "shared.png" and "own.png"; most operations go for this one
+  Entry sharing;  // first/003, names "shared.png" too
+  Entry single;   // first/004, names "single.png", which no other memo does
+  Entry distant;  // second/001, names "distant.bin"
+  // `sharing`, `single` and `distant` have the tag "旅行/海边". "loose.bin" is named nowhere.
 
-  std::map<std::string, std::string> attachments;  // contents by name; "loose.bin" is named nowhere
-  std::string photo;                               // of photoFile()
+  Tree tree;  // below a folder that holds "root/" and, beside it, "Photo.JPG"
   ManualClock clock;
 
   Diary();
+  // With further files.
+  [[nodiscard]] Tree with(const Tree& files) const;
 
-  [[nodiscard]] std::vector<Entry> entries() const;
-  [[nodiscard]] StoreContext contextFor(const std::filesystem::path& folder,
-                                        FileSystem& fileSystem) const;
-
-  // The diary at folder/root, with a temporary that some writer left behind in each of two folders,
-  // and photoFile() beside it.
-  void writeTo(const std::filesystem::path& folder) const;
-  [[nodiscard]] static std::filesystem::path photoFile(const StoreContext& context);
-
-  // Old snapshots of `changed`, oldest first, as texts by path below the root; more than are kept.
-  [[nodiscard]] std::map<std::string, std::string> snapshots() const;
+  // Old snapshots of `changed`, all of one draft, more than are kept.
+  [[nodiscard]] Tree manySnapshots() const;
+  // One snapshot of a memo with another body, as it is now but for that.
+  [[nodiscard]] static Tree snapshot(const Memo& memo, const std::string& seconds);
+  // A memo in the trash that was first/`number`, with one attachment and one snapshot.
+  [[nodiscard]] Entry trashed(std::int64_t number, const std::string& attachment) const;
+  [[nodiscard]] static Tree trash(const Entry& entry);
+  [[nodiscard]] static std::string trashFolder(Day date, const Memo& memo);
 
   [[nodiscard]] static std::string textOf(const Memo& memo);
+  [[nodiscard]] static std::string bytesOf(const std::string& attachment);
 };
+
+[[nodiscard]] const Diary& diary();
 
 }  // namespace nomely::test

@@ -1,225 +1,201 @@
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <chrono>
 #include <csignal>
+#include <fstream>
 #include <map>
+#include <random>
 #include <set>
 #include <sstream>
-#include <system_error>
 
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "Core/Lifecycle/TemporaryFileSweep.h"
+#include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/DayStore.h"
+#include "Core/Storage/WriteError.h"
 #include "Support/FaultyFileSystem.h"
 #include "Support/ManualClock.h"
 #include "Support/TemporaryFolder.h"
-#include "Support/TestPaths.h"
 
 namespace nomely::test {
 namespace {
 
 namespace fs = std::filesystem;
 
-// A running writer program and what it has printed.
+// Nothing moves into or out of the last one, so that its numbers are drawn once each.
+const std::array days{day("2026-03-01"), day("2026-03-02"), day("2026-03-03"), day("2026-03-09")};
+
+// A process's work: changes the memos of a root at random, everybody's. Tells a line for every
+// change that was reported as done: "<memoId> <token> <day> <number>" of a new memo, "<memoId>
+// <token>" of one with more text, "<memoId>" of one that moved. A token is a line that from then on
+// is in the memo's body, exactly once.
 class Writer {
  public:
-  Writer(const fs::path& root, unsigned seed, std::size_t changes) {
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0)
-      throw std::system_error(errno, std::generic_category());
-    output_ = ends[0];
-    posix_spawn_file_actions_t actions;
-    ::posix_spawn_file_actions_init(&actions);
-    ::posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-    std::array words{TestPaths::writer, root.string(), std::to_string(seed),
-                     std::to_string(changes)};
-    std::array<char*, 5> arguments{words[0].data(), words[1].data(), words[2].data(),
-                                   words[3].data(), nullptr};
-    const int failed =
-        ::posix_spawn(&process_, words[0].c_str(), &actions, nullptr, arguments.data(), environ);
-    ::posix_spawn_file_actions_destroy(&actions);
-    ::close(ends[1]);
-    if (failed != 0) throw std::system_error(failed, std::generic_category(), "posix_spawn");
-  }
-  ~Writer() {
-    ::close(output_);
-    if (process_ == 0) return;
-    kill();
-    (void)wait();
-  }
-  Writer(const Writer&) = delete;
-  Writer& operator=(const Writer&) = delete;
+  Writer(const StoreContext& context, unsigned seed, const fs::path& log)
+      : store_(context), seed_(seed), random_(seed), log_(log) {}
 
-  [[nodiscard]] int output() const { return output_; }
-  [[nodiscard]] const std::string& text() const { return text_; }
-  [[nodiscard]] std::ptrdiff_t lines() const { return std::ranges::count(text_, '\n'); }
-
-  // Takes what is there; false when there will be no more.
-  bool receive() {
-    std::array<char, 4096> buffer{};
-    const ssize_t count = ::read(output_, buffer.data(), buffer.size());
-    if (count > 0) text_.append(buffer.data(), static_cast<std::size_t>(count));
-    return count > 0;
-  }
-  void kill() const { ::kill(process_, SIGKILL); }
-  [[nodiscard]] int wait() {
-    int status = 0;
-    ::waitpid(std::exchange(process_, 0), &status, 0);
-    return status;
+  void change() {
+    const std::size_t dice = pick(10);
+    const Day from = days.at(pick(days.size()));
+    const Day to = days.at(pick(days.size() - 1));
+    const std::vector<Memo> memos = store_.listMemos(from);
+    const std::string token = fmt::format("token-{}-{}", seed_, ++tokens_);
+    if (dice < 4 || memos.empty()) return create(from, token);
+    Memo memo = memos[pick(memos.size())];
+    try {
+      if (dice < 8) {
+        const Memo seen = memo;
+        memo.body += token + "\n";
+        store_.commitMemo(memo, from, seen);
+        log_ << *memo.memoId << " " << token << std::endl;
+      } else if (to != from && from != days.back()) {
+        (void)store_.moveMemo(memo, from, to);
+        log_ << *memo.memoId << std::endl;
+      }
+    } catch (const WriteError&) {
+      // Another process was quicker.
+    }
   }
 
  private:
-  pid_t process_ = 0;
-  int output_ = -1;
-  std::string text_;
-};
+  void create(Day today, const std::string& token) {
+    DayStore::NewMemo content{.body = token + "\n"};
+    if (pick(3) == 0)
+      content.attachments.push_back(
+          AttachmentStorage::save(store_.context(), token, "txt", store_.paths().dayFolder(today))
+              .value());
+    const Memo memo = store_.createMemo(today, content);
+    log_ << fmt::format("{} {} {} {}", *memo.memoId, token, today.string(), memo.seqNumber)
+         << std::endl;
+  }
 
-struct Party {
-  std::size_t workers;  // that make `changes` changes and end
-  std::size_t changes;
-  std::vector<std::ptrdiff_t> victims = {};  // killed after so many lines
+  std::size_t pick(std::size_t count) { return random_() % count; }
+
+  DayStore store_;
+  unsigned seed_;
+  std::mt19937 random_;
+  std::ofstream log_;
+  int tokens_ = 0;
 };
 
 class ManyProcessesTest : public testing::Test {
  protected:
-  void run(const Party& party) {
-    constexpr std::size_t endless = 1'000'000'000;
-    std::vector<std::ptrdiff_t> limits(party.workers, -1);
-    limits.insert(limits.end(), party.victims.begin(), party.victims.end());
-    for (std::size_t i = 0; i < limits.size(); ++i)
-      writers_.push_back(std::make_unique<Writer>(folder_.path(), static_cast<unsigned>(i + 1),
-                                                  i < party.workers ? party.changes : endless));
-    killed_ = party.victims.size();
-    listen(limits);
-    for (std::size_t i = 0; i < writers_.size(); ++i) {
-      const int status = writers_[i]->wait();
-      EXPECT_EQ(status, limits[i] < 0 ? 0 : SIGKILL) << "writer " << i + 1;
+  // Processes that make their changes and end, and such as are killed in front of some call of the
+  // file system.
+  void run(int workers, const std::vector<std::size_t>& lastCalls) {
+    std::map<pid_t, int> ends;
+    for (int i = 0; i < workers; ++i) ends[start(0)] = 0;
+    for (const std::size_t last : lastCalls) ends[start(last)] = SIGKILL;
+    for (const auto& [process, expected] : ends) {
+      int status = 0;
+      EXPECT_EQ(::waitpid(process, &status, 0), process);
+      EXPECT_EQ(status, expected);
+    }
+    killed_ = lastCalls.size();
+    check();
+  }
+
+ private:
+  [[nodiscard]] fs::path logOf(unsigned seed) const {
+    return folder_.path() / fmt::format("{}.log", seed);
+  }
+
+  pid_t start(std::size_t lastCall) {
+    const unsigned seed = ++started_;
+    const pid_t child = ::fork();
+    if (child != 0) return child;
+    constexpr unsigned longest = 120;  // seconds
+    ::alarm(longest);
+    std::size_t calls = 0;
+    FaultyFileSystem files(posixFileSystem(), {}, [&](const FaultyFileSystem::Call&) {
+      if (++calls == lastCall) ::kill(::getpid(), SIGKILL);
+    });
+    try {
+      Writer writer({{root_}, FileManager(files), clock_}, seed, logOf(seed));
+      for (int left = 80; left > 0 || lastCall > 0; --left) writer.change();
+      ::_exit(0);
+    } catch (const std::exception& error) {
+      fmt::print(stderr, "writer {}: {}\n", seed, error.what());
+      ::_exit(1);
     }
   }
 
-  // Until all have ended; kills those that reach their limit.
-  void listen(const std::vector<std::ptrdiff_t>& limits) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(2);
-    std::vector<pollfd> ends;
-    for (const auto& writer : writers_) ends.push_back({writer->output(), POLLIN, 0});
-    for (std::size_t open = ends.size(); open > 0;) {
-      const auto left =
-          std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-      ASSERT_GT(left.count(), 0) << "a writer is stuck";
-      ::poll(ends.data(), ends.size(), static_cast<int>(left.count()));
-      for (std::size_t i = 0; i < ends.size(); ++i) {
-        if (ends[i].revents == 0) continue;
-        if (!writers_[i]->receive()) {
-          ends[i].fd = -1;
-          --open;
-        }
-        if (limits[i] >= 0 && writers_[i]->lines() >= limits[i]) writers_[i]->kill();
-      }
-    }
-  }
-
-  // Reads the root once and compares it with what the writers told.
+  // Reads the root once and compares it with what the processes told.
   void check() {
-    sweepTemporaryFiles(context_, {});
-    for (const auto& entry : fs::recursive_directory_iterator(folder_.path()))
-      EXPECT_FALSE(FileManager::isTemporaryName(entry.path().filename().native()));
-    for (const Day each : store_.listAllDates())
-      for (const std::int64_t number : store_.listNumbers(each)) readMemo(each, number);
-    for (const auto& writer : writers_) checkTold(writer->text());
-    EXPECT_GT(told_, 0U);
-  }
-
-  void readMemo(Day each, std::int64_t number) {
-    const auto memo = store_.memoStore().read(each, number);
-    ASSERT_TRUE(memo);
-    copies_[memo->memoId.value()].push_back(*memo);
-    for (const std::string& name : memo->attachments)
-      EXPECT_TRUE(memo->body.starts_with(readFile(store_.paths().dayFolder(each) / name)));
-  }
-
-  void checkTold(const std::string& text) {
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-      SCOPED_TRACE(line);
-      std::istringstream words(line);
-      std::string what;
-      std::string memoId;
-      std::string token;
-      std::string where;
-      words >> what >> memoId >> token;
-      std::getline(words, where);
-      ++told_;
-      const auto& copies = copies_[memoId];
-      // A writer that is killed while it moves a memo leaves it twice; both may change from there.
-      EXPECT_GE(copies.size(), 1U) << "lost";
-      EXPECT_LE(copies.size(), 1U + killed_);
-      std::size_t highest = 0;
-      for (const Memo& memo : copies)
-        highest = std::max(highest, occurrences(memo.body, token + "\n"));
-      EXPECT_EQ(highest, 1U);
-      if (where.starts_with(" 2026-03-09")) {
-        EXPECT_TRUE(numbersTaken_.insert(where).second) << "drawn twice";
+    const DayStore store({{root_}, FileManager(posixFileSystem()), clock_});
+    sweepTemporaryFiles(store.context(), {});
+    EXPECT_EQ(treeOf(root_).find(".tmp\n"), std::string::npos);
+    for (const Day each : days)
+      for (const std::int64_t number : store.listNumbers(each)) {
+        const Memo memo = store.memoStore().read(each, number).value();
+        copies_[memo.memoId.value()].push_back(memo);
+        for (const std::string& file : memo.attachments)
+          EXPECT_TRUE(memo.body.starts_with(readFile(store.paths().dayFolder(each) / file)));
       }
+    std::size_t told = 0;
+    for (unsigned seed = 1; seed <= started_; ++seed) {
+      std::ifstream log(logOf(seed));
+      for (std::string line; std::getline(log, line); ++told) checkTold(line);
     }
+    EXPECT_GT(told, 100U);
   }
 
-  static std::size_t occurrences(const std::string& text, const std::string& part) {
-    if (part == "\n") return 1;  // a line without a token
-    std::size_t count = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
-      ++count;
-    return count;
+  void checkTold(const std::string& line) {
+    SCOPED_TRACE(line);
+    std::istringstream words(line);
+    std::string memoId;
+    std::string token;
+    std::string where;
+    words >> memoId >> token;
+    std::getline(words, where);
+    const auto& copies = copies_[memoId];
+    // A writer that is killed while it moves a memo leaves it twice; both may change from there.
+    EXPECT_GE(copies.size(), 1U) << "lost";
+    EXPECT_LE(copies.size(), 1U + killed_);
+    std::ptrdiff_t most = 0;
+    for (const Memo& memo : copies) {
+      std::istringstream lines(memo.body);
+      most = std::max(most, std::count(std::istream_iterator<std::string>(lines), {}, token));
+    }
+    EXPECT_EQ(most, token.empty() ? 0 : 1);
+    if (where.starts_with(" 2026-03-09")) {
+      EXPECT_TRUE(numbersTaken_.insert(where).second) << "drawn twice";
+    }
   }
 
   TemporaryFolder folder_{quickParent()};
+  fs::path root_ = folder_.path() / "root";
   ManualClock clock_;
-  StoreContext context_{{folder_.path()}, FileManager(posixFileSystem()), clock_};
-  DayStore store_{context_};
-  std::vector<std::unique_ptr<Writer>> writers_;
+  unsigned started_ = 0;
   std::map<std::string, std::vector<Memo>> copies_;  // by memoId
   std::set<std::string> numbersTaken_;
   std::size_t killed_ = 0;
-  std::size_t told_ = 0;
 };
 
 TEST_F(ManyProcessesTest, NoChangeIsLost) {
-  run({.workers = 5, .changes = 120});
-  check();
+  run(4, {});
 }
 
 TEST_F(ManyProcessesTest, KilledWritersTakeNothingWithThem) {
-  run({.workers = 3, .changes = 100, .victims = {5, 20, 40, 41, 60}});
-  check();
+  run(2, {150, 700, 1003, 1501});
 }
 
 // A program that knows nothing of our lock puts a file under the number that is about to be used.
-TEST_F(ManyProcessesTest, ANumberThatAStrangerTakesIsPassedOver) {
+TEST(StrangersTest, ANumberThatAStrangerTakesIsPassedOver) {
+  const TemporaryFolder folder;
+  const ManualClock clock;
+  const DiskPaths paths{folder.path()};
   const Day today = day("2026-03-01");
-  const fs::path taken = context_.paths.memoFile(today, 2);
-  (void)store_.createMemo(today, {.body = "first\n"});
-  FaultyFileSystem undisturbed(posixFileSystem(), {});
-  const auto create = [&](FileSystem& files) {
-    return DayStore({context_.paths, FileManager(files), clock_})
-        .createMemo(today, {.body = "next\n"});
-  };
-  store_.deleteMemo(today, create(undisturbed));
-  const auto rename =
-      std::ranges::find(undisturbed.calls(), "rename", &FaultyFileSystem::Call::name);
-  FaultyFileSystem files(
-      posixFileSystem(),
-      {.mode = FaultyFileSystem::Mode::partial,
-       .atCall = static_cast<std::uint64_t>(rename - undisturbed.calls().begin() + 1),
-       .onStrike = [&] { writeFile(taken, "a stranger's"); }});
-  EXPECT_EQ(create(files).seqNumber, 3);
-  EXPECT_EQ(readFile(taken), "a stranger's");
+  FaultyFileSystem files(posixFileSystem(), {}, [&](const FaultyFileSystem::Call& call) {
+    if (call.name == "rename" && call.path == paths.memoFile(today, 1))
+      writeFile(call.path, "a stranger's");
+  });
+  const DayStore store({paths, FileManager(files), clock});
+  EXPECT_EQ(store.createMemo(today, {.body = "ours\n"}).seqNumber, 2);
+  EXPECT_EQ(readFile(paths.memoFile(today, 1)), "a stranger's");
 }
 
 }  // namespace

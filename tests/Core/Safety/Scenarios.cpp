@@ -1,348 +1,308 @@
 #include <algorithm>
-#include <iterator>
-
-#include <gtest/gtest.h>
+#include <stdexcept>
 
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Lifecycle/TemporaryFileSweep.h"
-#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
-#include "Core/Safety/ScenarioParts.h"
+#include "Core/Query/TagManagementStore.h"
+#include "Core/Safety/Scenario.h"
+#include "Core/Service/MemoService.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/VersionStore.h"
+#include "Platform/System/UserDefaults.h"
 
 namespace nomely::test {
 namespace {
 
-namespace fs = std::filesystem;
+using Context = const StoreContext&;
 
-Scenario creation(const Diary& diary, std::string name, Day day) {
-  const Memo wanted = [&] {
-    Memo memo;
-    memo.schemaVersion = MemoFrontmatter::currentSchemaVersion;
-    memo.createdAt = DateFormatters::timestamp(diary.clock.now());
-    memo.updatedAt = memo.createdAt;
-    memo.time = "21:07";
-    memo.tags = {"新"};
-    memo.mood = 4;
-    memo.body = std::string(6000, 'n') + "\n";
-    if (day == diary.first) memo.attachments = {"loose.bin"};
-    return memo;
-  }();
-  const auto run = [day, wanted](const StoreContext& context) {
-    const Memo made = DayStore(context).createMemo(day, {.body = wanted.body,
-                                                         .tags = wanted.tags,
-                                                         .mood = wanted.mood,
-                                                         .attachments = wanted.attachments,
-                                                         .time = wanted.time});
-    return sameButForNumber(made, wanted);
-  };
-  return {
-      .name = std::move(name),
-      .run = run,
-      .repeat =
-          [=](const StoreContext& context) {
-            if (found(context, day, wanted).empty()) {
-              EXPECT_TRUE(run(context));
-            }
-          },
-      .done =
-          [=](const StoreContext& context) { EXPECT_EQ(found(context, day, wanted).size(), 1); },
-      .fates = {{"", {.states = {wanted}, .days = {day}, .survival = Fate::Survival::optional}}},
+struct Table {
+  std::vector<Scenario> all;
+
+  Scenario& add(std::string name, Scenario::Run run, Tree before = diary().tree) {
+    return all.emplace_back(Scenario{std::move(name), std::move(run), std::move(before)});
+  }
+};
+
+// An operation on a memo as it stands, whatever its number unless it has no identity; none when it
+// has left the day.
+Scenario::Run on(const Diary::Entry& entry,
+                 const std::function<void(Context, Day, const Memo&)>& operation) {
+  return [=](Context context, Context sight) {
+    for (const Memo& memo : DayStore(sight).listMemos(entry.day))
+      if (entry.memo.memoId ? memo.memoId == entry.memo.memoId
+                            : memo.seqNumber == entry.memo.seqNumber)
+        return operation(context, entry.day, memo);
   };
 }
 
-// Anything that replaces `changed` by `edited`.
-template <typename Replace>
-Scenario replacement(const Diary& diary, std::string name, Replace replace) {
-  const Memo old = diary.changed;
-  const Memo wanted = edited(diary);
-  const Day day = diary.first;
-  return {
-      .name = std::move(name),
-      .run =
-          [=](const StoreContext& context) {
-            replace(context, wanted, day, old);
-            return true;
-          },
-      .repeat =
-          [=](const StoreContext& context) {
-            const Memo current = DayStore(context).memoStore().read(day, old.seqNumber).value();
-            replace(context, wanted, day, current);
-          },
-      .done =
-          [=](const StoreContext& context) {
-            EXPECT_EQ(DayStore(context).memoStore().read(day, wanted.seqNumber), wanted);
-          },
-      .fates = {{old.memoId.value(), {.states = {old, wanted}, .days = {day}}}},
-      .touched = {memoBelowRoot(day, old)},
-      .contents = {Diary::textOf(wanted)},
+// One that is the same every time.
+Scenario::Run always(const std::function<void(Context)>& operation) {
+  return [=](Context context, Context) { operation(context); };
+}
+
+// "own.png" is let go.
+Memo edited(Memo memo) {
+  memo.attachments = {"shared.png"};
+  memo.updatedAt = DateFormatters::timestamp(diary().clock.now());
+  memo.body = "改过了\n";
+  return memo;
+}
+
+void addMemos(Table& table) {
+  const Diary& d = diary();
+  const auto creating = [](Day day, const std::vector<std::string>& attachments) {
+    return always([=](Context context) {
+      (void)DayStore(context).createMemo(day, {.body = "新的一条\n" + std::string(600, '.'),
+                                               .tags = {"新"},
+                                               .mood = 4,
+                                               .attachments = attachments,
+                                               .time = "21:07"});
+    });
   };
-}
-
-Scenario writing(const Diary& diary) {
-  return replacement(diary, "MemoStoreWrite",
-                     [](const StoreContext& context, const Memo& memo, Day day, const Memo&) {
-                       MemoStore(context).write(memo, day);
-                     });
-}
-
-Scenario updating(const Diary& diary) {
-  return replacement(diary, "updateMemo",
-                     [](const StoreContext& context, const Memo& memo, Day day, const Memo& seen) {
-                       DayStore(context).updateMemo(memo, day, seen);
-                     });
-}
-
-Scenario committing(const Diary& diary) {
-  Scenario scenario =
-      replacement(diary, "commitMemo",
-                  [](const StoreContext& context, const Memo& memo, Day day, const Memo& seen) {
-                    DayStore(context).commitMemo(memo, day, seen);
-                  });
-  allowPruning(scenario, diary);
-  scenario.always = [&diary](const StoreContext& context) {
-    const auto now = MemoStore(context).read(diary.first, diary.changed.seqNumber);
-    if (now != diary.changed) expectSnapshotOfOld(context, diary);
-  };
-  scenario.tidy = [&diary](const StoreContext& context) { expectPruned(context, diary); };
-  return scenario;
-}
-
-Scenario placing(const Diary& diary) {
-  Memo wanted = diary.distant;
-  wanted.memoId = "memo_new";
-  wanted.attachments = {};
-  wanted.seqNumber = 9;
-  const Day day = diary.second;
-  const auto run = [=](const StoreContext& context) {
-    return MemoStore(context).create(wanted, day);
-  };
-  return {
-      .name = "MemoStoreCreate",
-      .run = run,
-      .repeat =
-          [=](const StoreContext& context) {
-            if (!MemoStore(context).read(day, wanted.seqNumber)) {
-              EXPECT_TRUE(run(context));
-            }
-          },
-      .done =
-          [=](const StoreContext& context) {
-            EXPECT_EQ(MemoStore(context).read(day, wanted.seqNumber), wanted);
-          },
-      .fates = {{"memo_new",
-                 {.states = {wanted}, .days = {day}, .survival = Fate::Survival::optional}}},
-      .contents = {Diary::textOf(wanted)},
-  };
-}
-
-Scenario removing(const Diary& diary) {
-  const Memo memo = diary.single;
-  const Day day = diary.first;
-  return {
-      .name = "MemoStoreRemove",
-      .run =
-          [=](const StoreContext& context) {
-            MemoStore(context).remove(day, memo.seqNumber);
-            return true;
-          },
-      .done =
-          [=](const StoreContext& context) {
-            EXPECT_EQ(MemoStore(context).read(day, memo.seqNumber), std::nullopt);
-          },
-      .fates = {{memo.memoId.value(),
-                 {.states = {memo}, .days = {day}, .survival = Fate::Survival::optional}}},
-      .touched = {memoBelowRoot(day, memo)},
-  };
-}
-
-Scenario deleting(const Diary& diary) {
-  const Memo memo = diary.single;
-  const Day day = diary.first;
-  const auto run = [=](const StoreContext& context) {
+  table.add("createMemoInDayWithMemos", creating(d.first, {"loose.bin"}));
+  table.add("createMemoInNewDay", creating(d.missing, {}));
+  table.add("createMemoInMissingRoot", creating(d.missing, {}), {});
+  const auto updating = on(d.changed, [](Context context, Day day, const Memo& memo) {
+    DayStore(context).updateMemo(edited(memo), day, memo);
+  });
+  table.add("updateMemo", updating).destroys = true;
+  const auto committing = on(d.changed, [](Context context, Day day, const Memo& memo) {
+    DayStore(context).commitMemo(edited(memo), day, memo);
+  });
+  table.add("commitMemo", committing);
+  table.add("commitMemoWithManySnapshots", committing, d.with(d.manySnapshots()));
+  const auto deleting = on(d.single, [](Context context, Day day, const Memo& memo) {
     DayStore(context).deleteMemo(day, memo);
-    return true;
+  });
+  table.add("deleteMemo", deleting).destroys = true;
+  const auto movingTo = [&](Day to) {
+    return on(d.changed, [=](Context context, Day from, const Memo& memo) {
+      (void)DayStore(context).moveMemo(memo, from, to);
+    });
   };
-  return {
-      .name = "deleteMemo",
-      .run = run,
-      .repeat =
-          [=](const StoreContext& context) {
-            if (!found(context, day, memo).empty()) run(context);
-          },
-      .done = [=](const StoreContext& context) { EXPECT_TRUE(found(context, day, memo).empty()); },
-      .tidy =
-          [=](const StoreContext& context) {
-            EXPECT_FALSE(fs::exists(context.paths.dayFolder(day) / "single.png"));
-          },
-      .fates = {{memo.memoId.value(),
-                 {.states = {memo}, .days = {day}, .survival = Fate::Survival::optional}}},
-      .touched = {memoBelowRoot(day, memo), belowRoot(day, "single.png")},
-  };
+  table.add("moveMemoToDayWithMemos", movingTo(d.second));
+  table.add("moveMemoToNewDay", movingTo(d.missing));
 }
 
-Scenario moving(const Diary& diary, std::string name, Day to) {
-  const Memo memo = diary.changed;
-  const Day from = diary.first;
-  const auto run = [=](const StoreContext& context) {
-    return sameButForNumber(DayStore(context).moveMemo(memo, from, to), memo);
-  };
-  return {
-      .name = std::move(name),
-      .run = run,
-      .repeat =
-          [=](const StoreContext& context) {
-            const bool arrived = !found(context, to, memo).empty();
-            if (!arrived) {
-              EXPECT_TRUE(run(context));
-            }
-            // Standing in both days, one of them is the one too many.
-            if (arrived) MemoStore(context).remove(from, memo.seqNumber);
-          },
-      .done =
-          [=](const StoreContext& context) {
-            EXPECT_EQ(found(context, from, memo).size(), 0);
-            EXPECT_EQ(found(context, to, memo).size(), 1);
-          },
-      .tidy =
-          [=, &diary](const StoreContext& context) {
-            EXPECT_FALSE(fs::exists(context.paths.dayFolder(from) / "own.png"));
-            EXPECT_EQ(
-                filesWith(context.paths.attachmentTrashFolder(), diary.attachments.at("own.png")),
-                1);
-          },
-      .fates = {{memo.memoId.value(), {.states = {memo}, .days = {from, to}}}},
-      .touched = {memoBelowRoot(from, memo), belowRoot(from, "own.png")},
-  };
+void addAttachments(Table& table) {
+  const Diary& d = diary();
+  table.add("importFile", always([&](Context context) {
+              (void)AttachmentManager(context).importFile(
+                  context.paths.rootURL.parent_path() / "Photo.JPG", d.missing);
+            }));
+  table.add("deleteFile", always([&](Context context) {
+              AttachmentManager(context).deleteFile("loose.bin", d.first);
+            }));
+  table.add("preparePendingAttachments", always([&](Context context) {
+              AttachmentManager(context).preparePendingAttachments(
+                  {"own.png", "distant.bin", "loose.bin"},
+                  {.sourceDates = {{"distant.bin", d.second}},
+                   .fallbackDate = d.first,
+                   .destinationDate = d.missing});
+            }));
+  table.add("AttachmentStorageSave", always([&](Context context) {
+              (void)AttachmentStorage::save(context, "bytes of an edited photo", "jpg",
+                                            context.paths.dayFolder(d.missing))
+                  .value();
+            }));
 }
 
-Scenario importing(const Diary& diary) {
-  const auto copies = [&diary](const StoreContext& context) {
-    return filesWith(context.paths.dayFolder(diary.missing), diary.photo);
+void addHistory(Table& table) {
+  const Diary& d = diary();
+  Memo oldest = d.changed.memo;
+  oldest.body = "最早的一稿\n";
+  oldest.attachments = {"shared.png", "distant.bin"};
+  Tree versions = Diary::snapshot(oldest, "1500000000.5");
+  const std::string folder =
+      std::filesystem::path(versions.begin()->first).parent_path().string() + "/attachments/";
+  versions[folder + "distant.bin"] = Diary::bytesOf("distant.bin");
+
+  Tree layouts = versions;
+  layouts["root/.versions/2026-03-01_002/1500000000_0F8FAD5B.md"] = Diary::textOf(d.changed.memo);
+  layouts["root/.versions/2026-03-01_002/1500000001_0F8FAD5B.md"] = Diary::textOf(d.sharing.memo);
+  const auto clearing = on(d.changed, [](Context context, Day day, const Memo& memo) {
+    VersionStore(context).deleteAllVersions(day, memo.seqNumber, {});
+  });
+  table.add("deleteAllVersions", clearing, d.with(layouts)).destroys = true;
+
+  // Back to the oldest of as many versions as are kept, which names a file that lies beside the
+  // versions alone. The version is pushed out by that of the state that it replaces.
+  Tree drafts = d.manySnapshots();
+  while (drafts.size() >= VersionStore::defaultMaxVersions) drafts.erase(drafts.begin());
+  versions.merge(drafts);
+  const auto restoring = [&d, text = oldest.body](Context context, Context sight) {
+    const std::int64_t number = d.changed.memo.seqNumber;
+    for (const VersionEntry& version : VersionStore(sight).listVersions(d.first, number, {}))
+      if (version.memo.body == text)
+        VersionStore(context).restore(d.first, number, version, std::nullopt);
   };
-  return {
-      .name = "importFile",
-      .run =
-          [&diary](const StoreContext& context) {
-            const auto result =
-                AttachmentManager(context).importFile(Diary::photoFile(context), diary.missing);
-            EXPECT_EQ(readFile(context.paths.dayFolder(diary.missing) / result.filename),
-                      diary.photo);
-            return true;
-          },
-      .done =
-          [=, &diary](const StoreContext& context) {
-            EXPECT_GE(copies(context), 1);
-            EXPECT_EQ(readFile(Diary::photoFile(context)), diary.photo);
-          },
-      .tidy = [=](const StoreContext& context) { EXPECT_EQ(copies(context), 1); },
-      .contents = {diary.photo},
-  };
+  table.add("restoreVersion", restoring, d.with(versions));
 }
 
-Scenario discarding(const Diary& diary) {
-  const Day day = diary.first;
-  const std::string& bytes = diary.attachments.at("loose.bin");
-  const auto trashed = [bytes](const StoreContext& context) {
-    return filesWith(context.paths.attachmentTrashFolder(), bytes);
-  };
-  return {
-      .name = "deleteFile",
-      .run =
-          [=](const StoreContext& context) {
-            AttachmentManager(context).deleteFile("loose.bin", day);
-            return true;
-          },
-      .done =
-          [=](const StoreContext& context) {
-            EXPECT_FALSE(fs::exists(context.paths.dayFolder(day) / "loose.bin"));
-            EXPECT_EQ(trashed(context), 1);
-          },
-      .always =
-          [=](const StoreContext& context) {
-            EXPECT_EQ(trashed(context) + filesWith(context.paths.dayFolder(day), bytes), 1);
-          },
-      .touched = {belowRoot(day, "loose.bin")},
-  };
+using Operation = std::function<void(const MemoService&, Day, const Memo&)>;
+
+Scenario::Run serving(const Diary::Entry& entry, const Operation& operation) {
+  return on(entry, [=](Context context, Day day, const Memo& memo) {
+    operation(MemoService(context), day, memo);
+  });
 }
 
-Scenario preparing(const Diary& diary) {
-  const std::vector<std::string> names{"own.png", "distant.bin", "loose.bin"};
-  return {
-      .name = "preparePendingAttachments",
-      .run =
-          [=, &diary](const StoreContext& context) {
-            AttachmentManager(context).preparePendingAttachments(
-                names, {.sourceDates = {{"distant.bin", diary.second}},
-                        .fallbackDate = diary.first,
-                        .destinationDate = diary.missing});
-            return true;
-          },
-      .done =
-          [=, &diary](const StoreContext& context) {
-            for (const std::string& name : names)
-              EXPECT_EQ(readFile(context.paths.dayFolder(diary.missing) / name),
-                        diary.attachments.at(name));
-          },
-  };
+std::filesystem::path photo(const MemoService& service) {
+  return service.context().paths.rootURL.parent_path() / "Photo.JPG";
 }
 
-Scenario storing(const Diary& diary) {
-  const std::string bytes = diary.photo + "edited";
-  return {
-      .name = "AttachmentStorageSave",
-      .run =
-          [=, &diary](const StoreContext& context) {
-            const fs::path folder = context.paths.dayFolder(diary.missing);
-            const auto name = AttachmentStorage::save(context, bytes, "jpg", folder);
-            if (name) {
-              EXPECT_EQ(readFile(folder / *name), bytes);
-            }
-            return name.has_value();
-          },
-      .done =
-          [=, &diary](const StoreContext& context) {
-            EXPECT_GE(filesWith(context.paths.dayFolder(diary.missing), bytes), 1);
-          },
-      .contents = {bytes},
+void addService(Table& table) {
+  const Diary& d = diary();
+  const auto add = [&](const std::string& name, const Operation& operation) {
+    table.add(name, serving(d.changed, operation));
   };
+  table.add("createWithFile", always([&](Context context) {
+              const MemoService service(context);
+              (void)service.create(d.missing, {.body = "带附件 #旅行\n"}, {photo(service)});
+            }));
+  table.add("createWithPending", always([&](Context context) {
+              (void)MemoService(context).create(
+                  {.body = "附件在别处\n", .attachments = {"loose.bin", "distant.bin"}},
+                  {.sourceDates = {{"distant.bin", d.second}},
+                   .fallbackDate = d.first,
+                   .destinationDate = d.missing});
+            }));
+  add("commit",
+      [](auto& service, Day day, auto& memo) { service.commit(day, edited(memo), memo); });
+  add("change", [](auto& service, Day day, auto& memo) {
+    service.change(day, memo, [](Memo& changed) { changed.mood = 5; });
+  });
+  add("edit", [](auto& service, Day day, auto& memo) { service.edit(day, memo, "改成 #这样\n"); });
+  add("append", [](auto& service, Day day, auto& memo) {
+    if (!memo.body.ends_with("又一段")) service.append(day, memo, "又一段");
+  });
+  add("attach", [](auto& service, Day day, auto& memo) {
+    if (memo.originalNames.empty()) service.attach(day, memo, {photo(service)});
+  });
+  add("detach", [](auto& service, Day day, auto& memo) {
+    service.detach(day, memo, {"own.png", "shared.png"});
+  });
+  add("move", [&](auto& service, Day day, auto& memo) { service.move(day, memo, d.missing); });
+  add("rewrite", [](auto& service, Day day, auto& memo) {
+    service.rewrite(day, memo.seqNumber,
+                    [](Memo& changed) { return std::exchange(changed.mood, 2) != 2; });
+  });
+
+  // Written elsewhere, with keys that we drop and no identity.
+  Diary::Entry foreign{d.first, {}};
+  foreign.memo.seqNumber = 5;
+  const Tree withForeign = d.with(
+      {{"root/2026-03-01/005.md", "---\ntime: 08:00\nweather: 晴\ntags: [外来]\n---\n\n外来\n"}});
+  table.add("editForeign",
+            serving(foreign, [](auto& service, Day day,
+                                auto& memo) { service.edit(day, memo, "改过的外来\n"); }),
+            withForeign);
+  table.add("mend", always([&](Context context) { (void)MemoService(context).mend(d.first, 5); }),
+            d.with({{"root/2026-03-01/005.md", "---\r\ntime: 08:00\r\n---\r\n\r\n换行不同\r\n"}}));
+
+  // A memo of which nothing but a snapshot is left, and its number given away.
+  for (const bool isTaken : {false, true}) {
+    const Diary::Entry vanished = d.trashed(isTaken ? 2 : 6, "shared.png");
+    table.add(
+        isTaken ? "restoreVanishedWhoseNumberIsTaken" : "restoreVanished",
+        [=](Context context, Context sight) {
+          for (const Memo& memo : DayStore(sight).listMemos(vanished.day))
+            if (memo.memoId == vanished.memo.memoId) return;
+          const VersionEntry version =
+              VersionStore(sight)
+                  .listVersions(vanished.day, vanished.memo.seqNumber, vanished.memo.memoId)
+                  .at(0);
+          MemoService(context).restoreVanished(version, {vanished.day, vanished.memo.seqNumber});
+        },
+        d.with(Diary::snapshot(vanished.memo, "1600000000.5")));
+  }
 }
 
-Scenario sweeping() {
-  return {
-      .name = "sweepTemporaryFiles",
-      .run =
-          [](const StoreContext& context) {
-            sweepTemporaryFiles(context, {});
-            return true;
-          },
-      .done = [](const StoreContext&) {},  // what can't be removed is left without a word
+void addTrash(Table& table) {
+  const Diary& d = diary();
+  const auto trashing =
+      serving(d.changed, [](auto& service, Day day, auto& memo) { service.trash(day, memo); });
+  // Looking at the trash finishes what was cut off.
+  table.add("trash", [=](Context context, Context sight) {
+    (void)MemoService(context).trashed();
+    trashing(context, sight);
+  });
+
+  using Entries = std::vector<TrashEntry>;
+  const auto entriesOf = [](const std::vector<Diary::Entry>& trashed) {
+    Entries entries;
+    for (const auto& [date, memo] : trashed)
+      entries.push_back({date, memo, Diary::trashFolder(date, memo)});
+    return entries;
   };
+  const auto treeWith = [&](const std::vector<Diary::Entry>& trashed) {
+    Tree tree = d.tree;
+    for (const Diary::Entry& entry : trashed) tree.merge(Diary::trash(entry));
+    return tree;
+  };
+  const auto restore = [&](const std::string& name, const std::vector<Diary::Entry>& trashed) {
+    const auto run = [entries = entriesOf(trashed)](Context context, Context sight) {
+      Entries left = entries;
+      std::erase_if(left, [&](const TrashEntry& entry) {
+        return !sight.files.exists(sight.paths.trashFolder() / entry.trashSubdir);
+      });
+      MemoService(context).restore(left);
+    };
+    table.add(name, run, treeWith(trashed));
+  };
+  const Diary::Entry free = d.trashed(7, "fresh.bin");
+  const Diary::Entry numberTaken = d.trashed(2, "fresh.bin");
+  const Diary::Entry nameTaken = d.trashed(8, "loose.bin");
+  restore("restoreMemo", {free});
+  restore("restoreMemosWhoseNumberOrAttachmentsNameIsTaken", {numberTaken, nameTaken});
+
+  Tree full = treeWith({free, numberTaken, nameTaken});
+  full["root/.trash/_attachments/2026-03-01_080000/x.bin"] = "x";
+  const auto deleting = always([entries = entriesOf({numberTaken, nameTaken})](Context context) {
+    MemoService(context).destroy(entries);
+  });
+  table.add("deleteTrashEntries", deleting, full).destroys = true;
+  const auto emptying = always([](Context context) { MemoService(context).emptyTrash(); });
+  Scenario& all = table.add("emptyTrash", emptying, full);
+  all.destroys = all.strands = true;
+}
+
+void addTags(Table& table) {
+  const auto bulk = [&](const std::string& name, const auto& operation) {
+    table.add(name, always([=](Context context) {
+                const MemoService service(context);
+                (void)service.trashed();  // finishes what was cut off
+                JobPool jobs;             // starts no thread unless it is used
+                SearchIndex index(context, jobs);
+                if (operation(TagManagementStore(service, index)).failed > 0)
+                  throw std::runtime_error("not all");
+              }));
+  };
+  bulk("renameTag", [](const auto& tags) { return tags.renameTag("旅行", "出行"); });
+  bulk("mergeTag", [](const auto& tags) { return tags.mergeTag("旅行", "生活"); });
+  bulk("deleteTag", [](const auto& tags) { return tags.deleteTag("旅行"); });
+  bulk("deleteTagWithMemos", [](const auto& tags) { return tags.deleteTagWithMemos("旅行"); });
+}
+
+void addOthers(Table& table) {
+  table.add("sweepTemporaryFiles",
+            always([](Context context) { sweepTemporaryFiles(context, {}); }));
+  const auto setting = always([](Context context) {
+    UserDefaults(context.paths.rootURL, context.files).setInteger("width", 2);
+  });
+  const std::string file = "root/defaults.json";
+  table.add("setDefault", setting, {{file, R"({"width": 1, "height": 3})"}}).destroys = true;
+  table.add("setDefaultOfDamagedFile", setting, {{file, "{"}});
 }
 
 }  // namespace
 
-std::vector<Scenario> scenarios(const Diary& diary) {
-  std::vector<Scenario> all{
-      creation(diary, "createMemoInDayWithMemos", diary.first),
-      creation(diary, "createMemoInNewDay", diary.missing),
-      updating(diary),
-      committing(diary),
-      deleting(diary),
-      moving(diary, "moveMemoToDayWithMemos", diary.second),
-      moving(diary, "moveMemoToNewDay", diary.missing),
-      writing(diary),
-      placing(diary),
-      removing(diary),
-      importing(diary),
-      discarding(diary),
-      preparing(diary),
-      storing(diary),
-      sweeping(),
-  };
-  for (const auto& more : {historyScenarios, trashScenarios, tagScenarios})
-    std::ranges::move(more(diary), std::back_inserter(all));
-  return all;
+std::vector<Scenario> scenarios() {
+  Table table;
+  for (const auto add :
+       {addMemos, addAttachments, addHistory, addService, addTrash, addTags, addOthers})
+    add(table);
+  return table.all;
 }
 
 }  // namespace nomely::test
