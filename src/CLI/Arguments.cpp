@@ -145,9 +145,8 @@ Arguments::Past Arguments::past(const std::string& reference, Session& session) 
     throw;
   } catch (const Error&) {
     // Nothing by that name, or nothing that can be read.
-    const std::string memoId = reference.starts_with(identifierPrefix)
-                                   ? reference
-                                   : identifierInFile(reference, session);
+    const std::string memoId =
+        reference.starts_with(identifierPrefix) ? reference : identifierInFile(reference, session);
     const auto identities = session.memos().versions().identities(memoId);
     if (memoId.empty() || identities.empty()) throw;
     if (identities.size() > 1 && identities.front() != memoId)

@@ -31,8 +31,8 @@ class DoctorCommand final : public Command {
     RootInspector::Report report;
     session.host([&](const std::stop_token& stop) {
       Progress progress(session, "检查");
-      report = RootInspector(session.memos())
-                   .inspect([&](double share) { progress.show(share); }, stop);
+      report =
+          RootInspector(session.memos()).inspect([&](double share) { progress.show(share); }, stop);
     });
     return report;
   }
@@ -48,7 +48,8 @@ class DoctorCommand final : public Command {
     for (const auto& memo : found)
       session.say(fmt::format("{}：{}", Terminal::printable(memo.path.string()),
                               fmt::join(memo.mends, "，")));
-    if (!session.confirm(fmt::format("修复以上 {} 条笔记？原文件会留在各条的历史里。", found.size())))
+    if (!session.confirm(
+            fmt::format("修复以上 {} 条笔记？原文件会留在各条的历史里。", found.size())))
       return false;
     std::size_t mended = 0;
     for (const auto& memo : found)

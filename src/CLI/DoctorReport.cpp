@@ -61,15 +61,15 @@ void addNotes(Lines& lines, const RootInspector::Report& report) {
                                         fmt::join(names, "、")));
   }
   for (const auto& missing : report.missingAttachments)
-    lines.add("缺失的附件", fmt::format("{}/{}：{}", missing.date.string(), missing.seqNumber,
-                                        missing.filename));
+    lines.add("缺失的附件",
+              fmt::format("{}/{}：{}", missing.date.string(), missing.seqNumber, missing.filename));
 }
 
 void addHistory(Lines& lines, const RootInspector::Report& report) {
   for (const auto& version : report.unreadableVersions) lines.add("读不出的历史版本", version);
   for (const auto& [memoId, snapshots] : report.strandedHistories)
-    lines.add("没有笔记的历史",
-              fmt::format("{}：{} 个版本。查看与恢复：nomely history {}", memoId, snapshots, memoId));
+    lines.add("没有笔记的历史", fmt::format("{}：{} 个版本。查看与恢复：nomely history {}", memoId,
+                                            snapshots, memoId));
   for (const auto& folder : report.unreadableTrash) lines.add("读不出的回收站文件夹", folder);
 }
 

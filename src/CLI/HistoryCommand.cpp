@@ -77,7 +77,8 @@ class HistoryCommand final : public ActionCommand {
     session.print(text);
     if (subject.versions.empty()) session.say("这条笔记没有历史版本。");
     if (!subject.past.entry)
-      session.say(fmt::format("这条笔记读不出或已不在。恢复成一条笔记：nomely history {} restore N", reference_));
+      session.say(fmt::format("这条笔记读不出或已不在。恢复成一条笔记：nomely history {} restore N",
+                              reference_));
     if (!session.memos().versions().originals(subject.past.memoId).empty())
       session.say(fmt::format("改写前的原文件也留着：nomely history {} original", reference_));
   }

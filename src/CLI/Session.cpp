@@ -35,8 +35,9 @@ Application& Session::application() {
   originalKept_ = NotificationCenter::shared().observe(
       Notifications::originalKept, [this](const std::string& memoId) {
         if (toldOfOriginal_.exchange(true)) return;
-        say(fmt::format("文件头里有 Nomely 不用的内容，改写前的原文件已留下：nomely history {} original",
-                        memoId));
+        say(fmt::format(
+            "文件头里有 Nomely 不用的内容，改写前的原文件已留下：nomely history {} original",
+            memoId));
       });
   return *application_;
 }

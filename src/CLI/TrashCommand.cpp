@@ -77,9 +77,9 @@ class TrashCommand final : public ActionCommand {
     std::string question = "确认清空回收站？将永久删除回收站中的所有 " +
                            std::to_string(contents.entries.size()) + " 条笔记";
     if (!contents.others.empty())
-      question += fmt::format("、{} 个不是笔记的条目（{}）", contents.others.size(),
-                              Terminal::printable(fmt::format(
-                                  "{}", fmt::join(contents.others, "、"))));
+      question +=
+          fmt::format("、{} 个不是笔记的条目（{}）", contents.others.size(),
+                      Terminal::printable(fmt::format("{}", fmt::join(contents.others, "、"))));
     if (contents.attachmentFiles > 0)
       question += fmt::format("、{} 个取下的附件", contents.attachmentFiles);
     return question + "，此操作不可撤销。";

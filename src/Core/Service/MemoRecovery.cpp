@@ -33,8 +33,8 @@ MemoService::Restored MemoService::restoreVanished(const VersionEntry& version) 
     const auto trashedIt = std::ranges::find_if(
         trash, [&](const TrashEntry& entry) { return entry.memo.memoId == memoId; });
     if (trashedIt != trash.end()) throw InTrashError(trashedIt->trashSubdir);
-    const Day day = dayOfUnreadable(memoId).value_or(
-        version.memo.dayMade().value_or(context_.clock.today()));
+    const Day day =
+        dayOfUnreadable(memoId).value_or(version.memo.dayMade().value_or(context_.clock.today()));
     return {day, versions_.restoreVanished(version, day, days_.nextSeqNumber(day))};
   });
 }
