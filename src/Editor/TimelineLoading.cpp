@@ -164,7 +164,7 @@ void TimelineLoading::reloadSearch(const std::string& query) {
 }
 
 void TimelineLoading::loadFiltered(TimelineMode mode, TimelineListModel::Membership membership,
-                                   Filter filter) {
+                                   const Filter& filter) {
   begin({.head = ofFilter,
          .query = shows(mode, filter),
          .mode = mode,

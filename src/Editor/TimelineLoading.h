@@ -110,7 +110,8 @@ class TimelineLoading {
   void perform(Step step, Load& load);
   void run(const std::stop_source& task, const Query& query);
   void reloadSearch(const std::string& query);
-  void loadFiltered(TimelineMode mode, TimelineListModel::Membership membership, Filter filter);
+  void loadFiltered(TimelineMode mode, TimelineListModel::Membership membership,
+                    const Filter& filter);
   // A query that shows what `find` returns unless the mode has changed.
   template <typename Find>
   [[nodiscard]] Query shows(TimelineMode mode, Find find);

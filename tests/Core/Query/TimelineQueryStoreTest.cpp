@@ -75,12 +75,17 @@ TEST_F(TimelineQueryStoreTest, EachListWithAndWithoutAnIndex) {
   }
 }
 
-TEST_F(TimelineQueryStoreTest, DaysThatCanNotBeReadAreEmpty) {
+TEST_F(TimelineQueryStoreTest, DaysThatCanNotBeReadOrComeTooLateAreEmpty) {
   (void)store.createMemo(day("2026-03-05"), {.body = "a"});
   writeFile(context.paths.dayFolder(day("2026-03-06")), "no folder");
   EXPECT_EQ(TimelineQueryStore(store).visibleEntries().size(), 1U);
   EXPECT_EQ(TimelineQueryStore(store, &index).visibleEntries().size(), 1U);
   EXPECT_TRUE(TimelineQueryStore(store).visibleMemos(day("2026-03-06")).empty());
+  std::stop_source stop;
+  stop.request_stop();
+  for (SearchIndex* attached : {static_cast<SearchIndex*>(nullptr), &index})
+    EXPECT_TRUE(
+        TimelineQueryStore(store, attached).until(stop.get_token()).visibleEntries().empty());
 }
 
 TEST_F(TimelineQueryStoreTest, DatesArriveOnTheMainExecutor) {
