@@ -68,7 +68,7 @@ void replaceLinks(std::string& text) {
     const std::size_t middle = text.find(between, label + 1);
     if (middle == nowhere) break;
     const std::size_t address = middle + between.size();
-    // Without one here there is none behind any later label either.
+    // Without one here there is none after any later label either.
     const std::size_t closing = text.find(')', address + 1);
     if (closing == nowhere) break;
     const std::string_view target = std::string_view(text).substr(address, closing - address);

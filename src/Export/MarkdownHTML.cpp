@@ -14,7 +14,7 @@
 namespace nomely {
 namespace {
 
-std::optional<std::string_view> behind(std::string_view line, std::string_view prefix) {
+std::optional<std::string_view> after(std::string_view line, std::string_view prefix) {
   if (!line.starts_with(prefix)) return std::nullopt;
   return line.substr(prefix.size());
 }
@@ -30,7 +30,7 @@ struct ChecklistItem {
 };
 std::optional<ChecklistItem> checklistItem(std::string_view line) {
   for (const std::string_view mark : {"- [ ]", "- [x]", "- [X]"}) {
-    auto text = behind(line, mark);
+    auto text = after(line, mark);
     if (!text) continue;
     if (text->starts_with(' ')) text->remove_prefix(1);
     return ChecklistItem{mark == "- [ ]" ? "disabled" : "checked disabled", *text};
@@ -52,7 +52,7 @@ class Converter {
   }
 
  private:
-  // Reads what begins at a line and returns the line behind it.
+  // Reads what begins at a line and returns the line after it.
   std::size_t readFrom(std::size_t index) {
     const std::string_view line = trimHorizontal(lines_[index]);
     if (line.starts_with("```")) {
@@ -78,11 +78,11 @@ class Converter {
                       fmt::format("<input type=\"checkbox\" {}>{}", item->state,
                                   InlineHTML::convert(item->text)));
     for (const std::string_view bullet : {"- ", "* "})
-      if (const auto text = behind(line, bullet))
+      if (const auto text = after(line, bullet))
         return emitItem("<ul>", InlineHTML::convert(*text));
     if (const auto item = LineRules::numberedLine(line))
       return emitItem("<ol>", InlineHTML::convert(item->text));
-    if (const auto text = behind(line, "> "))
+    if (const auto text = after(line, "> "))
       return emitBlock("<blockquote>" + InlineHTML::convert(*text) + "</blockquote>");
     emitBlock(
         (mode_ == RenderMode::plain ? "<p>" : "<p style=\"color:#f4f4f4;margin:0 0 12px 0;\">") +
@@ -92,7 +92,7 @@ class Converter {
   bool readHeading(std::string_view line) {
     constexpr std::string_view signs = "### ";
     for (std::size_t level = 3; level > 0; --level) {
-      const auto text = behind(line, signs.substr(3 - level));
+      const auto text = after(line, signs.substr(3 - level));
       if (!text) continue;
       emitBlock(headingStart(level) + InlineHTML::convert(*text) + fmt::format("</h{}>", level));
       return true;

@@ -1,10 +1,8 @@
 #include <algorithm>
-#include <random>
 
 #include <gtest/gtest.h>
 
-#include "Platform/Text/RegularExpression.h"
-#include "Platform/Text/Unicode.h"
+#include "Support/RandomText.h"
 
 namespace nomely::test {
 namespace {
@@ -12,39 +10,18 @@ namespace {
 using namespace std::string_view_literals;
 
 TEST(UnicodeTest, Utf8Validity) {
-  const struct {
-    const char* name;
-    std::string_view bytes;
-    bool expected;
-  } cases[] = {
-      {"empty", "", true},
-      {"ASCII with NUL", "a\0b"sv, true},
-      {"longer than a machine word", "0123456789 日记 0123456789", true},
-      {"first and last of two bytes", "\xC2\x80\xDF\xBF", true},
-      {"first and last of three bytes", "\xE0\xA0\x80\xEF\xBF\xBF", true},
-      {"around the surrogates", "\xED\x9F\xBF\xEE\x80\x80", true},
-      {"first and last of four bytes", "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", true},
-      {"overlong two bytes", "\xC1\xBF", false},
-      {"overlong three bytes", "\xE0\x9F\xBF", false},
-      {"overlong four bytes", "\xF0\x8F\xBF\xBF", false},
-      {"high surrogate", "\xED\xA0\x80", false},
-      {"low surrogate", "\xED\xBF\xBF", false},
-      {"beyond the last character", "\xF4\x90\x80\x80", false},
-      {"lead byte that never occurs", "\xF5\x80\x80\x80", false},
-      {"continuation alone", "\x80", false},
-      {"two bytes cut off", "\xC3", false},
-      {"three bytes cut off", "\xE4\xBD", false},
-      {"four bytes cut off", "\xF0\x9F\x98", false},
-      {"second byte is none", "\xE4\x41\x80", false},
-      {"third byte is none", "\xE4\xBD\x41", false},
-      {"fourth byte is none", "\xF0\x9F\x98\x41", false},
-      {"damage behind a word of ASCII", "0123456789abcdef\xFF", false},
-      {"damage inside a word of ASCII", "01\xFF\x33\x34\x35\x36\x37\x38\x39", false},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(isValidUtf8(c.bytes), c.expected);
-  }
+  for (const std::string_view text :
+       {""sv, "a\0b"sv, "0123456789 日记 0123456789"sv, "\xC2\x80\xDF\xBF"sv,
+        "\xE0\xA0\x80\xEF\xBF\xBF"sv, "\xED\x9F\xBF\xEE\x80\x80"sv,
+        "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"sv})
+    EXPECT_TRUE(isValidUtf8(text)) << testing::PrintToString(text);
+  // Overlong, surrogates, beyond the last character, bytes that never occur, cut off, broken.
+  for (const std::string_view text :
+       {"\xC1\xBF", "\xE0\x9F\xBF", "\xF0\x8F\xBF\xBF", "\xED\xA0\x80", "\xED\xBF\xBF",
+        "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\x80", "\xC3", "\xE4\xBD", "\xF0\x9F\x98",
+        "\xE4\x41\x80", "\xE4\xBD\x41", "\xF0\x9F\x98\x41", "0123456789abcdef\xFF",
+        "01\xFF\x33\x34\x35\x36\x37\x38\x39"})
+    EXPECT_FALSE(isValidUtf8(text)) << testing::PrintToString(text);
 }
 
 TEST(UnicodeTest, DecodedAndAppendedCharacters) {
@@ -159,24 +136,7 @@ TEST(UnicodeTest, ClustersAndColumns) {
   }
 }
 
-// Text of units that never join is not given to the library; a syllable at the end makes it so.
-TEST(UnicodeTest, EndsOfPlainTextAreThoseOfTheLibrary) {
-  std::u16string plain;
-  for (char16_t unit = 1; unit < 0xFFFF; ++unit)
-    if (unit < 0x80 || (unit >= 0x3000 && unit <= 0x3029) || (unit >= 0x4E00 && unit <= 0x9FFF) ||
-        (unit >= 0xFF01 && unit <= 0xFF60))
-      plain += unit;
-  std::mt19937 random(1);
-  for (int round = 0; round < 3; ++round) {
-    std::ranges::shuffle(plain, random);
-    plain += u"\r\n\n\r";
-    std::vector<std::size_t> ends = graphemeEnds(plain);
-    ends.push_back(plain.size() + 1);
-    EXPECT_EQ(ends, graphemeEnds(plain + u"한"));
-  }
-}
-
-// Each character behind an "a" and in front of a blank.
+// Each character after an "a" and before a blank.
 TEST(UnicodeTest, ClassesAreThoseOfExpressions) {
   std::string text;
   std::vector<char32_t> characters;
@@ -214,15 +174,13 @@ TEST(UnicodeTest, ClassesAreThoseOfExpressions) {
 }
 
 TEST(UnicodeTest, CountsAndPrefixesByShortcut) {
-  constexpr std::string_view pieces[] = {
-      "a",      "日",     "。", "，", "“",    "…",      "\u3000", "あ", "\r",     "\n", "\u3099",
-      "\u302A", "\u0301", "é",  "👍",  "🏽", "\u200D", "🇨",      "한", "\u1100", "㊙", "ﾞ"};
-  std::mt19937 random(1);
-  for (int round = 0; round < 5000; ++round) {
-    std::string text;
-    for (std::size_t count = random() % 12; count > 0; --count)
-      text += pieces[random() % std::size(pieces)];
-    SCOPED_TRACE(testing::PrintToString(text));
+  constexpr std::string_view pieces =
+      "a¦日¦。¦，¦“¦…¦\u3000¦あ¦\r¦\n¦\u3099¦\u302A¦\u0301¦é¦👍¦🏽¦\u200D¦🇨¦한¦\u1100"
+      "¦"
+      "㊙"
+      "¦"
+      "ﾞ";
+  onRandomTexts(pieces, 12, 5000, [](const std::string& text) {
     // Nothing is cut short there.
     std::vector<std::size_t> bytes{0};
     while (bytes.back() < text.size()) bytes.push_back(graphemesAfter(text, bytes.back(), 1));
@@ -236,7 +194,7 @@ TEST(UnicodeTest, CountsAndPrefixesByShortcut) {
     for (std::size_t i = 1; i <= count; ++i)
       ends.push_back(toUtf16(text.substr(0, bytes[i])).size());
     ASSERT_EQ(graphemeEnds(toUtf16(text)), ends);
-  }
+  });
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ class SearchQuery {
     [[nodiscard]] bool isIn(const IndexedMemo& memo) const;
   };
 
-  std::vector<Keyword> keywords_;  // the first as typed, each once, the most telling in front
+  std::vector<Keyword> keywords_;  // each once, the longest first: it is seldom there
   std::size_t first_ = 0;          // which of them was typed first
 };
 

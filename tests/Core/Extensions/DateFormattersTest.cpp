@@ -45,30 +45,16 @@ TEST(DateFormattersTest, FormatsAndReadsBack) {
 }
 
 TEST(DateFormattersTest, RefusesWhatDoesNotPrintBack) {
-  const struct {
-    const char* name;
-    const SafeDateFormatter& formatter;
-    const char* text;
-  } cases[] = {
-      {"empty", isoDate, ""},
-      {"missing zeros", isoDate, "2026-3-1"},
-      {"no such day", isoDate, "2026-02-30"},
-      {"no such month", isoDate, "2026-13-01"},
-      {"month zero", isoDate, "2026-00-10"},
-      {"text behind", isoDate, "2026-03-01x"},
-      {"blank in front", isoDate, " 2026-03-01"},
-      {"cut off", isoDateTime, "2026-03-01 09:30"},
-      {"24 o'clock", isoDateTime, "2026-03-01 24:00:00"},
-      {"minute 60", timeOnly, "09:60"},
-      {"one digit", timeOnly, "9:30"},
-      {"sign", timeOnly, "-9:30"},
-      {"zeros too many", chineseDateTime, "2026.03.01 9:30"},
-      {"two digits of three", preciseTimestamp, "2026030109300542"},
+  const std::pair<const SafeDateFormatter&, std::vector<const char*>> cases[] = {
+      {isoDate,
+       {"", "2026-3-1", "2026-02-30", "2026-13-01", "2026-00-10", "2026-03-01x", " 2026-03-01"}},
+      {isoDateTime, {"2026-03-01 09:30", "2026-03-01 24:00:00"}},
+      {timeOnly, {"09:60", "9:30", "-9:30"}},
+      {chineseDateTime, {"2026.03.01 9:30"}},
+      {preciseTimestamp, {"2026030109300542"}},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_FALSE(c.formatter.parse(c.text));
-  }
+  for (const auto& [formatter, texts] : cases)
+    for (const char* text : texts) EXPECT_FALSE(formatter.parse(text)) << text;
   const std::string skipped = inZone("America/New_York", [] {
     return std::string(isoDateTime.parse("2026-03-08 02:30:00") ? "a time" : "none");
   });

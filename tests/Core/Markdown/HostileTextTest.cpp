@@ -7,6 +7,7 @@
 
 #include "Core/Markdown/Inline/MemoBodyKit.h"
 #include "Core/Markdown/MarkdownTextView.h"
+#include "Support/RandomText.h"
 
 namespace nomely::test {
 namespace {
@@ -20,12 +21,6 @@ constexpr std::size_t textSize = 1 << 20;
 constexpr double deadline = 1;
 #endif
 
-std::string filledWith(std::string_view part, std::size_t size = textSize) {
-  std::string text;
-  while (text.size() < size) text += part;
-  return text;
-}
-
 double secondsOf(const std::function<void()>& work) {
   const std::clock_t start = std::clock();
   work();
@@ -33,97 +28,22 @@ double secondsOf(const std::function<void()>& work) {
 }
 
 TEST(HostileTextTest, NothingTakesLong) {
-  const std::string_view parts[] = {"*a ",
-                                    "**a ",
-                                    "a** ",
-                                    "a**",
-                                    "*a _b __c **d ",
-                                    "_",
-                                    "*",
-                                    "~~",
-                                    "~~a ",
-                                    "*_",
-                                    "`",
-                                    "`a",
-                                    "``` ",
-                                    "\\",
-                                    "&",
-                                    "&#",
-                                    "[",
-                                    "]",
-                                    "![",
-                                    "[a](",
-                                    "![[]()",
-                                    "[a](<b",
-                                    "[a][",
-                                    "[ (](",
-                                    "[*_",
-                                    "<",
-                                    "<a ",
-                                    "<!--",
-                                    "<![CDATA[",
-                                    "<?",
-                                    "<!A ",
-                                    "</span>",
-                                    "<span style=\"color: #FF0000\">",
-                                    "<span style=\"color:",
-                                    "<span ",
-                                    "<span style=\"font-size:1px\">",
-                                    "**<span style=\"color: #FF0000\">",
-                                    "@[[",
-                                    "@[[a|",
-                                    "@[[a|b]",
-                                    "[[",
-                                    "#",
-                                    "# ",
-                                    "#a ",
-                                    "> ",
-                                    ">",
-                                    "- ",
-                                    "1. ",
-                                    "1.",
-                                    "1、 ",
-                                    "2024.5.1",
-                                    "2024.5.1 ",
-                                    "Q1：",
-                                    " Day1 ",
-                                    "。 ",
-                                    "。  ",
-                                    "color: #ff0000 #a ",
-                                    "color:",
-                                    "\n",
-                                    "\r",
-                                    "a\n",
-                                    "|",
-                                    "a|b\n",
-                                    "|---|\n",
-                                    "> [!note] ",
-                                    "> [!note] a\n",
-                                    "```\n",
-                                    "[Image #",
-                                    "[Image #1] ",
-                                    "http://",
-                                    "a.com ",
-                                    "a.",
-                                    "://",
-                                    "\x01",
-                                    "日",
-                                    "e\u0301",
-                                    "\u0301",
-                                    "👨\u200D",
-                                    "\u2028",
-                                    " ",
-                                    "\u3000",
-                                    "\t",
-                                    "a "};
+  constexpr std::string_view parts =
+      "*a ¦**a ¦a** ¦a**¦*a _b __c **d ¦_¦*¦~~¦~~a ¦*_¦`¦`a¦``` ¦\\¦&¦&#¦[¦]¦![¦[a](¦![[]()¦"
+      "[a](<b¦[a][¦[ (](¦[*_¦<¦<a ¦<!--¦<![CDATA[¦<?¦<!A ¦</span>¦"
+      "<span style=\"color: #FF0000\">¦<span style=\"color:¦<span ¦"
+      "<span style=\"font-size:1px\">¦**<span style=\"color: #FF0000\">¦@[[¦@[[a|¦@[[a|b]¦[[¦#¦"
+      "# ¦#a ¦> ¦>¦- ¦1. ¦1.¦1、 ¦2024.5.1¦2024.5.1 ¦Q1：¦ Day1 ¦。 ¦。  ¦color: #ff0000 #a ¦"
+      "color:¦\n¦\r¦a\n¦|¦a|b\n¦|---|\n¦> [!note] ¦> [!note] a\n¦```\n¦[Image #¦[Image #1] ¦"
+      "http://¦a.com ¦a.¦://¦\x01¦日¦e\u0301¦\u0301¦👨\u200D¦\u2028¦ ¦\u3000¦\t¦a ";
   std::vector<std::string> texts;
-  for (const std::string_view part : parts) texts.push_back(filledWith(part));
+  for (const std::string& part : piecesOf(parts)) texts.push_back(filledWith(part, textSize));
   const auto half = textSize / 2;
   texts.push_back(filledWith("[", half) + filledWith("]", half));
   texts.push_back(filledWith("**a", half) + filledWith("a**", half));
   texts.push_back(filledWith("[*a", half) + filledWith("*](b)", half));
   texts.push_back(filledWith("> ", half) + "\n" + filledWith("> ", half));
-  texts.push_back("> [!note]" + filledWith(" ") + "\u2028a");
+  texts.push_back("> [!note]" + filledWith(" ", textSize) + "\u2028a");
   texts.push_back(filledWith("@[[", half) + filledWith("a", half) + "|b]c");
   texts.push_back(filledWith("a|", half) + "\n---|---\n" + filledWith("a|b\n", half));
   texts.push_back("[" + filledWith("*a*", half) + "](" + filledWith("b", half) + ")");

@@ -20,7 +20,7 @@ namespace MarkdownTextView {
 
 struct CalloutResult {
   MarkdownCallout callout;
-  std::size_t nextIndex = 0;  // the first line behind it
+  std::size_t nextIndex = 0;  // the first line after it
 };
 // The callout that line `startIndex` opens; absent when it opens none.
 [[nodiscard]] std::optional<CalloutResult> parseCallout(std::span<const std::string_view> lines,

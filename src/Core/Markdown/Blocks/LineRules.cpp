@@ -42,8 +42,8 @@ bool isDateSeparator(char c) {
 // What (.*)$ takes of `text`: it stops at a line break, which has to be the last thing there.
 std::optional<std::string_view> restOfLine(std::string_view text) {
   const std::size_t end = LineRules::lengthToLineBreak(text);
-  const std::string_view behind = text.substr(end);
-  if (!behind.empty() && behind != "\r\n" && decodeFirst(behind).length != behind.size())
+  const std::string_view rest = text.substr(end);
+  if (!rest.empty() && rest != "\r\n" && decodeFirst(rest).length != rest.size())
     return std::nullopt;
   return text.substr(0, end);
 }

@@ -35,7 +35,7 @@ struct CalloutLine {
 // ^\[!(NOTE|TIP|IMPORTANT|WARNING|CAUTION)\]\s*(.*)$ without regard to case.
 [[nodiscard]] std::optional<CalloutLine> calloutLine(std::string_view line);
 
-// Bytes in front of the first character where "." does not match.
+// Bytes before the first character where "." does not match.
 [[nodiscard]] std::size_t lengthToLineBreak(std::string_view text);
 
 // Nothing but "-", "*" and blanks, three characters or more.

@@ -21,8 +21,8 @@ struct SplitSegment {
 // Pure.
 namespace SmartSplit {
 
-// Cuts in front of dates, numbered items, "Q1：", "Day1 " and tags; where there is none, behind the
-// sentences of Chinese text, else in front of numbers inside the text. One paragraph of the whole
+// Cuts before dates, numbered items, "Q1：", "Day1 " and tags; where there is none, after the
+// sentences of Chinese text, else before numbers inside the text. One paragraph of the whole
 // text where nothing is found.
 [[nodiscard]] std::vector<SplitSegment> smartSplit(std::string_view text);
 

@@ -10,7 +10,7 @@
 namespace nomely {
 
 // Finds elements in HTML of any quality. Each call gives what the expression beside it matches,
-// under (?is), one match behind the other, in time linear in the text: the expression itself needs
+// under (?is), one match after the other, in time linear in the text: the expression itself needs
 // quadratic time for tags that are never closed. Texts are well-formed UTF-8; what is found are
 // views of them. Pure.
 namespace HtmlScanner {

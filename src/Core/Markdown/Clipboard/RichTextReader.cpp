@@ -86,7 +86,7 @@ class Reader {
 
  private:
   struct Group {
-    std::int64_t fallbackLength = 1;  // characters behind \u for readers that don't know it
+    std::int64_t fallbackLength = 1;  // characters after \u for readers that don't know it
     std::int64_t font = -1;
     bool isSkipped = false;
     bool isFontTable = false;

@@ -25,11 +25,11 @@ struct Number {
 // How many characters of white space, line breaks among them, stand at the start.
 [[nodiscard]] std::size_t spaceLength(std::u16string_view line);
 
-// A bullet, a task or a number with nothing behind it.
+// A bullet, a task or a number and nothing more.
 [[nodiscard]] bool isEmptyItem(std::u16string_view line);
 
-// What the line behind the item `line` begins with; absent when `line` is no item with text, and
-// behind a number of 100 or more: that is rather a year or an amount.
+// What the line after the item `line` begins with; absent when `line` is no item with text, and
+// after a number of 100 or more: that is rather a year or an amount.
 [[nodiscard]] std::optional<std::u16string> continuation(std::u16string_view line);
 
 }  // namespace ListMarkers

@@ -47,7 +47,7 @@ class MarkdownCommandTextView {
   void apply(const MarkdownEditCommand& command);
   void apply(const MarkdownEditResult& result);
 
-  // Puts `snippet` in place of the selection and the caret behind it.
+  // Puts `snippet` in place of the selection and the caret after it.
   void insertSnippet(std::u16string_view snippet);
 
  private:

@@ -25,7 +25,7 @@ namespace MarkdownEditingEngine {
 [[nodiscard]] MarkdownEditResult apply(const MarkdownEditCommand& command, std::u16string_view text,
                                        TextSelection selectedRange);
 
-// Return in a list: the next item, or the end of the list behind an empty one. Absent when an
+// Return in a list: the next item, or the end of the list after an empty one. Absent when an
 // ordinary line break is wanted.
 [[nodiscard]] std::optional<MarkdownEditResult> applyNewline(std::u16string_view text,
                                                              TextSelection selectedRange);

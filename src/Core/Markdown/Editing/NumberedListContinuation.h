@@ -17,11 +17,11 @@ struct Result {
   friend bool operator==(const Result&, const Result&) = default;
 };
 
-// What the line in front of the last line feed asks for; absent when it has no number or `text`
+// What the line before the last line feed asks for; absent when it has no number or `text`
 // does not end in a line feed.
 [[nodiscard]] std::optional<Result> continuation(std::u16string_view afterNewline);
 
-// The number behind that of the text's last line; 1 when it has none.
+// The number after that of the text's last line; 1 when it has none.
 [[nodiscard]] std::int64_t nextNumber(std::u16string_view fromCurrentLine);
 
 }  // namespace NumberedListContinuation

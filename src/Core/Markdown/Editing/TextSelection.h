@@ -20,7 +20,7 @@ struct TextSelection {
 };
 
 // The part of `text` that is meant: what lies outside is cut off, and what marks no position is the
-// end. A selection grows to whole characters, and a caret inside of one stands in front of it, so
+// end. A selection grows to whole characters, and a caret inside of one goes before it, so
 // that no edit parts a surrogate pair.
 [[nodiscard]] TextRange normalized(TextSelection selection, std::u16string_view text);
 

@@ -233,7 +233,7 @@ std::optional<double> YamlScalar::floatingPoint(std::string_view text) {
   std::string_view lastGroup = digits;
   double leading = 0;
   if (const std::size_t colon = digits.rfind(':'); colon != std::string::npos) {
-    // Zeros in front mean octal in an integer only.
+    // Leading zeros mean octal in an integer only.
     const auto whole = groups(std::string_view(digits).substr(0, colon), 10);
     if (!isFloat(text) || !whole) return std::nullopt;
     leading = static_cast<double>(*whole) * 60;

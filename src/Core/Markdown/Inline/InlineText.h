@@ -18,7 +18,7 @@ struct InlineOptions {
   std::string_view highlightKeyword = {};
 };
 
-// What stands behind a hit, unless who draws has a better way to show it.
+// The background of a hit, unless who draws has a better way to show it.
 inline constexpr TextColor highlightColor{1.0, 0.92, 0.4, 1.0};
 
 // What inlineAttributed takes for the text of a block: mentions "@[[id|label]]" as bold "@label".

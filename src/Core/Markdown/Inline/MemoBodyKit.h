@@ -15,7 +15,7 @@ namespace MemoBodyKit {
 
 [[nodiscard]] bool shouldCollapse(std::string_view text);
 // The text, trimmed, where it fits the card; else its beginning with whatever it left open closed
-// or taken off, and "..." behind.
+// or taken off, and "..." after it.
 [[nodiscard]] std::string collapsedPreview(std::string_view text);
 
 // The repairs of a text that was cut off.

@@ -9,13 +9,13 @@
 
 namespace nomely {
 
-// Pipe tables among the lines of a body. A pipe always parts cells, behind a backslash too; the
+// Pipe tables among the lines of a body. A pipe always parts cells, after a backslash too; the
 // alignment that a separator asks for is not kept. Pure.
 namespace MarkdownTableParser {
 
 struct Result {
   MarkdownTable table;
-  std::size_t nextIndex = 0;  // the first line behind the table
+  std::size_t nextIndex = 0;  // the first line after the table
 
   friend bool operator==(const Result&, const Result&) = default;
 };

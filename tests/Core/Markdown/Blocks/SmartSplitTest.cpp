@@ -1,13 +1,11 @@
 #include <array>
-#include <random>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Core/Markdown/Blocks/LineRules.h"
 #include "Core/Markdown/Blocks/SmartSplit.h"
-#include "Platform/Text/RegularExpression.h"
-#include "Platform/Text/Unicode.h"
+#include "Support/RandomText.h"
 
 namespace nomely {
 
@@ -37,7 +35,7 @@ TEST(SmartSplitTest, Lines) {
       {"a colour gains its blank",
        "<span style=\"color:#FF0000\">红</span> #标签",
        {{paragraph, "<span style=\"color: #FF0000\">红</span>"}, {paragraph, "#标签"}}},
-      {"year behind other digits", "12026.3.5x", {{paragraph, "12026.3.5x"}}},
+      {"year after other digits", "12026.3.5x", {{paragraph, "12026.3.5x"}}},
       {"the same with its end", "12026.3.5", {{paragraph, "1"}, {heading, "2026.3.5"}}},
       {"brackets",
        "[甲] 文 #乙 #丙 [丁]",
@@ -109,37 +107,18 @@ Segments plainSplit(const std::string& text) {
   return pieces.size() > 2 ? pieces : Segments{{paragraph, text}};
 }
 
-class RandomText {
- public:
-  std::string draw(std::size_t most) {
-    constexpr std::array<std::string_view, 58> pieces{
-        "2024.5.1", " 3. ",   "4、 ", " Q1：",  " Day2 ", "。 ",     " ",       " ",  " ",
-        "  ",       "\u3000", "\t",   "\u00A0", "\u2028", "\u0085",  "\r",      "\v", "\f",
-        "2024",     "1999",   "12",   "5",      "5",      "１",      "٣",       ".",  ".",
-        "-",        "/",      "、",   "。",     "！",     "）",      ")",       "…",  "Q",
-        "Day",      "：",     ":",    "#",      "#",      "color:",  "#ff00FF", "§",  "[",
-        "]",        "a",      "日",   "字",     "😀",      "e\u0301", "\u200D",  "_",  "[!",
-        "note",     "NOTE]",  "Tip]", "\u00AD"};
-    std::string text;
-    for (std::size_t count = random_() % most; count > 0; --count)
-      text += pieces.at(random_() % pieces.size());
-    return text;
-  }
-
- private:
-  std::mt19937 random_{1};
-};
+constexpr std::string_view pieces =
+    "2024.5.1¦ 3. ¦4、 ¦ Q1：¦ Day2 ¦。 ¦ ¦ ¦ ¦  ¦\u3000¦\t¦\u00A0¦\u2028¦\u0085¦\r¦\v¦\f¦"
+    "2024¦1999¦12¦5¦5¦１¦٣¦.¦.¦-¦/¦、¦。¦！¦）¦)¦…¦Q¦Day¦：¦:¦#¦#¦color:¦#ff00FF¦§¦[¦]¦a¦日¦"
+    "字¦😀¦e\u0301¦\u200D¦_¦[!¦note¦NOTE]¦Tip]¦\u00AD";
 
 TEST(SmartSplitTest, CutsWhereTheExpressionsDo) {
-  RandomText random;
   std::size_t cut = 0;
-  for (int round = 0; round < 20'000; ++round) {
-    const std::string text = random.draw(14);
-    SCOPED_TRACE(testing::PrintToString(text));
+  onRandomTexts(pieces, 14, 20'000, [&](const std::string& text) {
     const Segments expected = plainSplit(text);
     ASSERT_EQ(SmartSplit::smartSplit(text), expected);
     if (expected.size() > 1) ++cut;
-  }
+  });
   EXPECT_GT(cut, 2000U);
 }
 
@@ -148,18 +127,12 @@ TEST(LineRulesTest, FindWhatTheExpressionsFind) {
   static const RegularExpression numbered(R"(^(\d+)\.\s(.+)$)");
   static const RegularExpression callout(
       R"((?i)^\[!(NOTE|TIP|IMPORTANT|WARNING|CAUTION)\]\s*(.*)$)");
-  RandomText random;
   std::array<std::size_t, 3> found{};
-  for (int round = 0; round < 30'000; ++round) {
-    constexpr std::array<std::string_view, 5> openings{"", "2024.5.1", "1999-12/", "12.",
-                                                       "[!nOte]"};
-    const std::string text =
-        std::string(openings.at(static_cast<std::size_t>(round) % 5)) + random.draw(8);
+  std::size_t round = 0;
+  const std::vector<std::string> openings = piecesOf("¦2024.5.1¦1999-12/¦12.¦[!nOte]");
+  onRandomTexts(pieces, 8, 30'000, [&](const std::string& rest) {
+    const std::string text = openings[++round % openings.size()] + rest;
     const std::u16string units = toUtf16(text);
-    SCOPED_TRACE(testing::PrintToString(text));
-    const auto group = [&](const RegularExpression::Match& match, std::size_t index) {
-      return toUtf8(units.substr(match.groups[index]->begin, match.groups[index]->length()));
-    };
     ASSERT_EQ(LineRules::beginsWithDate(text), date.matchesIn(units));
     found[0] += LineRules::beginsWithDate(text) ? 1 : 0;
     const auto item = numbered.firstMatch(units);
@@ -167,17 +140,17 @@ TEST(LineRulesTest, FindWhatTheExpressionsFind) {
     ASSERT_EQ(ours.has_value(), item.has_value());
     if (item) {
       ++found[1];
-      ASSERT_EQ(ours->number, group(*item, 1));
-      ASSERT_EQ(ours->text, group(*item, 2));
+      ASSERT_EQ(ours->number, partOf(units, item->groups[1]));
+      ASSERT_EQ(ours->text, partOf(units, item->groups[2]));
     }
     const auto box = callout.firstMatch(units);
     const auto opened = LineRules::calloutLine(text);
     ASSERT_EQ(opened.has_value(), box.has_value());
     if (box) {
       ++found[2];
-      ASSERT_EQ(opened->title, trimSpaceAndBreaks(group(*box, 2)));
+      ASSERT_EQ(opened->title, trimSpaceAndBreaks(partOf(units, box->groups[2])));
     }
-  }
+  });
   EXPECT_THAT(found, testing::Each(testing::Gt(500U)));
 }
 

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "Core/Markdown/Clipboard/ClipboardMarkdownImporter.h"
+#include "Support/RandomText.h"
 #include "Support/TemporaryFolder.h"
 #include "Support/TestPaths.h"
 
@@ -125,40 +126,13 @@ TEST(ClipboardMarkdownImporterTest, WhatAPasteDoes) {
 TEST(ClipboardMarkdownImporterTest, HostileTextsTakeLinearTime) {
   constexpr std::size_t size = 1 << 20;
   const auto begin = std::chrono::steady_clock::now();
-  for (const std::string_view piece : {"<a",
-                                       "<a ",
-                                       "<a href='x'",
-                                       "<a href='x'>",
-                                       "href=' ",
-                                       "<a href=\"",
-                                       "<pre>",
-                                       "<pre",
-                                       "<b><i>",
-                                       "<script ",
-                                       "<h1><h2><h3>",
-                                       "<table><tr>",
-                                       "<tr><td>",
-                                       "<br ",
-                                       "class='",
-                                       "class='language-",
-                                       "<",
-                                       "<>",
-                                       "</a",
-                                       "&#1",
-                                       "&amp;",
-                                       "&#39;",
-                                       "<li>",
-                                       "<blockquote>",
-                                       "\n",
-                                       " ",
-                                       "<div",
-                                       "<b></b>",
-                                       "<pre class='language-a'></pre>",
-                                       "<table><tr><td></td></tr></table>"}) {
-    std::string html;
-    while (html.size() < size) html += piece;
-    (void)ClipboardMarkdownImporter::markdown(html + "</a>");
-  }
+  constexpr std::string_view pieces =
+      "<a¦<a ¦<a href='x'¦<a href='x'>¦href=' ¦<a href=\"¦<pre>¦<pre¦<b><i>¦<script ¦"
+      "<h1><h2><h3>¦<table><tr>¦<tr><td>¦<br ¦class='¦class='language-¦<¦<>¦</a¦&#1¦&amp;¦"
+      "&#39;¦<li>¦<blockquote>¦\n¦ ¦<div¦<b></b>¦<pre class='language-a'></pre>¦"
+      "<table><tr><td></td></tr></table>";
+  for (const std::string& piece : piecesOf(pieces))
+    (void)ClipboardMarkdownImporter::markdown(filledWith(piece, size) + "</a>");
   // One long row above many short ones: no filling up to tens of thousands of cells each.
   std::string table = "<table><tr>";
   while (table.size() < size / 2) table += "<td></td>";

@@ -1,11 +1,11 @@
-#include <random>
+#include <map>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Core/Markdown/Clipboard/HtmlScanner.h"
-#include "Platform/Text/RegularExpression.h"
-#include "Platform/Text/Unicode.h"
+#include "Support/RandomText.h"
 
 namespace nomely::test {
 namespace {
@@ -15,41 +15,29 @@ using HtmlScanner::Names;
 using HtmlScanner::TagKind;
 using Groups = std::vector<std::string>;
 
-// Texts of what the expressions look at, with what folds to it and what ends no word.
-class Texts {
- public:
-  std::string draw(std::string_view subject) {
-    static const std::string_view shared[] = {
-        "<", "</", ">",      "<",      ">",      "/", " ", "\n", "x", "中", "😀",
-        "1", "_",  "\u0301", "\u200D", "\u2028", "é", "=", "\"", "'", "K",  "ſ"};
-    static const std::map<std::string_view, std::vector<std::string_view>> own = {
-        {"script", {"<script", "<STYLE", "</script>", "<ﬆyle", "</ſtyle>", "</ﬅyle>", "</ſcript>"}},
-        {"blocks",
-         {"<h1", "<H2>", "</h1>", "</h2>", "<h7", "<pre>", "</PRE>", "<blockquote", "<h3>",
-          "<blocKquote>", "</blockquote>", "<li", "</li>", "</h3>", "<code", "</code>"}},
-        {"table", {"<td>", "<th", "</TD>", "</th>", "<tr>", "</tr>", "<table>", "</table>", "<t"}},
-        {"inline",
-         {"<b>",  "</b>",      "<strong",   "<ﬆrong>", "</strong>", "</ſtrong>", "<i>",
-          "</i>", "<em>",      "</em>",     "<br",     "<br/>",     "<hr",       "<p",
-          "</p>", "<section>", "</ſection", "<div",    "<ARTICLE>", "<body>",    "<BODY x"}},
-        {"link",
-         {"<a ", "<a", "<a href", "href", "HREF=", "href=\"", "href = '", "'>", "\">", "</a>",
-          "</A>", "<a href='x'>", "href='"}},
-        {"language",
-         {"class", "CLASS", "claß=\"", "cla\u1E9E='", "class=\"", "class = '", "language-",
-          "Language-", "language-c", "c++", "-", "l", "claſs='"}},
-    };
-    const auto& mine = own.at(subject);
-    std::string text;
-    for (std::size_t left = 1 + engine_() % 14; left > 0; --left)
-      text +=
-          engine_() % 5 < 3 ? mine[engine_() % mine.size()] : shared[engine_() % std::size(shared)];
-    return text;
-  }
-
- private:
-  std::mt19937_64 engine_{20260301};
+// Pieces of what the expressions look at, among them what folds to it and what ends no word.
+const std::map<std::string_view, std::string_view> subjects{
+    {"script", "<script¦<STYLE¦</script>¦<ﬆyle¦</ſtyle>¦</ﬅyle>¦</ſcript>"},
+    {"blocks",
+     "<h1¦<H2>¦</h1>¦</h2>¦<h7¦<pre>¦</PRE>¦<blockquote¦<h3>¦<blocKquote>¦</blockquote>¦<li¦</li>¦"
+     "</h3>¦<code¦</code>"},
+    {"table", "<td>¦<th¦</TD>¦</th>¦<tr>¦</tr>¦<table>¦</table>¦<t"},
+    {"inline",
+     "<b>¦</b>¦<strong¦<ﬆrong>¦</strong>¦</ſtrong>¦<i>¦</i>¦<em>¦</em>¦<br¦<br/>¦<hr¦<p¦</p>¦"
+     "<section>¦</ſection¦<div¦<ARTICLE>¦<body>¦<BODY x"},
+    {"link",
+     "<a ¦<a¦<a href¦href¦HREF=¦href=\"¦href = '¦'>¦\">¦</a>¦</A>¦<a href='x'>¦href='¦<a ¦</a>"},
+    {"language",
+     "class¦CLASS¦claß=\"¦cla\u1E9E='¦class=\"¦class = '¦language-¦Language-¦language-c¦c++¦-¦l¦"
+     "claſs='"},
 };
+
+template <typename Check>
+void onTextsOf(std::string_view subject, int rounds, Check check) {
+  constexpr std::string_view shared = "¦<¦</¦>¦/¦ ¦\n¦x¦中¦😀¦1¦_¦\u0301¦\u200D¦\u2028¦é¦=¦\"¦'¦K¦ſ";
+  const std::string_view own = subjects.at(subject);
+  onRandomTexts(fmt::format("{0}¦{0}¦{0}{1}", own, shared), 15, rounds, check);
+}
 
 using Wanted = std::vector<std::size_t>;
 
@@ -60,9 +48,7 @@ std::vector<Groups> matchesOf(const RegularExpression& pattern, const std::strin
   std::vector<Groups> all;
   for (const auto& match : pattern.matches(units)) {
     Groups groups{std::to_string(match.whole().begin)};
-    for (const std::size_t group : wanted)
-      groups.push_back(
-          toUtf8(units.substr(match.groups[group]->begin, match.groups[group]->length())));
+    for (const std::size_t group : wanted) groups.push_back(partOf(units, match.groups[group]));
     all.push_back(groups);
   }
   return all;
@@ -146,32 +132,28 @@ TEST(HtmlScannerTest, FindsWhatTheExpressionsMatch) {
       {"inline", R"((?is)<br\s*/?>)", {0}, partsOf(HtmlScanner::lineBreaks)},
       {"link", R"((?is)<a\b[^>]*href\s*=\s*["']([^"']+)["'][^>]*>(.*?)</a>)", {0, 1, 2}, links},
   };
-  Texts texts;
   for (const Comparison& c : comparisons) {
     SCOPED_TRACE(c.pattern);
     const RegularExpression pattern(c.pattern);
     std::size_t met = 0;
-    for (int round = 0; round < 12'000; ++round) {
-      const std::string text = texts.draw(c.subject);
+    onTextsOf(c.subject, 12'000, [&](const std::string& text) {
       const std::vector<Groups> expected = matchesOf(pattern, text, c.groups);
-      ASSERT_EQ(c.scan(text), expected) << text;
+      ASSERT_EQ(c.scan(text), expected);
       met += expected.size();
-    }
+    });
     EXPECT_GT(met, 100U);
   }
 }
 
 TEST(HtmlScannerTest, CodeLanguageIsThatOfTheExpression) {
   const RegularExpression pattern(R"((?is)class\s*=\s*["'][^"']*language-([A-Za-z0-9_+-]+))");
-  Texts texts;
   int met = 0;
-  for (int round = 0; round < 60'000; ++round) {
-    const std::string text = texts.draw("language");
+  onTextsOf("language", 60'000, [&](const std::string& text) {
     const std::vector<Groups> found = matchesOf(pattern, text, {1});
     const std::string expected = found.empty() ? "" : found.front().back();
-    ASSERT_EQ(HtmlScanner::codeLanguage(text), expected) << text;
+    ASSERT_EQ(HtmlScanner::codeLanguage(text), expected);
     met += expected.empty() ? 0 : 1;
-  }
+  });
   EXPECT_GT(met, 500);
 }
 

@@ -75,7 +75,7 @@ TEST(MarkdownEditingEngineTest, Commands) {
       {"from inside the lines", Quote{}, "a‹b\nc›d\n", "‹> ab\n> cd\n›"},
       {"block at the start", InsertBlock{u"b"}, "‹x›a", "b‹›a"},
       {"block on a new line", InsertBlock{u"b"}, "a‹›", "a\nb‹›"},
-      {"block behind a line feed", InsertBlock{u"b"}, "a\n‹›c", "a\nb‹›c"},
+      {"block after a line feed", InsertBlock{u"b"}, "a\n‹›c", "a\nb‹›c"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -94,7 +94,7 @@ TEST(MarkdownEditingEngineTest, SelectionsOutsideAndInsideOfCharacters) {
     std::string after;
   } cases[] = {
       {"nowhere", {TextSelection::notFound, 3}, "a😀b*‹斜体文字›*"},
-      {"behind the end", {9, huge}, "a😀b*‹斜体文字›*"},
+      {"past the end", {9, huge}, "a😀b*‹斜体文字›*"},
       {"beyond the end", {3, huge}, "a😀*‹b›*"},
       {"caret in a pair", {2, 0}, "a*‹斜体文字›*😀b"},
       {"from a pair's middle", {2, 2}, "a*‹😀b›*"},
@@ -120,9 +120,9 @@ TEST(MarkdownEditingEngineTest, Newlines) {
       {"zero", "0. x‹›", ""},
       {"beyond 64 bits", "99999999999999999999. x‹›", ""},
       {"empty bullet", "a\n  - ‹›\nb", "a\n‹›\nb"},
-      {"empty task, caret in front", "‹›- [X]", "‹›"},
+      {"empty task, caret before it", "‹›- [X]", "‹›"},
       {"empty number", "12. ‹›", "‹›"},
-      {"text behind the caret alone", "- ‹›a", ""},
+      {"text after the caret alone", "- ‹›a", ""},
       {"no item", "a‹›", ""},
       {"a selection", "- a‹b›", ""},
   };

@@ -1,29 +1,21 @@
-#include <array>
-#include <random>
-
 #include <gtest/gtest.h>
 
 #include "Core/Markdown/Inline/ColorSpans.h"
 #include "Core/Markdown/Inline/InlineText.h"
-#include "Platform/Text/RegularExpression.h"
-#include "Platform/Text/Unicode.h"
+#include "Support/RandomText.h"
 
 namespace nomely::test {
 namespace {
 
 using Expression = RegularExpression;
 
-std::string part(const std::u16string& text, const std::optional<TextRange>& range) {
-  return toUtf8(text.substr(range->begin, range->length()));
-}
-
 // The matches as "whole|value|content".
 std::vector<std::string> plainSpans(const std::string& text, const Expression& expression) {
   const std::u16string units = toUtf16(text);
   std::vector<std::string> found;
   for (const auto& match : expression.matches(units))
-    found.push_back(part(units, match.groups[0]) + "|" + part(units, match.groups[1]) + "|" +
-                    part(units, match.groups[2]));
+    found.push_back(partOf(units, match.groups[0]) + "|" + partOf(units, match.groups[1]) + "|" +
+                    partOf(units, match.groups[2]));
   return found;
 }
 
@@ -40,7 +32,7 @@ std::string plainlyNormalized(const std::string& text, const std::string& marker
   std::string normalized;
   std::size_t copied = 0;
   for (const auto& match : (marker == "*" ? italic : bold).matches(units)) {
-    const std::string content = part(units, match.groups[1]);
+    const std::string content = partOf(units, match.groups[1]);
     if (plainSpans(content, colorExpression()).empty()) continue;
     normalized += toUtf8(units.substr(copied, match.whole().begin - copied));
     normalized += ColorSpans::normalizeColorSpans(content, marker);
@@ -53,43 +45,13 @@ TEST(ColorSpansTest, FindsWhatTheExpressionsFind) {
   static const Expression size(R"(<span\s+style=\"font-size:\s*([0-9]+)px\">([\s\S]*?)</span>)");
   static const Expression opening(R"(<span\s+style=\"color:\s*#[0-9A-Fa-f]{6}\">)");
   static const Expression mention(R"(@\[\[[^\]|]+\|([^\]]+)\]\])");
-  constexpr std::array<std::string_view, 30> pieces{"<span style=\"color: #FF0000\">",
-                                                    "<span style=\"color:#00ff00\">",
-                                                    "</span>",
-                                                    "</span>",
-                                                    "<span\u3000\nstyle=\"color:\u2003#123456\">",
-                                                    "<span style=\"font-size:18px\">",
-                                                    "<span style=\"font-size: 7px\">",
-                                                    "<span style=\"color: #12345\">",
-                                                    "<span",
-                                                    " ",
-                                                    "style=\"",
-                                                    "font-size:",
-                                                    "12",
-                                                    "px",
-                                                    "\">",
-                                                    "*",
-                                                    "*",
-                                                    "**",
-                                                    "**",
-                                                    "***",
-                                                    "日",
-                                                    "a",
-                                                    "\n",
-                                                    "@[[",
-                                                    "@[[a|",
-                                                    "|",
-                                                    "]",
-                                                    "]]",
-                                                    "b",
-                                                    "😀"};
-  std::mt19937 random(1);
+  constexpr std::string_view pieces =
+      "<span style=\"color: #FF0000\">¦<span style=\"color:#00ff00\">¦</span>¦</span>¦"
+      "<span\u3000\nstyle=\"color:\u2003#123456\">¦<span style=\"font-size:18px\">¦"
+      "<span style=\"font-size: 7px\">¦<span style=\"color: #12345\">¦<span¦ ¦style=\"¦"
+      "font-size:¦12¦px¦\">¦*¦*¦**¦**¦***¦日¦a¦\n¦@[[¦@[[a|¦|¦]¦]]¦b¦😀";
   std::size_t found = 0;
-  for (int round = 0; round < 20'000; ++round) {
-    std::string text;
-    for (std::size_t count = random() % 12; count > 0; --count)
-      text += pieces.at(random() % pieces.size());
-    SCOPED_TRACE(testing::PrintToString(text));
+  onRandomTexts(pieces, 12, 20'000, [&](const std::string& text) {
     std::vector<std::string> colors;
     for (const SpanMatch& span : ColorSpans::colors(text))
       colors.push_back(std::string(span.range.of(text)) + "|" +
@@ -109,7 +71,7 @@ TEST(ColorSpansTest, FindsWhatTheExpressionsFind) {
     ASSERT_EQ(MarkdownTextView::prepared(text),
               toUtf8(mention.replacingMatches(toUtf16(text), u"**@$1**")));
     found += colors.size() + sizes.size();
-  }
+  });
   EXPECT_GT(found, 2000U);
 }
 

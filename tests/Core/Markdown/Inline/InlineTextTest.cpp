@@ -1,12 +1,10 @@
-#include <array>
-#include <random>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Core/Markdown/Inline/InlineMarkdown.h"
 #include "Core/Markdown/Inline/ShownText.h"
 #include "Core/Markdown/Text/LinkScheme.h"
+#include "Support/RandomText.h"
 
 namespace nomely::test {
 namespace {
@@ -73,16 +71,10 @@ TEST(InlineTextTest, NoBlocks) {
 }
 
 TEST(InlineTextTest, PlainCharactersComeBack) {
-  constexpr std::array<std::string_view, 40> pieces{
-      " ",      "  ",     "\n",     "\n",     "\r",     "\r\n",   "\t",     "#",    "# ",   "- ",
-      "+",      "1. ",    "12)",    "> ",     "|",      "---",    "===",    "~ ",   "!",    "]",
-      "(",      ")",      ":",      "\"",     "'",      "=",      ">",      "日记", "a",    "b。",
-      "\u3000", "\u2000", "\u2009", "\u00A0", "\u2028", "\u200B", "\uFEFF", "\x01", "\x7F", "😀"};
-  std::mt19937 random(1);
-  for (int round = 0; round < 20'000; ++round) {
-    std::string text;
-    for (std::size_t count = random() % 14; count > 0; --count)
-      text += pieces.at(random() % pieces.size());
+  constexpr std::string_view pieces =
+      " ¦  ¦\n¦\n¦\r¦\r\n¦\t¦#¦# ¦- ¦+¦1. ¦12)¦> ¦|¦---¦===¦~ ¦!¦]¦(¦)¦:¦\"¦'¦=¦>¦日记¦a¦b。¦"
+      "\u3000¦\u2000¦\u2009¦\u00A0¦\u2028¦\u200B¦\uFEFF¦\x01¦\x7F¦😀";
+  onRandomTexts(pieces, 14, 20'000, [&](const std::string& text) {
     // A code span makes the parser run and is seen as one.
     const std::string marked = text + "`c`" + text;
     std::string expected = text + "c" + text;
@@ -90,29 +82,20 @@ TEST(InlineTextTest, PlainCharactersComeBack) {
          at = expected.find("  \n"))
       expected.erase(expected.find_last_not_of(' ', at) + 1,
                      at + 2 - (expected.find_last_not_of(' ', at) + 1));
-    SCOPED_TRACE(testing::PrintToString(marked));
     ASSERT_EQ(parsedInline(marked).text, expected);
-  }
+  });
 }
 
 // Making links of addresses changes no character that is shown, whatever marks surround them.
 TEST(InlineTextTest, WrappedAddressesShowAsTheyStood) {
-  constexpr std::array<std::string_view, 24> pieces{
-      "`",  "`",     "``",   "\\`", "\\[",           "\\]", "[",
-      "[",  "![",    "]",    "](",  "](a)",          "(<",  ">)",
-      ")",  "<",     ">",    " ",   "https://b.org", "\n",  "日",
-      "\"", "a.com", "a.com"};
-  std::mt19937 random(2);
+  constexpr std::string_view pieces =
+      "`¦`¦``¦\\`¦\\[¦\\]¦[¦[¦![¦]¦](¦](a)¦(<¦>)¦)¦<¦>¦ ¦https://b.org¦\n¦日¦\"¦a.com¦a.com";
   std::size_t wrapped = 0;
-  for (int round = 0; round < 60'000; ++round) {
-    std::string text;
-    for (std::size_t count = random() % 14; count > 0; --count)
-      text += pieces.at(random() % pieces.size());
+  onRandomTexts(pieces, 14, 60'000, [&](const std::string& text) {
     const std::string linked = MarkdownTextView::wrapBareURLsAsMarkdownLinks(text);
-    SCOPED_TRACE(testing::PrintToString(text));
     ASSERT_EQ(parsedInline(linked).text, parsedInline(text).text) << linked;
     wrapped += linked == text ? 0 : 1;
-  }
+  });
   EXPECT_GT(wrapped, 10'000U);
 }
 

@@ -1,12 +1,9 @@
-#include <random>
-
 #include <gtest/gtest.h>
 
 #include "Core/Extensions/TextStats.h"
 #include "Core/Markdown/Text/MemoTextSanitizer.h"
 #include "Core/Markdown/Text/MemoTextUtilities.h"
-#include "Platform/Text/RegularExpression.h"
-#include "Platform/Text/Unicode.h"
+#include "Support/RandomText.h"
 
 namespace nomely::test {
 namespace {
@@ -48,33 +45,13 @@ TEST(MemoTextSanitizerTest, RemovesWhatTheExpressionsMatch) {
       R"((?m)^[ \t]*\[(?:Image|Attachment|File|图片|图像|附件)\s*#\d+\][ \t]*(?:\r?\n)?)");
   const RegularExpression inside(
       R"([ \t]*\[(?:Image|Attachment|File|图片|图像|附件)\s*#\d+\][ \t]*)");
-  constexpr const char* pieces[] = {"[Image",
-                                    "[附件",
-                                    "#",
-                                    "#1]",
-                                    "#一]",
-                                    "1",
-                                    "]",
-                                    " ",
-                                    "\t",
-                                    "\n",
-                                    "\r",
-                                    "\u2028",
-                                    "a",
-                                    "[File #1]",
-                                    "\u0085",
-                                    "\v",
-                                    "[图片\u3000#٣]"};
-  std::mt19937 random(1);
-  for (int round = 0; round < 20'000; ++round) {
-    std::string text;
-    for (auto length = random() % 12; length > 0; --length)
-      text += pieces[random() % std::size(pieces)];
-    ASSERT_EQ(
-        MemoTextSanitizer::removingAttachmentPlaceholders(text, MemoTextSanitizer::Edges::keep),
-        toUtf8(inside.replacingMatches(onLine.replacingMatches(toUtf16(text), u""), u"")))
-        << testing::PrintToString(text);
-  }
+  onRandomTexts(
+      "[Image¦[附件¦#¦#1]¦#一]¦1¦]¦ ¦\t¦\n¦\r¦\u2028¦a¦[File #1]¦\u0085¦\v¦[图片\u3000#٣]", 12,
+      20'000, [&](const std::string& text) {
+        ASSERT_EQ(
+            MemoTextSanitizer::removingAttachmentPlaceholders(text, MemoTextSanitizer::Edges::keep),
+            toUtf8(inside.replacingMatches(onLine.replacingMatches(toUtf16(text), u""), u"")));
+      });
 }
 
 TEST(MemoTextUtilitiesTest, WrittenCommentsAreReadAndStripped) {
@@ -148,32 +125,18 @@ TEST(MemoTextUtilitiesTest, RandomTextsAreReadAsTheExpressionsRead) {
   const RegularExpression lines(R"((?:---\n)?<!-- original:\n([\s\S]*?)\n-->)");
   const RegularExpression line("<!-- original:((?:(?!-->).)+) -->");
   const RegularExpression strip(R"(\n*(?:---\n)?<!-- original(?:-base64)?:[\s\S]*?-->)");
-  constexpr const char* pieces[] = {"<!-- original:",
-                                    "<!-- original-base64:",
-                                    "-->",
-                                    " -->",
-                                    "\n-->",
-                                    "---\n",
-                                    "\n",
-                                    " ",
-                                    "-",
-                                    "a",
-                                    "\r"};
-  std::mt19937 random(1);
-  for (int round = 0; round < 20'000; ++round) {
-    std::string text;
-    for (auto length = random() % 12; length > 0; --length)
-      text += pieces[random() % std::size(pieces)];
-    SCOPED_TRACE(testing::PrintToString(text));
+  constexpr std::string_view pieces =
+      "<!-- original:¦<!-- original-base64:¦-->¦ -->¦\n-->¦---\n¦\n¦ ¦-¦a¦\r";
+  onRandomTexts(pieces, 12, 20'000, [&](const std::string& text) {
     const std::u16string units = toUtf16(text);
     auto match = lines.firstMatch(units);
     if (!match) match = line.firstMatch(units);
     std::optional<std::string> expected;
-    if (match) expected = toUtf8(units.substr(match->groups[1]->begin, match->groups[1]->length()));
+    if (match) expected = partOf(units, match->groups[1]);
     ASSERT_EQ(MemoTextUtilities::extractOriginal(text), expected);
     ASSERT_EQ(MemoTextUtilities::stripOriginalComment(text),
               trimSpaceAndBreaks(toUtf8(strip.replacingMatches(units, u""))));
-  }
+  });
 }
 
 TEST(TextStatsTest, MeaningfulCharacters) {

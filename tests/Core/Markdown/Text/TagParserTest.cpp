@@ -1,10 +1,8 @@
-#include <random>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Core/Markdown/Text/TagParser.h"
-#include "Platform/Text/Unicode.h"
+#include "Support/RandomText.h"
 
 namespace nomely::test {
 namespace {
@@ -33,14 +31,14 @@ TEST(TagParserTest, TagsOfTexts) {
       {"code and markup", "`#a` <b #b> ```\n#c\n``` <i\n#d>", {}},
       {"colours", "<span style=\"color:#ff0000\">x</span> color: #ff0000 color:\n#00FF00", {}},
       {"no colours", "color: #ff000 #ff0000", {"ff000", "ff0000"}},
-      {"behind something masked", "<b>#a</b> `x`#b color:#ff0000#c", {"a", "b", "c"}},
+      {"after something masked", "<b>#a</b> `x`#b color:#ff0000#c", {"a", "b", "c"}},
       {"cut by something masked", "#a`x`b #<b>c", {"a"}},
       {"left open", "` #a\n<b #c\n``` #d", {"a", "c", "d"}},
       {"long word on a line", "#这是一个很长的标题行文字", {}},
       {"the same between blanks", "x\n\t \u3000#这是一个很长的标题行文字 \u3000\r\ny", {}},
-      {"behind something masked, alone", "`x` #这是一个很长的标题行文字 <br>", {}},
-      {"long with text behind", "#这是一个很长的标题行文字 后面", {"这是一个很长的标题行文字"}},
-      {"long with text in front", "前 #这是一个很长的标题行文字", {"这是一个很长的标题行文字"}},
+      {"after something masked, alone", "`x` #这是一个很长的标题行文字 <br>", {}},
+      {"long with text after it", "#这是一个很长的标题行文字 后面", {"这是一个很长的标题行文字"}},
+      {"long with text before it", "前 #这是一个很长的标题行文字", {"这是一个很长的标题行文字"}},
       {"long with a level", "#这是一个/很长的标题行文字", {"这是一个/很长的标题行文字"}},
       {"long, then a mark", "#这是一个很长的标题行。", {"这是一个很长的标题行"}},
       {"eight characters", "#八个字的标题行吧", {"八个字的标题行吧"}},
@@ -73,7 +71,7 @@ TEST(TagParserTest, PositionsAndRanges) {
       {"with its line feed", {5, 9}, {{"好b", {5, 9}, {7, 9}}}},
       {"cut off", {0, 8}, {{"a", {2, 5}, {4, 5}}, {"好", {5, 8}, {7, 8}}}},
       {"beyond the end", {6, 100}, {{"好b", {6, 9}, {7, 9}}}},
-      {"behind the end", {50, 100}, {}},
+      {"past the end", {50, 100}, {}},
       {"upside down", {6, 2}, {}},
   };
   for (const auto& c : cases) {
@@ -124,7 +122,7 @@ TEST(TagParserTest, TextsWithoutTheirTags) {
   }
 }
 
-// The expressions with nothing in front of them and one character at a time.
+// The expressions with nothing before them and one character at a time.
 std::u16string plainlyMasked(const std::u16string& text) {
   std::vector<bool> blanked(text.size());
   const std::vector<std::size_t> ends = graphemeEnds(text);
@@ -165,62 +163,17 @@ std::vector<TagParser::Match> plainMatches(const std::string& text) {
 }
 
 TEST(TagParserTest, EveryShortcutGivesWhatTheExpressionsGive) {
-  constexpr std::string_view pieces[] = {
-      "#",
-      "#",
-      "#",
-      "#",
-      " ",
-      " ",
-      "\n",
-      "\r\n",
-      "\r",
-      "\t",
-      "\u3000",
-      "`",
-      "`",
-      "```",
-      "```",
-      "<",
-      ">",
-      "<b>",
-      "color:",
-      "#ff0000",
-      "color: #0aF09c",
-      "a",
-      "日",
-      "/",
-      "=",
-      "'",
-      "。",
-      "，",
-      ".",
-      "!",
-      "-",
-      "1",
-      "😀",
-      "e\u0301",
-      "\u0301",
-      "\u200D",
-      "\u2028",
-      "\u0085",
-      "\v",
-      "一二三四五六七八九",
-      "abcdefgh",
-  };
-  std::mt19937 random(1);
-  const auto below = [&](std::size_t bound) { return random() % bound; };
   std::size_t found = 0;
-  for (int round = 0; round < 10'000; ++round) {
-    std::string text;
-    for (std::size_t length = below(16); length > 0; --length)
-      text += pieces[below(std::size(pieces))];
-    SCOPED_TRACE(testing::PrintToString(text));
-    const auto expected = plainMatches(text);
-    ASSERT_EQ(TagParser::matches(text), expected);
-    ASSERT_EQ(TagParser::maskedForTagParsing(text), toUtf8(plainlyMasked(toUtf16(text))));
-    found += expected.size();
-  }
+  onRandomTexts(
+      "#¦#¦#¦#¦ ¦ ¦\n¦\r\n¦\r¦\t¦\u3000¦`¦`¦```¦```¦<¦>¦<b>¦color:¦#ff0000¦color: #0aF09c¦a¦日¦"
+      "/¦=¦'¦。¦，¦.¦!¦-¦1¦😀¦e\u0301¦\u0301¦\u200D¦\u2028¦\u0085¦\v¦一二三四五六七八九¦"
+      "abcdefgh",
+      16, 10'000, [&](const std::string& text) {
+        const auto expected = plainMatches(text);
+        ASSERT_EQ(TagParser::matches(text), expected);
+        ASSERT_EQ(TagParser::maskedForTagParsing(text), toUtf8(plainlyMasked(toUtf16(text))));
+        found += expected.size();
+      });
   EXPECT_GT(found, 1000);
 }
 

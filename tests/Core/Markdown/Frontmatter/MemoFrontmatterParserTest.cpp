@@ -3,7 +3,6 @@
 #include "Core/Markdown/Frontmatter/MemoFileRepair.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Markdown/Frontmatter/YamlError.h"
-#include "Support/ErrorKind.h"
 
 namespace nomely::test {
 namespace {
@@ -178,7 +177,7 @@ TEST(MemoFrontmatterParserTest, FencesAndBodies) {
       {"blanks around the fences", "  ---\t\ntime: t\n\u3000---  \nbody", "body"},
       {"fence in the body", "---\ntime: t\n---\n\na\n---\nb: c\n---\n", "a\n---\nb: c\n---\n"},
       {"blank body", "---\ntime: t\n---\n\n\n  ", ""},
-      {"nothing behind the fence", "---\ntime: t\n---", ""},
+      {"nothing after the fence", "---\ntime: t\n---", ""},
       {"fence of four is none", "---\ntime: t\n----: x\n---\n", ""},
       {"line separators do not end lines", "---\ntime: t\n---\n\u2028\nbody", "\u2028\nbody"},
   };
@@ -190,86 +189,30 @@ TEST(MemoFrontmatterParserTest, FencesAndBodies) {
   }
 }
 
+// Files that are no memos, and what their owner is told.
 TEST(MemoFrontmatterParserTest, UnreadableFiles) {
   const struct {
-    const char* name;
+    Kind kind;
     const char* content;
-    Kind expected;
+    const char* advice;
   } cases[] = {
-      {"empty file", "", Kind::missingFrontmatter},
-      {"text first", "hello\n---\ntime: t\n---\n", Kind::missingFrontmatter},
-      {"blank line first", "\n---\ntime: t\n---\n", Kind::missingFrontmatter},
-      {"CRLF", "---\r\ntime: t\r\n---\r\n", Kind::missingFrontmatter},
-      {"byte order mark", "\uFEFF---\ntime: t\n---\n", Kind::missingFrontmatter},
-      {"never closed", "---\ntime: t\n", Kind::unclosedFrontmatter},
-      {"one line", "---", Kind::unclosedFrontmatter},
-      {"closed with CRLF", "---\ntime: t\n---\r\nbody", Kind::unclosedFrontmatter},
-      {"empty header", "---\n---\nbody", Kind::yamlDecode},
-      {"comment for a header", "---\n# c\n---\n", Kind::yamlDecode},
-      {"sequence for a header", "---\n- a\n---\n", Kind::yamlDecode},
-      {"scalar for a header", "---\nhello\n---\n", Kind::yamlDecode},
-      {"malformed", "---\ntags: [a\n---\n", Kind::yamlDecode},
-      {"fence inside a quoted text", "---\nid: \"a\n---\nb\"\n---\n", Kind::yamlDecode},
-      {"mood is no number", "---\nmood: abc\n---\n", Kind::yamlDecode},
-      {"mood with a fraction", "---\nmood: 1.5\n---\n", Kind::yamlDecode},
-      {"number beyond 64 bits", "---\nschema_version: 9223372036854775808\n---\n",
-       Kind::yamlDecode},
-      {"flag is no flag", "---\npinned: 1\n---\n", Kind::yamlDecode},
-      {"list for a text", "---\nid: [a]\n---\n", Kind::yamlDecode},
-      {"text for a list", "---\ntags: a\n---\n", Kind::yamlDecode},
-      {"mapping inside a list", "---\ntags: [{a: b}]\n---\n", Kind::yamlDecode},
-      {"list for a mapping", "---\noriginal_names: [a]\n---\n", Kind::yamlDecode},
-      {"list inside a mapping", "---\noriginal_names: {a: [b]}\n---\n", Kind::yamlDecode},
-      {"key twice", "---\nid: a\nid: b\n---\n", Kind::yamlDecode},
-      {"name twice", "---\noriginal_names: {a: b, a: c}\n---\n", Kind::yamlDecode},
-      {"transcript without segments", "---\naudio_transcripts: {a: {text: t}}\n---\n",
-       Kind::yamlDecode},
-      {"transcript without text", "---\naudio_transcripts: {a: {segments: []}}\n---\n",
-       Kind::yamlDecode},
-      {"segment without duration",
-       "---\naudio_transcripts: {a: {text: t, segments: [{text: s, start: 1}]}}\n---\n",
-       Kind::yamlDecode},
-      {"start is no number",
-       "---\naudio_transcripts: {a: {text: t, segments: [{text: s, start: x, duration: "
-       "1}]}}\n---\n",
-       Kind::yamlDecode},
-      {"merge of a text", "---\n<<: a\n---\n", Kind::yamlDecode},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(kindOf<ParseError>([&] { (void)parse(c.content); }), c.expected);
-  }
-}
-
-// What the owner of an unreadable file is told.
-TEST(MemoFrontmatterParserTest, Advice) {
-  const struct {
-    const char* content;
-    const char* expected;
-  } cases[] = {
-      {"\n", "文件是空的"},
-      {"hello", "没有文件头（第一行应当是 ---），请运行 nomely doctor --fix"},
-      {"---\r\ntime: t\r\n---\r\n",
+      {Kind::missingFrontmatter, "", "文件是空的"},
+      {Kind::missingFrontmatter, "\n", "文件是空的"},
+      {Kind::missingFrontmatter, "hello\n---\ntime: t\n---\n",
+       "没有文件头（第一行应当是 ---），请运行 nomely doctor --fix"},
+      {Kind::missingFrontmatter, "\n---\ntime: t\n---\n", "没有文件头"},
+      {Kind::missingFrontmatter, "---\r\ntime: t\r\n---\r\n",
        "换行是 CRLF 而不是 LF，读不出文件头，请运行 nomely doctor --fix"},
-      {"---\ntime: t\n---\r\nbody", "换行是 CRLF"},
-      {"---\rtime: t\r---\r", "换行是 CR 而不是 LF"},
-      {"\uFEFF---\r\ntime: t\r\n---\r\n", "文件开头有 BOM 标记，换行是 CRLF"},
-      {"---\r\nmood: x\r\n---\r\n", "第 2 行：mood 应当是整数，请改正；改好后再运行"},
-      {"---\r\ntime: t\r\n", "文件头没有结束"},
-      {"---\ntime: t\nmood: abc\n---\n", "文件头有误，第 3 行：mood 应当是整数"},
-      {"---\npinned: 1\n---\n", "第 2 行：pinned 应当是 true 或 false"},
-      {"---\nid: a\nid: b\n---\n", "第 3 行：id 出现了两次"},
-      {"---\ntags: a\n---\n", "tags 应当是列表"},
-      {"---\n- a\n---\n", "文件头 应当是“名字: 值”的各行"},
-      {"---\nid: \"a\ntime: b\n---\n", "第 2 行：引号没有闭合"},
-      {"---\ntime: t\ntags: [a\nid: b\n---\n", "第 3 行：方括号没有闭合"},
-      {"---\ntags:\n\t- a\n---\n", "第 3 行：值以制表符"},
-      {"---\nid: a: b\n---\n", "第 2 行：冒号的位置不对"},
-      {"---\ntime: t\nid\n---\n", "第 3 行：键的后面缺少冒号"},
-      {"---\ntime: t\n  id: b\n---\n", "第 3 行：冒号的位置不对"},
-      {"---\ntime: t\nid: \x01\n---\n", "第 3 行：有看不见的控制字符"},
-      {"---\nid: *n\n---\n", "第 2 行：以 * 引用的名字"},
-      {"---\n---\n", "文件头是空的"},
+      {Kind::missingFrontmatter, "---\rtime: t\r---\r", "换行是 CR 而不是 LF"},
+      {Kind::missingFrontmatter, "\uFEFF---\ntime: t\n---\n", "文件开头有 BOM 标记，读不出"},
+      {Kind::missingFrontmatter, "\uFEFF---\r\ntime: t\r\n---\r\n",
+       "文件开头有 BOM 标记，换行是 CRLF"},
+      {Kind::missingFrontmatter, "---\r\nmood: x\r\n---\r\n",
+       "第 2 行：mood 应当是整数，请改正；改好后再运行"},
+      {Kind::missingFrontmatter, "---\r\ntime: t\r\n", "文件头没有结束"},
+      {Kind::unclosedFrontmatter, "---\ntime: t\n", "文件头没有结束"},
+      {Kind::unclosedFrontmatter, "---", "文件头没有结束"},
+      {Kind::unclosedFrontmatter, "---\ntime: t\n---\r\nbody", "换行是 CRLF"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.content);
@@ -277,8 +220,56 @@ TEST(MemoFrontmatterParserTest, Advice) {
       (void)parse(c.content);
       ADD_FAILURE();
     } catch (const ParseError& error) {
-      EXPECT_THAT(error.what(), HasSubstr(c.expected));
-      EXPECT_EQ(error.kind() == Kind::yamlDecode, !error.message().empty());
+      EXPECT_EQ(error.kind(), c.kind);
+      EXPECT_THAT(error.what(), HasSubstr(c.advice));
+    }
+  }
+}
+
+TEST(MemoFrontmatterParserTest, UnreadableHeaders) {
+  const struct {
+    const char* header;
+    const char* advice;
+  } cases[] = {
+      {"", "文件头是空的"},
+      {"# c\n", "文件头是空的"},
+      {"- a\n", "文件头 应当是“名字: 值”的各行"},
+      {"hello\n", "应当是“名字: 值”的各行"},
+      {"time: t\nmood: abc\n", "文件头有误，第 3 行：mood 应当是整数"},
+      {"mood: 1.5\n", "mood 应当是整数"},
+      {"schema_version: 9223372036854775808\n", "schema_version 应当是整数"},
+      {"pinned: 1\n", "第 2 行：pinned 应当是 true 或 false"},
+      {"id: [a]\n", "id 应当是一段文字"},
+      {"tags: a\n", "tags 应当是列表"},
+      {"tags: [{a: b}]\n", "tags 应当是一段文字"},
+      {"original_names: [a]\n", "original_names 应当是“名字: 值”"},
+      {"original_names: {a: [b]}\n", "original_names 应当是一段文字"},
+      {"id: a\nid: b\n", "第 3 行：id 出现了两次"},
+      {"original_names: {a: b, a: c}\n", "a 出现了两次"},
+      {"audio_transcripts: {a: {text: t}}\n", "有 text 和 segments 的转写"},
+      {"audio_transcripts: {a: {segments: []}}\n", "有 text 和 segments 的转写"},
+      {"audio_transcripts: {a: {text: t, segments: [{text: s, start: 1}]}}\n", "duration 的各段"},
+      {"audio_transcripts: {a: {text: t, segments: [{start: x}]}}\n", "start 应当是数字"},
+      {"<<: a\n", "<< 应当是"},
+      {"id: \"a\ntime: b\n", "第 2 行：引号没有闭合"},
+      {"id: \"a\n---\nb\"\n", "第 2 行：引号没有闭合"},
+      {"time: t\ntags: [a\nid: b\n", "第 3 行：方括号没有闭合"},
+      {"tags:\n\t- a\n", "第 3 行：值以制表符"},
+      {"id: a: b\n", "第 2 行：冒号的位置不对"},
+      {"time: t\n  id: b\n", "第 3 行：冒号的位置不对"},
+      {"time: t\nid\n", "第 3 行：键的后面缺少冒号"},
+      {"time: t\nid: \x01\n", "第 3 行：有看不见的控制字符"},
+      {"id: *n\n", "第 2 行：以 * 引用的名字"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.header);
+    try {
+      (void)parse(std::string("---\n") + c.header + "---\n");
+      ADD_FAILURE();
+    } catch (const ParseError& error) {
+      EXPECT_EQ(error.kind(), Kind::yamlDecode);
+      EXPECT_THAT(error.what(), HasSubstr(c.advice));
+      EXPECT_FALSE(error.message().empty());
     }
   }
 }

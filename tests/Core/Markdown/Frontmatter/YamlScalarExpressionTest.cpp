@@ -3,8 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "Core/Markdown/Frontmatter/YamlScalar.h"
-#include "Platform/Text/RegularExpression.h"
-#include "Platform/Text/Unicode.h"
+#include "Support/RandomText.h"
 
 namespace nomely::test {
 namespace {
@@ -47,29 +46,16 @@ class Texts {
  public:
   // Either characters at random, or something well-formed with up to three characters changed.
   std::string draw() {
-    constexpr std::string_view wellFormed[] = {"2026-03-01",
-                                               "2026-3-1 9:30:05.25 +08:00",
-                                               "2026-03-01T09:30:05Z",
-                                               "2026-03-01\t09:30:05-5",
-                                               "-12:30:59",
-                                               "190:20:30.15",
-                                               "+1_000.5e-10",
-                                               ".5E+3",
-                                               "0x1F_a",
-                                               "0b10_1",
-                                               "-0_17",
-                                               ".NaN",
-                                               "+.INF",
-                                               "FALSE",
-                                               "Yes",
-                                               "null",
-                                               "~"};
+    static const auto wellFormed = piecesOf(
+        "2026-03-01¦2026-3-1 9:30:05.25 +08:00¦2026-03-01T09:30:05Z¦2026-03-01\t09:30:05-5¦"
+        "-12:30:59¦190:20:30.15¦+1_000.5e-10¦.5E+3¦0x1F_a¦0b10_1¦-0_17¦.NaN¦+.INF¦FALSE¦Yes¦null¦"
+        "~");
     std::string text;
     if (below(2) == 0) {
       for (std::size_t left = below(7); left > 0; --left) text += character();
       return text;
     }
-    text = wellFormed[below(std::size(wellFormed))];
+    text = wellFormed[below(wellFormed.size())];
     for (std::size_t left = below(4); left > 0; --left) change(text);
     return text;
   }

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Platform/Text/RegularExpression.h"
+#include "Platform/Text/Unicode.h"
+
+namespace nomely::test {
+
+// The pieces of a list, which "¦" parts: "a¦ ¦\n".
+[[nodiscard]] inline std::vector<std::string> piecesOf(std::string_view list) {
+  constexpr std::string_view mark = "¦";
+  std::vector<std::string> pieces;
+  for (std::size_t end = list.find(mark); end != std::string_view::npos; end = list.find(mark)) {
+    pieces.emplace_back(list.substr(0, end));
+    list.remove_prefix(end + mark.size());
+  }
+  pieces.emplace_back(list);
+  return pieces;
+}
+
+// `piece` over and over, `size` bytes or a little more.
+[[nodiscard]] inline std::string filledWith(std::string_view piece, std::size_t size) {
+  std::string text;
+  while (text.size() < size) text += piece;
+  return text;
+}
+
+// Calls `check(text)` with texts of fewer than `most` pieces of the list, the same on every run.
+template <typename Check>
+void onRandomTexts(std::string_view list, std::size_t most, int rounds, Check check) {
+  const std::vector<std::string> pieces = piecesOf(list);
+  std::mt19937 random(1);
+  for (; rounds > 0 && !testing::Test::HasFatalFailure(); --rounds) {
+    std::string text;
+    for (std::size_t count = random() % most; count > 0; --count)
+      text += pieces[random() % pieces.size()];
+    SCOPED_TRACE(testing::PrintToString(text));
+    check(text);
+  }
+}
+
+// The part of a text that a group matched.
+[[nodiscard]] inline std::string partOf(const std::u16string& text,
+                                        const std::optional<TextRange>& range) {
+  return toUtf8(text.substr(range->begin, range->length()));
+}
+
+}  // namespace nomely::test
