@@ -6,7 +6,6 @@
 
 #include "CLI/Terminal.h"
 #include "Core/Markdown/Blocks/MarkdownBlock.h"
-#include "Core/Markdown/Text/StyledText.h"
 
 namespace nomely {
 
@@ -19,8 +18,6 @@ namespace MarkdownDrawing {
 
 // A memo's body as its card shows it: without what is kept in it for machines.
 [[nodiscard]] std::string drawBody(std::string_view body, const Style& style, std::size_t width);
-
-[[nodiscard]] std::string draw(const StyledText& text, const Style& style);
 
 }  // namespace MarkdownDrawing
 

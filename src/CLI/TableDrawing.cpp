@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "CLI/MarkdownDrawing.h"
+#include "CLI/StyledTextDrawing.h"
 #include "Core/Markdown/MarkdownTextView.h"
 #include "Core/Markdown/Tables/MarkdownTableLayout.h"
 #include "Platform/Text/Unicode.h"
@@ -59,7 +59,7 @@ std::string drawRow(const Row& row, const std::vector<std::size_t>& widths, cons
           line < row[column].lines.size() ? row[column].lines[line] : StyledText();
       const std::size_t used = displayWidth(part.text);
       if (column > 0) text += style.dim(divider);
-      text += MarkdownDrawing::draw(part, style);
+      text += drawStyled(part, style);
       if (column + 1 < row.size())
         text.append(widths[column] - std::min(used, widths[column]), ' ');
     }
