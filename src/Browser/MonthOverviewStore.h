@@ -16,12 +16,12 @@ namespace MonthOverviewStore {
 // `entries` may come in any order and from other months too. Imported and generated memos count.
 [[nodiscard]] MonthOverview compute(int year, unsigned month, std::span<const MemoEntry> entries);
 
-// Memos that open like another one of their day, and memos that begin with a date that is not the
-// one they are filed under.
+// Two kinds: duplicate, a memo that begins with the same text as another of its day, and
+// dateMismatch, a memo whose text begins with a date other than its day.
 [[nodiscard]] std::vector<OverviewAnomaly> detectAnomalies(std::span<const MemoEntry> entries);
 
-// The first line that says something: no heading, list item, quote, rule or comment. At most 40
-// characters and "…".
+// The first line that is no heading, list item, quote, rule or comment; beyond 40 characters it is
+// cut and ends in "…".
 [[nodiscard]] std::string previewLine(std::string_view body);
 
 }  // namespace MonthOverviewStore

@@ -17,29 +17,29 @@ namespace nomely {
 // out. What a memo holds can bring neither elements nor scripts into a page. Safe on any thread.
 namespace HTMLExporter {
 
-// Takes a page piece by piece, in order.
+// Called with each piece of a page, in order.
 using Sink = std::function<void(std::string_view piece)>;
 
-// The memos of a page, in its order.
+// The memos of a page, in the order of the page.
 struct Selection {
   std::size_t count = 0;
-  // Calls `visit` with each of them; nothing keeps an entry afterwards.
+  // Calls `visit` with each of them; `visit` does not keep the entry.
   std::function<void(const std::function<void(const MemoEntry&)>& visit)> forEach;
 };
 
-// Writes the whole page. What is held at a time is one memo and one picture. Throws what the sink
+// Writes the whole page, holding one memo and one picture in memory at a time. Throws what the sink
 // or the selection throws.
 void writePage(const Selection& selection, const AttachmentManager& attachmentManager,
                const Clock& clock, const Sink& sink);
 
-// The same in one text.
+// The whole page as one string.
 [[nodiscard]] std::string exportMemosFlomo(const std::vector<MemoEntry>& entries,
                                            const AttachmentManager& attachmentManager,
                                            const Clock& clock);
 // One memo's block of the page.
 [[nodiscard]] std::string exportMemoFlomo(const Memo& memo, Day date,
                                           const AttachmentManager& attachmentManager);
-// A fragment that stands alone, with the memo's tags.
+// One memo as a fragment of its own, outside of any page, with the memo's tags.
 [[nodiscard]] std::string exportMemo(const Memo& memo, Day date,
                                      const AttachmentManager& attachmentManager);
 

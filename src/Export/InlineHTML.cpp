@@ -68,7 +68,7 @@ void replaceLinks(std::string& text) {
     const std::size_t middle = text.find(between, label + 1);
     if (middle == nowhere) break;
     const std::size_t address = middle + between.size();
-    // Without one here there is none after any later label either.
+    // Without a ")" from here on no later label has one either.
     const std::size_t closing = text.find(')', address + 1);
     if (closing == nowhere) break;
     const std::string_view target = std::string_view(text).substr(address, closing - address);
@@ -95,7 +95,7 @@ std::string convertSegment(std::string_view segment) {
   return text;
 }
 
-// The next line break in `text`, none of which any of the expressions goes beyond.
+// The next line break in `text`; none of the expressions matches across one.
 std::size_t findBreak(std::string_view text) {
   for (std::size_t at = 0; at < text.size();) {
     const auto byte = static_cast<unsigned char>(text[at]);

@@ -8,14 +8,14 @@ namespace nomely {
 // Text of a memo within an HTML page. Pure; linear in the text.
 namespace InlineHTML {
 
-// "&", "<" and ">" as entities.
+// `a < b & c` → `a &lt; b &amp; c`; ">" becomes "&gt;".
 [[nodiscard]] std::string escapeText(std::string_view text);
-// The double quote as well: what may stand in an attribute.
+// For a double-quoted attribute: like escapeText, with '"' as an entity too.
 [[nodiscard]] std::string escapeAttribute(std::string_view text);
 
-// Bold, italic, code and links of one line as elements, everything else escaped. Plain global
-// replacements without rules of nesting: code may hold italic. An address that would run a script
-// makes no link, and its text stays as it was.
+// Turns bold, italic, code and links of one line into elements and escapes everything else. These
+// are plain global replacements without nesting rules: italic inside code becomes italic. A link
+// whose address would run a script stays as it was typed.
 [[nodiscard]] std::string convert(std::string_view line);
 
 }  // namespace InlineHTML

@@ -52,7 +52,7 @@ class Converter {
   }
 
  private:
-  // Reads what begins at a line and returns the line after it.
+  // Converts the block that begins at line `index` and returns the index of the line after it.
   std::size_t readFrom(std::size_t index) {
     const std::string_view line = trimHorizontal(lines_[index]);
     if (line.starts_with("```")) {

@@ -12,11 +12,10 @@ namespace nomely {
 // size, which looks at the file.
 namespace AttachmentNamingKit {
 
-// The original name without extension, else "PNG 文件" after the stored name's extension.
+// The original name without extension; without one "a1b2.png" → "PNG 文件", "a1b2" → "文件".
 [[nodiscard]] std::string displayName(std::string_view filename,
                                       const std::optional<std::string>& originalName);
-// `title` made fit for a file name, with the extension of `filename`; `filename` itself when there
-// is no title.
+// ("a1b2.png", "会议：上/下") → "会议-上-下.png"; `filename` itself when `title` is empty.
 [[nodiscard]] std::string suggestedDownloadName(std::string_view filename, std::string_view title);
 
 // "1.2 MB", in powers of 1000; absent when the file's attributes can't be read.
@@ -26,7 +25,7 @@ namespace AttachmentNamingKit {
 // The symbol and the colour ("#RRGGBB") of a file of that type.
 [[nodiscard]] std::string fileIcon(std::string_view filename);
 [[nodiscard]] std::string typeColorHex(std::string_view filename);
-// The symbol for what a link points to, after its path's extension.
+// The symbol for what a link points to, chosen by its path's extension.
 [[nodiscard]] std::string linkIcon(std::string_view url);
 
 }  // namespace AttachmentNamingKit

@@ -9,14 +9,14 @@
 
 namespace nomely {
 
-// An LRU cache from texts to values: when it is full, the value not used for longest goes. For one
-// thread at a time.
+// An LRU cache from texts to values: storing to a full one drops the least recently used value. For
+// one thread at a time.
 template <typename Value>
 class LruCache {
  public:
   explicit LruCache(std::size_t most) : most_(most) {}
 
-  // Null for a text that is not here. One asked for stays longer than those that weren't.
+  // Null when nothing is stored for `key`. Counts as a use of the value.
   [[nodiscard]] const Value* find(std::string_view key) {
     const auto found = entries_.find(key);
     if (found == entries_.end()) return nullptr;
@@ -24,7 +24,7 @@ class LruCache {
     return &found->second->second;
   }
 
-  // In place of the value that is there.
+  // Stores `value` for `key`, replacing an earlier one. Counts as a use.
   void store(std::string_view key, Value value) {
     if (const auto found = entries_.find(key); found != entries_.end()) {
       found->second->second = std::move(value);
@@ -43,7 +43,7 @@ class LruCache {
   using Order = std::list<std::pair<const std::string, Value>>;
 
   std::size_t most_;
-  Order order_;  // the one to go first comes first
+  Order order_;  // least recently used first
   std::unordered_map<std::string_view, typename Order::iterator> entries_;
 };
 

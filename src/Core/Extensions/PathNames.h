@@ -5,8 +5,9 @@
 
 namespace nomely {
 
-// Last path components, cut at the last dot. A name has no extension when that dot is its first
-// character or nothing follows it.
+// Parts of paths: "/a/b.tar.gz" has the last component "b.tar.gz", and that the extension "gz". A
+// name has no extension when its last dot is its first character or nothing follows it: ".md",
+// "a.".
 
 [[nodiscard]] std::string_view lastComponent(std::string_view path);
 // Without the dot; empty when there is none.

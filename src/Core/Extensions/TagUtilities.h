@@ -14,7 +14,7 @@ namespace TagUtilities {
 // kept.
 [[nodiscard]] std::vector<std::string> uniqueTags(const std::vector<std::string>& tags);
 
-// "#工作／计划，" is "工作/计划". Absent for what can't be a tag: nothing, or an empty level.
+// "#工作／计划，" → "工作/计划". Absent when nothing is left or a level is empty ("a//b").
 [[nodiscard]] std::optional<std::string> cleanTag(std::string_view typed);
 
 }  // namespace TagUtilities

@@ -7,8 +7,8 @@
 
 namespace nomely {
 
-// The number that `text`, whole, spells as an optional sign and ASCII digits; absent otherwise or
-// when it does not fit 64 bits.
+// The number that the whole of `text` spells as an optional sign and ASCII digits: "+7" → 7. Absent
+// for anything else ("7 ", "") and for numbers that do not fit 64 bits.
 [[nodiscard]] inline std::optional<std::int64_t> parseDecimal(std::string_view text) {
   const bool plus = text.starts_with('+');
   if (plus) text.remove_prefix(1);

@@ -16,7 +16,8 @@ bool isLatinAt(std::string_view text, std::size_t at) {
          ((text[at] >= 'a' && text[at] <= 'z') || (text[at] >= 'A' && text[at] <= 'Z'));
 }
 
-// The end of the word that begins at `at`: letters, and once more letters after a "'" or "-".
+// The end of the word that begins at `at`: letters, then at most one "'" or "-" with letters after
+// it.
 std::size_t wordEnd(std::string_view text, std::size_t at) {
   while (isLatinAt(text, at)) ++at;
   const bool goesOn = at < text.size() && (text[at] == '\'' || text[at] == '-');

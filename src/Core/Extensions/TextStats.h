@@ -8,8 +8,8 @@ namespace nomely {
 // The figure shown as a memo's length. Pure.
 namespace TextStats {
 
-// Ideographs and Latin words; "don't" and "well-known" are one word each. Blanks, punctuation,
-// digits and other scripts count for nothing.
+// Each ideograph and each Latin word counts 1: "我 don't know" → 3. "don't" and "well-known" are
+// one word each; blanks, punctuation, digits and other scripts count 0.
 [[nodiscard]] std::size_t meaningfulCount(std::string_view text);
 
 }  // namespace TextStats

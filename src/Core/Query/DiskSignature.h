@@ -13,7 +13,7 @@
 
 namespace nomely {
 
-// What tells one state of a file from another without reading it.
+// The attributes by which a changed file is recognised without reading it.
 struct FileStamp {
   std::optional<Moment> modified;
   std::uint64_t size = 0;
@@ -26,12 +26,13 @@ struct FileStamp {
   friend bool operator==(const FileStamp&, const FileStamp&) = default;
 };
 
-// The stamps of all memo files of a root: two equal signatures mean that nothing has changed in
-// between. A value; not safe on several threads at once.
+// The stamps of all memo files of a root: two equal signatures mean that no memo file has changed
+// between them. A value; for one thread at a time.
 class DiskSignature {
  public:
   // Called once for each day that holds a memo file, on any thread, several at a time; `index` is
-  // the day's place among `days`, `folder` its visible entries. The day's stamps are taken before.
+  // the day's index, below the count that `begin` got; `folder` holds the day's visible entries.
+  // The stamps of the day's files have been taken by then.
   using VisitDay =
       std::function<void(std::size_t index, Day day, const std::vector<DirectoryEntry>& folder)>;
   struct Visitor {
@@ -39,7 +40,7 @@ class DiskSignature {
     VisitDay day = {};
   };
 
-  // Stamps every memo file, days at a time in parallel. Folders that can't be listed and files
+  // Stamps every memo file, several days in parallel. Folders that can't be listed and files
   // without a stamp are left out. Never throws FileError.
   [[nodiscard]] static DiskSignature read(const StoreContext& context, JobPool& jobs,
                                           const Visitor& visitor);

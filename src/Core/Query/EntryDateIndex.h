@@ -22,9 +22,9 @@ class EntryDateIndex {
 
   [[nodiscard]] Observable<std::vector<Day>>& dates() { return dates_; }
 
-  // Lists the days on a background job and assigns them to `dates` on the main executor. What an
-  // earlier refresh found never replaces what a later one did. When the root can't be listed,
-  // `dates` stays as it is.
+  // Lists the days on a background job and assigns them to `dates` on the main executor. A refresh
+  // that finishes after a later one has its result dropped. When the root can't be listed, `dates`
+  // stays as it is.
   void refresh();
 
  private:

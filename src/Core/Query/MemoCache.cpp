@@ -5,7 +5,7 @@
 namespace nomely {
 namespace {
 
-// In no well-formed text, so that no needle reaches from one tag into the next.
+// A byte that occurs in no well-formed text, so that no needle matches across two tags.
 constexpr char tagSeparator = '\xFF';
 
 std::string joinedFolded(const std::vector<std::string>& tags) {

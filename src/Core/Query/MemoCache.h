@@ -19,7 +19,8 @@ class IndexedMemo {
   explicit IndexedMemo(Memo memo);
 
   [[nodiscard]] const Memo& memo() const { return memo_; }
-  // Folded but for ASCII letters, as needles take it.
+  // The body as TextNeedle::findInFolded takes it: folded, or as it is when folding would do no
+  // more than lower its ASCII letters.
   [[nodiscard]] std::string_view searchableBody() const {
     return foldedBody_ ? *foldedBody_ : memo_.body;
   }
@@ -34,7 +35,7 @@ class IndexedMemo {
 
  private:
   Memo memo_;
-  // Most bodies need no folded copy, which halves what the index takes.
+  // Null when the body needs no folded copy, as most do; that halves the memory of the index.
   std::unique_ptr<const std::string> foldedBody_;
   std::string foldedTags_;
 };
@@ -55,7 +56,7 @@ class MemoCache {
     [[nodiscard]] Day date() const { return date_; }
     [[nodiscard]] const Memos& memos() const { return memos_; }
 
-    // What none of its bodies and tags contains; null until someone had the time to make it.
+    // A Bloom filter over its bodies and tags; null until makeFilter was called.
     [[nodiscard]] const BigramFilter* filter() const { return filter_.load(); }
     void makeFilter() const;
 
@@ -69,7 +70,7 @@ class MemoCache {
   // The memos of a day in their order.
   [[nodiscard]] static std::shared_ptr<const DayMemos> sortedDay(Day date, std::vector<Memo> memos);
 
-  // Days without memos may be null; the others descend.
+  // Newest day first; a null pointer stands for a day without memos.
   explicit MemoCache(Days days);
 
   [[nodiscard]] const Days& days() const { return days_; }
@@ -93,10 +94,10 @@ class MemoCache {
   [[nodiscard]] std::shared_ptr<const MemoCache> without(Day date, std::int64_t seqNumber) const;
 
  private:
-  // Where that day is or would be.
+  // The position of that day in `days_`, or the one where it would be inserted.
   [[nodiscard]] Days::const_iterator position(Day date) const;
   [[nodiscard]] Memos memosOf(Day date) const;
-  // A copy in which the day has those memos.
+  // A copy of the cache in which `date` has these memos and no others.
   [[nodiscard]] std::shared_ptr<const MemoCache> withDay(Day date, Memos memos) const;
 
   Days days_;

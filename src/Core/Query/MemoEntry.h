@@ -16,9 +16,10 @@ struct MemoEntry {
   std::shared_ptr<const Memo> memo;
 };
 
-// Newest first: by day, then by `time` as text, then by number.
+// Whether `left` comes before `right` in lists. Newest first: by day, then by `time` as text, then
+// by number.
 [[nodiscard]] bool orderedBefore(const MemoEntry& left, const MemoEntry& right);
-// The same for two memos of one day.
+// The same order for two memos of one day.
 [[nodiscard]] bool orderedBeforeInDay(const Memo& left, const Memo& right);
 
 // "2026-03-01-7": what names a memo in sets and maps of a running program.

@@ -41,13 +41,13 @@ struct EntryTags {
   std::vector<std::string> tags;
 };
 
-// Every memo in memory, newest first, so that lists and searches never touch the disk. Built by the
-// first reader, patched by what the stores of this process announce, dropped when the files turn
-// out to have been changed by someone else.
+// Keeps every memo in memory, newest first, so that lists and searches never touch the disk. The
+// first reader builds it, each write of this process updates it, and rebuildIfDiskChanged drops it
+// when another program has changed the files.
 //
 // Safe on any thread. Readers see one state from first to last and hold no lock meanwhile; only one
-// of them builds, and the others wait for it. Nothing here fails visibly: what can't be read is
-// left out. The destructor waits for the jobs that the index began.
+// of them builds, and the others wait for it. Calls do not throw for files that can't be read:
+// those memos are left out. The destructor waits for the background jobs that the index started.
 class SearchIndex {
  public:
   // `jobs` must outlive the index. More threads than cores help while files are not yet in the
@@ -56,28 +56,30 @@ class SearchIndex {
   SearchIndex(const SearchIndex&) = delete;
   SearchIndex& operator=(const SearchIndex&) = delete;
 
-  // The newest memos in which every word of `query` is found, `limit` of them at most but always
-  // one. Words are parted by blanks; one that begins with "#" is looked for in tags alone.
+  // The newest memos that contain every word of `query`, at most `limit` (0 counts as 1). Blanks
+  // separate words; a word that begins with "#" is looked for in tags alone.
   [[nodiscard]] std::vector<SearchResult> search(std::string_view query, std::size_t limit);
 
   [[nodiscard]] std::vector<MemoEntry> allMemoEntries();
-  // The same without a copy, until `visit` returns false.
+  // Calls `visit` with each of these entries, without a copy of the list, until it returns false.
   void forEachEntry(const std::function<bool(const MemoEntry&)>& visit);
 
-  // The tag used last first. Hidden ones are among them.
+  // All tags, hidden ones included, the most recently used first.
   [[nodiscard]] std::vector<TagUse> allTags();
   [[nodiscard]] std::vector<EntryTags> allEntryTags();
 
-  // After a memo file was written, or went away. The index calls these itself for every write that
-  // passes the gate.
+  // To be called after a memo file was written, or removed. For every write that passes the gate
+  // the index does so itself.
   void indexMemo(Memo memo, Day date);
   void removeMemo(Day date, std::int64_t seqNumber);
-  // After many changed.
+  // To be called after many files changed: drops the cache.
   void invalidateCache();
-  // Drops the cache when the files are not those that it knows; returns whether it did.
+  // Compares the stamps of all memo files with those of the cache and drops the cache when they
+  // differ; returns whether it did.
   bool rebuildIfDiskChanged();
 
-  // Whether the filters of the present cache are made. Searches find the same without.
+  // Whether the Bloom filters of the present cache are ready. Searches without them find the same,
+  // only slower.
   [[nodiscard]] bool isFiltered() const;
 
   // Builds on a background job unless it is built; `completion` runs on that job's thread, or not
@@ -95,7 +97,7 @@ class SearchIndex {
   [[nodiscard]] Cache ensureCache();
   [[nodiscard]] Built build() const;
   [[nodiscard]] Cache cached() const;
-  // Makes the filters that later searches begin with on a background job, once for a cache.
+  // Starts a background job that makes the cache's Bloom filters, once for each cache.
   void makeFilters(const Cache& cache);
   // Applies `change` to the cache if there is one, and brings the file's stamp up to date.
   void patch(Day date, std::int64_t seqNumber,

@@ -18,7 +18,8 @@ SearchQuery::SearchQuery(std::string_view text) {
     keywords_.push_back({needle, BigramFilter::Query(needle.folded()), isTag});
   }
   if (keywords_.empty()) return;
-  // A word typed a hundred times is looked for once, and long ones first: they are seldom there.
+  // Each word is looked for once, and long words first: they are rarer, so most memos drop out
+  // early.
   const std::string first = keywords_.front().needle.folded();
   const bool firstIsTag = keywords_.front().isTag;
   const auto key = [](const Keyword& keyword) {

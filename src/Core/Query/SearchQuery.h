@@ -16,11 +16,12 @@ class SearchQuery {
 
   // Without words nothing is found.
   [[nodiscard]] bool isEmpty() const { return keywords_.empty(); }
-  // False only when no memo of the day matches.
+  // False: no memo of the day matches. True: one may; only `matches` tells.
   [[nodiscard]] bool mayMatch(const MemoCache::DayMemos& day) const;
   // Whether every word is in the memo's tags or, unless it begins with "#", in its body.
   [[nodiscard]] bool matches(const IndexedMemo& memo) const;
-  // What shows the first word in a memo that matches; empty when it stands in a tag alone.
+  // The text around the first typed word in the body of a memo that matches; empty when the word is
+  // in a tag alone.
   [[nodiscard]] std::string snippet(const IndexedMemo& memo) const;
 
  private:
@@ -32,8 +33,8 @@ class SearchQuery {
     [[nodiscard]] bool isIn(const IndexedMemo& memo) const;
   };
 
-  std::vector<Keyword> keywords_;  // each once, the longest first: it is seldom there
-  std::size_t first_ = 0;          // which of them was typed first
+  std::vector<Keyword> keywords_;  // no duplicates, sorted by falling length: long ones are rarer
+  std::size_t first_ = 0;          // index of the one that was typed first
 };
 
 }  // namespace nomely

@@ -18,14 +18,17 @@ struct Run {
   friend bool operator==(const Run&, const Run&) = default;
 };
 
-// The first occurrence in `body`, between ">>>" and "<<<", with up to forty characters on either
-// side and "..." where the body goes on; the whole body when there is none.
+// The first occurrence of `keyword` in `body` with up to forty characters on either side:
+// "...早上去>>>公园<<<跑步...", without "..." on a side where the body ends. The whole body when
+// there is no occurrence.
 [[nodiscard]] std::string makeSnippet(std::string_view body, const TextNeedle& keyword);
 
-// Cuts such a line at its markers, which go; unpaired ones stay text. No run is empty.
+// "去>>>公园<<<跑步" → "去", "公园" (highlighted), "跑步". An unpaired marker stays in the text. No
+// run is empty.
 [[nodiscard]] std::vector<Run> highlightedByMarkers(std::string_view snippet);
 
-// The line for a memo that only its tags explain.
+// The line for a memo that was found by its tags alone: "标签命中 #工作 #工作/计划" with the tags
+// that contain `query`, or "命中「<query>」" when no visible one does.
 [[nodiscard]] std::string tagFallbackSnippet(std::string_view query,
                                              const std::vector<std::string>& tags);
 

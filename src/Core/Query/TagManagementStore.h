@@ -12,8 +12,9 @@
 
 namespace nomely {
 
-// A section of the sidebar: its tags, the one most used first and equals by name, and how many
-// memos it has, which is not the sum of theirs. `latestDate` of a tag is the day alone.
+// A section of the sidebar: its tags sorted by falling `count`, then by name, and the number of its
+// memos, each counted once however many tags it has. `latestDate` of a tag is a day alone:
+// "2026-03-05".
 struct SidebarTagSummary {
   std::vector<TagUse> tags;
   std::int64_t count = 0;
@@ -30,18 +31,18 @@ struct TagChange {
   friend bool operator==(const TagChange&, const TagChange&) = default;
 };
 
-// How to go through all memos. A stop ends it with CancellationError after the memo at hand; all
-// else that goes wrong is counted.
+// How to go through all memos. A requested stop throws CancellationError before the next memo;
+// every other failure is counted and the run goes on.
 struct TagRun {
   bool isDry = false;  // counts what would change and writes nothing
   std::stop_token stop = {};
   std::function<void(double share)> progress = {};
 };
 
-// Rewrites a tag in all memos of all days. For background jobs. A memo that can't be written is
-// told to `onError` and the others go on; what is done stays done. Each memo is read and written in
-// one write of the gate, so a change made elsewhere meanwhile is kept. Service and index must
-// outlive the store.
+// Rewrites a tag in all memos of all days. For background jobs. For a memo that can't be written
+// `onError` is called, and the run goes on with the others; what is done stays done. Each memo is
+// read and written in one write of the gate, so a change made elsewhere meanwhile is kept. Service
+// and index must outlive the store.
 class TagManagementStore {
  public:
   using OnError = std::function<void(const std::string& message)>;
@@ -51,12 +52,14 @@ class TagManagementStore {
   TagChange renameTag(std::string_view from, std::string_view to, const TagRun& run = {}) const;
   TagChange mergeTag(std::string_view from, std::string_view into, const TagRun& run = {}) const;
   TagChange deleteTag(std::string_view tag, const TagRun& run = {}) const;
-  // Moves the memos to the trash. What can't be moved stays, counted but not told.
+  // Moves the memos to the trash. One that can't be moved stays and counts as failed, without a
+  // call of `onError`.
   TagChange deleteTagWithMemos(std::string_view tag, const TagRun& run = {}) const;
-  // Memos that have the tag; one that only names it in its body does not count.
+  // How many memos have the tag or one below it among their tags; "#tag" in the body alone does not
+  // count.
   [[nodiscard]] std::int64_t countNotesWithTag(std::string_view tag) const;
 
-  // Hidden tags are left out. These ask the index and not the disk.
+  // These read the index, not the disk. Hidden tags are left out.
   [[nodiscard]] std::vector<TagUse> loadAllTags() const;
   [[nodiscard]] SidebarTagSummary sidebarNotesSummary() const;
   [[nodiscard]] SidebarTagSummary sidebarPersonalColumnSummary() const;

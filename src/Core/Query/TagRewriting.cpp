@@ -40,7 +40,7 @@ std::string replacingAll(std::string_view text, std::string_view part) {
   return replaced.append(text);
 }
 
-// `to`, or what is below it, for `from` and what is below that.
+// "from" → "to", "from/x" → "to/x"; any other tag stays as it is.
 std::string moved(const std::string& tag, std::string_view from, std::string_view to) {
   return isOrIsBelow(tag, from) ? joined(to, std::string_view(tag).substr(from.size())) : tag;
 }
@@ -52,8 +52,8 @@ void mapTags(Memo& memo, Map map) {
   memo.tags = TagUtilities::uniqueTags(mapped);
 }
 
-// Those of the memo's tags that are the tag or below it, and then the tag itself: text of a nested
-// tag goes before that of its parent.
+// Cuts out those of `tags` that are `tag` or below it, and then `tag` itself: cut first, "#a" would
+// leave "/x" of "#a/x".
 void stripWithNested(std::string& body, const Tags& tags, std::string_view tag) {
   for (const std::string& nested : tags)
     if (isOrIsBelow(nested, tag)) body = TagRewriting::strippingTag(body, nested);

@@ -31,7 +31,7 @@ std::uint64_t audioBytes(const MemoEntry& entry, const StoreContext& context) {
       const auto file = context.files.attributes(context.paths.dayFolder(entry.date) / name);
       bytes += file ? file->size : 0;
     } catch (const FileError&) {
-      // Nothing to hear, nothing to weigh.
+      // A file whose size can't be read counts as 0 bytes.
     }
   }
   return bytes;

@@ -12,7 +12,7 @@
 
 namespace nomely {
 
-// A memo of one's own, with the day on which it stands.
+// A copy of a memo, with the day on which it stands.
 struct TimelineEntry {
   Day date;
   Memo memo;
@@ -21,9 +21,9 @@ struct TimelineEntry {
 };
 
 // The lists of memos that the timeline shows, newest first. A memo with neither text nor
-// attachments is in none of them. With an index the lists come from memory, and are as it has them;
-// without one, from the day folders. Queries never fail: a day that can't be listed counts as
-// empty. Stateless; any thread.
+// attachments is in none of them. With an index the lists come from memory and are as current as
+// the index is; without one they are read from the day folders. Queries never fail: a day that
+// can't be listed counts as empty. Stateless; any thread.
 class TimelineQueryStore {
  public:
   using Entries = std::vector<MemoEntry>;
@@ -31,7 +31,7 @@ class TimelineQueryStore {
   explicit TimelineQueryStore(const DayStore& dayStore, SearchIndex* searchIndex = nullptr)
       : dayStore_(dayStore), searchIndex_(searchIndex) {}
 
-  // The same queries, which may leave out what they have not come to when `stop` is requested.
+  // A store whose queries end early when `stop` is requested, with what they have found so far.
   [[nodiscard]] TimelineQueryStore until(std::stop_token stop) const {
     TimelineQueryStore copy = *this;
     copy.stop_ = std::move(stop);
@@ -40,18 +40,18 @@ class TimelineQueryStore {
 
   // The main timeline: imported and generated collections stay out.
   [[nodiscard]] Entries visibleEntries() const;
-  // The same one by one, a day's memos as soon as they are read, until `visit` returns false.
+  // Calls `visit` with each of these memos, as soon as its day is read, until it returns false.
   void forEachVisibleEntry(const std::function<bool(const MemoEntry&)>& visit) const;
 
   // Memos with that tag or one below it.
   [[nodiscard]] Entries entriesWithTag(std::string_view tag) const;
-  // Hidden tags count as tags.
+  // Memos without any tag, hidden tags included: a memo with "_x" alone is not listed.
   [[nodiscard]] Entries entriesWithoutTags() const;
   [[nodiscard]] Entries entriesWithImages() const;
-  // "http://" or "https://" in the body, in lower case.
+  // Memos with "http://" or "https://" in the body, in lower case.
   [[nodiscard]] Entries entriesWithLinks() const;
-  // By the size of a memo's audio files together, the largest first; a file that is not there
-  // counts as empty.
+  // Memos with audio files, sorted by the total size of these, largest first; a missing file counts
+  // as 0 bytes.
   [[nodiscard]] Entries entriesWithAudioSortedBySize() const;
   // Memos with files that are neither pictures nor sound.
   [[nodiscard]] Entries entriesWithAttachments() const;

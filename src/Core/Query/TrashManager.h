@@ -11,7 +11,7 @@
 namespace nomely {
 
 // Carries out the trash operations of a user interface in batches. Stateless; blocking, for a
-// background thread. One operation at a time is the caller's care.
+// background thread. The caller sees to it that only one operation runs at a time.
 class TrashManager {
  public:
   using Entries = std::vector<TrashEntry>;

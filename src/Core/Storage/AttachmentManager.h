@@ -13,8 +13,8 @@
 
 namespace nomely {
 
-// Files that lie beside the memos of a day and are named by them. All changes pass the gate and,
-// besides what is told, throw FileError and WriteError. Stateless; safe on any thread.
+// Files that lie beside the memos of a day and are named by them. All changes pass the gate and
+// throw FileError and WriteError besides what single calls name. Stateless; safe on any thread.
 class AttachmentManager {
  public:
   struct ImportResult {
@@ -32,7 +32,8 @@ class AttachmentManager {
     Kind kind_;
   };
 
-  // Where files named by a pending memo lie, and where they have to be.
+  // The days in which the files that a pending memo names lie, and the day to which they have to
+  // go.
   struct PendingPlaces {
     std::map<std::string, Day> sourceDates = {};
     Day fallbackDate;  // of names that `sourceDates` lacks
@@ -44,7 +45,8 @@ class AttachmentManager {
   // Copies a file into a day under a fresh short name; the source stays. Throws ImportError.
   [[nodiscard]] ImportResult importFile(const std::filesystem::path& source, Day day) const;
 
-  // Takes back a copy that importFile made and no memo names yet: for good, for its source stays.
+  // Deletes a copy that importFile made and that no memo names yet: for good, as the source still
+  // exists.
   void removeImported(const std::string& filename, Day day) const;
 
   // The bytes of a day's file; absent when there is none, it can't be read, or the name is not that
@@ -56,7 +58,7 @@ class AttachmentManager {
   // the day names it.
   void deleteFile(const std::string& filename, Day day) const;
 
-  // The same for a file anywhere under the root.
+  // Like deleteFile for a file anywhere under the root.
   void discard(const std::filesystem::path& file) const;
 
   // Copies files of other days to `destinationDate`, in order, up to the first failure. A file that
@@ -82,7 +84,8 @@ namespace AttachmentStorage {
 }  // namespace AttachmentStorage
 
 namespace PendingMemoAttachments {
-// The list followed by, sorted, what only the transcripts name: a recording is never dropped.
+// The list with the recordings appended that only the transcripts name, in sorted order: ["b.png"]
+// and transcripts of "c.m4a", "a.m4a" → ["b.png", "a.m4a", "c.m4a"].
 [[nodiscard]] std::vector<std::string> merged(
     const std::vector<std::string>& pendingAttachments,
     const std::map<std::string, AudioTranscript>& pendingAudioTranscripts);

@@ -20,8 +20,8 @@ namespace nomely {
 // Safe on any thread.
 class DataWriteCoordinator {
  public:
-  // The one gate of that root, however its path is spelt, and whether or not the root, or what a
-  // symbolic link on the way to it names, is there yet. Never destroyed.
+  // The one gate of that root, the same for every spelling of its path. Neither the root nor the
+  // target of a symbolic link in its path has to exist yet. Never destroyed.
   [[nodiscard]] static DataWriteCoordinator& shared(const std::filesystem::path& root);
 
   // Runs `body` in the gate and returns what it returns; what it throws passes through. Waits for
@@ -45,7 +45,7 @@ class DataWriteCoordinator {
   void freeze();
   [[nodiscard]] bool isFrozen();
 
-  // Who wants to know what writes do to memo files asks here.
+  // To be told of each change to memo files, observe this.
   [[nodiscard]] MemoChanges& changes() { return changes_; }
 
   // Inside a write: makes sure that `folder` exists before something is written to it and, once

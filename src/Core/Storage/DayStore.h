@@ -41,20 +41,21 @@ class DayStore {
 
   // Highest number first. A file that can't be read is logged and left out.
   [[nodiscard]] std::vector<Memo> listMemos(Day day) const;
-  // The numbers behind that list in rising order, unreadable memos included.
+  // The numbers of the day's memo files in ascending order, those of unreadable files included.
   [[nodiscard]] std::vector<std::int64_t> listNumbers(Day day) const;
   // The two steps of listMemos, for callers that have listed the day's folder already.
   [[nodiscard]] static std::vector<std::int64_t> numbersIn(
       const std::vector<DirectoryEntry>& folder);
   [[nodiscard]] std::vector<Memo> readMemos(Day day, std::vector<std::int64_t> numbers) const;
 
-  // One more than the highest number in use, gaps and unreadable files notwithstanding.
+  // One more than the highest number in use: 1, 2, 7 → 8. Unreadable files count.
   [[nodiscard]] std::int64_t nextSeqNumber(Day day) const;
 
-  // The days that hold a file with extension "md", rising.
+  // The days that hold a file with extension "md", in ascending order.
   [[nodiscard]] std::vector<Day> listAllDates() const;
 
-  // Takes the day's next number. A number that another program takes meanwhile is passed over.
+  // Writes a memo under the day's next number and returns it. When another program takes that
+  // number meanwhile, the one after it is used.
   [[nodiscard]] Memo createMemo(Day day, NewMemo content) const;
 
   // Both replace the memo at `memo.seqNumber`; commitMemo keeps a snapshot of what it replaces.
@@ -67,8 +68,8 @@ class DayStore {
     (void)memoStore_.validateUpdate(memo, day, expected);
   }
 
-  // Destroys the memo and then the files it names, whoever else names them: nothing of it goes to
-  // the trash. What a user deletes goes there by TrashStore::trashMemo.
+  // Destroys the memo and then the files it names, even those that other memos name too; nothing
+  // goes to the trash. For what a user deletes there is TrashStore::trashMemo.
   void deleteMemo(Day day, const Memo& memo) const;
 
   // Gives the memo the next number of another day, attachments and all, and returns it as it is
@@ -78,15 +79,16 @@ class DayStore {
   // all. A failure to list the old day is reported when the move has happened.
   [[nodiscard]] Memo moveMemo(const Memo& memo, Day from, Day to) const;
 
-  // Trashes those of the files that no memo of the day names, none when that is not certain. A
-  // file that can't be moved is logged. Throws FileError when the day can't be listed.
+  // Moves those of the files that no memo of the day names to the attachment trash; none of them
+  // when a memo of the day can't be read. A file that can't be moved is logged. Throws FileError
+  // when the day can't be listed.
   void trashUnnamedFiles(const std::vector<std::string>& names, Day day) const;
 
  private:
-  // Counts `memo.seqNumber` up to the first number under which `create` could put it.
+  // Raises `memo.seqNumber` until `create` succeeds, as it does at a free number.
   template <typename Create>
   void place(Memo& memo, Day day, Create create) const;
-  // Takes a moved memo's new file away again, never throwing, when its old one still stands.
+  // Undoes a move: removes the memo's new file when its old one still exists. Never throws.
   void withdraw(const Memo& moved, Day to, const std::filesystem::path& oldFile) const;
   // The attachments that the memos of a day name; absent when one of them can't be read.
   [[nodiscard]] std::optional<std::set<std::string>> filesNamed(Day day) const;

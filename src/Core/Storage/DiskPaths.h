@@ -16,8 +16,8 @@ namespace nomely {
 struct DiskPaths {
   std::filesystem::path rootURL;
 
-  // "NomelyData" in the home folder, created for its owner alone if missing; a failure of that
-  // shows up at the first write.
+  // "NomelyData" in the home folder, created readable by its owner alone if missing. Does not throw
+  // when that fails: the first write does.
   [[nodiscard]] static DiskPaths defaultPaths(const Environment& environment,
                                               const FileManager& files);
 

@@ -12,20 +12,21 @@
 
 namespace nomely {
 
-// What happens to the memo files of one root, told by whoever writes them to whoever keeps a copy
-// of what is in them.
+// Notifications of changes to the memo files of one root: the stores that write them announce, and
+// observers that keep a copy of their contents are called.
 class MemoChanges {
  public:
   // Called in the gate, on the writer's thread, in the order of the writes: be quick, don't throw.
   struct Observer {
-    // The memo as it reads from its file, which was written or came into its place.
+    // A file was written or moved into its place; the memo is as it reads from there.
     std::function<void(const Memo&, Day)> written;
     std::function<void(Day, std::int64_t seqNumber)> removed;
     // Any file may have changed.
     std::function<void()> manyChanged;
   };
 
-  // Announces all that one thread does meanwhile as a single `manyChanged` at its end.
+  // While it lives, holds back the announcements of its thread; when it ends, they are made as a
+  // single `manyChanged`.
   class Bulk {
    public:
     explicit Bulk(MemoChanges& changes);
@@ -42,8 +43,8 @@ class MemoChanges {
   // `gate` is the queue on which every write of the root runs.
   explicit MemoChanges(SerialQueue& gate) : gate_(gate) {}
 
-  // Both this and the end of the subscription wait for a write that is under way, so that an
-  // observer is not called once its subscription has ended. Safe on any thread.
+  // This call and the end of the subscription both wait for a write that is under way, so that no
+  // observer is called after its subscription has ended. Safe on any thread.
   [[nodiscard]] Subscription observe(Observer observer);
 
   // Inside a write of the gate.

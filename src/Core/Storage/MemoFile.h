@@ -21,7 +21,8 @@ class EncodingError : public Error {
 // reading; any thread.
 namespace MemoFile {
 
-// Nobody writes as much by hand; without a bound one such file would take down whatever lists it.
+// Far more than anyone writes by hand. Without a bound, listing a day with a huge file would use up
+// the memory.
 inline constexpr std::uint64_t maxSize = std::uint64_t{64} << 20;  // bytes
 
 // The file's text; absent when there is no such file. Throws FileError (tooLarge above maxSize) and
@@ -33,7 +34,7 @@ inline constexpr std::uint64_t maxSize = std::uint64_t{64} << 20;  // bytes
 [[nodiscard]] std::optional<Memo> read(const FileManager& files, const std::filesystem::path& file,
                                        std::int64_t seqNumber);
 
-// The same of a text at hand. Throws ParseError.
+// The memo that a file with this text holds. Throws ParseError.
 [[nodiscard]] Memo parsed(std::string_view text, std::int64_t seqNumber);
 
 }  // namespace MemoFile

@@ -10,10 +10,10 @@
 
 namespace nomely {
 
-// Reads and writes single memo files, and announces what becomes of them. Stateless; safe on any
-// thread. Writes pass the gate.
+// Reads and writes single memo files, and announces each change to MemoChanges. Stateless; safe on
+// any thread. Writes pass the gate.
 //
-// A body is kept as reading gives it back: without blank lines at its beginning.
+// Blank lines at the beginning of a body are not kept: "\n\ntext" reads back as "text".
 class MemoStore {
  public:
   explicit MemoStore(StoreContext context) : context_(std::move(context)) {}
@@ -25,19 +25,20 @@ class MemoStore {
   // Puts the memo under its number, replacing what is there; a replaced file's permissions are
   // kept. Throws FileError, YamlError, WriteError.
   void write(const Memo& memo, Day day) const;
-  // The same for a memo whose file is to be `content`.
+  // Like write, with `content` as the bytes of the file.
   void writeAs(const Memo& memo, Day day, std::string_view content) const;
-  // The same for a new memo: false, and nothing written, when the number is taken.
+  // Like write for a new memo. Returns false, with nothing written, when the number is taken.
   [[nodiscard]] bool create(const Memo& memo, Day day) const;
-  // The same for one whose file is to be `content`, with those permissions or a new file's.
+  // Like create, with `content` as the bytes of the file; `permissions` absent: those of any new
+  // file.
   [[nodiscard]] bool createAs(const Memo& memo, Day day, std::string_view content,
                               std::optional<unsigned> permissions) const;
 
-  // Removes the file; none there is no error. Throws FileError, WriteError.
+  // Removes the file; a missing file is no error. Throws FileError, WriteError.
   void remove(Day day, std::int64_t seqNumber) const;
 
-  // Moves a memo's file out of the root's days, or into one where its name has to be free. Inside
-  // a write. Throws FileError.
+  // Move a memo's file from its day to the path `to`, or from the path `from` into a day, where its
+  // name has to be free. Inside a write. Throw FileError.
   void moveOut(Day day, std::int64_t seqNumber, const std::filesystem::path& to) const;
   void moveIn(const std::filesystem::path& from, Day day, std::int64_t seqNumber) const;
 
@@ -55,7 +56,8 @@ class MemoStore {
 
  private:
   [[nodiscard]] std::filesystem::path fileOf(const Memo& memo, Day day) const;
-  // Runs a step that changes memo files. One that fails may have had its effect all the same.
+  // Runs a step that changes memo files. When it throws, announces that any file may have changed:
+  // a step that fails may have had its effect all the same.
   template <typename Step>
   decltype(auto) changing(Step step) const;
 

@@ -11,8 +11,8 @@
 
 namespace nomely {
 
-// A memo in the trash: one folder `.trash/<trashSubdir>/`, in which lie the memo's file, one that
-// tells where it was, and its attachments.
+// A memo in the trash: one folder `.trash/<trashSubdir>/`, in which lie the memo's file, meta.txt
+// with the day and number that it had, and its attachments.
 struct TrashEntry {
   Day originalDate;
   Memo memo;
@@ -28,10 +28,10 @@ struct TrashContents {
   std::size_t attachmentFiles = 0;       // in the attachment trash
 };
 
-// Moves memos out of their day and back. A memo is always in one of the two: trashing that fails is
-// undone, and trashing that was cut off is finished by the next operation here. Stateless; safe on
-// any thread. Besides what single calls name, operations throw FileError, and WriteError when the
-// root is frozen.
+// Moves memos out of their day and back. A memo is always in its day or in the trash: trashing that
+// fails is undone, and trashing that a crash cut short is finished by the next operation here.
+// Stateless; safe on any thread. Besides what single calls name, operations throw FileError, and
+// WriteError when the root is frozen.
 class TrashStore {
  public:
   static constexpr const char* memoFileName = "memo.md";
@@ -44,9 +44,9 @@ class TrashStore {
   // MemoStore::validateUnchanged.
   [[nodiscard]] std::string trashMemo(Day day, const Memo& memo) const;
 
-  // Brings a memo back under its own number, or the next free one when that was given away, and
-  // returns the number. A file whose name was given away goes to the attachment trash, which is
-  // logged. Throws WriteError (missingMemo) when the entry is gone.
+  // Brings a memo back under its own number, or the next free one when another memo has that by
+  // now, and returns the number. An attachment whose name another file has by now goes to the
+  // attachment trash, which is logged. Throws WriteError (missingMemo) when the entry is gone.
   std::int64_t restoreMemo(const TrashEntry& entry) const;
 
   // By `time`, latest first. Folders that are no entries are passed over; a memo file that can't be
@@ -54,17 +54,18 @@ class TrashStore {
   [[nodiscard]] std::vector<TrashEntry> listTrash() const;
   // Whatever lies in `.trash`. Throws FileError when that can't be listed, or is a symbolic link.
   [[nodiscard]] TrashContents contents() const;
-  // The entry in that folder. For one without a usable meta.txt the folder's name tells the memo's
-  // place ("2026-03-01_007…"), else the day on which the memo was made, or today, with number 0 for
-  // the day's next. Absent when there is no such folder or its memo can't be read.
+  // The entry in that folder. Without a usable meta.txt the memo's day and number are those of the
+  // folder's name ("2026-03-01_007…"), else the day on which the memo was made, or today, and 0,
+  // which stands for the day's next number. Absent when there is no such folder or its memo can't
+  // be read.
   [[nodiscard]] std::optional<TrashEntry> entryNamed(const std::string& name) const;
 
-  // Writes the meta.txt that a trashing which was cut off did not come to write. What fails is
-  // logged: the next call tries again.
+  // Finishes trashings that a crash cut short by writing the missing meta.txt. A failure is logged,
+  // and the next call tries again.
   void finishInterrupted() const;
 
-  // Both in order, ending with the first failure; what was done stays done. Deleting is for good
-  // and takes the memos' versions along.
+  // Both go through `entries` in order and throw at the first failure; what was done stays done.
+  // Deleting is for good and deletes the memos' versions too.
   void deleteTrashEntries(const std::vector<TrashEntry>& entries) const;
   void restoreTrashEntries(const std::vector<TrashEntry>& entries) const;
   // Removes everything in the trash for good, the attachment trash included. Throws like contents.

@@ -21,13 +21,13 @@ struct VersionEntry {
   std::string filename;  // of the snapshot, relative to `.versions`
 };
 
-// The bytes of a memo file before the first rewriting that dropped something of it.
+// The bytes of a memo file from before a write dropped something of it, such as a comment.
 struct OriginalFile {
   Moment timestamp;      // of the rewriting
   std::string filename;  // relative to `.versions`
 };
 
-// A snapshot names an attachment that is no longer anywhere; nothing was changed.
+// Thrown when a snapshot names an attachment that no longer exists anywhere; nothing was changed.
 class MissingAttachmentError : public Error {
  public:
   explicit MissingAttachmentError(const std::string& name);
@@ -44,24 +44,26 @@ class VersionStore {
   // Where that memo's snapshots lie; any identifier makes a safe folder name.
   [[nodiscard]] std::filesystem::path identityDirectory(std::string_view memoId) const;
 
-  // Keeps a snapshot of the memo on disk, with the attachments that `newMemo` lets go of, before
-  // `newMemo` replaces it, and drops the snapshots beyond `maxVersions`. Nothing happens when there
-  // is no file, nothing changes, or the memo has no identity. Through the gate; a failure means
-  // that the memo must not be overwritten. Throws what reading and writing a memo throws.
+  // To be called before `newMemo` replaces the memo on disk: keeps a snapshot of that, with the
+  // attachments that `newMemo` no longer names, and drops the snapshots beyond `maxVersions`.
+  // Nothing happens when there is no file, nothing changes, or the memo has no identity. Through
+  // the gate; a failure means that the memo must not be overwritten. Throws what reading and
+  // writing a memo throws.
   void saveIfNeeded(Day day, std::int64_t seqNumber, const Memo& newMemo) const;
 
   // Keeps the memo file as it is, under a name that is no snapshot's, if writing the memo again
   // would drop something of it: comments or header keys that we don't know. The same bytes are kept
   // once. Returns whether they are kept now. Through the gate; throws what reading the memo throws.
   bool keepOriginal(Day day, std::int64_t seqNumber, std::string_view memoId) const;
-  // The same for bytes at hand, whatever writing would drop of them.
+  // Keeps `content` in the same way, without the test whether writing would drop something.
   bool keepBytes(std::string_view memoId, std::string_view content, unsigned permissions) const;
   // What keepOriginal kept of that memo, newest first; a folder that can't be listed has none.
   [[nodiscard]] std::vector<OriginalFile> originals(std::string_view memoId) const;
   // The bytes of one. Throws FileError.
   [[nodiscard]] std::string contentOf(const OriginalFile& original) const;
 
-  // The identities that begin with `prefix` and have snapshots, whether or not their memo stands.
+  // The identities that begin with `prefix` and have snapshots, whether or not their memo still
+  // exists.
   [[nodiscard]] std::vector<std::string> identities(std::string_view prefix) const;
 
   // Newest first. `memoId` absent: that of the memo on disk. Files that can't be read, or that are
@@ -71,15 +73,16 @@ class VersionStore {
       Day day, std::int64_t seqNumber, const std::optional<std::string>& memoId) const;
 
   // Puts a snapshot in the memo's place, and the state that it replaces becomes a snapshot itself.
-  // Attachments that the snapshot names and the day lacks come back; one that is nowhere stops it.
-  // Through the gate. Throws WriteError (identityChanged for a snapshot that is not this memo's,
-  // conflict, missingMemo), MissingAttachmentError, and what reading and writing a memo throws.
+  // Attachments that the snapshot names and the day lacks are brought back; if one can't be found,
+  // nothing is changed. Through the gate. Throws WriteError (identityChanged for a snapshot that is
+  // not this memo's, conflict, missingMemo), MissingAttachmentError, and what reading and writing a
+  // memo throws.
   void restore(Day day, std::int64_t seqNumber, const VersionEntry& version,
                const std::optional<Memo>& expected) const;
 
-  // Puts a snapshot under that number, or the next one above it that is free: for a memo that
-  // stands nowhere any more. Attachments come back as far as they can be found. Returns the memo
-  // as it stands. Through the gate; throws what reading and writing a memo throws.
+  // Puts a snapshot under that number, or the next one above it that is free: for a memo that is in
+  // no day any more. Attachments that can be found are brought back. Returns the memo as written.
+  // Through the gate; throws what reading and writing a memo throws.
   [[nodiscard]] Memo restoreVanished(const VersionEntry& version, Day day,
                                      std::int64_t seqNumber) const;
 
@@ -87,18 +90,18 @@ class VersionStore {
   void deleteAllVersions(Day day, std::int64_t seqNumber,
                          const std::optional<std::string>& memoId) const;
 
-  // The time that a snapshot's file name tells, "1795235666.834093_9D0DBF25-….md"; absent when it
-  // is no such name, and the file then no snapshot.
+  // The time in a snapshot's file name: "1795235666.834093_9D0DBF25-….md" → 1795235666.834093.
+  // Absent for any other name: such a file is no snapshot.
   [[nodiscard]] static std::optional<Moment> timestampOf(std::string_view fileName);
 
-  // The time that an original's file name tells, "1795235666.834093_9D0DBF25-….original".
+  // Whether `fileName` has the form of an original's: "1795235666.834093_9D0DBF25-….original".
   [[nodiscard]] static bool isOriginalName(std::string_view fileName);
 
   // Whether a name read from a file stays inside its folder.
   [[nodiscard]] static bool isSafeFilename(std::string_view name);
 
  private:
-  // saveIfNeeded without dropping any; the snapshot when one was added.
+  // saveIfNeeded without dropping old snapshots; returns the snapshot's path when one was added.
   [[nodiscard]] std::optional<std::filesystem::path> keepSnapshot(Day day, std::int64_t seqNumber,
                                                                   const Memo& newMemo) const;
   void keepAttachments(Day day, const Memo& current, const Memo& newMemo) const;

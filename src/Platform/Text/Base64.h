@@ -8,7 +8,8 @@ namespace nomely {
 
 // Standard alphabet with padding, on one line. Pure.
 [[nodiscard]] std::string encodeBase64(std::string_view bytes);
-// Absent for any other character, and for padding that is missing or misplaced.
+// Absent when `text` holds a character outside the alphabet, or its padding is missing or
+// misplaced.
 [[nodiscard]] std::optional<std::string> decodeBase64(std::string_view text);
 
 }  // namespace nomely

@@ -7,9 +7,10 @@
 
 namespace nomely {
 
-// A Bloom filter of the characters and the pairs of neighbours that texts hold: it tells at a
-// glance that a text can't contain another. Takes about a third of the text's size. Capital ASCII
-// letters count as small ones. Immutable once filled; safe on any thread then.
+// A Bloom filter over the characters of texts and the pairs of neighbouring characters: it tells
+// without reading the texts that none of them can contain another text. Takes about a third of the
+// text's size. Capital ASCII letters count as small ones. Immutable once filled; safe on any thread
+// then.
 class BigramFilter {
  public:
   // A text to look for, without capital ASCII letters.
@@ -22,10 +23,10 @@ class BigramFilter {
     std::vector<std::uint64_t> marks_;
   };
 
-  // Of all these texts together.
+  // One filter over all these texts together.
   explicit BigramFilter(const std::vector<std::string_view>& texts);
 
-  // False only when none of the texts contains it.
+  // False: no text contains it. True: one may; only reading the texts tells.
   [[nodiscard]] bool mayContain(const Query& query) const;
 
  private:

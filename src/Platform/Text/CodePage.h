@@ -10,13 +10,13 @@ namespace nomely {
 // at a time.
 class CodePage {
  public:
-  // A number that is not known is read as 1252.
+  // An unknown number counts as 1252.
   explicit CodePage(int number);
   ~CodePage();
   CodePage(CodePage&&) noexcept;
   CodePage& operator=(CodePage&&) noexcept;
 
-  // Bytes that mean nothing become U+FFFD.
+  // Bytes that the encoding does not define become U+FFFD.
   [[nodiscard]] std::u16string decode(std::string_view bytes);
 
  private:

@@ -19,7 +19,7 @@ enum class CaseRules { common, turkic };
 
 // The rules of a locale's language: "tr_TR.UTF-8" and "az" are turkic.
 [[nodiscard]] CaseRules caseRulesOf(std::string_view locale);
-// Those of LC_ALL, LC_CTYPE or LANG, the first that is set, as they stood when first asked.
+// The rules of the first that is set of LC_ALL, LC_CTYPE and LANG; read once, at the first call.
 [[nodiscard]] CaseRules userCaseRules();
 
 // Malformed bytes become U+FFFD.
@@ -45,7 +45,8 @@ class TextNeedle {
   [[nodiscard]] bool isEmpty() const { return folded_.empty(); }
   [[nodiscard]] const std::string& folded() const { return folded_; }
 
-  // Where it begins in a folded text, or in one that foldedBeyondAscii has nothing for.
+  // Where it first begins in `folded`, which is a folded text or one for which foldedBeyondAscii is
+  // absent.
   [[nodiscard]] std::optional<std::size_t> findInFolded(std::string_view folded) const;
   [[nodiscard]] bool isInFolded(std::string_view folded) const {
     return findInFolded(folded).has_value();
@@ -54,8 +55,8 @@ class TextNeedle {
   [[nodiscard]] bool isIn(std::string_view text) const;
   // The first occurrence in any text, widened to whole grapheme clusters of that text.
   [[nodiscard]] std::optional<Range> firstIn(std::string_view text) const;
-  // Every occurrence, each looked for after the one before it, widened in the same way; those that
-  // then overlap are one. Linear in the text.
+  // Every occurrence, each search starting where the last hit ended, widened in the same way; hits
+  // that overlap once widened are merged. Linear in the text.
   [[nodiscard]] std::vector<Range> allIn(std::string_view text) const;
 
  private:
@@ -63,7 +64,8 @@ class TextNeedle {
 
   CaseRules rules_;
   std::string folded_;
-  // The two bytes of `folded_` that are looked for first, those that say most.
+  // Offsets in `folded_` of the two bytes that findLowered looks for first: the last byte of its
+  // first character and of its last one.
   std::size_t firstProbe_ = 0;
   std::size_t secondProbe_ = 0;
 };

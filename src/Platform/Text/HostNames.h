@@ -5,7 +5,8 @@
 namespace nomely {
 
 // Whether a host name in lower case, in ASCII or UTF-8, ends in a suffix under which names are
-// registered ("com", "com.cn", "中国") with at least one label before it. Safe on any thread.
+// registered ("com", "com.cn", "中国") with at least one label before it: "a.com" does, "com" does
+// not. Safe on any thread.
 [[nodiscard]] bool hasPublicSuffix(std::string_view host);
 
 }  // namespace nomely

@@ -7,11 +7,10 @@ namespace nomely {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
-// `text` without a byte order mark that leads it.
+// `text` without the byte order mark at its beginning, if there is one.
 [[nodiscard]] std::string_view withoutByteOrderMark(std::string_view text);
 
-// How text that comes from outside is kept: no leading byte order mark, and a line feed for every
-// CRLF and every lone carriage return. Pure.
+// The form in which text from outside is stored: "\uFEFFa\r\nb\rc" → "a\nb\nc". Pure.
 [[nodiscard]] std::string withLineFeeds(std::string_view text);
 
 }  // namespace nomely

@@ -42,8 +42,8 @@ class RegularExpression {
   [[nodiscard]] bool matchesIn(std::u16string_view text) const;
   [[nodiscard]] std::optional<Match> firstMatch(std::u16string_view text) const;
   [[nodiscard]] std::vector<Match> matches(std::u16string_view text) const;
-  // Every match replaced, "$1" in `replacement` standing for the first group and "$0" for the
-  // match; nothing else in it is special. The text as it was when a bound was hit.
+  // The text with every match replaced. In `replacement` "$1" stands for the first group and "$0"
+  // for the match; nothing else is special. Returns `text` unchanged when a bound was hit.
   [[nodiscard]] std::u16string replacingMatches(std::u16string_view text,
                                                 std::u16string_view replacement) const;
 

@@ -39,9 +39,9 @@ void appendUtf8(std::string& text, char32_t character);
 
 // Unicode categories L* and N*.
 [[nodiscard]] bool isLetterOrNumber(char32_t character);
-// Unicode categories M*: what stands on the letter before it.
+// Unicode categories M*: marks that combine with the letter before them.
 [[nodiscard]] bool isMark(char32_t character);
-// Whether `character` after a letter leaves an expression's \b no boundary between the two.
+// Whether "\b" in an expression does not match between a letter and the `character` after it.
 [[nodiscard]] bool continuesWord(char32_t character);
 
 // `text` without leading and trailing horizontal space.
@@ -55,14 +55,15 @@ void appendUtf8(std::string& text, char32_t character);
 
 // Extended grapheme clusters (UAX #29): the characters that a reader counts.
 [[nodiscard]] std::size_t graphemeCount(std::string_view text);
-// The same, but `most` as soon as there are as many.
+// The same, but at most `most`: counting stops there.
 [[nodiscard]] std::size_t graphemeCountUpTo(std::string_view text, std::size_t most);
-// Where each of them ends, in UTF-16 units, rising.
+// The end of each cluster as an offset in UTF-16 units, ascending.
 [[nodiscard]] std::vector<std::size_t> graphemeEnds(std::u16string_view text);
-// The first `count` of them; the whole text when it has fewer.
+// The first `count` clusters; the whole text when it has fewer.
 [[nodiscard]] std::string_view graphemePrefix(std::string_view text, std::size_t count);
-// The offset `count` of them before or after `offset`, or the end of the text on that side. Of a
-// cluster that `offset` splits, the part on the other side comes along first and is not counted.
+// The offset `count` clusters before or after `offset`, at most the start or end of the text. An
+// `offset` inside a cluster first moves to that cluster's start (before) or end (after), which is
+// not counted.
 [[nodiscard]] std::size_t graphemesBefore(std::string_view text, std::size_t offset,
                                           std::size_t count);
 [[nodiscard]] std::size_t graphemesAfter(std::string_view text, std::size_t offset,

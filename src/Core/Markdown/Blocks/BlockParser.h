@@ -26,8 +26,8 @@ struct CalloutResult {
 [[nodiscard]] std::optional<CalloutResult> parseCallout(std::span<const std::string_view> lines,
                                                         std::size_t startIndex);
 
-// The blocks of a body without the marks of pasted pictures, from the shared cache where they are
-// there.
+// The blocks of a body, from the shared cache if it has them. Placeholders of pasted pictures are
+// removed first.
 [[nodiscard]] std::shared_ptr<const MarkdownBlocks> blocks(std::string_view body);
 
 // The sources of the diagrams, in order.

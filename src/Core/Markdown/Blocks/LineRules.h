@@ -8,17 +8,16 @@
 
 namespace nomely {
 
-// What the beginning of a line says. Each finds what the expression quoted with it finds, without
-// the cost of one, in time proportional to the line. Pure.
+// What kind of line its beginning makes it. Each call finds what the expression above it matches,
+// without the cost of an expression, in time linear in the line. Pure.
 namespace LineRules {
 
-// \d{4}[.\-/]\d{1,2}[.\-/]\d{1,2} at the beginning: its bytes, with as many digits as there are;
-// 0 for none.
+// The length in bytes of what \d{4}[.\-/]\d{1,2}[.\-/]\d{1,2} matches at the beginning; 0 for none.
 [[nodiscard]] std::size_t dateLength(std::string_view text);
 // ^(\d{4}[.\-/]\d{1,2}[.\-/]\d{1,2})\b
 [[nodiscard]] bool beginsWithDate(std::string_view line);
 
-// \d+ at the beginning, in bytes.
+// The length in bytes of what \d+ matches at the beginning; 0 for none.
 [[nodiscard]] std::size_t digitsLength(std::string_view text);
 
 struct NumberedLine {
@@ -35,7 +34,8 @@ struct CalloutLine {
 // ^\[!(NOTE|TIP|IMPORTANT|WARNING|CAUTION)\]\s*(.*)$ without regard to case.
 [[nodiscard]] std::optional<CalloutLine> calloutLine(std::string_view line);
 
-// Bytes before the first character where "." does not match.
+// The number of bytes before the first line break, where "." does not match; all of `text` without
+// one.
 [[nodiscard]] std::size_t lengthToLineBreak(std::string_view text);
 
 // Nothing but "-", "*" and blanks, three characters or more.

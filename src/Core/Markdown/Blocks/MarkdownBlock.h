@@ -19,7 +19,7 @@ struct MarkdownCallout {
   std::string title;
   std::string body;
 
-  // As a body spells it, in lower case.
+  // The kind's name as in "[!NOTE]", but in lower case: "note".
   [[nodiscard]] static std::string_view nameOf(Kind kind) {
     constexpr std::array<std::string_view, 5> names{"note", "tip", "important", "warning",
                                                     "caution"};

@@ -11,7 +11,7 @@
 
 namespace nomely {
 
-// What the texts drawn last were parsed to. Safe on any thread.
+// LRU caches of the parse results of texts. Safe on any thread.
 class MarkdownRenderCache {
  public:
   using Blocks = std::shared_ptr<const MarkdownBlocks>;
@@ -23,8 +23,8 @@ class MarkdownRenderCache {
   // The one of this process.
   [[nodiscard]] static MarkdownRenderCache& shared();
 
-  // `build` gives the blocks of a text that is not here, without the lock: two threads may build
-  // the same text at once, and the later one's are kept.
+  // The cached blocks of `text`, or what `build` returns, which is then cached. `build` runs
+  // without the lock: two threads may build the same text at once, and the later result is kept.
   template <typename Build>
   [[nodiscard]] Blocks blocks(std::string_view text, Build build) {
     if (Blocks known = knownBlocks(text)) return known;
@@ -33,7 +33,7 @@ class MarkdownRenderCache {
     return built;
   }
 
-  // Null for a text that is not here in that colour.
+  // Null when nothing is cached for that text in that colour.
   [[nodiscard]] Styled attributed(std::string_view text, std::string_view colorKey);
   void storeAttributed(Styled styled, std::string_view text, std::string_view colorKey);
 

@@ -36,14 +36,14 @@ bool startsWithSpace(std::string_view text) {
   return !text.empty() && isSpaceOrBreak(decodeFirst(text).value);
 }
 
-// [、\.]\s after the digits of an item.
+// Whether `rest`, which follows the digits of an item, begins with [、\.]\s.
 bool endsItemNumber(std::string_view rest) {
   for (const std::string_view mark : {".", "、"})
     if (rest.starts_with(mark)) return startsWithSpace(rest.substr(mark.size()));
   return false;
 }
 
-// What one of the marks that need white space before them begins with.
+// Whether `text` begins with one of the marks that need white space before them.
 bool beginsMark(std::string_view text) {
   if (text.empty()) return false;
   if (text.front() == '#') return text.size() > 1 && !startsWithSpace(text.substr(1));
@@ -158,7 +158,7 @@ class LineScanner {
     if (endsItemNumber(text_.substr(at_))) addItems(begin);
   }
 
-  // Before each digit, as each begins a number; but not after a line break.
+  // Cuts before each digit, as each begins a number, but not right after a line break.
   void addItems(std::size_t begin) {
     for (std::size_t digit = begin; digit < at_; digit += decodeFirst(text_.substr(digit)).length)
       if (digit > 0 && !(digit == begin && endsWithLineBreak(text_.substr(0, digit))))

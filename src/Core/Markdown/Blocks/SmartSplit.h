@@ -17,22 +17,21 @@ struct SplitSegment {
   friend bool operator==(const SplitSegment&, const SplitSegment&) = default;
 };
 
-// Cuts such a line; nothing but white space at the cuts is lost. Time in proportion to the text.
-// Pure.
+// Cuts such a line into pieces. Only white space at the cuts is lost. Linear in the text. Pure.
 namespace SmartSplit {
 
-// Cuts before dates, numbered items, "Q1：", "Day1 " and tags; where there is none, after the
-// sentences of Chinese text, else before numbers inside the text. One paragraph of the whole
-// text where nothing is found.
+// Cuts before dates, numbered items, "Q1：", "Day1 " and tags; a text with none of them after the
+// sentences of Chinese, else before numbers inside it. A text without any place to cut is one
+// paragraph.
 [[nodiscard]] std::vector<SplitSegment> smartSplit(std::string_view text);
 
-// What a piece is, by its beginning.
+// The kind of a piece, decided by its beginning.
 [[nodiscard]] SplitSegment classifySegment(std::string_view text);
 
 [[nodiscard]] std::vector<SplitSegment> splitChineseParagraphs(std::string_view text);
 [[nodiscard]] std::vector<SplitSegment> splitNumberedItems(std::string_view text);
 
-// Whether lines are so short that each means to stand alone, as in a poem.
+// Whether the lines are so short that each is a paragraph of its own, as in a poem.
 [[nodiscard]] bool shouldPreserveShortLineParagraphs(std::span<const std::string_view> lines);
 
 }  // namespace SmartSplit

@@ -9,10 +9,9 @@
 
 namespace nomely {
 
-// Finds elements in HTML of any quality. Each call gives what the expression beside it matches,
-// under (?is), one match after the other, in time linear in the text: the expression itself needs
-// quadratic time for tags that are never closed. Texts are well-formed UTF-8; what is found are
-// views of them. Pure.
+// Finds elements in HTML of any quality. Each call returns all matches, in order, of the expression
+// above it under (?is), in time linear in the text: the expression itself needs quadratic time for
+// tags that are never closed. Texts are well-formed UTF-8; the results are views of them. Pure.
 namespace HtmlScanner {
 
 // In lower case; the expressions write them as alternatives.
@@ -29,7 +28,7 @@ struct Element {
   std::string_view content;
   std::size_t name = 0;  // its place among the names
 };
-// <(names)\b[^>]*>(.*?)</\1>, or with any of the names at its end
+// <(names)\b[^>]*>(.*?)</\1>, or for anyOfTheNames <(names)\b[^>]*>(.*?)</(names)>
 [[nodiscard]] std::vector<Element> elements(std::string_view text, Names names,
                                             Closing closing = Closing::sameName);
 
@@ -42,7 +41,7 @@ enum class TagKind { startTags, allTags };
 // <br\s*/?>
 [[nodiscard]] std::vector<std::string_view> lineBreaks(std::string_view text);
 
-// Where </name> begins first.
+// The offset of the first </name>.
 [[nodiscard]] std::optional<std::size_t> closingTag(std::string_view text, std::string_view name);
 
 struct Link {

@@ -34,23 +34,24 @@ template <typename Part, typename Replacement>
 // step is to take for markup: a decoded "a &lt; b" would lose what follows the "<" with the tags.
 constexpr char hiddenLess = '\xFE';
 constexpr char hiddenAnd = '\xFF';
-// Every "<" and "&" hidden.
+// `text` with "<" → hiddenLess and "&" → hiddenAnd.
 [[nodiscard]] std::string hidingMarkup(std::string text);
-// The hidden ones as what they stand for.
+// The inverse: hiddenLess → "<", hiddenAnd → "&".
 [[nodiscard]] std::string showingMarkup(std::string text);
 
-// Named characters of HTML itself and decimal numbers; "&amp;" goes first, so what it was hiding is
-// decoded too. A "<" that comes out of it becomes `less`.
+// Decodes &nbsp; &amp; &lt; &gt; &quot; and decimal numbers: "&#20013; &gt; 1" → "中 > 1". "&amp;"
+// is decoded first, so "&amp;gt;" → ">". A decoded "<" becomes `less`.
 [[nodiscard]] std::string decodeEntities(std::string_view text, char less = '<');
 
 [[nodiscard]] std::string withoutTags(std::string_view text);
-// Breaks as line feeds, no tags, entities decoded, each decoded "<" hidden, trimmed.
+// "a<br><b>1</b> &gt; 0 " → "a\n1 > 0": <br> becomes a line feed, tags go, entities are decoded
+// with "<" as hiddenLess, and the ends are trimmed.
 [[nodiscard]] std::string labelText(std::string_view html);
 
-// Lines without blanks at their ends, no two empty ones together, none at either end.
+// Trims each line, makes one empty line of several, and drops those at both ends of the text.
 [[nodiscard]] std::string normalizeBlankLines(std::string_view text);
 
-// Every line of `text` after `prefix`.
+// "a\nb" with the prefix "> " → "> a\n> b".
 [[nodiscard]] std::string prefixingLines(std::string_view text, std::string_view prefix);
 
 }  // namespace HtmlText

@@ -22,14 +22,15 @@ struct Number {
 // What ^\d+\. matches.
 [[nodiscard]] std::optional<Number> number(std::u16string_view line);
 
-// How many characters of white space, line breaks among them, stand at the start.
+// The number of white space characters at the start, line breaks included.
 [[nodiscard]] std::size_t spaceLength(std::u16string_view line);
 
-// A bullet, a task or a number and nothing more.
+// Whether the line is a bullet, a task or a number followed by nothing but white space: "- ", "3.".
 [[nodiscard]] bool isEmptyItem(std::u16string_view line);
 
-// What the line after the item `line` begins with; absent when `line` is no item with text, and
-// after a number of 100 or more: that is rather a year or an amount.
+// What the line after the item `line` begins with: "- [x] tea" → "- [ ] ", "  9. tea" → "  10. ".
+// Absent when `line` is no item with text, or its number is 100 or more: that is rather a year or
+// an amount.
 [[nodiscard]] std::optional<std::u16string> continuation(std::u16string_view line);
 
 }  // namespace ListMarkers

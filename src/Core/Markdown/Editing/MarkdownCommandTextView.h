@@ -20,7 +20,7 @@ class EditableTextView {
   virtual void replaceText(TextRange range, std::u16string_view replacement) = 0;
   // Tells those who watch the view that a change is finished.
   virtual void didChangeText() = 0;
-  // What follows is no longer undone together with what came before.
+  // Ends the undo step: later changes are undone separately from earlier ones.
   virtual void endUndoGroup() = 0;
 };
 
@@ -37,7 +37,7 @@ class MarkdownCommandTextView {
  public:
   explicit MarkdownCommandTextView(EditableTextView& view) : view_(view) {}
 
-  // Looks at a key press before the view does. False: it is the view's to handle.
+  // To be called with each key press before the view handles it. False: the view has to handle it.
   [[nodiscard]] bool handleKey(const KeyPress& key);
   // Return. False: the view inserts its own line break.
   [[nodiscard]] bool insertNewline();
@@ -47,7 +47,7 @@ class MarkdownCommandTextView {
   void apply(const MarkdownEditCommand& command);
   void apply(const MarkdownEditResult& result);
 
-  // Puts `snippet` in place of the selection and the caret after it.
+  // Replaces the selection by `snippet` and puts the caret after it.
   void insertSnippet(std::u16string_view snippet);
 
  private:

@@ -29,7 +29,7 @@ struct CodeBlock {};
 
 }  // namespace MarkdownEdit
 
-// What a toolbar button or a key asks of a text.
+// A change of the text that a toolbar button or a key asks for.
 using MarkdownEditCommand =
     std::variant<MarkdownEdit::Heading, MarkdownEdit::InsertBlock, MarkdownEdit::FontSize,
                  MarkdownEdit::Bold, MarkdownEdit::Italic, MarkdownEdit::InlineCode,

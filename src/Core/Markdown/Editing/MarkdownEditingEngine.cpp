@@ -26,7 +26,7 @@ std::u16string replacing(std::u16string_view text, TextRange range, std::u16stri
 }
 
 // The whole lines that `range` touches; the last one's line feed belongs to them if wanted. A
-// selection that ends after a line feed does not touch the line that follows.
+// selection that ends just after a line feed does not touch the line after it.
 enum class LineFeed { without, with };
 TextRange linesOf(std::u16string_view text, TextRange range, LineFeed lineFeed) {
   const std::size_t before =
@@ -113,7 +113,7 @@ std::u16string joined(std::u16string_view prefix, std::u16string_view line) {
   return whole.append(line);
 }
 
-// Puts `prefix` before lines that don't begin with it or with one of `others`.
+// Puts `prefix` at the start of lines that don't begin with it or with one of `others`.
 LineTransform prefixing(std::u16string_view prefix, std::vector<std::u16string_view> others = {}) {
   others.push_back(prefix);
   return [prefix, others = std::move(others)](std::u16string_view line, std::size_t) {

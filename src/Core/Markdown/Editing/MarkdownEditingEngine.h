@@ -25,8 +25,9 @@ namespace MarkdownEditingEngine {
 [[nodiscard]] MarkdownEditResult apply(const MarkdownEditCommand& command, std::u16string_view text,
                                        TextSelection selectedRange);
 
-// Return in a list: the next item, or the end of the list after an empty one. Absent when an
-// ordinary line break is wanted.
+// Return in a list: after an item with text the next item begins ("- a" → "- a\n- "); an empty item
+// is removed, which ends the list ("- a\n- " → "- a\n"). Absent when an ordinary line break is
+// wanted.
 [[nodiscard]] std::optional<MarkdownEditResult> applyNewline(std::u16string_view text,
                                                              TextSelection selectedRange);
 

@@ -21,7 +21,7 @@ struct MarkdownInlinePreviewRange {
 // Where bold text lies in a body that is being edited, for styling it in place. Pure.
 namespace MarkdownInlinePreviewRanges {
 
-// For each bold text the opening marks, its content, the closing marks.
+// Three ranges for each bold text: "**ab**" → 0–2 hiddenMarker, 2–4 boldContent, 4–6 hiddenMarker.
 [[nodiscard]] std::vector<MarkdownInlinePreviewRange> ranges(std::u16string_view text);
 
 // Whether a caret at `location` stands in bold text or at one of its ends.

@@ -7,7 +7,7 @@
 
 namespace nomely {
 
-// Numbers of 1 to 99 at the start of a line, for the plain input. Pure.
+// Continues numbered lists ("1.", up to 99) in the plain input. Pure.
 namespace NumberedListContinuation {
 
 struct Result {
@@ -17,21 +17,22 @@ struct Result {
   friend bool operator==(const Result&, const Result&) = default;
 };
 
-// What the line before the last line feed asks for; absent when it has no number or `text`
-// does not end in a line feed.
+// What follows the line that the last line feed ends: "7. tea\n" → 8; "7. \n" → 8, endsList. Absent
+// when that line has no number or `afterNewline` does not end in a line feed.
 [[nodiscard]] std::optional<Result> continuation(std::u16string_view afterNewline);
 
-// The number after that of the text's last line; 1 when it has none.
+// One more than the number of the text's last line: "6. a\n7. b" → 8; 1 when it has none.
 [[nodiscard]] std::int64_t nextNumber(std::u16string_view fromCurrentLine);
 
 }  // namespace NumberedListContinuation
 
-// Keeps count while a numbered list is typed into an input that has no other help with lines. One
-// per input; on the input's thread.
+// Continues a numbered list while it is typed into an input without the editing engine. One object
+// per input, used on the input's thread.
 class PlainAutoNumbering {
  public:
-  // To be told each change that is not the answer to an earlier call. Gives what the input's text
-  // is to be instead; absent when it stays.
+  // To be called for each change of the input's text, but for those that set what an earlier call
+  // returned. Returns the text to set instead of `newValue` ("1. a\n" → "1. a\n2. "); absent when
+  // `newValue` stays.
   [[nodiscard]] std::optional<std::u16string> handleAutoNumbering(std::u16string_view oldValue,
                                                                   std::u16string_view newValue);
 

@@ -10,7 +10,7 @@ namespace nomely {
 
 // A selection as a text view tells it, in UTF-16 units. It may lie outside of the text.
 struct TextSelection {
-  // A location that marks no position.
+  // A `location` that stands for "no position".
   static constexpr std::size_t notFound = std::numeric_limits<std::size_t>::max();
 
   std::size_t location = 0;
@@ -19,9 +19,9 @@ struct TextSelection {
   friend bool operator==(const TextSelection&, const TextSelection&) = default;
 };
 
-// The part of `text` that is meant: what lies outside is cut off, and what marks no position is the
-// end. A selection grows to whole characters, and a caret inside of one goes before it, so
-// that no edit parts a surrogate pair.
+// The range of `text` that is meant. What lies outside of the text is cut off, and notFound counts
+// as its end. A selection grows to whole surrogate pairs, and a caret inside a pair moves to before
+// it, so that no edit splits one.
 [[nodiscard]] TextRange normalized(TextSelection selection, std::u16string_view text);
 
 }  // namespace nomely

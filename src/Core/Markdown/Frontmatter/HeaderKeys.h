@@ -17,7 +17,7 @@ namespace HeaderKeys {
 
 [[nodiscard]] std::string encode(const MemoFrontmatter& memo, YamlWriter::Layout layout);
 
-// Whether a header that decode() accepts has keys that it passes over, merge keys included.
+// Whether a header that decode() accepts has keys that it ignores, merge keys included.
 [[nodiscard]] bool holdsOthers(const YamlDocument::Node& root);
 
 }  // namespace HeaderKeys

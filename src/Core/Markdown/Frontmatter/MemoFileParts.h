@@ -14,14 +14,14 @@ struct MemoFileParts {
   std::string_view header;
   std::string_view body;  // blank lines that lead it included
 
-  // The parts, or why there are none.
+  // The parts of `content`, or the reason why it has no header.
   [[nodiscard]] static std::variant<MemoFileParts, ParseError::Kind> of(std::string_view content);
 
   // Whether a line of `text` would end a header: "---", blanks around it aside.
   [[nodiscard]] static bool holdsFence(std::string_view text);
 };
 
-// Takes the line that `rest` begins with, without its line feed.
+// Removes the first line and its line feed from `rest` and returns it without the line feed.
 std::string_view takeLine(std::string_view& rest);
 
 }  // namespace nomely

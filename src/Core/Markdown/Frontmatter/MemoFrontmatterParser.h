@@ -27,7 +27,7 @@ struct ParsedMemo {
 // but for leading blank lines of `body`.
 [[nodiscard]] std::string serialize(const MemoFrontmatter& frontmatter, std::string_view body);
 
-// `body` without the blank lines that lead it: what reading makes of it.
+// `body` without the blank lines at its beginning, as parse returns it: "\n\ntext" → "text".
 [[nodiscard]] std::string_view bodyAsRead(std::string_view body);
 
 // Whether reading this file and writing it again would drop something that a person wrote in its

@@ -37,8 +37,8 @@ class YamlEvents {
   yaml_parser_t parser_{};
 };
 
-// Whether `source`, which a YamlDocument could be made of, holds what the values alone don't tell:
-// comments, anchors and aliases, tags, document markers.
+// Whether `source`, a valid YamlDocument, holds anything besides keys and values: comments, anchors
+// and aliases, tags, document markers.
 [[nodiscard]] bool holdsMoreThanValues(std::string_view source);
 
 }  // namespace nomely

@@ -21,7 +21,7 @@ enum class Type { string, null, boolean, integer, floatingPoint, timestamp, merg
 [[nodiscard]] std::optional<std::int64_t> integer(std::string_view text);
 [[nodiscard]] std::optional<double> floatingPoint(std::string_view text);
 
-// Shortest text that reads back as the same number, and as a number to any YAML 1.1 reader.
+// The shortest text that any YAML 1.1 reader reads as a number, and as this one.
 [[nodiscard]] std::string text(double number);
 
 }  // namespace YamlScalar

@@ -62,7 +62,7 @@ std::optional<Opening> openingAt(std::string_view text, Property property) {
   return Opening{{0, at + tagEnd.size()}, value};
 }
 
-// The next one at or after `from`.
+// The first opening tag that begins at `from` or later.
 std::optional<Opening> nextOpening(std::string_view text, std::size_t from, Property property) {
   for (std::size_t at = text.find(tagName, from); at != npos; at = text.find(tagName, at + 1)) {
     if (const auto found = openingAt(text.substr(at), property))
@@ -77,7 +77,7 @@ void forEachSpan(std::string_view text, Property property, const Visit& visit) {
   for (std::size_t from = 0;;) {
     const auto opening = nextOpening(text, from, property);
     if (!opening) return;
-    // Where this one is not closed, none after it is.
+    // When this one is not closed, no later one is.
     const std::size_t end = text.find(closing, opening->range.end);
     if (end == npos) return;
     from = end + closing.size();
@@ -95,8 +95,8 @@ struct Region {
   ByteRange content;
 };
 
-// What two markers enclose: the marker, ([\s\S]+?), the marker. That for "*" does not begin after
-// another nor end before one.
+// What two markers enclose: the marker, ([\s\S]+?), the marker. For "*" no further "*" may stand
+// before the first marker or after the second.
 std::optional<Region> nextRegion(std::string_view text, std::size_t from, std::string_view marker) {
   const bool isSingle = marker == "*";
   std::size_t open = text.find(marker, from);

@@ -30,22 +30,26 @@ struct SpanMatch {
   friend bool operator==(const SpanMatch&, const SpanMatch&) = default;
 };
 
-// Finds and rewrites such spans. Each finds what the expression quoted with it finds, in time
-// proportional to the text. Pure.
+// Finds and rewrites such spans. Each call finds what the expression above it matches, in time
+// linear in the text. Pure.
 namespace ColorSpans {
 
 // <span\s+style=\"color:\s*(#[0-9A-Fa-f]{6})\">([\s\S]*?)</span>
 [[nodiscard]] std::vector<SpanMatch> colors(std::string_view text);
-// <span\s+style=\"font-size:\s*(\d+)px\">([\s\S]*?)</span>, but those with a number that is none.
+// <span\s+style=\"font-size:\s*(\d+)px\">([\s\S]*?)</span>
+// Spans whose number parseDecimal refuses are left out.
 [[nodiscard]] std::vector<SpanMatch> sizes(std::string_view text);
 // <span\s+style=\"color:\s*#[0-9A-Fa-f]{6}\">
 [[nodiscard]] std::size_t openingCount(std::string_view text);
 
-// Puts each colour span between two markers, "**" or "*", out of their reach, and the markers
-// inside the span as well as around what is beside it: emphasis would not be seen across its tags.
+// Moves the markers "**" or "*" around a colour span to inside of its tags and around the text
+// beside it, as emphasis is not recognised across the tags:
+// `**a<span style="color: #FF0000">b</span>c**` →
+// `**a**<span style="color: #FF0000">**b**</span>**c**`
 [[nodiscard]] std::string normalizeColorSpansInsideMarkdown(std::string_view text,
                                                             std::string_view marker);
-// The same for what stands between two markers.
+// The same for the text between two markers, given without them: `a<span …>b</span>c` gives the
+// result above.
 [[nodiscard]] std::string normalizeColorSpans(std::string_view inMarkedContent,
                                               std::string_view marker);
 

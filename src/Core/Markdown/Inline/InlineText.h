@@ -12,13 +12,14 @@ namespace nomely {
 // the shared cache; safe on any thread.
 namespace MarkdownTextView {
 
-// What a view brings to each of its texts. Without a default colour, the one who draws has his own.
+// What a view sets for each of its texts. Without a default colour, whoever draws the text uses its
+// own.
 struct InlineOptions {
   std::optional<TextColor> defaultColor = {};
   std::string_view highlightKeyword = {};
 };
 
-// The background of a hit, unless who draws has a better way to show it.
+// The background of a hit, unless whoever draws it has a better way to show it.
 inline constexpr TextColor highlightColor{1.0, 0.92, 0.4, 1.0};
 
 // What inlineAttributed takes for the text of a block: mentions "@[[id|label]]" as bold "@label".
@@ -26,10 +27,10 @@ inline constexpr TextColor highlightColor{1.0, 0.92, 0.4, 1.0};
 // The same for a paragraph, whose line feeds are hard breaks.
 [[nodiscard]] std::string preparedParagraph(std::string_view text);
 
-// The text of one block, styled. Kept in the shared cache without its highlight.
+// The text of one block, styled. The shared cache keeps it without the highlight.
 [[nodiscard]] StyledText inlineAttributed(std::string_view text, const InlineOptions& options = {});
 
-// Makes hits of every occurrence of the keyword, as TextNeedle finds it; a blank keyword marks
+// Marks every occurrence of the keyword that TextNeedle finds as a hit; a blank keyword marks
 // nothing.
 [[nodiscard]] StyledText applyingHighlightKeyword(StyledText text, std::string_view keyword);
 
@@ -37,13 +38,13 @@ inline constexpr TextColor highlightColor{1.0, 0.92, 0.4, 1.0};
 [[nodiscard]] StyledText markdownAttributed(std::string_view text,
                                             const std::optional<TextColor>& defaultColor);
 
-// For text whose bold borders on Chinese marks in a way that the inline rules refuse: bold between
-// "**" alone, and no other marks.
+// Makes text between "**" bold and applies no other mark. For bold next to Chinese punctuation,
+// which the inline rules do not recognise.
 [[nodiscard]] StyledText manualBoldFallback(std::string_view text,
                                             const std::optional<TextColor>& defaultColor);
 
-// Links that stand in the text as they are, made into Markdown's: "a.com" → "[a.com](a.com)". Those
-// in code and in links that are written in Markdown stay.
+// Turns bare links into Markdown links: "a.com" → "[a.com](a.com)". Those in code and in Markdown
+// links stay as they are.
 [[nodiscard]] std::string wrapBareURLsAsMarkdownLinks(std::string_view text);
 
 }  // namespace MarkdownTextView

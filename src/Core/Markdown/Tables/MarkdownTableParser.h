@@ -9,8 +9,8 @@
 
 namespace nomely {
 
-// Pipe tables among the lines of a body. A pipe always parts cells, after a backslash too; the
-// alignment that a separator asks for is not kept. Pure.
+// Pipe tables among the lines of a body. Every pipe separates cells, also one after a backslash:
+// "a\|b" is two cells. The alignment in the separator line is ignored. Pure.
 namespace MarkdownTableParser {
 
 struct Result {

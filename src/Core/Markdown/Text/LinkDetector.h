@@ -21,7 +21,8 @@ namespace nomely {
 // without its opening one, and before ASCII marks of the sentence around it.
 namespace LinkDetector {
 
-// From the shared cache where the body is there. Each address once, in the order of the text.
+// The links of `body`, from the shared cache if it has them. Each address once, in the order of the
+// text.
 [[nodiscard]] LinkResultCache::Links links(std::string_view body);
 
 [[nodiscard]] std::vector<DetectedLink> computeLinks(std::string_view text);
@@ -32,7 +33,7 @@ struct Place {
   std::size_t end = 0;
   bool hasScheme = false;
 };
-// All of them, repetitions too.
+// The places of all links, repeated addresses included.
 [[nodiscard]] std::vector<Place> places(std::string_view text);
 
 // The last component of the path without extension and percent signs, else the host, else the

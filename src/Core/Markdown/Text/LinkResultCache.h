@@ -11,7 +11,7 @@
 
 namespace nomely {
 
-// The links of the bodies looked at last. Safe on any thread.
+// An LRU cache of the links of bodies. Safe on any thread.
 class LinkResultCache {
  public:
   using Links = std::shared_ptr<const std::vector<DetectedLink>>;
@@ -21,7 +21,7 @@ class LinkResultCache {
   // The one of this process.
   [[nodiscard]] static LinkResultCache& shared();
 
-  // Null for a body that is not here. A body asked for stays longer than those that weren't.
+  // Null when nothing is cached for `body`.
   [[nodiscard]] Links get(std::string_view body);
   void set(Links links, std::string_view body);
 

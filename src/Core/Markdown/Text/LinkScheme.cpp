@@ -86,7 +86,7 @@ bool mayBeLinked(std::string_view url) {
   constexpr std::array<std::string_view, 11> refused{
       "blob",       "data",  "ecmascript", "filesystem", "javascript", "jscript",
       "livescript", "mhtml", "mocha",      "vbscript",   "view-source"};
-  // Those that another address follows.
+  // Schemes that are followed by another address: "feed:https://a".
   constexpr std::array<std::string_view, 3> leading{"feed", "jar", "url"};
   // Written with references by an author, and escaped again for a page.
   constexpr int mostRounds = 3;

@@ -4,9 +4,9 @@
 
 namespace nomely {
 
-// Whether an address may be made into a link: not when following it would run what it says, as
-// those of the schemes javascript: and data: do. Looks through what a browser would look through:
-// white space, control characters and character references. Pure.
+// Whether an address may be made into a link: false when following it could run a script, as with
+// javascript: and data:. Ignores what a browser ignores, white space and control characters, and
+// decodes character references: "java&#10;script:x" → false. Pure.
 [[nodiscard]] bool mayBeLinked(std::string_view url);
 
 }  // namespace nomely

@@ -24,10 +24,11 @@ namespace MemoTextUtilities {
 // The text without such comments and the rules above them, trimmed at both ends.
 [[nodiscard]] std::string stripOriginalComment(std::string_view text);
 
-// What an editor shows of a body: the text without a comment that can be kept aside.
+// What an editor shows of a body: the text without the comment, which editedBody puts back. A
+// comment that can't be decoded stays in the text.
 [[nodiscard]] std::string textForEditing(std::string_view body);
-// What that editor saves: the edited text with the older text that `body` keeps. A later state
-// never takes that one's place.
+// What that editor saves: `editedText` with the comment of `body` put back after it. The older text
+// in the comment is never replaced by a later one.
 [[nodiscard]] std::string editedBody(std::string_view body, std::string_view editedText);
 
 }  // namespace MemoTextUtilities

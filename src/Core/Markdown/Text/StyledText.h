@@ -18,7 +18,7 @@ struct TextColor {
 
   // "#RRGGBB"; absent for anything else.
   [[nodiscard]] static std::optional<TextColor> fromHex(std::string_view hex);
-  // The same for equal colours only.
+  // A text that is equal for equal colours and different for different ones.
   [[nodiscard]] std::string description() const;
 
   friend bool operator==(const TextColor&, const TextColor&) = default;
