@@ -34,18 +34,15 @@ class HistoryCommand final : public ActionCommand {
     Arguments::Past past;
     std::vector<VersionEntry> versions;  // newest first
 
-    // Where the memo stands, or where it was made.
-    [[nodiscard]] Day day(const Clock& clock) const {
-      if (past.entry) return past.entry->date;
-      const auto made = versions.empty() ? std::nullopt : versions.front().memo.dayMade();
-      return made.value_or(clock.today());
-    }
+    MemoPlace place;  // where the memo stands, or stood
   };
 
   Action with(void (HistoryCommand::*action)(Session&, Subject&) const) {
     return [this, action](Session& session) {
-      Subject subject{Arguments::past(reference_, session), {}};
-      subject.versions = versionsOf(subject.past, session);
+      Arguments::Past past = Arguments::past(reference_, session);
+      const MemoPlace place = placeOf(past, session);
+      Subject subject{std::move(past), {}, place};
+      subject.versions = versionsOf(subject, session);
       (this->*action)(session, subject);
     };
   }
@@ -56,14 +53,19 @@ class HistoryCommand final : public ActionCommand {
         ->check(Checks::positive("版本序号"));
   }
 
-  static std::vector<VersionEntry> versionsOf(const Arguments::Past& past, Session& session) {
-    const Day day = past.entry ? past.entry->date : session.clock().today();
-    const std::int64_t number = past.entry ? past.entry->memo.seqNumber : 0;
-    return session.memos().versions().listVersions(day, number, past.memoId);
+  static MemoPlace placeOf(const Arguments::Past& past, Session& session) {
+    if (past.entry) return {past.entry->date, past.entry->memo.seqNumber};
+    const auto last = session.memos().versions().lastPlaceOf(past.memoId);
+    return last.value_or(MemoPlace{.day = session.clock().today()});
+  }
+
+  static std::vector<VersionEntry> versionsOf(const Subject& subject, Session& session) {
+    return session.memos().versions().listVersions(subject.place.day, subject.place.seqNumber,
+                                                   subject.past.memoId);
   }
 
   void list(Session& session, Subject& subject) const {
-    const Day day = subject.day(session.clock());
+    const Day day = subject.place.day;
     Json json = Json::array();
     std::string text;
     std::size_t index = 0;
@@ -86,7 +88,7 @@ class HistoryCommand final : public ActionCommand {
   void show(Session& session, Subject& subject) const {
     const VersionEntry& version = chosen(subject.versions);
     const std::size_t index = static_cast<std::size_t>(number_);
-    const Day day = subject.day(session.clock());
+    const Day day = subject.place.day;
     if (session.isJson()) return session.printJson(jsonOf(version, index, day));
     session.print(heading(session.style(), version, index) +
                   MemoOutput::text({day, version.memo}, session.style()));
@@ -94,7 +96,7 @@ class HistoryCommand final : public ActionCommand {
 
   void restore(Session& session, Subject& subject) const {
     const VersionEntry& version = chosen(subject.versions);
-    TimelineEntry entry{subject.day(session.clock()), version.memo};
+    TimelineEntry entry{subject.place.day, version.memo};
     if (subject.past.entry) {
       entry.memo = session.memos().restoreVersion(entry.date, subject.past.entry->memo, version);
     } else {
@@ -117,9 +119,8 @@ class HistoryCommand final : public ActionCommand {
 
   void clear(Session& session, Subject& subject) const {
     if (!subject.versions.empty() && session.confirm("清空所有版本历史？"))
-      session.memos().versions().deleteAllVersions(subject.day(session.clock()), 0,
-                                                   subject.past.memoId);
-    subject.versions = versionsOf(subject.past, session);
+      session.memos().versions().deleteAllVersions(subject.place.day, 0, subject.past.memoId);
+    subject.versions = versionsOf(subject, session);
     list(session, subject);
   }
 

@@ -18,7 +18,7 @@ TEST_F(MemoCommandsTest, AddedMemoIsListedShownAndOnDisk) {
   EXPECT_EQ(added["tags"], Json({"生活/读书"}));
   EXPECT_EQ(added["mood"], 4);
   EXPECT_EQ(added["schemaVersion"], 2);
-  EXPECT_FALSE(added.contains("source"));
+  EXPECT_EQ(added["source"], "nomely");
 
   const std::string identifier = added["memoId"];
   EXPECT_EQ(json({"list", "--day", "2026-03-01"}), Json({added}));

@@ -183,7 +183,7 @@ std::string RootInspector::faultOfTrashFolder(const std::string& name,
       identities[*memo->memoId].push_back(folder.lexically_relative(store_.paths().rootURL));
     const std::optional<std::string> meta = files.read(folder / TrashStore::metaFileName);
     if (!meta) return fmt::format(noMeta, name);
-    const auto origin = TrashStore::parseMeta(*meta);
+    const auto origin = MemoPlace::parse(*meta);
     return origin && origin->seqNumber >= 1 ? "" : fmt::format(forgedMeta, name);
   } catch (const Error& error) {
     return error.what();

@@ -26,6 +26,19 @@ std::optional<Day> MemoService::dayOfUnreadable(const std::string& memoId) const
   return std::nullopt;
 }
 
+MemoPlace MemoService::placeFor(const VersionEntry& version, const std::string& memoId) const {
+  const std::optional<MemoPlace> last = versions_.lastPlaceOf(memoId);
+  const auto isFree = [&](const MemoPlace& place) {
+    return place.seqNumber >= 1 &&
+           !context_.files.exists(context_.paths.memoFile(place.day, place.seqNumber));
+  };
+  if (last && isFree(*last)) return *last;
+  Day day = version.memo.dayMade().value_or(context_.clock.today());
+  if (last) day = last->day;
+  if (const auto broken = dayOfUnreadable(memoId)) day = *broken;
+  return {day, days_.nextSeqNumber(day)};
+}
+
 MemoService::Restored MemoService::restoreVanished(const VersionEntry& version) const {
   return context_.write([&]() -> Restored {
     const std::string memoId = version.memo.memoId.value_or("");
@@ -33,9 +46,8 @@ MemoService::Restored MemoService::restoreVanished(const VersionEntry& version) 
     const auto trashedIt = std::ranges::find_if(
         trash, [&](const TrashEntry& entry) { return entry.memo.memoId == memoId; });
     if (trashedIt != trash.end()) throw InTrashError(trashedIt->trashSubdir);
-    const Day day =
-        dayOfUnreadable(memoId).value_or(version.memo.dayMade().value_or(context_.clock.today()));
-    return {day, versions_.restoreVanished(version, day, days_.nextSeqNumber(day))};
+    const MemoPlace place = placeFor(version, memoId);
+    return {place.day, versions_.restoreVanished(version, place.day, place.seqNumber)};
   });
 }
 

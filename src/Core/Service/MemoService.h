@@ -88,9 +88,10 @@ class MemoService {
 
   // Puts a snapshot in the memo's place. The state that it replaces becomes a snapshot itself.
   Memo restoreVersion(Day day, const Memo& original, const VersionEntry& version) const;
-  // Puts a snapshot of a memo that stands nowhere, or can't be read, into a file of its own and
-  // tells the day: that of the unreadable file, which is left as it is, else the one on which the
-  // memo was made. Throws InTrashError for one that lies in the trash.
+  // Puts a snapshot of a memo that stands nowhere, or can't be read, into a file of its own: in its
+  // old place if that is free, else under the next number of that day, of the unreadable file's, or
+  // of the one on which the memo was made. An unreadable file is left as it is. Throws InTrashError
+  // for a memo that lies in the trash.
   struct Restored {
     Day day;
     Memo memo;
@@ -116,6 +117,7 @@ class MemoService {
  private:
   // The newest day with a file that can't be read and has the identity in its text.
   [[nodiscard]] std::optional<Day> dayOfUnreadable(const std::string& memoId) const;
+  [[nodiscard]] MemoPlace placeFor(const VersionEntry& version, const std::string& memoId) const;
   struct Broken;
   [[nodiscard]] std::optional<Broken> broken(Day day, std::int64_t seqNumber) const;
   // Makes the note ready for being written over by `changed`, which gets its identity: a note

@@ -10,23 +10,14 @@
 
 namespace nomely {
 
-std::optional<TrashStore::Origin> TrashStore::parseMeta(std::string_view text) {
-  const std::size_t comma = text.find(',');
-  if (comma == std::string_view::npos) return std::nullopt;
-  const auto date = Day::parse(text.substr(0, comma));
-  const auto number = parseDecimal(text.substr(comma + 1));
-  if (!date || !number) return std::nullopt;
-  return Origin{*date, *number};
-}
-
-std::optional<TrashStore::Origin> TrashStore::parseFolderName(std::string_view name) {
+std::optional<MemoPlace> TrashStore::parseFolderName(std::string_view name) {
   const std::size_t end = name.find('_');
   if (end == std::string_view::npos) return std::nullopt;
   const auto date = Day::parse(name.substr(0, end));
   name.remove_prefix(end + 1);
   const auto number = parseDecimal(name.substr(0, name.find('_')));
   if (!date || !number || *number < 1) return std::nullopt;
-  return Origin{*date, *number};
+  return MemoPlace{*date, *number};
 }
 
 std::vector<DirectoryEntry> TrashStore::foldersOfTrash() const {
@@ -47,10 +38,10 @@ std::optional<TrashEntry> TrashStore::readEntry(const std::string& name) const {
   try {
     const std::filesystem::path folder = context_.paths.trashFolder() / name;
     const auto meta = context_.files.read(folder / metaFileName, MemoFile::maxSize);
-    const auto origin = meta ? parseMeta(*meta) : std::nullopt;
+    const auto origin = meta ? MemoPlace::parse(*meta) : std::nullopt;
     const auto content = MemoFile::text(context_.files, folder / memoFileName);
     if (!origin || !content) return std::nullopt;
-    return TrashEntry{origin->date,
+    return TrashEntry{origin->day,
                       MemoStore::parseMemoFile(*content, origin->seqNumber, context_.clock), name};
   } catch (const Error&) {
     return std::nullopt;  // not an entry, or not now
@@ -98,9 +89,9 @@ std::optional<TrashEntry> TrashStore::entryNamed(const std::string& name) const 
         MemoFile::read(context_.files, context_.paths.trashFolder() / name / memoFileName, 0);
     if (!memo) return std::nullopt;
     const Day made = memo->dayMade().value_or(context_.clock.today());
-    const Origin origin = parseFolderName(name).value_or(Origin{.date = made});
+    const MemoPlace origin = parseFolderName(name).value_or(MemoPlace{.day = made});
     memo->seqNumber = origin.seqNumber;
-    return TrashEntry{origin.date, *std::move(memo), name};
+    return TrashEntry{origin.day, *std::move(memo), name};
   } catch (const Error&) {
     return std::nullopt;
   }

@@ -8,7 +8,6 @@
 #include <fmt/format.h>
 
 #include "Core/Extensions/DateFormatters.h"
-#include "Core/Extensions/TextNumbers.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/MemoFile.h"
 #include "Core/Storage/VersionStore.h"
@@ -39,9 +38,8 @@ std::filesystem::path TrashStore::makeFolder(Day day, std::int64_t seqNumber) co
   return trash / candidate;
 }
 
-void TrashStore::writeMeta(const std::filesystem::path& folder, const Origin& origin) const {
-  context_.files.writeAtomically(folder / metaFileName,
-                                 fmt::format("{},{}", origin.date.string(), origin.seqNumber));
+void TrashStore::writeMeta(const std::filesystem::path& folder, const MemoPlace& origin) const {
+  context_.files.writeAtomically(folder / metaFileName, origin.string());
 }
 
 std::string TrashStore::trashMemo(Day day, const Memo& memo) const {
@@ -176,10 +174,10 @@ void TrashStore::finishInterrupted() const {
 
 // A memo that was moved out stays trashed. One that never was, or is back, has its files back too.
 void TrashStore::finish(const std::filesystem::path& folder) const {
-  const Origin origin = parseFolderName(folder.filename().native()).value();
+  const MemoPlace origin = parseFolderName(folder.filename().native()).value();
   if (context_.files.exists(folder / memoFileName)) return writeMeta(folder, origin);
   if (context_.files.isDirectory(folder / attachmentsName)) {
-    restoreAttachments(origin.date, folder / attachmentsName);
+    restoreAttachments(origin.day, folder / attachmentsName);
     context_.files.sweepTemporaries(folder / attachmentsName);
     context_.files.removeFile(folder / attachmentsName);
   }

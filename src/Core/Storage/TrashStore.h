@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Core/Storage/DayStore.h"
+#include "Core/Storage/MemoPlace.h"
 
 namespace nomely {
 
@@ -71,15 +72,8 @@ class TrashStore {
   // Removes everything in the trash for good, the attachment trash included. Throws like contents.
   void emptyTrash() const;
 
-  // Where a memo was.
-  struct Origin {
-    Day date;
-    std::int64_t seqNumber = 0;
-  };
-  // What meta.txt says, "2026-03-01,7"; absent when it says something else.
-  [[nodiscard]] static std::optional<Origin> parseMeta(std::string_view text);
   // What an entry's folder name says, "2026-03-01_007" or "2026-03-01_007_<more>".
-  [[nodiscard]] static std::optional<Origin> parseFolderName(std::string_view name);
+  [[nodiscard]] static std::optional<MemoPlace> parseFolderName(std::string_view name);
 
  private:
   [[nodiscard]] std::filesystem::path pathOf(const std::string& trashSubdir) const;
@@ -89,7 +83,7 @@ class TrashStore {
   [[nodiscard]] std::optional<TrashEntry> readEntry(const std::string& name) const;
   // Brings one folder that was left half-way to the end. In the gate.
   void finish(const std::filesystem::path& folder) const;
-  void writeMeta(const std::filesystem::path& folder, const Origin& origin) const;
+  void writeMeta(const std::filesystem::path& folder, const MemoPlace& origin) const;
   void moveAttachments(const Memo& memo, Day day, const std::filesystem::path& folder) const;
   void undoTrashing(const Memo& memo, Day day, const std::filesystem::path& folder) const noexcept;
   std::int64_t restoreMemoFile(const TrashEntry& entry, const std::filesystem::path& folder) const;

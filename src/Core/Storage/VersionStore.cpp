@@ -66,6 +66,7 @@ std::optional<std::filesystem::path> VersionStore::keepSnapshot(Day day, std::in
   if (newMemo.memoId != current->memoId) throw WriteError(WriteError::Kind::identityChanged);
   const std::filesystem::path folder = identityDirectory(*current->memoId);
   context_.prepareFolder(folder);
+  keepPlace(folder, {day, seqNumber});
   keepAttachments(day, *current, newMemo);
   const std::filesystem::path snapshot = folder / newestName(folder, "md");
   const auto attributes = context_.files.attributes(context_.paths.memoFile(day, seqNumber));

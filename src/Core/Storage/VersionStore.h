@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Core/Models/Memo.h"
+#include "Core/Storage/MemoPlace.h"
 #include "Core/Storage/MemoStore.h"
 #include "Core/Storage/StoreContext.h"
 #include "Platform/Error.h"
@@ -62,6 +63,9 @@ class VersionStore {
   // The bytes of one. Throws FileError.
   [[nodiscard]] std::string contentOf(const OriginalFile& original) const;
 
+  // Where the memo stood when its newest snapshot was taken. Absent when that isn't known.
+  [[nodiscard]] std::optional<MemoPlace> lastPlaceOf(std::string_view memoId) const;
+
   // The identities that begin with `prefix` and have snapshots, whether or not their memo still
   // exists.
   [[nodiscard]] std::vector<std::string> identities(std::string_view prefix) const;
@@ -104,6 +108,7 @@ class VersionStore {
   // saveIfNeeded without dropping old snapshots; returns the snapshot's path when one was added.
   [[nodiscard]] std::optional<std::filesystem::path> keepSnapshot(Day day, std::int64_t seqNumber,
                                                                   const Memo& newMemo) const;
+  void keepPlace(const std::filesystem::path& folder, const MemoPlace& place) const;
   void keepAttachments(Day day, const Memo& current, const Memo& newMemo) const;
   // A name that sorts as the newest of the folder.
   [[nodiscard]] std::string newestName(const std::filesystem::path& folder,

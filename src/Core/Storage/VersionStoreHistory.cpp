@@ -14,6 +14,8 @@ namespace nomely {
 namespace {
 
 constexpr auto identitiesFolder = "by-id";
+// Snapshots themselves don't say where their memo stood.
+constexpr auto placeFileName = "place.txt";
 
 // A folder that can't be listed counts as empty.
 std::vector<DirectoryEntry> entriesOf(const FileManager& files,
@@ -173,6 +175,21 @@ void VersionStore::deleteAllVersions(Day day, std::int64_t seqNumber,
       context_.files.removeFile(fileBelowVersions(version.filename));
     context_.files.removeTree(identityDirectory(*identity));
   });
+}
+
+void VersionStore::keepPlace(const std::filesystem::path& folder, const MemoPlace& place) const {
+  const std::string text = place.string();
+  if (context_.files.read(folder / placeFileName) != text)
+    context_.files.writeAtomically(folder / placeFileName, text);
+}
+
+std::optional<MemoPlace> VersionStore::lastPlaceOf(std::string_view memoId) const {
+  try {
+    const auto text = context_.files.read(identityDirectory(memoId) / placeFileName);
+    return text ? MemoPlace::parse(*text) : std::nullopt;
+  } catch (const FileError&) {
+    return std::nullopt;
+  }
 }
 
 std::vector<std::string> VersionStore::identities(std::string_view prefix) const {

@@ -8,7 +8,7 @@
 #include "Core/Service/MemoService.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/VersionStore.h"
-#include "Platform/System/UserDefaults.h"
+#include "Platform/Settings/UserDefaults.h"
 
 namespace nomely::test {
 namespace {

@@ -114,6 +114,7 @@ TEST_F(MemoRecoveryTest, ANoteThatIsGoneOrBrokenComesBackFromItsHistory) {
   index.invalidateCache();
   const auto again = service.restoreVanished(versions().front());
   EXPECT_EQ(again.day, today);
+  EXPECT_EQ(again.memo.seqNumber, 1) << "its old place";
   EXPECT_EQ(again.memo.memoId, first.memoId);
 }
 

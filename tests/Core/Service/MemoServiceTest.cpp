@@ -84,9 +84,13 @@ TEST_F(MemoServiceTest, ANoteOfAnotherProgramKeepsItsPast) {
   ASSERT_THAT(originals, SizeIs(1));
   EXPECT_EQ(service.versions().contentOf(originals[0]), foreign);
   // Every copy of it is as private as it was.
-  for (const auto& file : fs::recursive_directory_iterator(folder.path()))
-    if (file.is_regular_file())
+  for (const auto& file : fs::recursive_directory_iterator(context.paths.versionsByIdFolder())) {
+    const std::string extension = file.path().extension();
+    if (extension == ".md" || extension == ".original") {
       EXPECT_EQ(file.status().permissions(), fs::perms(0600)) << file.path();
+    }
+  }
+  EXPECT_EQ(fs::status(fileOf(1)).permissions(), fs::perms(0600));
   service.edit(today, edited, "更新");
   EXPECT_THAT(service.versions().originals(*edited.memoId), SizeIs(1)) << "nothing foreign left";
 }
