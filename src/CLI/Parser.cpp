@@ -27,6 +27,13 @@ class HelpFormatter final : public CLI::Formatter {
     label("REQUIRED", "必需");
     label("Excludes", "不能同时用");
     label("TEXT", "");
+    label("INT", "");
+  }
+
+  [[nodiscard]] std::string make_expanded(const CLI::App* sub) const override {
+    const std::string text = Formatter::make_expanded(sub);
+    // A group of options has no name to show.
+    return sub->get_name().empty() ? text.substr(text.find('\n') + 1) : text;
   }
 
   [[nodiscard]] std::string make_description(const CLI::App* app) const override {
