@@ -175,7 +175,9 @@ TEST(UnicodeTest, ClassesAreThoseOfExpressions) {
 
 TEST(UnicodeTest, CountsAndPrefixesByShortcut) {
   constexpr std::string_view pieces =
-      "a¦日¦。¦，¦“¦…¦\u3000¦あ¦\r¦\n¦\u3099¦\u302A¦\u0301¦é¦👍¦🏽¦\u200D¦🇨¦한"
+      "a¦日¦。¦，¦“¦…¦\u3000¦あ¦\r¦\n¦\u3099¦\u302A¦\u0301¦é¦👍¦🏽¦\u200D¦🇨"
+      "¦"
+      "한"
       "¦"
       "\u1100"
       "¦"

@@ -22,6 +22,14 @@ path folderOf(const path& file) {
   return folder.empty() ? path(".") : folder;
 }
 
+// The failure that leads here is the one to report, not that of taking away.
+void takeAway(FileSystem& fileSystem, const path& name) noexcept {
+  try {
+    fileSystem.remove(name);
+  } catch (const FileError&) {
+  }
+}
+
 }  // namespace
 
 // A file under a temporary name, taken away again unless it was put in place.
@@ -69,6 +77,15 @@ class FileManager::Temporary {
         collected += piece;
     });
     flush();
+  }
+
+  // Whether nothing is under the temporary name any more.
+  [[nodiscard]] bool isGone() const {
+    try {
+      return !fileSystem_.attributes(path_, LinkPolicy::noFollow);
+    } catch (const FileError&) {
+      return false;
+    }
   }
 
   void place(const path& target, Replacement replacement) {
@@ -167,6 +184,8 @@ bool FileManager::putNew(const path& target, Temporary& written) const {
     written.place(target, Replacement::forbid);
   } catch (const FileError& error) {
     if (error.kind() == FileError::Kind::alreadyExists) return false;
+    // Renamed although that was reported to have failed: what stands there is ours.
+    if (written.isGone()) takeAway(fileSystem_, target);
     throw;
   }
   settleNew(target);
@@ -272,11 +291,7 @@ void FileManager::settleNew(const path& name) const {
   try {
     syncParent(name);
   } catch (const FileError&) {
-    try {
-      fileSystem_.remove(name);
-    } catch (const FileError&) {
-      // The failure that brought us here is the one to report.
-    }
+    takeAway(fileSystem_, name);
     throw;
   }
 }

@@ -31,7 +31,7 @@ Diary::Diary()
       sharing{first, memoOf(3, "sharing", "共用附件", {"shared.png"})},
       single{first, memoOf(4, "single", "独有附件", {"single.png"})},
       distant{second, memoOf(1, "distant", "另一天", {"distant.bin"})} {
-  for (Entry* entry : {&sharing, &single, &distant}) {
+  for (Entry* entry : {&sharing, &distant}) {
     entry->memo.tags.emplace_back("旅行/海边");
     entry->memo.body += "又去了 #旅行/海边 一次。\n";
   }
@@ -57,6 +57,13 @@ Tree Diary::snapshot(const Memo& memo, const std::string& seconds) {
   std::string folder = "root/.versions/by-id/";
   for (const char byte : memo.memoId.value()) folder += fmt::format("{:02x}", byte);
   return {{folder + "/" + seconds + "_0F8FAD5B.md", textOf(memo)}};
+}
+
+Tree Diary::stranded(const Entry& vanished) {
+  Tree files = snapshot(vanished.memo, "1600000000.5");
+  const std::string folder = std::filesystem::path(files.begin()->first).parent_path().string();
+  files[folder + "/place.txt"] = MemoPlace{vanished.day, vanished.memo.seqNumber}.string();
+  return files;
 }
 
 Tree Diary::manySnapshots() const {

@@ -25,7 +25,7 @@ struct Diary {
   Entry sharing;  // first/003, names "shared.png" too
   Entry single;   // first/004, names "single.png", which no other memo does
   Entry distant;  // second/001, names "distant.bin"
-  // `sharing`, `single` and `distant` have the tag "旅行/海边". "loose.bin" is named nowhere.
+  // `sharing` and `distant` have the tag "旅行/海边". "loose.bin" is named nowhere.
 
   Tree tree;  // below a folder that holds "root/" and, beside it, "Photo.JPG"
   ManualClock clock;
@@ -38,6 +38,8 @@ struct Diary {
   [[nodiscard]] Tree manySnapshots() const;
   // One snapshot of a memo with another body, as it is now but for that.
   [[nodiscard]] static Tree snapshot(const Memo& memo, const std::string& seconds);
+  // What is kept of a memo that stands nowhere.
+  [[nodiscard]] static Tree stranded(const Entry& vanished);
   // A memo in the trash that was first/`number`, with one attachment and one snapshot.
   [[nodiscard]] Entry trashed(std::int64_t number, const std::string& attachment) const;
   [[nodiscard]] static Tree trash(const Entry& entry);

@@ -122,6 +122,9 @@ Oracle::View Oracle::viewOf(const Tree& tree) const {
     if (isMemo(path)) addMemo(view, path, bytes);
     if (isSnapshot(path)) view.snapshots.insert(settled(bytes));
   }
+  for (const auto& [path, bytes] : view.files)
+    if (liesInDay(path) && !view.named.contains(path) && placeOf(path).find('*') != path.npos)
+      view.strays.insert(placeOf(path));
   return view;
 }
 
@@ -137,12 +140,14 @@ void Oracle::addMemo(View& view, const std::string& path, const std::string& tex
   const auto& header = entry->second;
   if (!header || !header->memoId) return;
   Copies& copies = view.memos[settled(*header->memoId)];
-  if (!liesInDay(path))
-    copies.inDays = false;
-  else
-    copies.isLacking |= !std::ranges::all_of(header->attachments, [&](const std::string& name) {
-      return view.files.contains((fs::path(path).parent_path() / name).string());
-    });
+  ++copies.count;
+  copies.inDays &= liesInDay(path);
+  if (!liesInDay(path)) return;
+  for (const std::string& name : header->attachments) {
+    const std::string file = (fs::path(path).parent_path() / name).string();
+    view.named.insert(file);
+    copies.isLacking |= !view.files.contains(file);
+  }
 }
 
 bool Oracle::needsAttachments(const std::string& memoId) const {
@@ -177,6 +182,18 @@ void Oracle::expectIntact(const Tree& tree) const {
         << "gone: " << path;
   for (const auto& [memoId, copies] : now.memos)
     EXPECT_FALSE(copies.isLacking && needsAttachments(memoId)) << memoId << " lacks an attachment";
+}
+
+void Oracle::expectTakenBack(const Tree& tree) const {
+  const auto countIn = [](const View& view, const std::string& memoId) {
+    const auto found = view.memos.find(memoId);
+    return found == view.memos.end() ? 0 : found->second.count;
+  };
+  const View now = viewOf(tree);
+  for (const auto& [memoId, copies] : now.memos)
+    EXPECT_LE(copies.count, std::max(countIn(before_, memoId), countIn(after_, memoId))) << memoId;
+  for (const std::string& place : now.strays)
+    EXPECT_TRUE(after_.strays.contains(place)) << "not taken back: " << place;
 }
 
 void Oracle::expectDone(const Tree& tree) const {

@@ -25,6 +25,9 @@ class Oracle {
   // there, in its day or the trash and not in its versions alone; one in its day has its
   // attachments beside it.
   void expectIntact(const Tree& now) const;
+  // Expects of who failed, and lives, that it took back what it made: no memo stands more often
+  // than before or after, and beside the memos lies no freshly named file that none of them names.
+  void expectTakenBack(const Tree& now) const;
   // Expects what stands after the operation, attachments thrown away wherever they are.
   void expectDone(const Tree& now) const;
   // Expects besides that nothing is left which the operation takes away: no memo, nothing in the
@@ -40,6 +43,7 @@ class Oracle {
   using Item = std::pair<std::string, std::string>;  // place, content
   // All copies of one memo outside its versions.
   struct Copies {
+    int count = 0;
     bool inDays = true;      // none is in the trash
     bool isLacking = false;  // one in a day has not all its attachments beside it
   };
@@ -48,6 +52,8 @@ class Oracle {
     std::set<Item> items;                      // so that equal ones stand for the same
     std::set<std::string> contents;
     std::set<std::string> snapshots;      // contents of theirs
+    std::set<std::string> named;          // paths of attachments in days
+    std::set<std::string> strays;         // places of files with fresh names that none is
     std::map<std::string, Copies> memos;  // by identity
   };
 

@@ -147,19 +147,11 @@ Scenario::Run serving(const Diary::Entry& entry, const Operation& operation) {
   });
 }
 
-std::filesystem::path photo(const MemoService& service) {
-  return service.context().paths.rootURL.parent_path() / "Photo.JPG";
-}
-
 void addService(Table& table) {
   const Diary& d = diary();
   const auto add = [&](const std::string& name, const Operation& operation) {
     table.add(name, serving(d.changed, operation));
   };
-  table.add("createWithFile", always([&](Context context) {
-              const MemoService service(context);
-              (void)service.create(d.missing, {.body = "带附件 #旅行\n"}, {photo(service)});
-            }));
   table.add("createWithPending", always([&](Context context) {
               (void)MemoService(context).create(
                   {.body = "附件在别处\n", .attachments = {"loose.bin", "distant.bin"}},
@@ -175,9 +167,6 @@ void addService(Table& table) {
   add("edit", [](auto& service, Day day, auto& memo) { service.edit(day, memo, "改成 #这样\n"); });
   add("append", [](auto& service, Day day, auto& memo) {
     if (!memo.body.ends_with("又一段")) service.append(day, memo, "又一段");
-  });
-  add("attach", [](auto& service, Day day, auto& memo) {
-    if (memo.originalNames.empty()) service.attach(day, memo, {photo(service)});
   });
   add("detach", [](auto& service, Day day, auto& memo) {
     service.detach(day, memo, {"own.png", "shared.png"});
@@ -212,9 +201,9 @@ void addService(Table& table) {
               VersionStore(sight)
                   .listVersions(vanished.day, vanished.memo.seqNumber, vanished.memo.memoId)
                   .at(0);
-          MemoService(context).restoreVanished(version, {vanished.day, vanished.memo.seqNumber});
+          MemoService(context).restoreVanished(version);
         },
-        d.with(Diary::snapshot(vanished.memo, "1600000000.5")));
+        d.with(Diary::stranded(vanished)));
   }
 }
 
@@ -242,6 +231,7 @@ void addTrash(Table& table) {
   };
   const auto restore = [&](const std::string& name, const std::vector<Diary::Entry>& trashed) {
     const auto run = [entries = entriesOf(trashed)](Context context, Context sight) {
+      (void)MemoService(context).trashed();  // finishes what was cut off
       Entries left = entries;
       std::erase_if(left, [&](const TrashEntry& entry) {
         return !sight.files.exists(sight.paths.trashFolder() / entry.trashSubdir);
@@ -267,20 +257,21 @@ void addTrash(Table& table) {
   all.destroys = all.strands = true;
 }
 
+// Merging and deleting a tag go the way of renaming it.
 void addTags(Table& table) {
   const auto bulk = [&](const std::string& name, const auto& operation) {
-    table.add(name, always([=](Context context) {
-                const MemoService service(context);
-                (void)service.trashed();  // finishes what was cut off
-                JobPool jobs;             // starts no thread unless it is used
-                SearchIndex index(context, jobs);
-                if (operation(TagManagementStore(service, index)).failed > 0)
-                  throw std::runtime_error("not all");
-              }));
+    table
+        .add(name, always([=](Context context) {
+               const MemoService service(context);
+               (void)service.trashed();  // finishes what was cut off
+               JobPool jobs;             // starts no thread unless it is used
+               SearchIndex index(context, jobs);
+               if (operation(TagManagementStore(service, index)).failed > 0)
+                 throw std::runtime_error("not all");
+             }))
+        .quiet = true;  // of days that can't be listed
   };
   bulk("renameTag", [](const auto& tags) { return tags.renameTag("旅行", "出行"); });
-  bulk("mergeTag", [](const auto& tags) { return tags.mergeTag("旅行", "生活"); });
-  bulk("deleteTag", [](const auto& tags) { return tags.deleteTag("旅行"); });
   bulk("deleteTagWithMemos", [](const auto& tags) { return tags.deleteTagWithMemos("旅行"); });
 }
 

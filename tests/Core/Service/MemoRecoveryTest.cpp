@@ -24,13 +24,12 @@ class MemoRecoveryTest : public ServiceTest {
 
 TEST_F(MemoRecoveryTest, TrashingThatFailsIsUndone) {
   const Memo memo = withAttachment();
+  fs::create_directory(trash);
   const std::string before = treeOf(folder.path());
-  std::vector<FaultyFileSystem::Call> calls;
   const auto trashThrough = [&](FaultyFileSystem::Fault fault) {
     FaultyFileSystem files(posixFileSystem(), std::move(fault));
     try {
       (void)TrashStore({context.paths, FileManager(files), clock}).trashMemo(today, memo);
-      calls = files.calls();
       return true;
     } catch (const FileError&) {
       return false;

@@ -99,7 +99,8 @@ TEST_F(DayStoreTest, HighestNumberOfAll) {
   writeFile(file("9223372036854775806.md", today), readable);
   EXPECT_EQ(store.createMemo(today, {}).seqNumber, INT64_MAX);
   const std::string before = treeOf(folder.path());
-  EXPECT_EQ(kindOf<FileError>([&] { (void)store.createMemo(today, {}); }), FileError::Kind::other);
+  EXPECT_EQ(kindOf<FileError>([&] { (void)store.createMemo(today, {}); }),
+            FileError::Kind::tooLarge);
   EXPECT_EQ(treeOf(folder.path()), before);
 }
 

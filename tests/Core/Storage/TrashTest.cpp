@@ -114,7 +114,7 @@ TEST_F(TrashTest, ForgedNumbersHideNoMemo) {
   entry = trashed(store.listMemos(today).front());
   entry.memo.seqNumber = std::numeric_limits<std::int64_t>::max();
   writeFile(dayFile("9223372036854775807.md"), "");
-  EXPECT_EQ(kindOf<FileError>([&] { bin.restoreMemo(entry); }), FileError::Kind::other);
+  EXPECT_EQ(kindOf<FileError>([&] { bin.restoreMemo(entry); }), FileError::Kind::tooLarge);
   EXPECT_EQ(bin.listTrash().size(), 1U);
 }
 

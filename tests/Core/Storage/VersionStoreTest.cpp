@@ -30,7 +30,7 @@ class VersionStoreTest : public StoreTest {
     std::vector<std::string> names;
     if (!fs::exists(snapshots)) return names;
     for (const auto& entry : fs::directory_iterator(snapshots))
-      if (entry.is_regular_file()) names.push_back(entry.path().filename());
+      if (entry.path().extension() == ".md") names.push_back(entry.path().filename());
     std::ranges::sort(names);
     return names;
   }
