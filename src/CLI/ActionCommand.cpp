@@ -28,6 +28,7 @@ void ActionCommand::run(Session& session) {
   if (named != entries_.end()) return named->action(session);
   if (default_) return default_(session);
   std::vector<std::string> names;
+  names.reserve(entries_.size());
   for (const Entry& entry : entries_) names.push_back(entry.app->get_name());
   throw UsageError(fmt::format("请写明要做什么：{}", fmt::join(names, "、")));
 }

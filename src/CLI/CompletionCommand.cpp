@@ -20,6 +20,7 @@ struct Completed {
 
   [[nodiscard]] std::vector<std::string> actionNames() const {
     std::vector<std::string> names;
+    names.reserve(actions.size());
     for (const Completed& action : actions) names.push_back(action.name);
     return names;
   }

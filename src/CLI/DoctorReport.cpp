@@ -56,6 +56,7 @@ void addNotes(Lines& lines, const RootInspector::Report& report) {
   if (canMend) lines.say("其中有的可以修复，原文件会留着：nomely doctor --fix");
   for (const auto& [memoId, places] : report.sharedIdentities) {
     std::vector<std::string> names;
+    names.reserve(places.size());
     for (const auto& place : places) names.push_back(place.string());
     lines.add("重复的标识", fmt::format("{}：{}。永久删除其中一条会带走另一条的历史", memoId,
                                         fmt::join(names, "、")));

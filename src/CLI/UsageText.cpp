@@ -29,6 +29,7 @@ Options usedOptions(const CLI::App& app) {
 template <typename Named>
 std::string namesOf(const std::vector<const Named*>& all) {
   std::vector<std::string> names;
+  names.reserve(all.size());
   for (const Named* each : all) names.push_back(each->get_name());
   return fmt::format("{}", fmt::join(names, "、"));
 }

@@ -175,15 +175,8 @@ TEST(UnicodeTest, ClassesAreThoseOfExpressions) {
 
 TEST(UnicodeTest, CountsAndPrefixesByShortcut) {
   constexpr std::string_view pieces =
-      "a¦日¦。¦，¦“¦…¦\u3000¦あ¦\r¦\n¦\u3099¦\u302A¦\u0301¦é¦👍¦🏽¦\u200D¦🇨"
-      "¦"
-      "한"
-      "¦"
-      "\u1100"
-      "¦"
-      "㊙"
-      "¦"
-      "ﾞ";
+      "a¦日¦。¦，¦“¦…¦\u3000¦あ¦\r¦\n¦\u3099¦\u302A¦\u0301¦é"
+      "¦👍¦🏽¦\u200D¦🇨¦한¦\u1100¦㊙¦ﾞ";
   onRandomTexts(pieces, 12, 5000, [](const std::string& text) {
     // Nothing is cut short there.
     std::vector<std::size_t> bytes{0};

@@ -103,14 +103,21 @@ Memo MemoService::withImported(
       }
     });
   } catch (...) {
-    for (const auto& file : imported) {
-      try {
-        attachments_.removeImported(file.filename, day);
-      } catch (const Error& error) {
-        Log::error(LogChannel::storage, "⚠️ MemoService.withImported: {}", error.what());
-      }
-    }
+    takeBack(imported, day);
     throw;
+  }
+}
+
+// But for what a memo names: saving it may have failed when it stood there already.
+void MemoService::takeBack(const std::vector<AttachmentManager::ImportResult>& imported,
+                           Day day) const noexcept {
+  try {
+    const auto named = days_.filesNamed(day);
+    if (!named) return;
+    for (const auto& file : imported)
+      if (!named->contains(file.filename)) attachments_.removeImported(file.filename, day);
+  } catch (const Error& error) {
+    Log::error(LogChannel::storage, "⚠️ MemoService.takeBack: {}", error.what());
   }
 }
 

@@ -128,6 +128,8 @@ class MemoService {
   // throws.
   Memo withImported(Day day, const std::vector<std::filesystem::path>& files,
                     const std::function<Memo(const std::function<void(Memo&)>& name)>& save) const;
+  void takeBack(const std::vector<AttachmentManager::ImportResult>& imported,
+                Day day) const noexcept;
 
   StoreContext context_;
   DayStore days_;

@@ -84,14 +84,16 @@ class DayStore {
   // when the day can't be listed.
   void trashUnnamedFiles(const std::vector<std::string>& names, Day day) const;
 
+  // The attachments that the memos of a day name; absent when one of them can't be read. Throws
+  // FileError when the day can't be listed.
+  [[nodiscard]] std::optional<std::set<std::string>> filesNamed(Day day) const;
+
  private:
   // Raises `memo.seqNumber` until `create` succeeds, as it does at a free number.
   template <typename Create>
   void place(Memo& memo, Day day, Create create) const;
   // Undoes a move: removes the memo's new file when its old one still exists. Never throws.
   void withdraw(const Memo& moved, Day to, const std::filesystem::path& oldFile) const;
-  // The attachments that the memos of a day name; absent when one of them can't be read.
-  [[nodiscard]] std::optional<std::set<std::string>> filesNamed(Day day) const;
 
   StoreContext context_;
   MemoStore memoStore_;

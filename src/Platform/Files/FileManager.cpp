@@ -79,15 +79,6 @@ class FileManager::Temporary {
     flush();
   }
 
-  // Whether nothing is under the temporary name any more.
-  [[nodiscard]] bool isGone() const {
-    try {
-      return !fileSystem_.attributes(path_, LinkPolicy::noFollow);
-    } catch (const FileError&) {
-      return false;
-    }
-  }
-
   void place(const path& target, Replacement replacement) {
     file_->sync();
     file_.reset();
@@ -95,7 +86,29 @@ class FileManager::Temporary {
     placed_ = true;
   }
 
+  // The same where `target` must be free, and stays so when it fails.
+  void placeNew(const path& target) {
+    const FileAttributes own = file_->attributes();
+    try {
+      place(target, Replacement::forbid);
+    } catch (const FileError& error) {
+      // It may have been renamed although that was reported to have failed.
+      if (error.kind() != FileError::Kind::alreadyExists && isAt(target, own))
+        takeAway(fileSystem_, target);
+      throw;
+    }
+  }
+
  private:
+  [[nodiscard]] bool isAt(const path& name, const FileAttributes& own) const {
+    try {
+      const auto found = fileSystem_.attributes(name, LinkPolicy::noFollow);
+      return found && found->device == own.device && found->fileNumber == own.fileNumber;
+    } catch (const FileError&) {
+      return false;
+    }
+  }
+
   FileSystem& fileSystem_;
   path path_;
   std::unique_ptr<File> file_;
@@ -181,11 +194,9 @@ void FileManager::replace(const path& target, Temporary& written) const {
 
 bool FileManager::putNew(const path& target, Temporary& written) const {
   try {
-    written.place(target, Replacement::forbid);
+    written.placeNew(target);
   } catch (const FileError& error) {
     if (error.kind() == FileError::Kind::alreadyExists) return false;
-    // Renamed although that was reported to have failed: what stands there is ours.
-    if (written.isGone()) takeAway(fileSystem_, target);
     throw;
   }
   settleNew(target);
@@ -233,7 +244,7 @@ void FileManager::copyFile(const path& source, const path& destination, LinkPoli
   Temporary temporary(fileSystem_, folderOf(destination));
   temporary.file().copyContents(*original);
   temporary.file().copyMetadata(*original);
-  temporary.place(destination, Replacement::forbid);
+  temporary.placeNew(destination);
   settleNew(destination);
 }
 

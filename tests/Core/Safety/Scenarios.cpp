@@ -147,11 +147,19 @@ Scenario::Run serving(const Diary::Entry& entry, const Operation& operation) {
   });
 }
 
+std::filesystem::path photo(const MemoService& service) {
+  return service.context().paths.rootURL.parent_path() / "Photo.JPG";
+}
+
 void addService(Table& table) {
   const Diary& d = diary();
   const auto add = [&](const std::string& name, const Operation& operation) {
     table.add(name, serving(d.changed, operation));
   };
+  table.add("createWithFile", always([&](Context context) {
+              const MemoService service(context);
+              (void)service.create(d.missing, {.body = "带附件 #旅行\n"}, {photo(service)});
+            }));
   table.add("createWithPending", always([&](Context context) {
               (void)MemoService(context).create(
                   {.body = "附件在别处\n", .attachments = {"loose.bin", "distant.bin"}},
@@ -167,6 +175,9 @@ void addService(Table& table) {
   add("edit", [](auto& service, Day day, auto& memo) { service.edit(day, memo, "改成 #这样\n"); });
   add("append", [](auto& service, Day day, auto& memo) {
     if (!memo.body.ends_with("又一段")) service.append(day, memo, "又一段");
+  });
+  add("attach", [](auto& service, Day day, auto& memo) {
+    if (memo.originalNames.empty()) service.attach(day, memo, {photo(service)});
   });
   add("detach", [](auto& service, Day day, auto& memo) {
     service.detach(day, memo, {"own.png", "shared.png"});
