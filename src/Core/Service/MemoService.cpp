@@ -116,7 +116,7 @@ void MemoService::takeBack(const std::vector<AttachmentManager::ImportResult>& i
     if (!named) return;
     for (const auto& file : imported)
       if (!named->contains(file.filename)) attachments_.removeImported(file.filename, day);
-  } catch (const Error& error) {
+  } catch (const std::exception& error) {
     Log::error(LogChannel::storage, "⚠️ MemoService.takeBack: {}", error.what());
   }
 }

@@ -19,7 +19,7 @@
 namespace nomely {
 namespace {
 
-void logFailure(std::string_view operation, const Error& error) {
+void logFailure(std::string_view operation, const std::exception& error) {
   Log::error(LogChannel::storage, "⚠️ TrashStore.{}: {}", operation, error.what());
 }
 
@@ -50,7 +50,7 @@ std::string TrashStore::trashMemo(Day day, const Memo& memo) const {
       days_.memoStore().moveOut(day, memo.seqNumber, folder / memoFileName);
       if (!memo.attachments.empty()) moveAttachments(memo, day, folder / attachmentsName);
       writeMeta(folder, {day, memo.seqNumber});
-    } catch (const Error&) {
+    } catch (...) {
       undoTrashing(memo, day, folder);
       throw;
     }
@@ -84,7 +84,7 @@ void TrashStore::undoTrashing(const Memo& memo, Day day,
     context_.files.removeFile(folder / attachmentsName);
     context_.files.removeFile(folder / metaFileName);
     context_.files.removeFile(folder);
-  } catch (const Error& error) {
+  } catch (const std::exception& error) {
     logFailure("trashMemo", error);
   }
 }
