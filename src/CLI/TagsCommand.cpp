@@ -110,8 +110,7 @@ class TagsCommand final : public ActionCommand {
       session.say(fmt::format("已处理 {} 条笔记{}。", done.memos,
                               withMemos_ ? "" : "，原文在各条的历史版本里"));
       if (done.failed > 0)
-        throw Error("tags.incomplete",
-                    fmt::format("有 {} 条笔记未能更新，其余已完成", done.failed));
+        throw Error("tags.incomplete", fmt::format("有 {} 处未能更新，其余已完成", done.failed));
     }
     if (session.isJson()) list(session, store);
   }

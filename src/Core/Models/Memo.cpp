@@ -109,7 +109,7 @@ bool isStoredAs(const Memo& left, const Memo& right) {
       for (AudioTranscriptSegment& segment : transcript.segments) segment.id = Uuid();
     return header;
   };
-  return withoutIds(left) == withoutIds(right);
+  return withoutIds(left.frontmatter()) == withoutIds(right.frontmatter());
 }
 
 }  // namespace nomely

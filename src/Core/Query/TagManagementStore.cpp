@@ -20,13 +20,15 @@ void TagManagementStore::report(const std::string& message) const {
   if (onError_) onError_(message);
 }
 
-void TagManagementStore::forEachMemo(Reporting reporting, const TagRun& run,
-                                     const Visit& visit) const {
+std::size_t TagManagementStore::forEachMemo(Reporting reporting, const TagRun& run,
+                                            const Visit& visit) const {
+  std::size_t failed = 0;
   const DayStore& store = service_.days();
   std::vector<Day> days;
   try {
     days = store.listAllDates();
   } catch (const std::exception& error) {
+    ++failed;
     if (reporting == Reporting::on) report(fmt::format("读取笔记失败：{}", error.what()));
   }
   for (std::size_t i = 0; i < days.size(); ++i) {
@@ -34,6 +36,7 @@ void TagManagementStore::forEachMemo(Reporting reporting, const TagRun& run,
     try {
       memos = store.listMemos(days[i]);
     } catch (const std::exception& error) {
+      ++failed;
       if (reporting == Reporting::on)
         report(fmt::format("读取 {} 的笔记失败：{}", days[i].string(), error.what()));
     }
@@ -43,6 +46,7 @@ void TagManagementStore::forEachMemo(Reporting reporting, const TagRun& run,
     }
     if (run.progress) run.progress(static_cast<double>(i + 1) / static_cast<double>(days.size()));
   }
+  return failed;
 }
 
 TagChange TagManagementStore::rewriteAll(std::string_view verb, const TagRun& run,
@@ -62,7 +66,7 @@ TagChange TagManagementStore::rewriteAll(std::string_view verb, const TagRun& ru
     done.bodies += counts.bodies;
   };
   const MemoChanges::Bulk bulk(service_.context().gate.changes());
-  forEachMemo(Reporting::on, run, [&](Day day, Memo& memo) {
+  const std::size_t unlisted = forEachMemo(Reporting::on, run, [&](Day day, Memo& memo) {
     const std::int64_t number = memo.seqNumber;
     if (run.isDry) return (void)counting(memo, done);
     if (!rewrite(memo)) return;
@@ -73,6 +77,7 @@ TagChange TagManagementStore::rewriteAll(std::string_view verb, const TagRun& ru
       report(fmt::format("{}标签时更新笔记失败（第{}条）：{}", verb, number, error.what()));
     }
   });
+  done.failed += unlisted;
   return done;
 }
 
@@ -95,7 +100,7 @@ TagChange TagManagementStore::deleteTagWithMemos(std::string_view tag, const Tag
   TagChange done;
   const MemoChanges::Bulk bulk(service_.context().gate.changes());
   if (!run.isDry) service_.trashStore().finishInterrupted();
-  forEachMemo(Reporting::off, run, [&](Day day, const Memo& memo) {
+  const std::size_t unlisted = forEachMemo(Reporting::off, run, [&](Day day, const Memo& memo) {
     if (!TagRewriting::goesWith(memo, tag)) return;
     try {
       if (!run.isDry) (void)service_.trashStore().trashMemo(day, memo);
@@ -106,12 +111,13 @@ TagChange TagManagementStore::deleteTagWithMemos(std::string_view tag, const Tag
                  error.what());
     }
   });
+  done.failed += unlisted;
   return done;
 }
 
 std::int64_t TagManagementStore::countNotesWithTag(std::string_view tag) const {
   std::int64_t count = 0;
-  forEachMemo(Reporting::on, {}, [&](Day, const Memo& memo) {
+  (void)forEachMemo(Reporting::on, {}, [&](Day, const Memo& memo) {
     if (TagRewriting::hasTag(memo.tags, tag)) ++count;
   });
   return count;

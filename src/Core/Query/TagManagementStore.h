@@ -26,7 +26,7 @@ struct SidebarTagSummary {
 struct TagChange {
   std::size_t memos = 0;   // changed
   std::size_t bodies = 0;  // of those, the ones whose text changed too
-  std::size_t failed = 0;  // not changed although they should have been
+  std::size_t failed = 0;  // memos, and days that can't be listed, that should have been changed
 
   friend bool operator==(const TagChange&, const TagChange&) = default;
 };
@@ -71,7 +71,8 @@ class TagManagementStore {
   using Listed = std::function<std::optional<std::vector<std::string>>(const EntryTags&)>;
 
   void report(const std::string& message) const;
-  void forEachMemo(Reporting reporting, const TagRun& run, const Visit& visit) const;
+  // Returns how many listings failed.
+  std::size_t forEachMemo(Reporting reporting, const TagRun& run, const Visit& visit) const;
   // Writes each memo that `rewrite` changes; `verb` begins the message of a failure.
   TagChange rewriteAll(std::string_view verb, const TagRun& run,
                        const std::function<bool(Memo&)>& rewrite) const;
