@@ -1,13 +1,9 @@
 #include "Core/Query/SearchIndex.h"
 
 #include <algorithm>
-#include <unordered_map>
-
-#include <fmt/format.h>
 
 #include "Core/Query/SearchQuery.h"
 #include "Core/Storage/DayStore.h"
-#include "Platform/Text/Unicode.h"
 
 namespace nomely {
 
@@ -145,13 +141,7 @@ std::vector<SearchResult> SearchIndex::search(std::string_view text, std::size_t
   if (query.isEmpty()) return results;
   const Cache cache = ensureCache();
   const auto add = [&](Day date, const IndexedMemo& indexed) {
-    const Memo& memo = indexed.memo();
-    results.push_back({.date = date,
-                       .seqNumber = memo.seqNumber,
-                       .time = memo.time,
-                       .body = memo.body,
-                       .tags = memo.tags,
-                       .snippet = query.snippet(indexed)});
+    results.push_back(query.result(date, indexed));
     return results.size() < limit;
   };
   cache->forEachMemo([&](const MemoCache::DayMemos& day) { return query.mayMatch(day); },
@@ -180,24 +170,12 @@ std::vector<MemoEntry> SearchIndex::allMemoEntries() {
 }
 
 std::vector<TagUse> SearchIndex::allTags() {
-  std::vector<TagUse> rows;
-  std::unordered_map<std::string, std::size_t> places;
+  TagCounts counts;
   forEachEntry([&](const MemoEntry& entry) {
-    if (entry.memo->tags.empty()) return true;
-    const std::string key = fmt::format("{}:{:06}", entry.date.string(), entry.memo->seqNumber);
-    for (const std::string& text : entry.memo->tags) {
-      const std::string tag(trimHorizontal(text));
-      if (tag.empty()) continue;
-      const auto [place, isNew] = places.try_emplace(tag, rows.size());
-      if (isNew) rows.push_back({.tag = tag, .count = 0, .latestDate = {}});
-      TagUse& row = rows[place->second];
-      ++row.count;
-      row.latestDate = std::max(row.latestDate, key);
-    }
+    counts.add(entry.date, *entry.memo, entry.memo->seqNumber);
     return true;
   });
-  std::ranges::stable_sort(rows, std::greater(), &TagUse::latestDate);
-  return rows;
+  return std::move(counts).rows();
 }
 
 std::vector<EntryTags> SearchIndex::allEntryTags() {

@@ -11,30 +11,13 @@
 
 #include "Core/Query/DiskSignature.h"
 #include "Core/Query/MemoCache.h"
+#include "Core/Query/SearchResult.h"
+#include "Core/Query/TagUse.h"
 #include "Core/Storage/StoreContext.h"
 #include "Platform/Concurrency/JobGroup.h"
 #include "Platform/Concurrency/JobPool.h"
-#include "Platform/System/Uuid.h"
 
 namespace nomely {
-
-struct SearchResult {
-  Uuid id = Uuid::random();  // fresh for each result of each search
-  Day date;
-  std::int64_t seqNumber = 0;
-  std::string time;
-  std::string body;
-  std::vector<std::string> tags;
-  std::string snippet;  // empty when only a tag explains the hit
-};
-
-struct TagUse {
-  std::string tag;
-  std::int64_t count = 0;
-  std::string latestDate;  // of the newest memo that has it: "2026-03-05:000012"
-
-  friend bool operator==(const TagUse&, const TagUse&) = default;
-};
 
 struct EntryTags {
   Day date;

@@ -59,4 +59,13 @@ std::string SearchQuery::snippet(const IndexedMemo& memo) const {
   return SearchSnippetKit::makeSnippet(memo.memo().body, keyword.needle);
 }
 
+SearchResult SearchQuery::result(Day day, const IndexedMemo& memo) const {
+  return {.date = day,
+          .seqNumber = memo.memo().seqNumber,
+          .time = memo.memo().time,
+          .body = memo.memo().body,
+          .tags = memo.memo().tags,
+          .snippet = snippet(memo)};
+}
+
 }  // namespace nomely

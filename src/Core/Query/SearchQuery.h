@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Core/Query/MemoCache.h"
+#include "Core/Query/SearchResult.h"
 #include "Platform/Text/FoldedText.h"
 
 namespace nomely {
@@ -23,6 +24,8 @@ class SearchQuery {
   // The text around the first typed word in the body of a memo that matches; empty when the word is
   // in a tag alone.
   [[nodiscard]] std::string snippet(const IndexedMemo& memo) const;
+  // What is told of a memo that matches.
+  [[nodiscard]] SearchResult result(Day day, const IndexedMemo& memo) const;
 
  private:
   struct Keyword {

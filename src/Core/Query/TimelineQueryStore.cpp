@@ -3,42 +3,10 @@
 #include <algorithm>
 #include <ranges>
 
-#include "Core/Extensions/AttachmentKinds.h"
-#include "Core/Extensions/TagNames.h"
+#include "Core/Query/SizedEntry.h"
 #include "Platform/Error.h"
-#include "Platform/Files/FileError.h"
 
 namespace nomely {
-namespace {
-
-using AttachmentKinds::isAudio;
-using AttachmentKinds::isImage;
-
-bool isOtherFile(std::string_view name) {
-  return !isImage(name) && !isAudio(name);
-}
-
-template <typename Belongs>
-bool hasAttachment(const MemoEntry& entry, Belongs belongs) {
-  return std::ranges::any_of(entry.memo->attachments, belongs);
-}
-
-std::uint64_t audioBytes(const MemoEntry& entry, const StoreContext& context) {
-  std::uint64_t bytes = 0;
-  for (const std::string& name : entry.memo->attachments) {
-    if (!isAudio(name)) continue;
-    try {
-      const auto file = context.files.attributes(context.paths.dayFolder(entry.date) / name);
-      bytes += file ? file->size : 0;
-    } catch (const FileError&) {
-      // A file whose size can't be read counts as 0 bytes.
-    }
-  }
-  return bytes;
-}
-
-}  // namespace
-
 std::vector<Memo> TimelineQueryStore::visibleMemos(Day day) const {
   try {
     std::vector<Memo> memos = dayStore_.listMemos(day);
@@ -49,11 +17,14 @@ std::vector<Memo> TimelineQueryStore::visibleMemos(Day day) const {
   }
 }
 
-void TimelineQueryStore::forEach(const Test& test,
+void TimelineQueryStore::forEach(const MemoFilter& filter,
                                  const std::function<bool(const MemoEntry&)>& visit) const {
+  const auto matches = [&](const MemoEntry& entry) {
+    return filter.matches(entry.date, *entry.memo);
+  };
   if (searchIndex_ != nullptr) {
     searchIndex_->forEachEntry([&](const MemoEntry& entry) {
-      return !stop_.stop_requested() && (!isVisible(*entry.memo) || !test(entry) || visit(entry));
+      return !stop_.stop_requested() && (!matches(entry) || visit(entry));
     });
     return;
   }
@@ -65,19 +36,20 @@ void TimelineQueryStore::forEach(const Test& test,
   }
   for (const Day day : std::views::reverse(days)) {
     if (stop_.stop_requested()) return;
+    if (!filter.mayHold(day)) continue;
     Entries entries;
     for (Memo& memo : visibleMemos(day))
       entries.push_back({day, std::make_shared<const Memo>(std::move(memo))});
-    std::erase_if(entries, [&](const MemoEntry& entry) { return !test(entry); });
+    std::erase_if(entries, [&](const MemoEntry& entry) { return !matches(entry); });
     std::ranges::stable_sort(entries, orderedBefore);
     for (const MemoEntry& entry : entries)
       if (!visit(entry)) return;
   }
 }
 
-TimelineQueryStore::Entries TimelineQueryStore::select(const Test& test) const {
+TimelineQueryStore::Entries TimelineQueryStore::select(const MemoFilter& filter) const {
   Entries entries;
-  forEach(test, [&](const MemoEntry& entry) {
+  forEach(filter, [&](const MemoEntry& entry) {
     entries.push_back(entry);
     return true;
   });
@@ -86,70 +58,51 @@ TimelineQueryStore::Entries TimelineQueryStore::select(const Test& test) const {
 
 void TimelineQueryStore::forEachVisibleEntry(
     const std::function<bool(const MemoEntry&)>& visit) const {
-  forEach([](const MemoEntry& entry) { return !entry.memo->isExcludedFromTimeline(); }, visit);
+  forEach({.mainTimeline = true}, visit);
 }
 
 TimelineQueryStore::Entries TimelineQueryStore::visibleEntries() const {
-  return select([](const MemoEntry& entry) { return !entry.memo->isExcludedFromTimeline(); });
+  return select({.mainTimeline = true});
 }
 
 TimelineQueryStore::Entries TimelineQueryStore::entriesWithTag(std::string_view tag) const {
-  return select([&](const MemoEntry& entry) {
-    return std::ranges::any_of(
-        entry.memo->tags, [&](std::string_view own) { return TagNames::isOrIsBelow(own, tag); });
-  });
+  return select({.tags = {std::string(tag)}});
 }
 
 TimelineQueryStore::Entries TimelineQueryStore::entriesWithoutTags() const {
-  return select([](const MemoEntry& entry) { return entry.memo->tags.empty(); });
+  return select({.untagged = true});
 }
 
 TimelineQueryStore::Entries TimelineQueryStore::entriesWithImages() const {
-  return select([](const MemoEntry& entry) { return hasAttachment(entry, isImage); });
+  return select({.images = true});
 }
 
 TimelineQueryStore::Entries TimelineQueryStore::entriesWithLinks() const {
-  return select([](const MemoEntry& entry) {
-    const std::string& body = entry.memo->body;
-    return body.find("http://") != std::string::npos || body.find("https://") != std::string::npos;
-  });
+  return select({.links = true});
 }
 
 TimelineQueryStore::Entries TimelineQueryStore::entriesWithAudioSortedBySize() const {
-  struct Sized {
-    std::uint64_t bytes;
-    MemoEntry entry;
-  };
-  std::vector<Sized> found;
-  for (MemoEntry& entry :
-       select([](const MemoEntry& candidate) { return hasAttachment(candidate, isAudio); })) {
+  std::vector<SizedEntry> found;
+  for (MemoEntry& entry : select({.audio = true})) {
     const std::uint64_t bytes = audioBytes(entry, dayStore_.context());
     found.push_back({bytes, std::move(entry)});
   }
-  std::ranges::stable_sort(found, [](const Sized& left, const Sized& right) {
-    return left.bytes != right.bytes ? left.bytes > right.bytes
-                                     : orderedBefore(left.entry, right.entry);
-  });
+  std::ranges::stable_sort(found, isLarger);
   Entries entries;
-  for (Sized& sized : found) entries.push_back(std::move(sized.entry));
+  for (SizedEntry& sized : found) entries.push_back(std::move(sized.entry));
   return entries;
 }
 
 TimelineQueryStore::Entries TimelineQueryStore::entriesWithAttachments() const {
-  return select([](const MemoEntry& entry) { return hasAttachment(entry, isOtherFile); });
+  return select({.files = true});
 }
 
 TimelineQueryStore::Entries TimelineQueryStore::pinnedEntries() const {
-  return select([](const MemoEntry& entry) { return entry.memo->pinned; });
+  return select({.pinned = true});
 }
 
 TimelineQueryStore::Entries TimelineQueryStore::onThisDayEntries(Day referenceDate) const {
-  const std::chrono::year_month_day reference = referenceDate.civil();
-  return select([&](const MemoEntry& entry) {
-    const std::chrono::year_month_day date = entry.date.civil();
-    return date.month() == reference.month() && date.day() == reference.day() &&
-           date.year() < reference.year();
-  });
+  return select({.onThisDay = referenceDate});
 }
 
 }  // namespace nomely

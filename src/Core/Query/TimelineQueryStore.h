@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Core/Query/MemoEntry.h"
+#include "Core/Query/MemoFilter.h"
 #include "Core/Query/SearchIndex.h"
 #include "Core/Storage/DayStore.h"
 
@@ -63,10 +64,8 @@ class TimelineQueryStore {
   [[nodiscard]] std::vector<Memo> visibleMemos(Day day) const;
 
  private:
-  using Test = std::function<bool(const MemoEntry&)>;
-
-  [[nodiscard]] Entries select(const Test& test) const;
-  void forEach(const Test& test, const std::function<bool(const MemoEntry&)>& visit) const;
+  [[nodiscard]] Entries select(const MemoFilter& filter) const;
+  void forEach(const MemoFilter& filter, const std::function<bool(const MemoEntry&)>& visit) const;
 
   const DayStore& dayStore_;
   SearchIndex* searchIndex_;
