@@ -1,13 +1,10 @@
 #pragma once
 
-#include <cstddef>
-#include <functional>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "Core/Query/MemoEntry.h"
 #include "Core/Storage/AttachmentManager.h"
+#include "Export/ExportSelection.h"
 #include "Export/MarkdownHTML.h"
 #include "Platform/Time/Clock.h"
 
@@ -17,15 +14,8 @@ namespace nomely {
 // out. What a memo holds can bring neither elements nor scripts into a page. Safe on any thread.
 namespace HTMLExporter {
 
-// Called with each piece of a page, in order.
-using Sink = std::function<void(std::string_view piece)>;
-
-// The memos of a page, in the order of the page.
-struct Selection {
-  std::size_t count = 0;
-  // Calls `visit` with each of them; `visit` does not keep the entry.
-  std::function<void(const std::function<void(const MemoEntry&)>& visit)> forEach;
-};
+using Sink = ExportSink;
+using Selection = ExportSelection;
 
 // Writes the whole page, holding one memo and one picture in memory at a time. Throws what the sink
 // or the selection throws.

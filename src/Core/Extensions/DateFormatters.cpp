@@ -6,7 +6,6 @@
 
 #include <fmt/format.h>
 
-#include "Platform/Time/Day.h"
 #include "Platform/Time/LocalTime.h"
 
 namespace nomely {
@@ -96,6 +95,15 @@ std::string DateFormatters::timestamp(Moment moment) {
   const int minutes = std::abs(local.offset) / 60;
   return text +
          fmt::format("{}{:02}:{:02}", local.offset < 0 ? '-' : '+', minutes / 60, minutes % 60);
+}
+
+std::string DateFormatters::dayHeading(Day day) {
+  constexpr std::array weekdays{"周日", "周一", "周二", "周三", "周四", "周五", "周六"};
+  const auto date = day.civil();
+  const std::chrono::weekday weekday{std::chrono::sys_days(date)};
+  return fmt::format("{}年{}月{}日 {}", static_cast<int>(date.year()),
+                     static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                     weekdays[weekday.c_encoding()]);
 }
 
 }  // namespace nomely

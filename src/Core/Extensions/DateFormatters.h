@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Time/Day.h"
 #include "Platform/Time/Moment.h"
 
 namespace nomely {
@@ -39,6 +40,8 @@ inline constexpr SafeDateFormatter chineseDateTime{"yyyy.M.d H:mm"};
 
 // "2026-03-01T09:30:05+08:00": ISO 8601 to the second with the local offset, Z when that is zero.
 [[nodiscard]] std::string timestamp(Moment moment);
+// "2026年3月1日 周日"
+[[nodiscard]] std::string dayHeading(Day day);
 }  // namespace DateFormatters
 
 }  // namespace nomely
