@@ -8,28 +8,27 @@
 
 namespace nomely {
 
-CLI::App& ActionCommand::add(CLI::App& app, const std::string& name, const std::string& summary,
-                             Action action) {
-  app.require_subcommand(0, 1);
-  CLI::App& place = *app.add_subcommand(name, summary)->group("操作");
-  place.set_help_flag("-h,--help", "显示帮助");
-  entries_.push_back({&place, std::move(action)});
-  return place;
+Syntax& ActionCommand::add(Syntax& command, const std::string& name, const std::string& summary,
+                           Action action) {
+  Syntax& part = command.addPart(name, summary);
+  entries_.push_back({&part, std::move(action)});
+  return part;
 }
 
-CLI::App& ActionCommand::addDefault(CLI::App& app, const std::string& name,
-                                    const std::string& summary, const Action& action) {
+Syntax& ActionCommand::addDefault(Syntax& command, const std::string& name,
+                                  const std::string& summary, const Action& action) {
   default_ = action;
-  return add(app, name, summary + "（默认）", action);
+  return add(command, name, summary + "（默认）", action);
 }
 
 void ActionCommand::run(Session& session) {
-  const auto named = std::ranges::find_if(entries_, &CLI::App::parsed, &Entry::app);
+  const auto named =
+      std::ranges::find_if(entries_, [](const Entry& entry) { return entry.syntax->isChosen; });
   if (named != entries_.end()) return named->action(session);
   if (default_) return default_(session);
   std::vector<std::string> names;
   names.reserve(entries_.size());
-  for (const Entry& entry : entries_) names.push_back(entry.app->get_name());
+  for (const Entry& entry : entries_) names.push_back(entry.syntax->name);
   throw UsageError(fmt::format("请写明要做什么：{}", fmt::join(names, "、")));
 }
 

@@ -18,15 +18,15 @@ class ActionCommand : public Command {
  protected:
   using Action = std::function<void(Session&)>;
 
-  // Declares an action of the command at `app` and returns the place for its arguments.
-  CLI::App& add(CLI::App& app, const std::string& name, const std::string& summary, Action action);
+  // Declares an action of the command and returns it for its arguments.
+  Syntax& add(Syntax& command, const std::string& name, const std::string& summary, Action action);
   // The same for the one that runs when none is named, too.
-  CLI::App& addDefault(CLI::App& app, const std::string& name, const std::string& summary,
-                       const Action& action);
+  Syntax& addDefault(Syntax& command, const std::string& name, const std::string& summary,
+                     const Action& action);
 
  private:
   struct Entry {
-    const CLI::App* app;
+    const Syntax* syntax;
     Action action;
   };
 

@@ -1,5 +1,6 @@
+#include <fmt/format.h>
+
 #include "CLI/Arguments.h"
-#include "CLI/Checks.h"
 #include "CLI/Command.h"
 #include "CLI/MemoOutput.h"
 #include "CLI/TextInput.h"
@@ -11,41 +12,62 @@ namespace {
 
 class AddCommand final : public Command {
  public:
-  void declare(CLI::App& app) override {
-    app.add_option("TEXT", text_, "正文；“-”为标准输入，省略则打开编辑器");
-    app.add_option("--date", date_, "日期，默认今天")->type_name("DATE");
-    app.add_option("--time", time_, "时间，默认现在")->type_name("HH:MM");
-    app.add_option("--tag", tags_, "标签，可重复")->type_name("TAG")->allow_extra_args(false);
-    app.add_option("--mood", mood_, "心情，一个整数")->type_name("N");
-    app.add_option("--attach", files_, "附件，可重复")
-        ->type_name("FILE")
-        ->allow_extra_args(false)
-        ->check(Checks::existingFile());
+  void declare(Syntax& syntax) override {
+    syntax.add({.name = "TEXT",
+                .help = "正文，可以是几个词；“-”为标准输入，省略则打开编辑器",
+                .target = &text_});
+    syntax.add({.name = "--date",
+                .help = "日期，默认今天",
+                .target = &date_,
+                .value = "DATE",
+                .kind = WordKind::date});
+    syntax.add({.name = "--time", .help = "时间，默认现在", .target = &time_, .value = "HH:MM"});
+    syntax.add({.name = "--tag",
+                .help = "标签，可重复",
+                .target = &tags_,
+                .value = "TAG",
+                .kind = WordKind::tag});
+    syntax.add({.name = "--mood",
+                .help = "心情，一个整数，常用 1（低落）到 5（很好）",
+                .target = &mood_,
+                .value = "N"});
+    syntax.add({.name = "--attach",
+                .help = "附件，可重复",
+                .target = &files_,
+                .value = "FILE",
+                .kind = WordKind::file});
+    syntax.examples = {"nomely add 早上跑步五公里 --tag 运动 --mood 4",
+                       "nomely add --date 昨天 --attach 照片.jpg 爬山", "date | nomely add -"};
   }
 
   void run(Session& session) override {
+    const std::vector<std::filesystem::path> files = Arguments::files(files_);
     const Day day = date_ ? Arguments::day(*date_, session.clock()) : session.clock().today();
     DayStore::NewMemo content;
     content.tags = Arguments::tags(tags_);
     if (time_) content.time = Arguments::time(*time_);
     if (mood_) content.mood = Arguments::integer(*mood_, "--mood");
 
+    EditorDraft::tellOfLeftBehind(session);
     TextInput input(session);
     // With files, no text is needed, and no editor is opened for one.
-    const bool asks = text_.has_value() || files_.empty() || !Terminal::isInput();
-    content.body = asks ? input.read(text_, "").value_or("") : "";
-    if (files_.empty() && trimSpaceAndBreaks(content.body).empty()) {
+    const bool asks = !text_.empty() || files.empty() || !Terminal::isInput();
+    content.body = asks ? input.read(Arguments::joined(text_), "").value_or("") : "";
+    if (files.empty() && trimSpaceAndBreaks(content.body).empty()) {
       input.accept();
       throw UsageError("正文是空的，没有新建笔记");
     }
-    const Memo memo =
-        session.memos().create(day, std::move(content), {files_.begin(), files_.end()});
+    const bool isNewRoot = !session.hasRoot();
+    const Memo memo = session.memos().create(day, std::move(content), files);
     input.accept();
-    MemoOutput::print({day, memo}, session);
+    if (isNewRoot)
+      session.say(fmt::format("新建了数据目录：{}",
+                              Terminal::printable(session.dayStore().paths().rootURL.string())));
+    MemoOutput::printStored({day, memo}, session);
   }
 
  private:
-  std::optional<std::string> text_;
+  std::vector<std::string> text_;
   std::optional<std::string> date_;
   std::optional<std::string> time_;
   std::optional<std::string> mood_;

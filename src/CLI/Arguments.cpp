@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "CLI/DateWords.h"
 #include "CLI/UsageError.h"
 #include "Core/Extensions/TagUtilities.h"
 #include "Core/Extensions/TextNumbers.h"
@@ -16,7 +17,8 @@ namespace {
 constexpr std::string_view identifierPrefix = "memo_";
 constexpr std::size_t shortestPrefix = 8;
 constexpr auto referenceForms =
-    "请写作 日期/编号（如 2026-03-01/7、today/7），或 memo_ 开头的标识"
+    "请写作 日期/编号（如 2026-03-01/7、today/7）、@（最新的一条）、@3（第 3 新的），或 memo_ "
+    "开头的标识"
     "（至少给出 memo_ 之后的 8 个字符）";
 
 // Reads every memo of the root, newest day first, until `visit` returns false. Unreadable files
@@ -31,6 +33,50 @@ void forEachMemo(const DayStore& store, Visit visit) {
       } catch (const Error&) {
       }
     }
+}
+
+// "@" is 1, "@3" is 3.
+std::optional<std::int64_t> rankIn(std::string_view reference) {
+  if (!reference.starts_with('@')) return std::nullopt;
+  if (reference.size() == 1) return 1;
+  const auto rank = parseDecimal(reference.substr(1));
+  if (!rank || *rank < 1)
+    throw UsageError(fmt::format("“{}”不是笔记的引用。{}", reference, referenceForms));
+  return rank;
+}
+
+// Days are read newest first until so many memos were seen.
+TimelineEntry memoByRank(std::int64_t rank, Session& session) {
+  std::int64_t seen = 0;
+  std::vector<MemoEntry> day;
+  std::optional<MemoEntry> found;
+  const auto settleDay = [&] {
+    std::ranges::stable_sort(day, orderedBefore);
+    if (!found && seen + std::ssize(day) >= rank)
+      found = day[static_cast<std::size_t>(rank - seen - 1)];
+    seen += std::ssize(day);
+    day.clear();
+  };
+  session.scan().forEach({}, RootScan::Order::newestFirst, [&](const MemoEntry& entry) {
+    if (!day.empty() && day.front().date != entry.date) settleDay();
+    day.push_back(entry);
+    return !found;
+  });
+  if (!found) settleDay();
+  if (!found) throw NameNotFoundError(fmt::format("没有第 {} 新的笔记，共 {} 条", rank, seen));
+  return {found->date, *found->memo};
+}
+
+// Of "2026-03-01/7".
+MemoPlace writtenPlace(const std::string& reference, const Session& session) {
+  const std::size_t slash = reference.find('/');
+  if (slash == std::string::npos)
+    throw UsageError(fmt::format("“{}”不是笔记的引用。{}", reference, referenceForms));
+  const Day date = Arguments::day(reference.substr(0, slash), session.clock());
+  const auto number = parseDecimal(std::string_view(reference).substr(slash + 1));
+  if (!number || *number < 1)
+    throw UsageError(fmt::format("“{}”中的编号应是从 1 开始的整数。{}", reference, referenceForms));
+  return {date, *number};
 }
 
 TimelineEntry memoByIdentifier(const std::string& identifier, const DayStore& store) {
@@ -50,13 +96,17 @@ TimelineEntry memoByIdentifier(const std::string& identifier, const DayStore& st
   return std::move(found.front());
 }
 
+NameNotFoundError notFound(const MemoPlace& place) {
+  return NameNotFoundError(
+      fmt::format("{} 没有编号为 {} 的笔记", place.day.string(), place.seqNumber));
+}
+
 // The identity that stands in the text of an unreadable file; empty when there is none.
 std::string identifierInFile(const std::string& reference, Session& session) {
-  const std::size_t slash = reference.find('/');
-  const Day date = Arguments::day(reference.substr(0, slash), session.clock());
-  const auto number = parseDecimal(std::string_view(reference).substr(slash + 1)).value_or(0);
+  const MemoPlace place = writtenPlace(reference, session);
   const StoreContext& storage = session.dayStore().context();
-  const auto bytes = storage.files.read(storage.paths.memoFile(date, number), MemoFile::maxSize);
+  const auto bytes =
+      storage.files.read(storage.paths.memoFile(place.day, place.seqNumber), MemoFile::maxSize);
   constexpr std::size_t digits = 32;
   const std::size_t at = bytes ? bytes->find(identifierPrefix) : std::string::npos;
   return at == std::string::npos ? "" : bytes->substr(at, identifierPrefix.size() + digits);
@@ -65,17 +115,10 @@ std::string identifierInFile(const std::string& reference, Session& session) {
 }  // namespace
 
 Day Arguments::day(const std::string& text, const Clock& clock) {
-  const Day today = clock.today();
-  if (text == "today" || text == "今天") return today;
-  if (text == "yesterday" || text == "昨天") return today.plusDays(-1);
-  if (const auto day = Day::parse(text)) return *day;
-  constexpr std::int64_t mostDaysAgo = 366 * 1000;
-  if (text.size() > 1 && text.front() == '-')
-    if (const auto ago = parseDecimal(std::string_view(text).substr(1));
-        ago && text[1] != '+' && *ago >= 0 && *ago <= mostDaysAgo)
-      return today.plusDays(-static_cast<int>(*ago));
-  throw UsageError(fmt::format(
-      "“{}”不是有效日期。请写作 2026-03-01、today/今天、yesterday/昨天，或 -N（N 天前）", text));
+  if (const auto day = DateWords::day(text, clock.today())) return *day;
+  throw UsageError(
+      fmt::format("“{}”不是有效日期。请写作 2026-03-01、3-1、today/今天、昨天、周五、-N 或 N天前",
+                  Terminal::printable(text)));
 }
 
 std::chrono::year_month Arguments::month(const std::string& text, const Clock& clock) {
@@ -117,6 +160,31 @@ std::vector<std::string> Arguments::tags(const std::vector<std::string>& texts) 
   return TagUtilities::uniqueTags(cleaned);
 }
 
+void Arguments::atMostOne(const std::vector<std::pair<const char*, bool>>& options) {
+  std::vector<std::string> used;
+  for (const auto& [name, isUsed] : options)
+    if (isUsed) used.emplace_back(name);
+  if (used.size() > 1)
+    throw UsageError(fmt::format("这些选项一次只能用一个：{}", fmt::join(used, "、")));
+}
+
+std::optional<std::string> Arguments::joined(const std::vector<std::string>& words) {
+  if (words.empty()) return std::nullopt;
+  return fmt::format("{}", fmt::join(words, " "));
+}
+
+std::vector<std::filesystem::path> Arguments::files(const std::vector<std::string>& names) {
+  for (const std::string& name : names) {
+    std::error_code ignored;
+    const auto status = std::filesystem::status(name, ignored);
+    if (!std::filesystem::exists(status))
+      throw NameNotFoundError(fmt::format("找不到文件：{}", name));
+    if (std::filesystem::is_directory(status))
+      throw UsageError(fmt::format("只能附加普通文件：{}", name));
+  }
+  return {names.begin(), names.end()};
+}
+
 TimelineEntry Arguments::memo(const std::string& reference, Session& session) {
   const DayStore& store = session.dayStore();
   if (reference.starts_with(identifierPrefix)) {
@@ -124,17 +192,37 @@ TimelineEntry Arguments::memo(const std::string& reference, Session& session) {
       throw UsageError(fmt::format("“{}”太短。{}", reference, referenceForms));
     return memoByIdentifier(reference, store);
   }
-  const std::size_t slash = reference.find('/');
-  if (slash == std::string::npos)
-    throw UsageError(fmt::format("“{}”不是笔记的引用。{}", reference, referenceForms));
-  const Day date = day(reference.substr(0, slash), session.clock());
-  const auto number = parseDecimal(std::string_view(reference).substr(slash + 1));
-  if (!number || *number < 1)
-    throw UsageError(fmt::format("“{}”中的编号应是从 1 开始的整数。{}", reference, referenceForms));
-  std::optional<Memo> memo = store.memoStore().read(date, *number);
-  if (!memo)
-    throw NameNotFoundError(fmt::format("{} 没有编号为 {} 的笔记", date.string(), *number));
-  return {date, std::move(*memo)};
+  if (const auto rank = rankIn(reference)) return memoByRank(*rank, session);
+  const MemoPlace place = writtenPlace(reference, session);
+  std::optional<Memo> memo = store.memoStore().read(place.day, place.seqNumber);
+  if (!memo) throw notFound(place);
+  return {place.day, std::move(*memo)};
+}
+
+std::vector<TimelineEntry> Arguments::memos(const std::vector<std::string>& references,
+                                            Session& session) {
+  std::vector<TimelineEntry> entries;
+  entries.reserve(references.size());
+  for (const std::string& reference : references) {
+    TimelineEntry entry = memo(reference, session);
+    const bool isKnown = std::ranges::any_of(entries, [&](const TimelineEntry& known) {
+      return known.date == entry.date && known.memo.seqNumber == entry.memo.seqNumber;
+    });
+    if (!isKnown) entries.push_back(std::move(entry));
+  }
+  return entries;
+}
+
+MemoPlace Arguments::place(const std::string& reference, Session& session) {
+  if (!reference.starts_with(identifierPrefix) && !reference.starts_with('@')) {
+    const MemoPlace place = writtenPlace(reference, session);
+    const DayStore& store = session.dayStore();
+    if (!store.context().files.exists(store.paths().memoFile(place.day, place.seqNumber)))
+      throw notFound(place);
+    return place;
+  }
+  const TimelineEntry entry = memo(reference, session);
+  return {entry.date, entry.memo.seqNumber};
 }
 
 Arguments::Past Arguments::past(const std::string& reference, Session& session) {
@@ -145,6 +233,7 @@ Arguments::Past Arguments::past(const std::string& reference, Session& session) 
     throw;
   } catch (const Error&) {
     // Nothing by that name, or nothing that can be read.
+    if (reference.starts_with('@')) throw;
     const std::string memoId =
         reference.starts_with(identifierPrefix) ? reference : identifierInFile(reference, session);
     const auto identities = session.memos().versions().identities(memoId);

@@ -2,13 +2,16 @@
 
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "CLI/Session.h"
 #include "Core/Query/TimelineQueryStore.h"
+#include "Core/Storage/MemoPlace.h"
 
 namespace nomely {
 
@@ -16,7 +19,7 @@ namespace nomely {
 // would be right.
 namespace Arguments {
 
-// "2026-03-01", today/今天, yesterday/昨天, "-3" (days ago).
+// As DateWords reads it.
 [[nodiscard]] Day day(const std::string& text, const Clock& clock);
 // "2026-03"; the present month for an empty text.
 [[nodiscard]] std::chrono::year_month month(const std::string& text, const Clock& clock);
@@ -26,9 +29,23 @@ namespace Arguments {
 [[nodiscard]] std::string tag(const std::string& text);
 [[nodiscard]] std::vector<std::string> tags(const std::vector<std::string>& texts);
 
-// The memo that is named by "2026-03-01/7", "today/7", its identifier, or "memo_" and at least the
-// first 8 characters after that. Throws NameNotFoundError too.
+// Throws when more than one of the options was given.
+void atMostOne(const std::vector<std::pair<const char*, bool>>& options);
+
+// "多 个 词" of several words; absent for none.
+[[nodiscard]] std::optional<std::string> joined(const std::vector<std::string>& words);
+// Files that are there and no folders. Throws NameNotFoundError too.
+[[nodiscard]] std::vector<std::filesystem::path> files(const std::vector<std::string>& names);
+
+// The memo that is named by "2026-03-01/7", "today/7", "@" (the newest), "@3" (the third newest),
+// its identifier, or "memo_" and at least the first 8 characters after that. Throws
+// NameNotFoundError too.
 [[nodiscard]] TimelineEntry memo(const std::string& reference, Session& session);
+// Each of them, those that are named twice once.
+[[nodiscard]] std::vector<TimelineEntry> memos(const std::vector<std::string>& references,
+                                               Session& session);
+// Where the memo stands, be its file readable or not.
+[[nodiscard]] MemoPlace place(const std::string& reference, Session& session);
 
 // A note by what is kept of its past.
 struct Past {

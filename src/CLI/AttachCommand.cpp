@@ -1,5 +1,4 @@
 #include "CLI/Arguments.h"
-#include "CLI/Checks.h"
 #include "CLI/Command.h"
 #include "CLI/MemoOutput.h"
 
@@ -8,17 +7,25 @@ namespace {
 
 class AttachCommand final : public Command {
  public:
-  void declare(CLI::App& app) override {
-    app.add_option("REF", reference_, "笔记：日期/编号，或 memo_ 标识")->required();
-    app.add_option("FILE", files_, "要附加的文件，可多个")
-        ->required()
-        ->check(Checks::existingFile());
+  void declare(Syntax& syntax) override {
+    syntax.add({.name = "REF",
+                .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识",
+                .target = &reference_,
+                .kind = WordKind::reference,
+                .isRequired = true});
+    syntax.add({.name = "FILE",
+                .help = "要附加的文件",
+                .target = &files_,
+                .kind = WordKind::file,
+                .isRequired = true});
+    syntax.examples = {"nomely attach @ ~/照片.jpg"};
   }
 
   void run(Session& session) override {
+    const std::vector<std::filesystem::path> files = Arguments::files(files_);
     TimelineEntry entry = Arguments::memo(reference_, session);
-    entry.memo = session.memos().attach(entry.date, entry.memo, {files_.begin(), files_.end()});
-    MemoOutput::print(entry, session);
+    entry.memo = session.memos().attach(entry.date, entry.memo, files);
+    MemoOutput::printStored(entry, session);
   }
 
  private:
@@ -28,9 +35,18 @@ class AttachCommand final : public Command {
 
 class DetachCommand final : public Command {
  public:
-  void declare(CLI::App& app) override {
-    app.add_option("REF", reference_, "笔记：日期/编号，或 memo_ 标识")->required();
-    app.add_option("NAME", names_, "附件的存储名或原名，可多个")->required();
+  void declare(Syntax& syntax) override {
+    syntax.add({.name = "REF",
+                .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识",
+                .target = &reference_,
+                .kind = WordKind::reference,
+                .isRequired = true});
+    syntax.add({.name = "NAME",
+                .help = "附件的存储名或原名",
+                .target = &names_,
+                .kind = WordKind::attachment,
+                .isRequired = true});
+    syntax.examples = {"nomely detach @ 照片.jpg"};
   }
 
   void run(Session& session) override {
@@ -40,7 +56,7 @@ class DetachCommand final : public Command {
     for (const std::string& name : names_)
       stored.push_back(Arguments::attachment(entry.memo, name));
     entry.memo = session.memos().detach(entry.date, entry.memo, stored);
-    MemoOutput::print(entry, session);
+    MemoOutput::printStored(entry, session);
   }
 
  private:

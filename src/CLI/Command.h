@@ -4,9 +4,8 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "CLI/Session.h"
+#include "CLI/Syntax.h"
 
 namespace nomely {
 
@@ -14,8 +13,8 @@ namespace nomely {
 class Command {
  public:
   virtual ~Command() = default;
-  // Called once, before parsing; `app` is the command's own place in the command line.
-  virtual void declare(CLI::App& app) = 0;
+  // Called once, before parsing; `syntax` is the command's own.
+  virtual void declare(Syntax& syntax) = 0;
   // Throws Error for whatever the user should read.
   virtual void run(Session& session) = 0;
 };
@@ -32,6 +31,8 @@ struct CommandEntry {
 [[nodiscard]] std::unique_ptr<Command> makeAddCommand();
 [[nodiscard]] std::unique_ptr<Command> makeListCommand();
 [[nodiscard]] std::unique_ptr<Command> makeShowCommand();
+[[nodiscard]] std::unique_ptr<Command> makeAppendCommand();
+[[nodiscard]] std::unique_ptr<Command> makeOpenCommand();
 [[nodiscard]] std::unique_ptr<Command> makeEditCommand();
 [[nodiscard]] std::unique_ptr<Command> makeSetCommand();
 [[nodiscard]] std::unique_ptr<Command> makeMoveCommand();

@@ -69,7 +69,7 @@ void run(Parser& parser, Session& session, const std::vector<std::string>& argum
     request.command->run(session);
   else
     showToday(session);
-  if (std::fflush(stdout) != 0) throw FileError("写入", "标准输出", errno);
+  session.flush();
 }
 
 // Of an exception that nobody gave words for a user: its own go to the log.

@@ -9,12 +9,14 @@ std::vector<CommandEntry> allCommands() {
   };
   add("add", "新建一条笔记", makeAddCommand());
   add("list", "列出笔记", makeListCommand());
-  add("show", "显示一条笔记", makeShowCommand());
+  add("show", "显示笔记", makeShowCommand());
+  add("append", "在正文末尾加一段", makeAppendCommand());
   add("edit", "修改正文，并留下历史版本", makeEditCommand());
   add("set", "修改时间、心情、标签、置顶或附件说明", makeSetCommand());
   add("move", "把笔记移到另一天", makeMoveCommand());
   add("attach", "给笔记加附件", makeAttachCommand());
   add("detach", "从笔记取下附件", makeDetachCommand());
+  add("open", "用桌面程序打开附件", makeOpenCommand());
   add("rm", "把笔记移入回收站", makeRemoveCommand());
   add("trash", "列出、恢复或清空回收站", makeTrashCommand());
   add("history", "列出、显示或恢复一条笔记的历史版本", makeHistoryCommand());
@@ -23,7 +25,7 @@ std::vector<CommandEntry> allCommands() {
   add("tags", "列出、改名、合并或删除标签", makeTagsCommand());
   add("month", "一个月的概览：每天的疏密、线索和可疑之处", makeMonthCommand());
   add("paste", "把剪贴板的 HTML 或 RTF 转成 Markdown", makePasteCommand());
-  add("export", "导出为网页", makeExportCommand());
+  add("export", "导出为网页或 Markdown 文档", makeExportCommand());
   add("doctor", "检查全部数据，不作改动", makeDoctorCommand());
   add("completion", "输出 shell 补全脚本", makeCompletionCommand());
   add("manual", "", makeManualCommand());  // for the build, which makes the manual page of it

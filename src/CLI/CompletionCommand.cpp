@@ -2,10 +2,8 @@
 
 #include <fmt/format.h>
 
-#include "CLI/Checks.h"
 #include "CLI/Command.h"
 #include "CLI/Parser.h"
-#include "CLI/UsageText.h"
 
 namespace nomely {
 namespace {
@@ -33,30 +31,23 @@ struct Completed {
   }
 };
 
-std::vector<std::string> optionNames(const CLI::App& app) {
+std::vector<std::string> optionNames(const Syntax& syntax) {
   std::vector<std::string> names;
-  for (const CLI::Option* option : app.get_options())
-    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
-  // Options of a group belong to the command around it.
-  for (const CLI::App* group :
-       app.get_subcommands([](const CLI::App* sub) { return sub->get_name().empty(); }))
-    for (std::string& name : optionNames(*group)) names.push_back(std::move(name));
+  for (const Argument& argument : syntax.arguments)
+    if (!argument.isPositional()) names.push_back(argument.names().back());
   return names;
 }
 
-bool takesFiles(const CLI::App& app) {
-  return std::ranges::any_of(app.get_options(), [](const CLI::Option* option) {
-    return option->get_type_name().find("FILE") != std::string::npos ||
-           option->get_name(true).find("FILE") != std::string::npos;
-  });
+bool takesFiles(const Syntax& syntax) {
+  return std::ranges::any_of(
+      syntax.arguments, [](const Argument& argument) { return argument.kind == WordKind::file; });
 }
 
-std::vector<Completed> completed(const CLI::App& app) {
+std::vector<Completed> completed(const Syntax& syntax) {
   std::vector<Completed> commands;
-  for (const CLI::App* command : namedSubcommands(app))
-    if (Parser::isShown(*command))
-      commands.push_back({command->get_name(), command->get_description(), optionNames(*command),
-                          takesFiles(*command), completed(*command)});
+  for (const Syntax* part : syntax.shownParts())
+    commands.push_back(
+        {part->name, part->summary, optionNames(*part), takesFiles(*part), completed(*part)});
   return commands;
 }
 
@@ -66,7 +57,7 @@ std::string bashCase(const std::string& pattern, const Completed& command) {
                      command.takesFiles ? 1 : 0);
 }
 
-std::string bashScript(const CLI::App& app) {
+std::string bashScript(const Syntax& app) {
   const Completed program{"nomely", "", optionNames(app), false, completed(app)};
   std::string cases;
   for (const Completed& command : program.actions) {
@@ -103,7 +94,7 @@ std::vector<std::string> wordsOfAll(const Completed& command) {
   return words;
 }
 
-std::string zshScript(const CLI::App& app) {
+std::string zshScript(const Syntax& app) {
   const std::string globals = fmt::format("{}", fmt::join(optionNames(app), " "));
   std::string names;
   std::string cases;
@@ -129,7 +120,7 @@ std::string fishLines(const std::string& condition, const Completed& command) {
   return lines;
 }
 
-std::string fishScript(const CLI::App& app) {
+std::string fishScript(const Syntax& app) {
   std::string script = "complete -c nomely -f\n";
   for (const std::string& option : optionNames(app))
     script += fmt::format("complete -c nomely -l {}\n", option.substr(2));
@@ -151,17 +142,19 @@ std::string fishScript(const CLI::App& app) {
 
 class CompletionCommand final : public Command {
  public:
-  void declare(CLI::App& app) override {
-    app.add_option("SHELL", shell_, "bash、zsh 或 fish")
-        ->required()
-        ->check(Checks::oneOf({"bash", "zsh", "fish"}));
+  void declare(Syntax& syntax) override {
+    syntax.add({.name = "SHELL",
+                .help = "bash、zsh 或 fish",
+                .target = &shell_,
+                .choices = {"bash", "zsh", "fish"},
+                .isRequired = true});
   }
 
   void run(Session& session) override {
     const Parser parser(session);
-    if (shell_ == "bash") return session.print(bashScript(parser.app()));
-    if (shell_ == "zsh") return session.print(zshScript(parser.app()));
-    session.print(fishScript(parser.app()));
+    if (shell_ == "bash") return session.print(bashScript(parser.syntax()));
+    if (shell_ == "zsh") return session.print(zshScript(parser.syntax()));
+    session.print(fishScript(parser.syntax()));
   }
 
  private:

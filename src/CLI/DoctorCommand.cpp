@@ -13,8 +13,11 @@ namespace {
 
 class DoctorCommand final : public Command {
  public:
-  void declare(CLI::App& app) override {
-    app.add_flag("--fix", fix_, "修复换行、BOM 和缺少的文件头，先逐条列出并询问，原文件会留着");
+  void declare(Syntax& syntax) override {
+    syntax.add({.name = "--fix",
+                .help = "修复换行、BOM 和缺少的文件头，先逐条列出并询问，原文件会留着",
+                .target = &fix_});
+    syntax.examples = {"nomely doctor", "nomely doctor --fix"};
   }
 
   void run(Session& session) override {

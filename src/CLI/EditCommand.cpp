@@ -11,16 +11,23 @@ namespace {
 
 class EditCommand final : public Command {
  public:
-  void declare(CLI::App& app) override {
-    app.add_option("REF", reference_, "笔记：日期/编号，或 memo_ 标识")->required();
-    app.add_option("TEXT", text_, "新的正文；“-”为标准输入，省略则打开编辑器");
+  void declare(Syntax& syntax) override {
+    syntax.add({.name = "REF",
+                .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识",
+                .target = &reference_,
+                .kind = WordKind::reference,
+                .isRequired = true});
+    syntax.add({.name = "TEXT",
+                .help = "新的正文，可以是几个词；“-”为标准输入，省略则打开编辑器",
+                .target = &text_});
+    syntax.examples = {"nomely edit @", "nomely edit today/1 改好的正文"};
   }
 
   void run(Session& session) override {
     TimelineEntry entry = Arguments::memo(reference_, session);
     TextInput input(session);
     const std::string shown = MemoTextUtilities::textForEditing(entry.memo.body);
-    const std::optional<std::string> body = input.read(text_, shown);
+    const std::optional<std::string> body = input.read(Arguments::joined(text_), shown);
     if (body && entry.memo.attachments.empty() && trimSpaceAndBreaks(*body).empty()) {
       input.accept();
       throw UsageError("新的正文是空的，笔记未改动");
@@ -31,13 +38,14 @@ class EditCommand final : public Command {
     } else {
       entry.memo = session.memos().edit(entry.date, entry.memo, *body);
       input.accept();
+      return MemoOutput::printStored(entry, session);
     }
     MemoOutput::print(entry, session);
   }
 
  private:
   std::string reference_;
-  std::optional<std::string> text_;
+  std::vector<std::string> text_;
 };
 
 }  // namespace

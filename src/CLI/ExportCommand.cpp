@@ -7,20 +7,22 @@
 #include "CLI/Progress.h"
 #include "CLI/UsageError.h"
 #include "Export/HTMLExporter.h"
-#include "Platform/Cancellation.h"
 
 namespace nomely {
 namespace {
 
 class ExportCommand final : public ActionCommand {
  public:
-  void declare(CLI::App& app) override {
-    CLI::App& page =
-        add(app, "html", "一个自带图片的网页", [this](Session& session) { html(session); });
+  void declare(Syntax& syntax) override {
+    Syntax& page =
+        add(syntax, "html", "一个自带图片的网页", [this](Session& session) { html(session); });
     selection_.declare(page);
-    page.add_option("-o,--output", output_,
-                    "写到哪个文件，- 为标准输出，默认为当前文件夹里的 Nomely-导出-日期.html")
-        ->type_name("FILE");
+    page.add({.name = "-o,--output",
+              .help = "写到哪个文件，- 为标准输出，默认为当前文件夹里的 Nomely-导出-日期.html",
+              .target = &output_,
+              .value = "FILE",
+              .kind = WordKind::file});
+    page.examples = {"nomely export html --all -o 日记.html"};
   }
 
  private:
@@ -30,10 +32,7 @@ class ExportCommand final : public ActionCommand {
     // Memos are read twice, so that no list of them has to be held.
     std::size_t count = 0;
     session.host([&](const std::stop_token& stop) {
-      selection_.forEach(session, [&](const MemoEntry&) {
-        throwIfStopped(stop);
-        ++count;
-      });
+      selection_.forEach(session, stop, [&](const MemoEntry&) { ++count; });
     });
     if (!toOutput) return writeFile(session, count);
     session.host([&](const std::stop_token& stop) {
@@ -47,8 +46,7 @@ class ExportCommand final : public ActionCommand {
     std::size_t done = 0;
     const HTMLExporter::Selection chosen{
         count, [&](const auto& visit) {
-          selection_.forEach(session, [&](const MemoEntry& entry) {
-            throwIfStopped(stop);
+          selection_.forEach(session, stop, [&](const MemoEntry& entry) {
             visit(entry);
             ++done;
             progress.show(static_cast<double>(done) / static_cast<double>(count));
@@ -85,7 +83,7 @@ class ExportCommand final : public ActionCommand {
     session.say(fmt::format("已导出 {} 条笔记，{} 字节：{}", count, bytes, file.string()));
   }
 
-  MemoSelection selection_;
+  MemoSelection selection_{MemoSelection::Default::today};
   std::optional<std::string> output_;
 };
 

@@ -2,8 +2,9 @@
 
 #include "CLI/ActionCommand.h"
 #include "CLI/Arguments.h"
-#include "CLI/Checks.h"
+#include "CLI/HistoryDiff.h"
 #include "CLI/MemoOutput.h"
+#include "CLI/PagedOutput.h"
 #include "CLI/UsageError.h"
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Storage/VersionStore.h"
@@ -20,13 +21,24 @@ Json jsonOf(const VersionEntry& version, std::size_t index, Day day) {
 
 class HistoryCommand final : public ActionCommand {
  public:
-  void declare(CLI::App& app) override {
-    app.add_option("REF", reference_, "笔记：日期/编号，或 memo_ 标识")->required();
-    addDefault(app, "list", "列出历史版本", with(&HistoryCommand::list));
-    addNumber(add(app, "show", "显示一个版本", with(&HistoryCommand::show)));
-    addNumber(add(app, "restore", "恢复一个版本", with(&HistoryCommand::restore)));
-    add(app, "original", "改写前的原文件，由其他程序写成", with(&HistoryCommand::original));
-    add(app, "clear", "永久删除全部版本和原文件", with(&HistoryCommand::clear));
+  void declare(Syntax& syntax) override {
+    syntax.add({.name = "REF",
+                .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识；后者也可以是已坏或已不在的",
+                .target = &reference_,
+                .kind = WordKind::pastReference,
+                .isRequired = true});
+    addDefault(syntax, "list", "列出历史版本", with(&HistoryCommand::list));
+    addNumber(add(syntax, "show", "显示一个版本", with(&HistoryCommand::show)), true);
+    addNumber(add(syntax, "diff", "从一个版本到现在改了什么，默认最新的版本",
+                  with(&HistoryCommand::diff)),
+              false);
+    addNumber(add(syntax, "restore", "恢复一个版本", with(&HistoryCommand::restore)), true);
+    add(syntax, "original", "改写前的原文件，由其他程序写成", with(&HistoryCommand::original));
+    add(syntax, "clear", "永久删除全部版本和原文件", with(&HistoryCommand::clear));
+    syntax.add(
+        {.name = "--oneline", .help = "每个版本一行：序号、时间、首行", .target = &oneLine_});
+    syntax.examples = {"nomely history @", "nomely history today/1 diff",
+                       "nomely history today/1 restore 2"};
   }
 
  private:
@@ -47,10 +59,9 @@ class HistoryCommand final : public ActionCommand {
     };
   }
 
-  void addNumber(CLI::App& app) {
-    app.add_option("N", number_, "版本序号，1 为最新")
-        ->required()
-        ->check(Checks::positive("版本序号"));
+  void addNumber(Syntax& action, bool isRequired) {
+    action.add(
+        {.name = "N", .help = "版本序号，1 为最新", .target = &number_, .isRequired = isRequired});
   }
 
   static MemoPlace placeOf(const Arguments::Past& past, Session& session) {
@@ -71,11 +82,13 @@ class HistoryCommand final : public ActionCommand {
     std::size_t index = 0;
     for (const VersionEntry& version : subject.versions) {
       json.push_back(jsonOf(version, ++index, day));
-      text += heading(session.style(), version, index) +
-              MemoOutput::text({day, version.memo}, session.style()) + "\n";
+      text += oneLine_
+                  ? MemoOutput::oneLine(std::to_string(index), timeOf(version), version.memo.body)
+                  : heading(session.style(), version, index) +
+                        MemoOutput::text({day, version.memo}, session.style()) + "\n";
     }
     if (session.isJson()) return session.printJson(json);
-    const PagedOutput pager(session.environment(), session.isJson());
+    const PagedOutput pager(session);
     session.print(text);
     if (subject.versions.empty()) session.say("这条笔记没有历史版本。");
     if (!subject.past.entry)
@@ -87,7 +100,7 @@ class HistoryCommand final : public ActionCommand {
 
   void show(Session& session, Subject& subject) const {
     const VersionEntry& version = chosen(subject.versions);
-    const std::size_t index = static_cast<std::size_t>(number_);
+    const std::size_t index = number();
     const Day day = subject.place.day;
     if (session.isJson()) return session.printJson(jsonOf(version, index, day));
     session.print(heading(session.style(), version, index) +
@@ -103,7 +116,21 @@ class HistoryCommand final : public ActionCommand {
       auto [day, memo] = session.memos().restoreVanished(version);
       entry = {day, std::move(memo)};
     }
-    MemoOutput::print(entry, session);
+    MemoOutput::printStored(entry, session);
+  }
+
+  void diff(Session& session, Subject& subject) const {
+    if (!subject.past.entry)
+      throw NameNotFoundError("这条笔记读不出或已不在，没有可比较的现状。见 history show");
+    const VersionEntry& version = chosen(subject.versions);
+    const HistoryDiff diff(version.memo, subject.past.entry->memo);
+    if (session.isJson())
+      return session.printJson({{"index", number()},
+                                {"timestamp", DateFormatters::timestamp(version.timestamp)},
+                                {"diff", diff.text(Style(false))}});
+    const PagedOutput pager(session);
+    session.print(diff.text(session.style()));
+    if (diff.isEmpty()) session.say("没有不同。");
   }
 
   void original(Session& session, Subject& subject) const {
@@ -125,20 +152,25 @@ class HistoryCommand final : public ActionCommand {
   }
 
   static std::string heading(const Style& style, const VersionEntry& version, std::size_t index) {
-    return style.bold(fmt::format("{}  {}", index,
-                                  DateFormatters::isoDateTime.format(version.timestamp))) +
-           "\n";
+    return style.bold(fmt::format("{}  {}", index, timeOf(version))) + "\n";
   }
 
+  static std::string timeOf(const VersionEntry& version) {
+    return DateFormatters::isoDateTime.format(version.timestamp);
+  }
+
+  [[nodiscard]] std::size_t number() const { return static_cast<std::size_t>(number_.value_or(1)); }
+
   [[nodiscard]] const VersionEntry& chosen(const std::vector<VersionEntry>& versions) const {
-    if (number_ > std::ssize(versions))
+    if (number() > versions.size())
       throw NameNotFoundError(
-          fmt::format("没有第 {} 个历史版本，共 {} 个", number_, versions.size()));
-    return versions[static_cast<std::size_t>(number_) - 1];
+          fmt::format("没有第 {} 个历史版本，共 {} 个", number(), versions.size()));
+    return versions[number() - 1];
   }
 
   std::string reference_;
-  std::int64_t number_ = 1;
+  std::optional<std::int64_t> number_;
+  bool oneLine_ = false;
 };
 
 }  // namespace

@@ -1,28 +1,35 @@
 #include "CLI/Command.h"
 #include "CLI/MemoOutput.h"
 #include "CLI/MemoSelection.h"
+#include "CLI/PagedOutput.h"
 
 namespace nomely {
 namespace {
 
 class ListCommand final : public Command {
  public:
-  void declare(CLI::App& app) override { selection_.declare(app); }
+  void declare(Syntax& syntax) override {
+    selection_.declare(syntax);
+    syntax.add({.name = "--oneline", .help = "每条一行：引用、时间、首行", .target = &oneLine_});
+    syntax.examples = {"nomely list --day 昨天", "nomely list --tag 读书 --from 2026-01-01",
+                       "nomely list -n 20 --oneline"};
+  }
 
   void run(Session& session) override {
-    const PagedOutput pager(session.environment(), session.isJson());
-    MemoListPrinter printer(session);
-    selection_.forEach(session, [&](const MemoEntry& entry) {
+    const auto day = selection_.day(session);
+    const PagedOutput pager(session);
+    MemoListPrinter printer(session, oneLine_ ? ListForm::oneLine : ListForm::full);
+    selection_.forEach(session, {}, [&](const MemoEntry& entry) {
       printer.add({entry.date, *entry.memo});
     });
-    const auto day = selection_.day(session);
-    if (day && printer.count() == 0 && !session.isJson())
-      session.say(MemoOutput::dayHeading(*day) + "没有笔记。");
     printer.finish();
+    if (printer.count() > 0 || !session.hasRoot()) return;
+    session.say(day ? MemoOutput::dayHeading(*day) + "没有这样的笔记。" : "没有这样的笔记。");
   }
 
  private:
-  MemoSelection selection_;
+  MemoSelection selection_{MemoSelection::Default::today};
+  bool oneLine_ = false;
 };
 
 }  // namespace
@@ -33,9 +40,17 @@ std::unique_ptr<Command> makeListCommand() {
 
 void showToday(Session& session) {
   const Day today = session.clock().today();
-  const TimelineQueryStore timeline(session.dayStore());
+  const PagedOutput pager(session);
   MemoListPrinter printer(session);
-  for (Memo& memo : timeline.visibleMemos(today)) printer.add({today, std::move(memo)});
+  RootScan scan(session.dayStore().context());
+  scan.onUnreadable = [&](const RootScan::Unreadable& unreadable) {
+    session.tellUnreadable(unreadable.file, unreadable.reason);
+  };
+  scan.forEach({.from = today, .to = today}, RootScan::Order::newestFirst,
+               [&](const MemoEntry& entry) {
+                 printer.add({entry.date, *entry.memo});
+                 return true;
+               });
   printer.finish();
   if (printer.count() > 0 || session.isJson()) return;
   session.say("今天还没有笔记。写一条：nomely add \"今天……\"；全部命令：nomely help");

@@ -1,8 +1,8 @@
 #include <fmt/format.h>
 
 #include "CLI/Command.h"
+#include "CLI/HelpText.h"
 #include "CLI/Parser.h"
-#include "CLI/UsageText.h"
 
 namespace nomely {
 namespace {
@@ -22,27 +22,18 @@ std::string roff(std::string_view text) {
   return escaped;
 }
 
-std::string optionsOf(const CLI::App& app) {
+std::string optionsOf(const Syntax& syntax) {
   std::string text;
-  for (const CLI::Option* option : app.get_options()) {
-    if (option->get_group().empty()) continue;
-    std::string name =
-        option->get_positional() ? option->get_name(true) : option->get_name(false, true);
-    if (!option->get_positional() && option->get_type_size() != 0)
-      name += " " + option->get_type_name();
-    text += fmt::format(".TP\n.B {}\n{}\n", roff(name), roff(option->get_description()));
-  }
-  for (const CLI::App* group :
-       app.get_subcommands([](const CLI::App* sub) { return sub->get_name().empty(); }))
-    text += optionsOf(*group);
+  for (const Argument& argument : syntax.arguments)
+    text += fmt::format(".TP\n.B {}\n{}\n", roff(HelpText::heading(argument)), roff(argument.help));
   return text;
 }
 
-std::string actionsOf(const CLI::App& command) {
+std::string actionsOf(const Syntax& command) {
   std::string text;
-  for (const CLI::App* action : namedSubcommands(command))
-    text += fmt::format(".TP\n.B {} {}\n{}\n.RS\n{}.RE\n", command.get_name(), action->get_name(),
-                        roff(action->get_description()), optionsOf(*action));
+  for (const Syntax* action : command.shownParts())
+    text += fmt::format(".TP\n.B {} {}\n{}\n.RS\n{}.RE\n", command.name, action->name,
+                        roff(action->summary), optionsOf(*action));
   return text;
 }
 
@@ -81,15 +72,14 @@ constexpr auto closing = R"(.SH 退出状态
 
 class ManualCommand final : public Command {
  public:
-  void declare(CLI::App&) override {}
+  void declare(Syntax&) override {}
 
   void run(Session& session) override {
     const Parser parser(session);
     std::string page = opening;
-    page += ".SH 全局选项\n" + optionsOf(parser.app()) + ".SH 命令\n";
-    for (const CLI::App* command : namedSubcommands(parser.app())) {
-      if (!Parser::isShown(*command)) continue;
-      page += fmt::format(".SS {}\n{}\n", command->get_name(), roff(command->get_description()));
+    page += ".SH 全局选项\n" + optionsOf(parser.syntax()) + ".SH 命令\n";
+    for (const Syntax* command : parser.syntax().shownParts()) {
+      page += fmt::format(".SS {}\n{}\n", command->name, roff(command->summary));
       page += optionsOf(*command) + actionsOf(*command);
     }
     session.print(page + closing);

@@ -1,11 +1,15 @@
 #include "CLI/MemoOutput.h"
 
+#include <algorithm>
 #include <array>
 
 #include <fmt/format.h>
 
 #include "CLI/MarkdownDrawing.h"
 #include "Core/Extensions/TagNames.h"
+#include "Core/Markdown/Text/MemoTextUtilities.h"
+#include "Platform/Files/FileError.h"
+#include "Platform/Text/Unicode.h"
 
 namespace nomely {
 namespace {
@@ -89,10 +93,18 @@ std::string MemoOutput::dayHeading(Day day) {
                      weekdays[weekday.c_encoding()]);
 }
 
-std::string MemoOutput::drawn(const TimelineEntry& entry, const Style& style) {
-  return heading(entry, style) +
-         MarkdownDrawing::drawBody(entry.memo.body, style, Terminal::columns()) +
+std::string MemoOutput::drawn(const TimelineEntry& entry, const Style& style, std::size_t width) {
+  return heading(entry, style) + MarkdownDrawing::drawBody(entry.memo.body, style, width) +
          attachmentLines(entry.memo, style);
+}
+
+std::string MemoOutput::oneLine(std::string_view reference, std::string_view time,
+                                std::string_view body) {
+  const std::string shown = MemoTextUtilities::textForEditing(body);
+  const std::string_view text = trimSpaceAndBreaks(shown);
+  std::string line = Terminal::printable(text.substr(0, text.find('\n')));
+  std::ranges::replace(line, '\t', ' ');
+  return fmt::format("{}\t{}\t{}\n", reference, Terminal::printable(time), line);
 }
 
 std::string MemoOutput::text(const TimelineEntry& entry, const Style& style) {
@@ -109,11 +121,44 @@ void MemoOutput::print(const TimelineEntry& entry, const Session& session) {
     session.print(text(entry, session.style()));
 }
 
+namespace {
+
+// Runs `print` and sees to it that all has left the program.
+template <typename Print>
+void printingStored(std::string_view what, const Session& session, Print print) {
+  try {
+    print();
+    session.flush();
+  } catch (const FileError& error) {
+    throw Error("output.failed", fmt::format("{}已保存，但结果没能输出：{}", what, error.what()));
+  }
+}
+
+}  // namespace
+
+void MemoOutput::printStored(const TimelineEntry& entry, const Session& session) {
+  printingStored(fmt::format("笔记 {}/{} ", entry.date.string(), entry.memo.seqNumber), session,
+                 [&] { print(entry, session); });
+}
+
+void MemoOutput::printStored(const std::vector<TimelineEntry>& entries, const Session& session) {
+  if (entries.size() == 1) return printStored(entries.front(), session);
+  printingStored(fmt::format("{} 条笔记", entries.size()), session, [&] {
+    MemoListPrinter printer(session);
+    for (const TimelineEntry& entry : entries) printer.add(entry);
+    printer.finish();
+  });
+}
+
 void MemoListPrinter::add(const TimelineEntry& entry) {
   if (session_.isJson()) {
     session_.print(count_ == 0 ? "[" : ",\n ");
     std::string item = MemoOutput::json(entry).dump(-1, ' ', false, Json::error_handler_t::replace);
     session_.print(item);
+  } else if (form_ == ListForm::oneLine) {
+    session_.print(
+        MemoOutput::oneLine(fmt::format("{}/{}", entry.date.string(), entry.memo.seqNumber),
+                            entry.memo.time, entry.memo.body));
   } else {
     if (day_ != entry.date)
       session_.print(fmt::format("{}{}\n\n", count_ == 0 ? "" : "\n",

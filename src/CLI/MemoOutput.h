@@ -17,19 +17,31 @@ namespace MemoOutput {
 // A heading with the memo's place and marks, its body, its attachments.
 [[nodiscard]] std::string text(const TimelineEntry& entry, const Style& style);
 // The same with the body drawn as the Markdown that it is.
-[[nodiscard]] std::string drawn(const TimelineEntry& entry, const Style& style);
+[[nodiscard]] std::string drawn(const TimelineEntry& entry, const Style& style, std::size_t width);
+// "REF<tab>time<tab>first line", for other programs to cut.
+[[nodiscard]] std::string oneLine(std::string_view reference, std::string_view time,
+                                  std::string_view body);
 // "2026年3月1日 周日"
 [[nodiscard]] std::string dayHeading(Day day);
 
 // The memo in the form that was asked for.
 void print(const TimelineEntry& entry, const Session& session);
+// The same for what has just been stored: when nothing can be printed, the error says that the memo
+// is stored all the same.
+void printStored(const TimelineEntry& entry, const Session& session);
+// One memo as itself, several as a list.
+void printStored(const std::vector<TimelineEntry>& entries, const Session& session);
 
 }  // namespace MemoOutput
 
-// Prints a list as it is produced: memos under a heading for each day, or one JSON array.
+enum class ListForm { full, oneLine };
+
+// Prints a list as it is produced: memos under a heading for each day, a line each, or one JSON
+// array.
 class MemoListPrinter {
  public:
-  explicit MemoListPrinter(const Session& session) : session_(session), style_(session.style()) {}
+  explicit MemoListPrinter(const Session& session, ListForm form = ListForm::full)
+      : session_(session), style_(session.style()), form_(form) {}
 
   void add(const TimelineEntry& entry);
   // Ends the list.
@@ -39,6 +51,7 @@ class MemoListPrinter {
  private:
   const Session& session_;
   Style style_;
+  ListForm form_;
   std::optional<Day> day_;
   std::size_t count_ = 0;
 };

@@ -3,52 +3,120 @@
 #include <algorithm>
 #include <limits>
 
+#include <fmt/format.h>
+
 #include "CLI/Arguments.h"
-#include "CLI/Checks.h"
+#include "CLI/UsageError.h"
 
 namespace nomely {
 
-void MemoSelection::declare(CLI::App& app) {
-  auto* selection = app.add_option_group("selection");
-  selection->add_option("--day", day_, "某一天，默认今天")->type_name("DATE");
-  selection->add_flag("--all", all_, "主时间线上的全部笔记，最新的在前");
-  selection->add_option("--tag", tag_, "有此标签（或其下级）的")->type_name("TAG");
-  for (List& each : lists_) selection->add_flag(each.option, each.chosen, each.help);
-  selection->require_option(0, 1);
-  app.add_option("-n,--limit", limit_, "最多几条")->type_name("N")->check(Checks::positive("-n "));
+void MemoSelection::declare(Syntax& syntax) {
+  const bool isToday = default_ == Default::today;
+  const auto date = [&](const char* name, const char* help, std::optional<std::string>& target) {
+    syntax.add(
+        {.name = name, .help = help, .target = &target, .value = "DATE", .kind = WordKind::date});
+  };
+  date("--day", isToday ? "某一天，默认今天" : "某一天", day_);
+  date("--from", "从哪一天起", from_);
+  date("--to", "到哪一天为止", to_);
+  syntax.add({.name = "--all", .help = "主时间线上的全部笔记", .target = &all_});
+  syntax.add({.name = "--tag",
+              .help = "有此标签或其下级的，可重复",
+              .target = &tags_,
+              .value = "TAG",
+              .kind = WordKind::tag});
+  syntax.add({.name = "--untagged", .help = "没有标签的", .target = &untagged_});
+  syntax.add({.name = "--images", .help = "有图片的", .target = &images_});
+  syntax.add({.name = "--links", .help = "有链接的", .target = &links_});
+  syntax.add({.name = "--audio",
+              .help = isToday ? "有录音的，最大的在前" : "有录音的",
+              .target = &audio_});
+  syntax.add({.name = "--files", .help = "有其他附件的", .target = &files_});
+  syntax.add({.name = "--pinned", .help = "置顶的", .target = &pinned_});
+  syntax.add({.name = "--on-this-day",
+              .help = "往年此日的，默认今天的月和日",
+              .target = &onThisDay_,
+              .value = "DATE",
+              .kind = WordKind::date,
+              .mayLackValue = true});
+  syntax.add({.name = "-n,--limit", .help = "最多几条", .target = &limit_, .value = "N"});
+  syntax.add({.name = "--reverse", .help = "倒过来，最早的在前", .target = &reverse_});
 }
 
-const MemoSelection::List* MemoSelection::chosenList() const {
-  const auto* const found = std::ranges::find_if(lists_, &List::chosen);
-  return found == lists_.end() ? nullptr : found;
+bool MemoSelection::hasConditions() const {
+  return day_ || from_ || to_ || onThisDay_ || !tags_.empty() || untagged_ || images_ || links_ ||
+         audio_ || files_ || pinned_;
 }
 
 std::optional<Day> MemoSelection::day(const Session& session) const {
-  if (all_ || tag_ || chosenList() != nullptr) return std::nullopt;
-  return day_ ? Arguments::day(*day_, session.clock()) : session.clock().today();
+  const bool asksForNothing = !hasConditions() && !all_ && !limit_;
+  if (asksForNothing && default_ == Default::today) return session.clock().today();
+  if (day_) return Arguments::day(*day_, session.clock());
+  return std::nullopt;
 }
 
-void MemoSelection::forEach(Session& session,
+MemoFilter MemoSelection::filter(const Session& session) const {
+  const auto read = [&](const std::optional<std::string>& date) -> std::optional<Day> {
+    if (!date) return std::nullopt;
+    return Arguments::day(*date, session.clock());
+  };
+  MemoFilter filter{.from = read(from_), .to = read(to_), .tags = Arguments::tags(tags_)};
+  if (filter.from && filter.to && *filter.from > *filter.to)
+    throw UsageError(fmt::format("--from {} 在 --to {} 之后，请对调", filter.from->string(),
+                                 filter.to->string()));
+  if (const auto only = day(session)) {
+    filter.from = filter.from ? std::max(*filter.from, *only) : *only;
+    filter.to = filter.to ? std::min(*filter.to, *only) : *only;
+  }
+  if (onThisDay_)
+    filter.onThisDay = onThisDay_->empty() ? session.clock().today()
+                                           : Arguments::day(*onThisDay_, session.clock());
+  // "-n 20" alone: of what the timeline shows.
+  filter.mainTimeline = all_ || (default_ == Default::today && limit_ && !hasConditions());
+  filter.untagged = untagged_;
+  filter.images = images_;
+  filter.links = links_;
+  filter.audio = audio_;
+  filter.files = files_;
+  filter.pinned = pinned_;
+  return filter;
+}
+
+RootScan::Order MemoSelection::order() const {
+  return reverse_ ? RootScan::Order::oldestFirst : RootScan::Order::newestFirst;
+}
+
+std::optional<std::size_t> MemoSelection::limit() const {
+  if (!limit_) return std::nullopt;
+  return static_cast<std::size_t>(*limit_);
+}
+
+void MemoSelection::tellOfMore(const Session& session, std::size_t limit) {
+  session.say(fmt::format("只列出了 {} 条，还有更多。用 -n 列出更多。", limit));
+}
+
+void MemoSelection::forEach(Session& session, const std::stop_token& stop,
                             const std::function<void(const MemoEntry&)>& visit) const {
-  auto left = static_cast<std::size_t>(limit_.value_or(std::numeric_limits<std::int64_t>::max()));
-  const TimelineQueryStore timeline(session.dayStore());
-  if (all_)
-    return timeline.forEachVisibleEntry([&](const MemoEntry& entry) {
-      visit(entry);
-      return --left > 0;
-    });
-  TimelineQueryStore::Entries entries;
-  if (const auto chosen = day(session)) {
-    for (Memo& memo : timeline.visibleMemos(*chosen))
-      entries.push_back({*chosen, std::make_shared<const Memo>(std::move(memo))});
-  } else {
-    entries = tag_ ? timeline.entriesWithTag(Arguments::tag(*tag_))
-                   : chosenList()->query(timeline, session.clock().today());
-  }
-  for (const MemoEntry& entry : entries) {
-    if (left-- == 0) break;
+  const MemoFilter chosen = filter(session);
+  const std::size_t most = limit().value_or(std::numeric_limits<std::size_t>::max() - 1);
+  RootScan scan = session.scan(stop);
+  std::size_t count = 0;
+  const auto take = [&](const MemoEntry& entry) {
+    if (count == most) {
+      tellOfMore(session, most);
+      return false;
+    }
+    ++count;
     visit(entry);
-  }
+    return true;
+  };
+  if (!audio_) return scan.forEach(chosen, order(), take);
+  // The smallest come first when the order is turned round: then all have to be held.
+  auto largest =
+      scan.audioBySize(chosen, reverse_ ? std::numeric_limits<std::size_t>::max() : most + 1);
+  if (reverse_) std::ranges::reverse(largest);
+  for (const SizedEntry& sized : largest)
+    if (!take(sized.entry)) return;
 }
 
 }  // namespace nomely

@@ -1,67 +1,64 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <stop_token>
 #include <string>
-
-#include <CLI/CLI.hpp>
+#include <vector>
 
 #include "CLI/Session.h"
-#include "Core/Query/TimelineQueryStore.h"
+#include "CLI/Syntax.h"
+#include "Core/Query/RootScan.h"
 
 namespace nomely {
 
-// The options that choose memos, which `list` and `export` share: a day, a tag, everything, or one
-// of the timeline's lists.
+// The options that choose memos, for `list`, `search` and `export`. Several hold together.
 class MemoSelection {
  public:
-  MemoSelection() = default;
+  // What is chosen when nothing is asked for.
+  enum class Default { today, everything };
+
+  explicit MemoSelection(Default chosen) : default_(chosen) {}
   // The options write into it.
   MemoSelection(const MemoSelection&) = delete;
   MemoSelection& operator=(const MemoSelection&) = delete;
 
-  void declare(CLI::App& app);
+  void declare(Syntax& syntax);
 
-  // The chosen memos in the order of their list, as many as were asked for. Throws UsageError
-  // before the first.
-  void forEach(Session& session, const std::function<void(const MemoEntry&)>& visit) const;
-  // The day whose memos are chosen; absent when it is not a day's.
+  // Throws UsageError.
+  [[nodiscard]] MemoFilter filter(const Session& session) const;
+  [[nodiscard]] RootScan::Order order() const;
+  [[nodiscard]] std::optional<std::size_t> limit() const;
+
+  // Calls `visit` with the chosen memos in the order of their list, and says so when the limit
+  // cuts it. Throws UsageError before the first, CancellationError when stopped.
+  void forEach(Session& session, const std::stop_token& stop,
+               const std::function<void(const MemoEntry&)>& visit) const;
+  // "只列出了 50 条……" on standard error.
+  static void tellOfMore(const Session& session, std::size_t limit);
+  // The day whose memos are chosen; absent when they may be of several.
   [[nodiscard]] std::optional<Day> day(const Session& session) const;
 
  private:
-  struct List {
-    const char* option;
-    const char* help;
-    std::function<TimelineQueryStore::Entries(const TimelineQueryStore&, Day today)> query;
-    bool chosen = false;
-  };
+  // Whether something besides "all" and a number is asked for.
+  [[nodiscard]] bool hasConditions() const;
 
-  [[nodiscard]] const List* chosenList() const;
-  // A list that is the same on every day.
-  template <auto query>
-  static TimelineQueryStore::Entries timeless(const TimelineQueryStore& timeline, Day) {
-    return (timeline.*query)();
-  }
-
+  Default default_;
   std::optional<std::string> day_;
-  std::optional<std::string> tag_;
-  std::array<List, 7> lists_{{
-      {"--untagged", "没有标签的", timeless<&TimelineQueryStore::entriesWithoutTags>},
-      {"--images", "有图片的", timeless<&TimelineQueryStore::entriesWithImages>},
-      {"--links", "有链接的", timeless<&TimelineQueryStore::entriesWithLinks>},
-      {"--audio", "有录音的，最大的在前",
-       timeless<&TimelineQueryStore::entriesWithAudioSortedBySize>},
-      {"--files", "有其他附件的", timeless<&TimelineQueryStore::entriesWithAttachments>},
-      {"--pinned", "置顶的", timeless<&TimelineQueryStore::pinnedEntries>},
-      {"--on-this-day", "往年今日的",
-       [](const TimelineQueryStore& timeline, Day today) {
-         return timeline.onThisDayEntries(today);
-       }},
-  }};
+  std::optional<std::string> from_;
+  std::optional<std::string> to_;
+  std::optional<std::string> onThisDay_;  // empty: today
+  std::vector<std::string> tags_;
   std::optional<std::int64_t> limit_;
   bool all_ = false;
+  bool untagged_ = false;
+  bool images_ = false;
+  bool links_ = false;
+  bool audio_ = false;
+  bool files_ = false;
+  bool pinned_ = false;
+  bool reverse_ = false;
 };
 
 }  // namespace nomely

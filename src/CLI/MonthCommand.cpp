@@ -7,6 +7,7 @@
 #include "Browser/MonthOverviewStore.h"
 #include "CLI/Arguments.h"
 #include "CLI/Command.h"
+#include "CLI/PagedOutput.h"
 
 namespace nomely {
 namespace {
@@ -119,8 +120,12 @@ std::string textOf(const MonthOverview& overview, std::chrono::year_month month,
 
 class MonthCommand final : public Command {
  public:
-  void declare(CLI::App& app) override {
-    app.add_option("MONTH", month_, "月份，如 2026-03；默认本月")->type_name("YYYY-MM");
+  void declare(Syntax& syntax) override {
+    syntax.add({.name = "MONTH",
+                .help = "月份，如 2026-03；默认本月",
+                .target = &month_,
+                .kind = WordKind::month});
+    syntax.examples = {"nomely month 2026-03"};
   }
 
   void run(Session& session) override {
@@ -132,7 +137,7 @@ class MonthCommand final : public Command {
     const MonthOverview overview = MonthOverviewStore::compute(
         static_cast<int>(month.year()), static_cast<unsigned>(month.month()), memos);
     if (session.isJson()) return session.printJson(jsonOf(overview));
-    const PagedOutput pager(session.environment(), session.isJson());
+    const PagedOutput pager(session);
     session.print(textOf(overview, month, session.style()));
   }
 

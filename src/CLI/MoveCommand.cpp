@@ -7,9 +7,18 @@ namespace {
 
 class MoveCommand final : public Command {
  public:
-  void declare(CLI::App& app) override {
-    app.add_option("REF", reference_, "笔记：日期/编号，或 memo_ 标识")->required();
-    app.add_option("DATE", date_, "移到哪一天")->required();
+  void declare(Syntax& syntax) override {
+    syntax.add({.name = "REF",
+                .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识",
+                .target = &reference_,
+                .kind = WordKind::reference,
+                .isRequired = true});
+    syntax.add({.name = "DATE",
+                .help = "移到哪一天",
+                .target = &date_,
+                .kind = WordKind::date,
+                .isRequired = true});
+    syntax.examples = {"nomely move today/3 昨天"};
   }
 
   void run(Session& session) override {
@@ -19,7 +28,7 @@ class MoveCommand final : public Command {
       session.say("笔记已在这一天，未改动。");
     else
       entry = {to, session.memos().move(entry.date, entry.memo, to)};
-    MemoOutput::print(entry, session);
+    MemoOutput::printStored(entry, session);
   }
 
  private:

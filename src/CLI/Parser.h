@@ -1,21 +1,21 @@
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "CLI/Command.h"
 #include "CLI/Session.h"
+#include "CLI/Syntax.h"
 
 namespace nomely {
 
-// The program's command line: global options, which may stand anywhere, and one place for each
-// command.
+// The program's command line: global options, which may stand anywhere, and its commands.
 class Parser {
  public:
+  // The options write into the session.
   explicit Parser(Session& session);
+  Parser(const Parser&) = delete;
+  Parser& operator=(const Parser&) = delete;
 
   // What the user asked for.
   struct Request {
@@ -23,21 +23,20 @@ class Parser {
     std::string help;            // not empty: only this text is wanted
   };
   // Throws UsageError.
-  [[nodiscard]] Request parse(const std::vector<std::string>& arguments);
+  [[nodiscard]] Request parse(const std::vector<std::string>& words);
 
-  // The whole command line with everything declared, for completion and the manual.
-  [[nodiscard]] const CLI::App& app() const { return app_; }
-  // Whether help, manual and completion tell of the command: it has a description.
-  [[nodiscard]] static bool isShown(const CLI::App& command);
+  // Everything that is declared, for completion and the manual.
+  [[nodiscard]] const Syntax& syntax() const { return program_; }
 
  private:
   void declareGlobalOptions();
   void declareCommands();
   // Of the command and its action that are named; of the program without names.
   [[nodiscard]] std::string help(const std::vector<std::string>& names) const;
+  [[nodiscard]] std::string helpOfChosen() const;
 
   Session& session_;
-  CLI::App app_;
+  Syntax program_;
   std::vector<CommandEntry> commands_;
   std::vector<std::string> helpNames_;
 };

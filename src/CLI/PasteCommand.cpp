@@ -32,8 +32,12 @@ class Clipping final : public Pasteboard {
 
 class PasteCommand final : public Command {
  public:
-  void declare(CLI::App& app) override {
-    app.add_option("FILE", file_, "剪贴板里的 HTML 或 RTF，省略或 - 为标准输入");
+  void declare(Syntax& syntax) override {
+    syntax.add({.name = "FILE",
+                .help = "剪贴板里的 HTML 或 RTF，省略或 - 为标准输入",
+                .target = &file_,
+                .kind = WordKind::file});
+    syntax.examples = {"wl-paste -t text/html | nomely paste | nomely add -"};
   }
 
   void run(Session& session) override {
@@ -41,7 +45,7 @@ class PasteCommand final : public Command {
         ClipboardMarkdownImporter::markdown(Clipping(InputFile::read(session.files(), file_)));
     if (!markdown) throw Error("paste.nothing", "其中没有可以粘贴的文字");
     if (session.isJson()) return session.printJson({{"markdown", *markdown}});
-    session.print(Terminal::isOutput() ? Terminal::printable(*markdown) : *markdown);
+    session.print(session.isOutputTerminal() ? Terminal::printable(*markdown) : *markdown);
     session.print("\n");
   }
 

@@ -8,15 +8,17 @@ namespace {
 
 class RemoveCommand final : public Command {
  public:
-  void declare(CLI::App& app) override {
-    app.add_option("REF", references_, "笔记：日期/编号，或 memo_ 标识，可多条")->required();
+  void declare(Syntax& syntax) override {
+    syntax.add({.name = "REF",
+                .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识，可多条",
+                .target = &references_,
+                .kind = WordKind::reference,
+                .isRequired = true});
+    syntax.examples = {"nomely rm today/2 today/3"};
   }
 
   void run(Session& session) override {
-    std::vector<TimelineEntry> entries;
-    entries.reserve(references_.size());
-    for (const std::string& reference : references_)
-      entries.push_back(Arguments::memo(reference, session));
+    const std::vector<TimelineEntry> entries = Arguments::memos(references_, session);
     Json removed = Json::array();
     for (const TimelineEntry& entry : entries) {
       const std::string subdir = session.memos().trash(entry.date, entry.memo).trashSubdir;

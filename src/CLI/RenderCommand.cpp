@@ -1,8 +1,10 @@
 #include <fmt/format.h>
 
+#include "CLI/Arguments.h"
 #include "CLI/Command.h"
 #include "CLI/InputFile.h"
 #include "CLI/MarkdownDrawing.h"
+#include "CLI/PagedOutput.h"
 #include "CLI/UsageError.h"
 #include "Core/Markdown/Inline/MemoBodyKit.h"
 #include "Core/Markdown/MarkdownTextView.h"
@@ -81,24 +83,27 @@ std::string listed(const Json& block, const Style& style) {
 
 class RenderCommand final : public Command {
  public:
-  void declare(CLI::App& app) override {
-    app.add_option("FILE", file_, "Markdown 文件，省略或为 - 时读标准输入");
-    app.add_flag("--html", html_, "网页片段，与导出的网页相同");
-    app.add_flag("--blocks", blocks_, "列出各块及其内容");
-    app.add_flag("--preview", preview_, "卡片上折叠后的文字");
+  void declare(Syntax& syntax) override {
+    syntax.add({.name = "FILE",
+                .help = "Markdown 文件，省略或为 - 时读标准输入",
+                .target = &file_,
+                .kind = WordKind::file});
+    syntax.add({.name = "--html", .help = "网页片段，与导出的网页相同", .target = &html_});
+    syntax.add({.name = "--blocks", .help = "列出各块及其内容", .target = &blocks_});
+    syntax.add({.name = "--preview", .help = "卡片上折叠后的文字", .target = &preview_});
+    syntax.examples = {"nomely render 会议.md"};
   }
 
   void run(Session& session) override {
-    if (html_ + blocks_ + preview_ > 1)
-      throw UsageError("--html、--blocks 与 --preview 一次只能用一个");
+    Arguments::atMostOne({{"--html", html_}, {"--blocks", blocks_}, {"--preview", preview_}});
     const std::string text = read(session);
     if (preview_) return printPreview(text, session);
     if (html_) return printHtml(text, session);
     const auto blocks = MarkdownTextView::blocks(text);
     if (session.isJson()) return session.printJson(jsonOf(*blocks));
-    const PagedOutput pager(session.environment(), session.isJson());
+    const PagedOutput pager(session);
     if (!blocks_)
-      return session.print(MarkdownDrawing::drawBody(text, session.style(), Terminal::columns()));
+      return session.print(MarkdownDrawing::drawBody(text, session.style(), session.columns()));
     for (const Json& block : jsonOf(*blocks)) session.print(listed(block, session.style()));
   }
 

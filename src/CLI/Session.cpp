@@ -12,6 +12,8 @@
 #include "CLI/UsageError.h"
 #include "Platform/Concurrency/NotificationCenter.h"
 #include "Platform/Files/FileError.h"
+#include "Platform/Text/Ascii.h"
+#include "Platform/Text/Unicode.h"
 
 namespace nomely {
 
@@ -68,7 +70,7 @@ ColorMode Session::colorMode() const {
 }
 
 Style Session::style() const {
-  return Terminal::styleFor(colorMode(), Terminal::isOutput(), environment());
+  return Terminal::styleFor(colorMode(), isOutputTerminal_, environment());
 }
 
 Style Session::errorStyle() const {
@@ -80,6 +82,10 @@ void Session::print(std::string_view text) const {
     throw FileError("写入", "标准输出", errno);
 }
 
+void Session::flush() const {
+  if (std::fflush(stdout) != 0) throw FileError("写入", "标准输出", errno);
+}
+
 void Session::printJson(const Json& json) const {
   print(json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
 }
@@ -88,15 +94,44 @@ void Session::say(std::string_view text) const {
   if (!options.quiet) fmt::print(stderr, "{}\n", text);
 }
 
+bool Session::hasRoot() {
+  return dayStore().context().files.exists(dayStore().paths().rootURL);
+}
+
+void Session::tellOfMissingRoot() {
+  if (!hasRoot())
+    say(fmt::format(
+        "数据目录不存在：{}。用 --root 或 NOMELY_ROOT 指定，或用 nomely add 写下第一条。",
+        Terminal::printable(dayStore().paths().rootURL.string())));
+}
+
+RootScan Session::scan(std::stop_token stop) {
+  tellOfMissingRoot();
+  RootScan scan(dayStore().context(), std::move(stop));
+  scan.onUnreadable = [this](const RootScan::Unreadable& unreadable) {
+    tellUnreadable(unreadable.file, unreadable.reason);
+  };
+  return scan;
+}
+
+void Session::tellUnreadable(const std::filesystem::path& file, std::string_view reason) {
+  if (unreadable_.insert(file).second)
+    say(fmt::format("{}{}：{}", errorStyle().warning("读不出 "), Terminal::printable(file.string()),
+                    Terminal::printable(reason)));
+}
+
 bool Session::confirm(std::string_view question) const {
   if (options.yes) return true;
   if (options.noInput || !Terminal::isInput())
     throw UsageError(fmt::format("{}此操作需要确认，请加 --yes。", question));
   fmt::print(stderr, "{} [y/N] ", question);
   std::fflush(stderr);
-  std::string answer;
-  std::getline(std::cin, answer);
-  return answer == "y" || answer == "Y" || answer == "yes" || answer == "是";
+  std::string typed;
+  std::getline(std::cin, typed);
+  const std::string answer = loweredAscii(trimSpaceAndBreaks(typed));
+  const bool isYes = answer == "y" || answer == "yes" || answer == "是";
+  if (!isYes) say("已取消。");
+  return isYes;
 }
 
 }  // namespace nomely

@@ -6,21 +6,20 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <stop_token>
 #include <string>
 #include <string_view>
 
-#include <nlohmann/json.hpp>
-
 #include "App/Application.h"
+#include "CLI/Json.h"
 #include "CLI/Terminal.h"
+#include "Core/Query/RootScan.h"
 #include "Platform/Concurrency/RunLoop.h"
 #include "Platform/Concurrency/Subscription.h"
 #include "Platform/System/Environment.h"
 
 namespace nomely {
-
-using Json = nlohmann::ordered_json;
 
 // What stands before or after every command.
 struct GlobalOptions {
@@ -54,10 +53,17 @@ class Session {
   [[nodiscard]] const Clock& clock() const { return machine_.clock; }
   [[nodiscard]] FileManager files() const { return FileManager(machine_.fileSystem); }
 
-  // Built when first asked for. Throws UsageError for a root that is no folder.
+  // Built when first asked for. Throws FileError for a root that is no folder.
   [[nodiscard]] Application& application();
   [[nodiscard]] const DayStore& dayStore() { return application().dayStore(); }
   [[nodiscard]] const MemoService& memos() { return application().memos(); }
+
+  // Whether the data root is there. What reads it alone says so when it isn't.
+  [[nodiscard]] bool hasRoot();
+  void tellOfMissingRoot();
+  // Reads the root without an index, and tells of each file that can't be read, once.
+  [[nodiscard]] RootScan scan(std::stop_token stop = {});
+  void tellUnreadable(const std::filesystem::path& file, std::string_view reason);
 
   // Runs long work on a thread of its own while the main executor runs here, and returns or throws
   // as it does. An interrupt stops its token; work that ends with CancellationError then ends the
@@ -67,16 +73,21 @@ class Session {
   [[nodiscard]] bool isJson() const { return options.json; }
   [[nodiscard]] Style style() const;
   [[nodiscard]] Style errorStyle() const;
+  // Of standard output as it was at the start: a pager may have taken its place since.
+  [[nodiscard]] bool isOutputTerminal() const { return isOutputTerminal_; }
+  [[nodiscard]] std::size_t columns() const { return columns_; }
 
   // Data, to standard output. Throws FileError when that can't be written.
   void print(std::string_view text) const;
+  // Hands over what was printed so far. Throws FileError.
+  void flush() const;
   // The one document of a command under --json.
   void printJson(const Json& json) const;
   // A remark, to standard error, unless the user asked for quiet.
   void say(std::string_view text) const;
 
-  // Asks before something is destroyed: true for yes. Throws UsageError where nobody can answer
-  // and --yes was not given.
+  // Asks before something is destroyed: true for yes; a no is acknowledged. Throws UsageError where
+  // nobody can answer and --yes was not given.
   [[nodiscard]] bool confirm(std::string_view question) const;
 
  private:
@@ -84,6 +95,9 @@ class Session {
   [[nodiscard]] ColorMode colorMode() const;
 
   Machine machine_;
+  bool isOutputTerminal_ = Terminal::isOutput();
+  std::size_t columns_ = Terminal::columns();
+  std::set<std::filesystem::path> unreadable_;
   RunLoop runLoop_;
   std::unique_ptr<Application> application_;
   std::atomic<bool> toldOfOriginal_ = false;

@@ -1,5 +1,7 @@
 #include <algorithm>
 
+#include <fmt/format.h>
+
 #include "CLI/Arguments.h"
 #include "CLI/Command.h"
 #include "CLI/MemoOutput.h"
@@ -11,39 +13,60 @@ namespace {
 
 class SetCommand final : public Command {
  public:
-  void declare(CLI::App& app) override {
-    app.add_option("REF", reference_, "笔记：日期/编号，或 memo_ 标识")->required();
-    app.add_option("--time", time_, "时间")->type_name("HH:MM");
-    app.add_option("--mood", mood_, "心情，一个整数；none 为取消")->type_name("N|none");
-    app.add_option("--tag", tags_, "加标签，可重复")->type_name("TAG")->allow_extra_args(false);
-    app.add_option("--untag", untags_, "去标签，可重复")->type_name("TAG")->allow_extra_args(false);
-    auto* pin = app.add_flag("--pin", pin_, "置顶");
-    app.add_flag("--unpin", unpin_, "取消置顶（同时取消锁定）")->excludes(pin);
-    auto* lock = app.add_flag("--lock", lock_, "锁定在最上（同时置顶）");
-    app.add_flag("--unlock", unlock_, "取消锁定")->excludes(lock);
-    app.add_option("--describe", describe_, "附件说明；说明为空则删除")
-        ->type_name("FILE TEXT")
-        ->type_size(2)
-        ->expected(1);
+  void declare(Syntax& syntax) override {
+    syntax.add({.name = "REF",
+                .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识，可多条",
+                .target = &references_,
+                .kind = WordKind::reference,
+                .isRequired = true});
+    const auto tag = [&](const char* name, const char* help, std::vector<std::string>& target) {
+      syntax.add(
+          {.name = name, .help = help, .target = &target, .value = "TAG", .kind = WordKind::tag});
+    };
+    syntax.add({.name = "--time", .help = "时间", .target = &time_, .value = "HH:MM"});
+    syntax.add({.name = "--mood",
+                .help = "心情，一个整数，常用 1（低落）到 5（很好）；none 为取消",
+                .target = &mood_,
+                .value = "N|none"});
+    tag("--tag", "加标签，可重复", tags_);
+    tag("--untag", "去标签，可重复", untags_);
+    syntax.add({.name = "--pin", .help = "置顶", .target = &pin_});
+    syntax.add({.name = "--unpin", .help = "取消置顶（同时取消锁定）", .target = &unpin_});
+    syntax.add({.name = "--lock", .help = "锁定在最上（同时置顶）", .target = &lock_});
+    syntax.add({.name = "--unlock", .help = "取消锁定", .target = &unlock_});
+    syntax.add({.name = "--describe",
+                .help = "附件说明；说明为空则删除",
+                .target = &describe_,
+                .value = "FILE TEXT",
+                .kind = WordKind::attachment,
+                .words = 2});
+    syntax.examples = {"nomely set @ --mood 4 --tag 生活", "nomely set today/1 today/2 --pin"};
   }
 
   void run(Session& session) override {
-    if (unpin_ && lock_) throw UsageError("--unpin 与 --lock 不能同时使用");
+    Arguments::atMostOne({{"--pin", pin_}, {"--unpin", unpin_}});
+    Arguments::atMostOne({{"--lock", lock_}, {"--unlock", unlock_}});
+    Arguments::atMostOne({{"--unpin", unpin_}, {"--lock", lock_}});
     const bool asked = time_ || mood_ || !tags_.empty() || !untags_.empty() || pin_ || unpin_ ||
                        lock_ || unlock_ || !describe_.empty();
     if (!asked) throw UsageError("没有要改的内容。例如 nomely set today/1 --mood 4 --tag 生活");
-    TimelineEntry entry = Arguments::memo(reference_, session);
-    Memo changed = entry.memo;
-    apply(changed);
-    if (changed == entry.memo)
-      session.say("没有变化，笔记未改动。");
-    else
-      entry.memo =
-          session.memos().change(entry.date, entry.memo, [&](Memo& memo) { memo = changed; });
-    MemoOutput::print(entry, session);
+    std::vector<TimelineEntry> entries = Arguments::memos(references_, session);
+    std::vector<Memo> changed;
+    changed.reserve(entries.size());
+    for (const TimelineEntry& entry : entries) apply(changed.emplace_back(entry.memo));
+    for (std::size_t i = 0; i < entries.size(); ++i) store(changed[i], entries[i], session);
+    MemoOutput::printStored(entries, session);
   }
 
  private:
+  static void store(const Memo& changed, TimelineEntry& entry, Session& session) {
+    if (changed == entry.memo)
+      return session.say(
+          fmt::format("{}/{} 没有变化，笔记未改动。", entry.date.string(), entry.memo.seqNumber));
+    entry.memo =
+        session.memos().change(entry.date, entry.memo, [&](Memo& memo) { memo = changed; });
+  }
+
   void apply(Memo& memo) const {
     if (time_) memo.time = Arguments::time(*time_);
     if (mood_) memo.mood = moodOf(*mood_);
@@ -70,7 +93,7 @@ class SetCommand final : public Command {
     memo.tags = TagUtilities::uniqueTags(memo.tags);
   }
 
-  std::string reference_;
+  std::vector<std::string> references_;
   std::optional<std::string> time_;
   std::optional<std::string> mood_;
   std::vector<std::string> tags_;

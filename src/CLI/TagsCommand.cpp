@@ -2,8 +2,10 @@
 
 #include "CLI/ActionCommand.h"
 #include "CLI/Arguments.h"
+#include "CLI/PagedOutput.h"
 #include "CLI/Progress.h"
 #include "CLI/UsageError.h"
+#include "Core/Extensions/TagNames.h"
 #include "Core/Query/TagManagementStore.h"
 #include "Platform/Cancellation.h"
 
@@ -12,55 +14,63 @@ namespace {
 
 class TagsCommand final : public ActionCommand {
  public:
-  void declare(CLI::App& app) override {
-    addDefault(app, "list", "列出标签", with(&TagsCommand::list));
-    CLI::App& renaming = add(app, "rename", "改名，下级标签一起", with(&TagsCommand::rename));
-    renaming.add_option("OLD", tag_, "旧标签")->required();
-    renaming.add_option("NEW", other_, "新标签")->required();
-    CLI::App& merging = add(app, "merge", "并入另一个标签", with(&TagsCommand::merge));
-    merging.add_option("TAG", tag_, "标签")->required();
-    merging.add_option("INTO", other_, "并入的标签")->required();
-    CLI::App& erasing = add(app, "delete", "从笔记去掉标签", with(&TagsCommand::erase));
-    erasing.add_option("TAG", tag_, "标签")->required();
-    erasing.add_flag("--with-memos", withMemos_, "连同笔记移入回收站");
-    add(app, "count", "有多少条笔记用这个标签", with(&TagsCommand::count))
-        .add_option("TAG", tag_, "标签")
-        ->required();
+  void declare(Syntax& syntax) override {
+    addDefault(syntax, "list", "列出标签", list);
+    Syntax& renaming = add(syntax, "rename", "改名，下级标签一起", with(&TagsCommand::rename));
+    renaming.add(tagArgument("OLD", "旧标签", tag_));
+    renaming.add(tagArgument("NEW", "新标签", other_));
+    Syntax& merging = add(syntax, "merge", "并入另一个标签", with(&TagsCommand::merge));
+    merging.add(tagArgument("TAG", "标签", tag_));
+    merging.add(tagArgument("INTO", "并入的标签", other_));
+    Syntax& erasing = add(syntax, "delete", "从笔记去掉标签", with(&TagsCommand::erase));
+    erasing.add(tagArgument("TAG", "标签", tag_));
+    erasing.add({.name = "--with-memos", .help = "连同笔记移入回收站", .target = &withMemos_});
+    add(syntax, "count", "有多少条笔记用这个标签", with(&TagsCommand::count))
+        .add(tagArgument("TAG", "标签", tag_));
+    syntax.examples = {"nomely tags", "nomely tags rename 跑步 运动/跑步"};
   }
 
  private:
   using Change = std::function<TagChange(const TagRun&)>;
 
+  static Argument tagArgument(const char* name, const char* help, std::string& target) {
+    return {
+        .name = name, .help = help, .target = &target, .kind = WordKind::tag, .isRequired = true};
+  }
+
   Action with(void (TagsCommand::*action)(Session&, const TagManagementStore&) const) {
     return [this, action](Session& session) {
-      bool failed = false;
       const TagManagementStore store(session.memos(), session.application().searchIndex(),
-                                     [&](const std::string& message) {
-                                       failed = true;
-                                       session.say(message);
-                                     });
+                                     [&](const std::string& message) { session.say(message); });
       (this->*action)(session, store);
-      if (failed) throw Error("tags.incomplete", "有笔记未能更新，其余已完成");
     };
   }
 
-  void list(Session& session, const TagManagementStore& store) const {
-    const std::vector<TagUse> rows = store.loadAllTags();
+  static void list(Session& session) {
+    std::vector<TagUse> rows;
+    session.host([&](const std::stop_token& stop) {
+      Progress progress(session, "读取");
+      RootScan scan = session.scan(stop);
+      scan.progress = [&](double share) { progress.show(share); };
+      rows = scan.allTags();
+    });
+    std::erase_if(rows, [](const TagUse& use) { return TagNames::isHidden(use.tag); });
     if (session.isJson()) {
       Json json = Json::array();
       for (const TagUse& row : rows)
         json.push_back({{"tag", row.tag}, {"count", row.count}, {"latestDate", row.latestDate}});
       return session.printJson(json);
     }
-    const PagedOutput pager(session.environment(), session.isJson());
+    const PagedOutput pager(session);
     for (const TagUse& row : rows)
       session.print(fmt::format("{:6}  {}\n", row.count,
                                 session.style().tag("#" + Terminal::printable(row.tag))));
-    if (rows.empty()) session.say("还没有标签。");
+    if (rows.empty() && session.hasRoot()) session.say("还没有标签。");
   }
 
   void count(Session& session, const TagManagementStore& store) const {
     const std::string tag = Arguments::tag(tag_);
+    session.tellOfMissingRoot();
     const std::int64_t found = store.countNotesWithTag(tag);
     if (session.isJson())
       session.printJson({{"tag", tag}, {"count", found}});
@@ -73,7 +83,7 @@ class TagsCommand final : public ActionCommand {
     const Change change = [&](const auto& run) {
       return withMemos_ ? store.deleteTagWithMemos(tag, run) : store.deleteTag(tag, run);
     };
-    apply(session, store, change, [&](const TagChange& planned) {
+    apply(session, change, [&](const TagChange& planned) {
       return withMemos_
                  ? fmt::format("将把带有标签“{}”的 {} 条笔记移入回收站。", tag, planned.memos)
                  : fmt::format("将从 {} 条笔记去掉标签“{}”{}。", planned.memos, tag,
@@ -95,7 +105,7 @@ class TagsCommand final : public ActionCommand {
     const std::string to = Arguments::tag(other_);
     if (from == to) throw UsageError("两个标签相同，没有要改的");
     apply(
-        session, store, [&](const auto& run) { return (store.*change)(from, to, run); },
+        session, [&](const auto& run) { return (store.*change)(from, to, run); },
         [&](const TagChange& planned) {
           return fmt::format("将在 {} 条笔记中把标签“{}”换成“{}”{}。", planned.memos, from, to,
                              bodiesText(planned));
@@ -103,7 +113,7 @@ class TagsCommand final : public ActionCommand {
   }
 
   // Asks with what a dry run finds, then makes the change.
-  void apply(Session& session, const TagManagementStore& store, const Change& change,
+  void apply(Session& session, const Change& change,
              const std::function<std::string(const TagChange&)>& question) const {
     if (session.confirm(question(hosted(session, "查找", change, true)))) {
       const TagChange done = hosted(session, "修改", change, false);
@@ -112,7 +122,7 @@ class TagsCommand final : public ActionCommand {
       if (done.failed > 0)
         throw Error("tags.incomplete", fmt::format("有 {} 处未能更新，其余已完成", done.failed));
     }
-    if (session.isJson()) list(session, store);
+    if (session.isJson()) list(session);
   }
 
   static TagChange hosted(Session& session, const char* label, const Change& change, bool isDry) {

@@ -1,15 +1,7 @@
 #include "CLI/Terminal.h"
 
-#include <array>
-#include <cerrno>
-#include <cstdio>
-#include <utility>
-
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <signal.h>
 #include <sys/ioctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "Platform/Text/Unicode.h"
@@ -60,44 +52,6 @@ std::string Terminal::printable(std::string_view text) {
     text.remove_prefix(character.length);
   }
   return shown;
-}
-
-PagedOutput::PagedOutput(const Environment& environment, bool isJson) {
-  if (isJson || !Terminal::isOutput()) return;
-  const std::string command = environment.get("PAGER").value_or("less");
-  if (command.empty() || command == "cat") return;
-  std::array<int, 2> pipe{};
-  if (::pipe2(pipe.data(), O_CLOEXEC) != 0) return;
-  std::fflush(stdout);
-  pager_ = ::fork();
-  if (pager_ == 0) {
-    ::dup2(pipe[0], STDIN_FILENO);
-    // Short output is shown in place, colours pass, and the screen is left as it is.
-    ::setenv("LESS", "FRX", 0);
-    ::execlp("sh", "sh", "-c", command.c_str(), nullptr);
-    ::_exit(127);
-  }
-  ::close(pipe[0]);
-  if (pager_ > 0) {
-    terminal_ = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
-    ::dup2(pipe[1], STDOUT_FILENO);
-    ::signal(SIGINT, SIG_IGN);  // the pager's to handle
-  }
-  ::close(pipe[1]);
-}
-
-PagedOutput::~PagedOutput() {
-  if (pager_ <= 0) return;
-  std::fflush(stdout);
-  // Closing the only write end is what tells the pager that the listing is complete.
-  if (terminal_ >= 0) {
-    ::dup2(terminal_, STDOUT_FILENO);
-    ::close(terminal_);
-  } else {
-    ::close(STDOUT_FILENO);
-  }
-  while (::waitpid(pager_, nullptr, 0) < 0 && errno == EINTR) {
-  }
 }
 
 }  // namespace nomely

@@ -49,19 +49,4 @@ namespace Terminal {
 
 }  // namespace Terminal
 
-// Standard output for a long listing: through $PAGER when it is a terminal, as git's listings, and
-// never for JSON.
-// The pager is waited for at the end of the object's life.
-class PagedOutput {
- public:
-  PagedOutput(const Environment& environment, bool isJson);
-  ~PagedOutput();
-  PagedOutput(const PagedOutput&) = delete;
-  PagedOutput& operator=(const PagedOutput&) = delete;
-
- private:
-  int pager_ = -1;  // process id
-  int terminal_ = -1;
-};
-
 }  // namespace nomely

@@ -1,17 +1,11 @@
 #include "CLI/TextInput.h"
 
-#include <cerrno>
-
 #include <fmt/format.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "CLI/InputFile.h"
+#include "CLI/Programs.h"
 #include "CLI/UsageError.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
-#include "Platform/Files/FileError.h"
-#include "Platform/System/Uuid.h"
 #include "Platform/Text/LineEnds.h"
 #include "Platform/Text/Unicode.h"
 
@@ -29,39 +23,24 @@ std::string asBody(const std::string& text, std::string_view from) {
   return std::string(body);
 }
 
-// Runs the user's editor on `file` and returns its exit status, 128 plus the signal for a death.
-int runEditor(const std::string& editor, const std::filesystem::path& file) {
-  const std::string command = editor + " \"$1\"";
-  // Interrupts typed while the editor runs are the editor's.
-  struct sigaction ignore {};
-  ignore.sa_handler = SIG_IGN;
-  struct sigaction previous {};
-  ::sigaction(SIGINT, &ignore, &previous);
-  const pid_t child = ::fork();
-  if (child == 0) {
-    ::sigaction(SIGINT, &previous, nullptr);
-    ::execl("/bin/sh", "sh", "-c", command.c_str(), "sh", file.c_str(), nullptr);
-    ::_exit(127);
-  }
-  int status = -1;
-  while (child > 0 && ::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
-  ::sigaction(SIGINT, &previous, nullptr);
-  if (child < 0) return 127;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+// The command line of the user's editor, else of one that every system has.
+std::string editorOf(const Environment& environment) {
+  for (const char* variable : {"VISUAL", "EDITOR"})
+    if (const auto chosen = environment.get(variable); chosen && !chosen->empty()) return *chosen;
+  for (const char* usual : {"vi", "nano"})
+    if (Programs::find(usual, environment)) return usual;
+  throw UsageError("没有给出正文，也没有找到编辑器。请把正文写在命令后，或设置 $EDITOR");
 }
 
 }  // namespace
 
 TextInput::~TextInput() {
-  if (!draft_.empty()) session_.say(fmt::format("你写的内容保存在：{}", draft_.string()));
+  if (draft_) session_.say(fmt::format("你写的内容保存在：{}", draft_->file().string()));
 }
 
 void TextInput::accept() {
-  if (draft_.empty()) return;
-  std::error_code ignored;
-  std::filesystem::remove(draft_, ignored);
-  draft_.clear();
+  if (draft_) draft_->discard();
+  draft_.reset();
 }
 
 std::optional<std::string> TextInput::read(const std::optional<std::string>& argument,
@@ -73,20 +52,12 @@ std::optional<std::string> TextInput::read(const std::optional<std::string>& arg
 }
 
 std::optional<std::string> TextInput::fromEditor(const std::string& original) {
-  std::string editor = session_.environment().get("VISUAL").value_or("");
-  if (editor.empty()) editor = session_.environment().get("EDITOR").value_or("");
-  if (editor.empty())
-    throw UsageError("没有给出正文，也没有设置编辑器。请把正文写在命令后，或设置 $EDITOR");
-  const FileManager files = session_.files();
-  const std::filesystem::path folder = session_.environment().stateFolder() / "editing";
-  constexpr unsigned ownerOnly = 0700;
-  files.createDirectories(folder, ownerOnly);
-  draft_ = folder / (Uuid::random().compact() + ".md");
+  const std::string editor = editorOf(session_.environment());
   const std::string shown = original.empty() ? "" : original + "\n";
-  files.writeAtomically(draft_, shown);
+  draft_.emplace(session_, shown);
 
-  const int status = runEditor(editor, draft_);
-  const std::string edited = files.read(draft_).value_or("");
+  const int status = Programs::run({"/bin/sh", "-c", editor + " \"$1\"", "sh", draft_->file()});
+  const std::string edited = draft_->text();
   const bool isUnchanged = edited == shown;
   if (isUnchanged) accept();
   if (status != 0)

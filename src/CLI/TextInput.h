@@ -1,10 +1,9 @@
 #pragma once
 
-#include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
 
+#include "CLI/EditorDraft.h"
 #include "CLI/Session.h"
 
 namespace nomely {
@@ -31,7 +30,7 @@ class TextInput {
   [[nodiscard]] std::optional<std::string> fromEditor(const std::string& original);
 
   Session& session_;
-  std::filesystem::path draft_;  // holds text that is not saved yet
+  std::optional<EditorDraft> draft_;  // holds text that is not saved yet
 };
 
 }  // namespace nomely

@@ -5,6 +5,7 @@
 #include "CLI/ActionCommand.h"
 #include "CLI/Arguments.h"
 #include "CLI/MemoOutput.h"
+#include "CLI/PagedOutput.h"
 #include "CLI/UsageError.h"
 
 namespace nomely {
@@ -18,39 +19,62 @@ Json jsonOf(const TrashEntry& entry) {
 
 class TrashCommand final : public ActionCommand {
  public:
-  void declare(CLI::App& app) override {
-    addDefault(app, "list", "列出回收站里的笔记", list);
-    add(app, "restore", "恢复笔记", [this](Session& session) { restore(session); })
-        .add_option("NAME", names_, "回收站条目的名称，可多个")
-        ->required();
-    CLI::App& erasing =
-        add(app, "delete", "永久删除笔记", [this](Session& session) { erase(session); });
-    erasing.add_option("NAME", names_, "回收站条目的名称，可多个");
-    erasing.add_option("--from", from_, "从哪一天")->type_name("DATE");
-    erasing.add_option("--to", to_, "到哪一天")->type_name("DATE");
-    add(app, "empty", "永久删除回收站里的一切", empty);
+  void declare(Syntax& syntax) override {
+    addDefault(syntax, "list", "列出回收站里的笔记", [this](Session& session) { list(session); });
+    add(syntax, "restore", "恢复笔记", [this](Session& session) {
+      restore(session);
+    }).add(nameArgument(true));
+    Syntax& erasing =
+        add(syntax, "delete", "永久删除笔记", [this](Session& session) { erase(session); });
+    erasing.add(nameArgument(false));
+    erasing.add({.name = "--from",
+                 .help = "从哪一天",
+                 .target = &from_,
+                 .value = "DATE",
+                 .kind = WordKind::date});
+    erasing.add({.name = "--to",
+                 .help = "到哪一天",
+                 .target = &to_,
+                 .value = "DATE",
+                 .kind = WordKind::date});
+    add(syntax, "empty", "永久删除回收站里的一切", [this](Session& session) { empty(session); });
+    syntax.add({.name = "--oneline", .help = "每条一行：名称、时间、首行", .target = &oneLine_});
+    syntax.examples = {"nomely trash", "nomely trash restore 2026-03-01_007"};
   }
 
  private:
-  static void list(Session& session) {
+  Argument nameArgument(bool isRequired) {
+    return {.name = "NAME",
+            .help = "回收站条目的名称",
+            .target = &names_,
+            .kind = WordKind::trashEntry,
+            .isRequired = isRequired};
+  }
+
+  void list(Session& session) const {
     const std::vector<TrashEntry> entries = session.memos().trashed();
     if (session.isJson()) {
       Json json = Json::array();
       for (const TrashEntry& entry : entries) json.push_back(jsonOf(entry));
       return session.printJson(json);
     }
-    const PagedOutput pager(session.environment(), session.isJson());
+    const PagedOutput pager(session);
     const Style style = session.style();
-    for (const TrashEntry& entry : entries)
-      session.print(fmt::format("{}\n{}\n", style.bold(Terminal::printable(entry.trashSubdir)),
-                                MemoOutput::text({entry.originalDate, entry.memo}, style)));
+    for (const TrashEntry& entry : entries) {
+      const std::string name = Terminal::printable(entry.trashSubdir);
+      session.print(oneLine_
+                        ? MemoOutput::oneLine(name, entry.memo.time, entry.memo.body)
+                        : fmt::format("{}\n{}\n", style.bold(name),
+                                      MemoOutput::text({entry.originalDate, entry.memo}, style)));
+    }
     if (entries.empty()) session.say("回收站是空的。");
   }
 
   void restore(Session& session) const {
-    const std::vector<TrashEntry> entries = named(session);
-    session.memos().restore(entries);
-    session.say(fmt::format("已恢复 {} 条笔记。", entries.size()));
+    for (const TrashEntry& entry : named(session)) {
+      const auto [day, seqNumber] = session.memos().restore(entry);
+      session.say(fmt::format("已恢复为 {}/{}。", day.string(), seqNumber));
+    }
     if (session.isJson()) list(session);
   }
 
@@ -66,7 +90,7 @@ class TrashCommand final : public ActionCommand {
     if (session.isJson()) list(session);
   }
 
-  static void empty(Session& session) {
+  void empty(Session& session) const {
     const TrashContents contents = session.memos().trashContents();
     if (session.confirm(questionFor(contents))) session.memos().emptyTrash();
     if (session.isJson()) list(session);
@@ -112,6 +136,7 @@ class TrashCommand final : public ActionCommand {
   std::vector<std::string> names_;
   std::string from_;
   std::string to_;
+  bool oneLine_ = false;
 };
 
 }  // namespace

@@ -70,7 +70,8 @@ TEST_F(EditorTest, AChangeMadeElsewhereMeanwhileIsKeptAndSoIsTheEditedText) {
 }
 
 TEST_F(EditorTest, WithoutAnEditorTheUserIsToldHowToGiveText) {
-  const ProgramResult result = run({.arguments = {"add"}, .inputKind = InputKind::terminal});
+  const ProgramResult result =
+      run({.arguments = {"add"}, .inputKind = InputKind::terminal, .environment = {{"PATH", "/"}}});
   EXPECT_EQ(result.status, 2);
   EXPECT_NE(result.errors.find("$EDITOR"), std::string::npos);
 }

@@ -105,7 +105,7 @@ TEST_F(ProgramTest, HelpManualAndCompletionKnowEveryCommand) {
       EXPECT_NE(run({"completion", shellName}).output.find(command), std::string::npos);
   }
   EXPECT_NE(manual.find(".B history restore\n"), std::string::npos);
-  EXPECT_NE(run({"help", "history", "show"}).output.find("用法: nomely history REF show"),
+  EXPECT_NE(run({"help", "history", "show"}).output.find("用法：nomely history REF show N"),
             std::string::npos);
   const struct {
     std::string words;

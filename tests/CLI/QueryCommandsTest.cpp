@@ -36,7 +36,7 @@ TEST_F(QueryCommandsTest, ListSelects) {
     std::vector<std::string> expected;
   };
   const std::vector<Case> cases{
-      {{"--tag", "甲"}, {"图"}}, {{"--untagged", "-n", "1"}, {"链 https://example.org"}},
+      {{"--tag", "甲"}, {"图"}}, {{"--untagged", "-n", "1"}, {"音"}},
       {{"--images"}, {"图"}},    {{"--audio"}, {"音"}},
       {{"--pinned"}, {"音"}},    {{"--links"}, {"链 https://example.org"}},
       {{"--files"}, {}},

@@ -182,6 +182,11 @@ TrashContents MemoService::trashContents() const {
   return trash_.contents();
 }
 
+MemoPlace MemoService::restore(const TrashEntry& entry) const {
+  trash_.finishInterrupted();
+  return {entry.originalDate, trash_.restoreMemo(entry)};
+}
+
 void MemoService::restore(const std::vector<TrashEntry>& entries) const {
   trash_.finishInterrupted();
   trash_.restoreTrashEntries(entries);

@@ -76,6 +76,8 @@ class MemoService {
   TrashEntry trash(Day day, const Memo& memo) const;
   [[nodiscard]] std::vector<TrashEntry> trashed() const;
   [[nodiscard]] TrashContents trashContents() const;
+  // Returns where the memo stands by then.
+  MemoPlace restore(const TrashEntry& entry) const;
   void restore(const std::vector<TrashEntry>& entries) const;
   void destroy(const std::vector<TrashEntry>& entries) const;
   void emptyTrash() const;

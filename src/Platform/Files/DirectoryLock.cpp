@@ -32,6 +32,11 @@ bool DirectoryLock::lock(const std::function<void()>& onWait) {
   }
 }
 
+bool DirectoryLock::tryLock() {
+  if (descriptor_ < 0 || owner_ != ::getpid()) open();
+  return ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0 && namesOpenDirectory();
+}
+
 void DirectoryLock::unlock() noexcept {
   if (descriptor_ >= 0) ::flock(descriptor_, LOCK_UN);
 }

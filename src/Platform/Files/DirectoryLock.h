@@ -23,6 +23,8 @@ class DirectoryLock {
   // Returns false, holding nothing, where the file system has no such locks. Throws FileError when
   // the directory can't be opened.
   [[nodiscard]] bool lock(const std::function<void()>& onWait);
+  // The same without waiting: false while another process holds it, too.
+  [[nodiscard]] bool tryLock();
   void unlock() noexcept;
 
  private:

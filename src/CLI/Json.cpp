@@ -1,0 +1,3 @@
+#include "CLI/Json.h"
+
+template class nlohmann::basic_json<nlohmann::ordered_map>;
