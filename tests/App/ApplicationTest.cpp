@@ -38,52 +38,32 @@ class ApplicationTest : public testing::Test {
 
 TEST_F(ApplicationTest, RootOfTheEnvironment) {
   const std::string testHost = "Nomely-TestHost-" + std::to_string(::getpid());
-  const struct {
-    const char* name;
-    Environment::Variables variables;
-    fs::path expected;
-    bool isUnitTesting;
-  } cases[] = {
-      {"the user's", {}, home / "NomelyData", false},
-      {"fixture name is cleaned",
-       {{"NOMELY_UI_TESTING", "1"}, {"NOMELY_UI_FIXTURE", "a b/c-1"}},
-       temporary / "Nomely-UIFixture-abc-1",
-       true},
-      {"letters and numbers of any script",
-       {{"NOMELY_UI_TESTING", "1"}, {"NOMELY_UI_FIXTURE", "../日记_É½.😀\xFF"}},
-       temporary / "Nomely-UIFixture-日记É½",
-       true},
-      {"nothing is left of the name",
-       {{"NOMELY_UI_TESTING", "1"}, {"NOMELY_UI_FIXTURE", "../.."}},
-       temporary / "Nomely-UIFixture-",
-       true},
-      {"only 1 counts",
-       {{"NOMELY_UI_TESTING", "true"}, {"NOMELY_UI_FIXTURE", "a"}},
-       home / "NomelyData",
-       false},
-      {"test host, whatever its value",
-       {{"XCTestConfigurationFilePath", ""}},
-       temporary / testHost,
-       true},
-      {"both",
-       {{"XCTestConfigurationFilePath", "x"},
-        {"NOMELY_UI_TESTING", "1"},
-        {"NOMELY_UI_FIXTURE", "a"}},
-       temporary / "Nomely-UIFixture-a",
-       true},
+  const auto fixture = [](const char* name) {
+    return Environment::Variables{{"NOMELY_UI_TESTING", "1"}, {"NOMELY_UI_FIXTURE", name}};
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+  Environment::Variables both = fixture("a");
+  both["XCTestConfigurationFilePath"] = "x";
+  const fs::path usual = home / "NomelyData";
+  for (const auto& [variables, expected] :
+       {std::pair(Environment::Variables(), usual),
+        {{{"NOMELY_UI_TESTING", "true"}, {"NOMELY_UI_FIXTURE", "a"}}, usual},
+        {fixture("a b/c-1"), temporary / "Nomely-UIFixture-abc-1"},
+        {fixture("../日记_É½.😀\xFF"), temporary / "Nomely-UIFixture-日记É½"},
+        {fixture("../.."), temporary / "Nomely-UIFixture-"},
+        {{{"XCTestConfigurationFilePath", ""}}, temporary / testHost},
+        {both, temporary / "Nomely-UIFixture-a"}}) {
+    SCOPED_TRACE(expected);
+    const bool isUnitTesting = expected != usual;
     fs::remove_all(home);
     {
-      const Application application(with(c.variables));
-      EXPECT_EQ(application.paths().rootURL, c.expected);
-      EXPECT_EQ(application.isUnitTesting(), c.isUnitTesting);
-      EXPECT_EQ(fs::exists(home), !c.isUnitTesting);
+      const Application application(with(variables));
+      EXPECT_EQ(application.paths().rootURL, expected);
+      EXPECT_EQ(application.isUnitTesting(), isUnitTesting);
+      EXPECT_EQ(fs::exists(home), !isUnitTesting);
     }
     const fs::path chosen = folder.path() / "chosen";
-    const Application application(with(c.variables, chosen));
-    EXPECT_EQ(application.paths().rootURL, c.isUnitTesting ? c.expected : chosen);
+    const Application application(with(variables, chosen));
+    EXPECT_EQ(application.paths().rootURL, isUnitTesting ? expected : chosen);
   }
   const Application application(with({{"NOMELY_UI_TESTING", "1"}}));
   EXPECT_THAT(application.paths().rootURL.filename().string(),
@@ -94,11 +74,12 @@ TEST_F(ApplicationTest, TestsLeaveTheUsersStateAlone) {
   const auto note = [&](Environment::Variables variables) {
     Application application(with(std::move(variables)));
     application.userDefaults().setBoolean("seen", true);
-    return application.userDefaults().boolean("seen");
+    application.startMaintenance(true);
+    return application.startup().state();
   };
-  EXPECT_EQ(note({{"XCTestConfigurationFilePath", ""}}), true);
+  EXPECT_EQ(note({{"XCTestConfigurationFilePath", ""}}), State::waitingForContent);
   EXPECT_FALSE(fs::exists(folder.path() / "state"));
-  EXPECT_EQ(note({}), true);
+  EXPECT_NE(note({}), State::waitingForContent);
   EXPECT_TRUE(fs::exists(folder.path() / "state" / "nomely"));
 }
 
@@ -131,12 +112,6 @@ TEST_F(ApplicationTest, MaintenanceSweepsOnceWhenReady) {
   application.startMaintenance(true);
   EXPECT_FALSE(application.startup().hasTask());
   EXPECT_TRUE(fs::exists(leftover));
-}
-
-TEST_F(ApplicationTest, NoMaintenanceUnderTests) {
-  Application application(with({{"XCTestConfigurationFilePath", ""}}));
-  application.startMaintenance(true);
-  EXPECT_EQ(application.startup().state(), State::waitingForContent);
 }
 
 TEST_F(ApplicationTest, EndsWhileJobsRun) {

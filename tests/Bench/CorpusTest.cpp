@@ -39,7 +39,7 @@ TEST(CorpusTest, TheSameOptionsGiveTheSameTreeEverywhere) {
 
 TEST(CorpusTest, FilesReadBackAsWhatWasMeant) {
   const TemporaryFolder folder;
-  const CorpusOptions options{.memos = 600, .mediaBytes = 3'000'000};
+  const CorpusOptions options{.memos = 200, .mediaBytes = 1'000'000};
   const CorpusSummary summary = writeCorpus(options, folder.path());
   const DiskPaths paths{folder.path()};
   std::uint64_t bytes = 0;
@@ -58,9 +58,9 @@ TEST(CorpusTest, FilesReadBackAsWhatWasMeant) {
       EXPECT_EQ(media.starts_with("%PDF-") ? "pdf" : known, pathExtension(name));
     }
   });
-  EXPECT_EQ(summary.memos, 600U);
+  EXPECT_EQ(summary.memos, 200U);
   EXPECT_EQ(summary.memoBytes, bytes);
-  EXPECT_EQ(summary.mediaBytes, 3'000'000U);
+  EXPECT_EQ(summary.mediaBytes, 1'000'000U);
 }
 
 TEST(CorpusTest, OnlyAnEmptyFolderIsWrittenTo) {

@@ -48,6 +48,11 @@ class DayViewModelTest : public StoreTest {
     });
   }
 
+  void loadToday() {
+    model->loadDay(today);
+    ASSERT_TRUE(isLoaded());
+  }
+
   // Waits, without running the loop, until each of the pool's threads has ended what it was at.
   void endJobs() {
     const auto together = std::make_shared<std::latch>(threads);

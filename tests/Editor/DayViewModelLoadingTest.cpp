@@ -47,6 +47,9 @@ TEST_F(DayViewModelLoadingTest, AllMemosCountsInFifties) {
   model->loadAllDisplayMemos();
   EXPECT_EQ(shown().size(), 120U);
   EXPECT_FALSE(model->canLoadMoreDisplayMemos());
+  model->loadAllMemos();
+  ASSERT_TRUE(isLoaded());
+  EXPECT_EQ(shown().size(), 50U) << "from the beginning";
   model->loadDay(today);
   ASSERT_TRUE(isLoaded());
   EXPECT_EQ(shown().size(), 60U);
@@ -162,30 +165,27 @@ TEST_F(DayViewModelLoadingTest, FiltersShowWhatTheirQueriesFind) {
   store.updateMemo(pinned, Day::parse("2025-03-01").value(), {});
   index.invalidateCache();
 
-  const struct {
-    const char* name;
-    std::function<void()> load;
-    std::vector<std::string> bodies;
-    TimelineMode mode = TimelineMode::filtered;
-  } cases[] = {
-      {"tag", [&] { model->loadMemosWithTag("网"); }, {"去年", "见 https://example.org/"}},
-      {"no tag", [&] { model->loadMemosNoTag(); }, {"合同", "照片", "录音"}},
-      {"images", [&] { model->loadMemosWithImages(); }, {"照片"}},
-      {"links", [&] { model->loadMemosWithLinks(); }, {"见 https://example.org/"}},
-      {"files", [&] { model->loadMemosWithAttachments(); }, {"合同"}},
-      {"audio", [&] { model->loadMemosWithAudio(); }, {"录音"}},
-      {"on this day", [&] { model->loadOnThisDay(); }, {"去年"}},
-      {"pinned", [&] { model->loadPinnedMemos(); }, {"去年"}, TimelineMode::pinned},
-  };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.name);
-    test.load();
+  using Bodies = std::vector<std::string>;
+  const auto finds = [&](const std::function<void()>& load, const Bodies& bodies) {
+    load();
     EXPECT_THAT(shown(), IsEmpty());
-    ASSERT_TRUE(isLoaded());
-    EXPECT_EQ(shown(), test.bodies);
-    EXPECT_EQ(model->timelineMode.get(), test.mode);
-    EXPECT_EQ(model->currentFilterTag.get().has_value(), std::string_view(test.name) == "tag");
-  }
+    EXPECT_TRUE(isLoaded());
+    EXPECT_EQ(shown(), bodies);
+  };
+  finds([&] { model->loadMemosWithTag("网"); }, {"去年", "见 https://example.org/"});
+  EXPECT_EQ(model->currentFilterTag.get(), "网");
+  finds([&] { model->loadPinnedMemos(); }, {"去年"});
+  EXPECT_EQ(model->timelineMode.get(), TimelineMode::pinned);
+  for (const auto& [load, bodies] :
+       {std::pair(&DayViewModel::loadMemosNoTag, Bodies{"合同", "照片", "录音"}),
+        {&DayViewModel::loadMemosWithImages, {"照片"}},
+        {&DayViewModel::loadMemosWithLinks, {"见 https://example.org/"}},
+        {&DayViewModel::loadMemosWithAttachments, {"合同"}},
+        {&DayViewModel::loadMemosWithAudio, {"录音"}},
+        {&DayViewModel::loadOnThisDay, {"去年"}}})
+    finds([&, load = load] { (*model.*load)(); }, bodies);
+  EXPECT_EQ(model->timelineMode.get(), TimelineMode::filtered);
+  EXPECT_EQ(model->currentFilterTag.get(), std::nullopt);
   model->refreshOnThisDayFlag();
   EXPECT_TRUE(comesTrue([&] { return model->hasOnThisDay.get(); }));
 }
@@ -212,17 +212,11 @@ TEST_F(DayViewModelLoadingTest, SearchKeepsTheOrderOfItsResults) {
 // Each filter runs again for a write from outside, and stands still for the model's own.
 TEST_F(DayViewModelLoadingTest, OnlyAnExternalWriteRunsAFilterAgain) {
   add(today, "苹果 #果", {"果"});
-  const struct {
-    const char* name;
-    std::function<void()> load;
-  } cases[] = {
-      {"search", [&] { model->loadSearchResults(index.search("苹果", 50), "苹果"); }},
-      {"tag", [&] { model->loadMemosWithTag("果"); }},
-      {"query", [&] { model->loadMemosWithLinks(); }},
-  };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.name);
-    test.load();
+  for (const std::function<void()>& load :
+       {std::function<void()>([&] { model->loadSearchResults(index.search("苹果", 50), "苹果"); }),
+        {[&] { model->loadMemosWithTag("果"); }},
+        {[&] { model->loadMemosWithLinks(); }}}) {
+    load();
     ASSERT_TRUE(isLoaded());
     const std::size_t before = shown().size();
     add(today, "苹果 https://example.org/", {"果"});

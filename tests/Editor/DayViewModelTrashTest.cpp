@@ -11,8 +11,7 @@ class DayViewModelTrashTest : public DayViewModelTest {
  protected:
   void SetUp() override {
     for (const char* body : {"一", "二", "三"}) add(today, body);
-    model->loadDay(today);
-    ASSERT_TRUE(isLoaded());
+    loadToday();
   }
   [[nodiscard]] testing::AssertionResult isDone() {
     return comesTrue([this] {

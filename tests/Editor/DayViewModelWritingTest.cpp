@@ -15,10 +15,6 @@ using testing::StartsWith;
 
 class DayViewModelWritingTest : public DayViewModelTest {
  protected:
-  void loadToday() {
-    model->loadDay(today);
-    ASSERT_TRUE(isLoaded());
-  }
   // As another program would: neither the model nor its index learns of it.
   void changeElsewhere(const Memo& memo, const std::string& body) {
     Memo changed = memo;
@@ -99,6 +95,7 @@ TEST_F(DayViewModelWritingTest, PinAndLockNeverBringAnOldTextBack) {
   Memo memo = card;
   memo.body = "新文";
   model->updateMemo(memo);
+  clock.advance(std::chrono::hours(1));
   model->toggleLockedOnTop(card);
   ASSERT_TRUE(comesTrue([&] { return onDisk(today, 1).lockedOnTop && onDisk(today, 1).pinned; }));
   model->togglePinned(card);
@@ -106,6 +103,7 @@ TEST_F(DayViewModelWritingTest, PinAndLockNeverBringAnOldTextBack) {
   ASSERT_TRUE(isSettled());
   EXPECT_EQ(failure(), "");
   EXPECT_EQ(onDisk(today, 1).body, "新文");
+  EXPECT_EQ(onDisk(today, 1).updatedAt, DateFormatters::timestamp(clock.now()));
   EXPECT_THAT(shown(), ElementsAre("新文"));
 
   model->loadDay(yesterday);
@@ -324,9 +322,7 @@ TEST_F(DayViewModelWritingTest, WriteOutlivesTheModel) {
   model->loadAllMemos();
   model.reset();
   EXPECT_EQ(onDisk(today, 1).body, "新");
-  bool drained = false;
-  loop.post([&] { drained = true; });
-  EXPECT_TRUE(comesTrue([&] { return drained; }));
+  drain();
 }
 
 }  // namespace

@@ -17,6 +17,8 @@ namespace nomely::test {
 namespace {
 
 [[noreturn]] void runAndExit(const std::function<void()>& body) {
+  constexpr unsigned longest = 120;  // seconds
+  ::alarm(longest);
   try {
     body();
   } catch (const std::exception& error) {

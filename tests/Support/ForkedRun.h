@@ -22,8 +22,8 @@ inline constexpr ChildEnd skippedInChild{.status = 9};
 
 // Runs `body` in a forked copy of this process, so that what it opens, mounts and registers goes
 // with it, and waits for its end. Expectations that fail there are printed and make its status 1;
-// so does an exception. GTEST_SKIP there prints its reason; the caller has to skip too. Only for
-// tests that have started no thread.
+// so does an exception. After two minutes its alarm ends it. GTEST_SKIP there prints its reason;
+// the caller has to skip too. Only for tests that have started no thread.
 [[nodiscard]] ChildEnd runInChild(const std::function<void()>& body);
 
 // The same for a body that gives a short text, which is returned.

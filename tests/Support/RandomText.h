@@ -51,4 +51,19 @@ void onRandomTexts(std::string_view list, std::size_t most, int rounds, Check ch
   return toUtf8(text.substr(range->begin, range->length()));
 }
 
+using Groups = std::vector<std::string>;
+
+// The matches of an expression in a text: where each begins, and what the groups asked for matched.
+[[nodiscard]] inline std::vector<Groups> groupsOf(const RegularExpression& expression,
+                                                  std::string_view text,
+                                                  const std::vector<std::size_t>& wanted) {
+  const std::u16string units = toUtf16(text);
+  std::vector<Groups> all;
+  for (const auto& match : expression.matches(units)) {
+    Groups& groups = all.emplace_back(Groups{std::to_string(match.whole().begin)});
+    for (const std::size_t group : wanted) groups.push_back(partOf(units, match.groups[group]));
+  }
+  return all;
+}
+
 }  // namespace nomely::test

@@ -24,52 +24,26 @@ TEST(MemoTest, TwoReadingsOfSegmentsDifferButAreStoredAlike) {
   EXPECT_FALSE(isStoredAs(memo, other));
 }
 
-TEST(MemoTest, Empty) {
-  const Memo memo = Memo::empty(7, ManualClock("2026-03-01 09:05:59"));
-  Memo expected;
-  expected.seqNumber = 7;
-  expected.time = "09:05";
-  EXPECT_EQ(memo, expected);
-  EXPECT_NE(memo.id, Memo::empty(7, ManualClock()).id);
-  EXPECT_THAT(Memo::makeMemoId(), testing::MatchesRegex("memo_[0-9a-f]{32}"));
-}
-
 TEST(MemoTest, TagsThatExcludeFromTheTimeline) {
-  const struct {
-    const char* tag;
-    bool expected;
-  } cases[] = {
-      {"_notes_import", true}, {"_notes_import/x", false}, {"备忘录", true},
-      {"备忘录/工作", true},   {"备忘录/", true},          {"备忘录工作", false},
-      {"个人专栏/a/b", true},  {"得到大脑", true},         {"工作/备忘录", false},
-      {" 备忘录", false},      {"_other", false},          {"", false},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.tag);
+  for (const auto& [tag, excludes] : {std::pair("_notes_import", true),
+                                      {"_notes_import/x", false},
+                                      {"备忘录", true},
+                                      {"备忘录/工作", true},
+                                      {"备忘录工作", false},
+                                      {"个人专栏/a/b", true},
+                                      {"得到大脑", true},
+                                      {"工作/备忘录", false},
+                                      {" 备忘录", false},
+                                      {"", false}}) {
     Memo memo;
-    memo.tags = {"生活", c.tag};
-    EXPECT_EQ(memo.isExcludedFromTimeline(), c.expected);
+    memo.tags = {"生活", tag};
+    EXPECT_EQ(memo.isExcludedFromTimeline(), excludes) << tag;
   }
-  EXPECT_FALSE(Memo().isExcludedFromTimeline());
 }
 
-TEST(AudioTranscriptTest, Emptiness) {
-  const struct {
-    const char* name;
-    AudioTranscript transcript;
-    bool expected;
-  } cases[] = {
-      {"nothing", {}, true},
-      {"words without segments", transcript("话", 0), true},
-      {"segments without words", transcript(" \n\u3000\u2028", 2), true},
-      {"both", transcript(" 话\n", 1), false},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(c.transcript.isEmpty(), c.expected);
-  }
-  EXPECT_EQ(transcript("a", 0), transcript("a", 0));
-  EXPECT_NE(transcript("a", 1), transcript("a", 1));
+TEST(AudioTranscriptTest, EmptyWithoutWordsOrSegments) {
+  EXPECT_TRUE(transcript("话", 0).isEmpty() && transcript(" \n\u3000\u2028", 2).isEmpty());
+  EXPECT_FALSE(transcript(" 话\n", 1).isEmpty());
 }
 
 }  // namespace

@@ -1,8 +1,9 @@
 #include <functional>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <unistd.h>
 
+#include "Core/Lifecycle/RootInspector.h"
 #include "Platform/Files/FileError.h"
 #include "Support/ErrorKind.h"
 #include "Support/ForkedRun.h"
@@ -61,6 +62,8 @@ TEST(DiskTest, AFullOrReadOnlyDiskLosesNothing) {
 
 TEST(DiskTest, ARootWithoutPermissionIsReported) {
   const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.path() / "2026-03-02");
+  std::filesystem::permissions(folder.path() / "2026-03-02", std::filesystem::perms::none);
   std::filesystem::permissions(folder.path(), static_cast<std::filesystem::perms>(0555));
   const ChildEnd end = runInChild([&] {
     constexpr uid_t nobody = 65534;
@@ -72,6 +75,9 @@ TEST(DiskTest, ARootWithoutPermissionIsReported) {
     EXPECT_EQ(kindOf<FileError>([&] { (void)store.createMemo(today, {.body = "new"}); }),
               FileError::Kind::accessDenied);
     EXPECT_TRUE(store.listAllDates().empty());
+    const MemoService service(store.context());
+    const auto report = RootInspector(service).inspect([](double) {}, {});
+    EXPECT_THAT(report.unreadableFolders, testing::ElementsAre("2026-03-02"));
   });
   EXPECT_EQ(end, ChildEnd{});
 }

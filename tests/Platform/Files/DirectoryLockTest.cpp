@@ -46,7 +46,7 @@ class DirectoryLockTest : public testing::Test {
   }
 
   // A lock that waits for `holder`, on a thread of its own.
-  std::future<bool> lockBehind(DirectoryLock& lock) {
+  std::future<bool> lockAfter(DirectoryLock& lock) {
     auto waiting = std::make_shared<std::promise<void>>();
     auto waits = waiting->get_future();
     auto result = std::async(std::launch::async, [&lock, waiting] {
@@ -60,11 +60,14 @@ class DirectoryLockTest : public testing::Test {
   fs::path root_ = folder_.path() / "root";
 };
 
-TEST_F(DirectoryLockTest, ExcludesOthersUntilItIsUnlockedOrGone) {
+TEST_F(DirectoryLockTest, WaitsForAnotherHolderAndExcludesOthersUntilItIsUnlockedOrGone) {
   const OtherHolder other(root_);
+  ASSERT_TRUE(other.tryLock());
   {
     DirectoryLock lock(root_);
-    ASSERT_TRUE(lock.lock(failOnWait));
+    auto locked = lockAfter(lock);
+    other.unlock();
+    EXPECT_TRUE(locked.get());
     EXPECT_FALSE(other.tryLock());
     lock.unlock();
     EXPECT_TRUE(other.tryLock());
@@ -72,16 +75,6 @@ TEST_F(DirectoryLockTest, ExcludesOthersUntilItIsUnlockedOrGone) {
     ASSERT_TRUE(lock.lock(failOnWait));
   }
   EXPECT_TRUE(other.tryLock());
-}
-
-TEST_F(DirectoryLockTest, WaitsForAnotherHolder) {
-  const OtherHolder other(root_);
-  ASSERT_TRUE(other.tryLock());
-  DirectoryLock lock(root_);
-  auto locked = lockBehind(lock);
-  other.unlock();
-  EXPECT_TRUE(locked.get());
-  EXPECT_FALSE(other.tryLock());
 }
 
 TEST_F(DirectoryLockTest, FollowsADirectoryThatWasReplacedBetweenLocks) {
@@ -98,7 +91,7 @@ TEST_F(DirectoryLockTest, FollowsADirectoryThatIsReplacedWhileItWaits) {
   const OtherHolder other(root_);
   ASSERT_TRUE(other.tryLock());
   DirectoryLock lock(root_);
-  auto locked = lockBehind(lock);
+  auto locked = lockAfter(lock);
   replaceDirectory();
   other.unlock();
   EXPECT_TRUE(locked.get());
@@ -117,14 +110,10 @@ TEST_F(DirectoryLockTest, AForkedChildIsAnotherHolder) {
 
 TEST_F(DirectoryLockTest, ReportsWhatIsNoDirectory) {
   writeFile(folder_.path() / "file", "");
-  struct Case {
-    const char* name;
-    FileError::Kind kind;
-  };
-  for (const Case& each :
-       {Case{"none", FileError::Kind::notFound}, Case{"file", FileError::Kind::notADirectory}}) {
-    DirectoryLock lock(folder_.path() / each.name);
-    EXPECT_EQ(kindOf<FileError>([&] { (void)lock.lock(failOnWait); }), each.kind) << each.name;
+  for (const auto& [name, kind] :
+       {std::pair("none", FileError::Kind::notFound), {"file", FileError::Kind::notADirectory}}) {
+    DirectoryLock lock(folder_.path() / name);
+    EXPECT_EQ(kindOf<FileError>([&] { (void)lock.lock(failOnWait); }), kind) << name;
   }
 }
 

@@ -20,38 +20,10 @@ using Segments = std::vector<SplitSegment>;
 using enum SplitSegment::Kind;
 
 TEST(SmartSplitTest, Lines) {
-  const struct {
-    const char* name;
-    std::string text;
-    Segments expected;
-  } cases[] = {
-      {"three sentences",
-       "今天很好。  明天再说。  后天见。",
-       {{paragraph, "今天很好。"}, {paragraph, "明天再说。"}, {paragraph, "后天见。"}}},
-      {"two sentences", "今天很好。  明天再说。", {{paragraph, "今天很好。  明天再说。"}}},
-      {"a colour is no tag",
-       "<span style=\"color: #FF0000\">红</span> 文字",
-       {{paragraph, "<span style=\"color: #FF0000\">红</span> 文字"}}},
-      {"a colour gains its blank",
-       "<span style=\"color:#FF0000\">红</span> #标签",
-       {{paragraph, "<span style=\"color: #FF0000\">红</span>"}, {paragraph, "#标签"}}},
-      {"year after other digits", "12026.3.5x", {{paragraph, "12026.3.5x"}}},
-      {"the same with its end", "12026.3.5", {{paragraph, "1"}, {heading, "2026.3.5"}}},
-      {"brackets",
-       "[甲] 文 #乙 #丙 [丁]",
-       {{heading, "[甲] 文"}, {paragraph, "#乙"}, {paragraph, "#丙 [丁]"}}},
-      {"numbers within",
-       "做一1、 早饭二2、 午饭三3、 晚饭",
-       {{paragraph, "做一"},
-        {paragraph, "1、 早饭二"},
-        {paragraph, "2、 午饭三"},
-        {paragraph, "3、 晚饭"}}},
-      {"nothing", "", {{paragraph, ""}}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(SmartSplit::smartSplit(c.text), c.expected);
-  }
+  EXPECT_EQ(SmartSplit::smartSplit("[甲] 文 #乙 <span style=\"color:#FF0000\">红</span> 2026.3.5"),
+            (Segments{{heading, "[甲] 文"},
+                      {paragraph, "#乙 <span style=\"color: #FF0000\">红</span>"},
+                      {heading, "2026.3.5"}}));
   EXPECT_EQ(SmartSplit::classifySegment("2024.5.1 晴 \n a\nb\n"),
             (SplitSegment{heading, "2024.5.1 晴\na\nb"}));
   EXPECT_EQ(SmartSplit::classifySegment("[]x"), (SplitSegment{paragraph, "[]x"}));
@@ -114,12 +86,12 @@ constexpr std::string_view pieces =
 
 TEST(SmartSplitTest, CutsWhereTheExpressionsDo) {
   std::size_t cut = 0;
-  onRandomTexts(pieces, 14, 20'000, [&](const std::string& text) {
+  onRandomTexts(pieces, 14, 10'000, [&](const std::string& text) {
     const Segments expected = plainSplit(text);
     ASSERT_EQ(SmartSplit::smartSplit(text), expected);
     if (expected.size() > 1) ++cut;
   });
-  EXPECT_GT(cut, 2000U);
+  EXPECT_GT(cut, 1000U);
 }
 
 TEST(LineRulesTest, FindWhatTheExpressionsFind) {
@@ -130,7 +102,7 @@ TEST(LineRulesTest, FindWhatTheExpressionsFind) {
   std::array<std::size_t, 3> found{};
   std::size_t round = 0;
   const std::vector<std::string> openings = piecesOf("¦2024.5.1¦1999-12/¦12.¦[!nOte]");
-  onRandomTexts(pieces, 8, 30'000, [&](const std::string& rest) {
+  onRandomTexts(pieces, 8, 20'000, [&](const std::string& rest) {
     const std::string text = openings[++round % openings.size()] + rest;
     const std::u16string units = toUtf16(text);
     ASSERT_EQ(LineRules::beginsWithDate(text), date.matchesIn(units));
@@ -151,7 +123,7 @@ TEST(LineRulesTest, FindWhatTheExpressionsFind) {
       ASSERT_EQ(opened->title, trimSpaceAndBreaks(partOf(units, box->groups[2])));
     }
   });
-  EXPECT_THAT(found, testing::Each(testing::Gt(500U)));
+  EXPECT_THAT(found, testing::Each(testing::Gt(300U)));
 }
 
 }  // namespace

@@ -13,7 +13,6 @@ namespace {
 using HtmlScanner::Closing;
 using HtmlScanner::Names;
 using HtmlScanner::TagKind;
-using Groups = std::vector<std::string>;
 
 // Pieces of what the expressions look at, among them what folds to it and what ends no word.
 const std::map<std::string_view, std::string_view> subjects{
@@ -39,21 +38,6 @@ void onTextsOf(std::string_view subject, int rounds, Check check) {
   onRandomTexts(fmt::format("{0}¦{0}¦{0}{1}", own, shared), 15, rounds, check);
 }
 
-using Wanted = std::vector<std::size_t>;
-
-// The matches of `pattern`: where each begins and the texts of the groups asked for.
-std::vector<Groups> matchesOf(const RegularExpression& pattern, const std::string& text,
-                              const Wanted& wanted) {
-  const std::u16string units = toUtf16(text);
-  std::vector<Groups> all;
-  for (const auto& match : pattern.matches(units)) {
-    Groups groups{std::to_string(match.whole().begin)};
-    for (const std::size_t group : wanted) groups.push_back(partOf(units, match.groups[group]));
-    all.push_back(groups);
-  }
-  return all;
-}
-
 std::string place(const std::string& text, std::string_view part) {
   const auto offset = static_cast<std::size_t>(part.data() - text.data());
   return std::to_string(toUtf16(text.substr(0, offset)).size());
@@ -62,7 +46,7 @@ std::string place(const std::string& text, std::string_view part) {
 struct Comparison {
   std::string_view subject;
   std::string pattern;
-  Wanted groups;
+  std::vector<std::size_t> groups;
   std::function<std::vector<Groups>(const std::string&)> scan;
 };
 
@@ -136,25 +120,25 @@ TEST(HtmlScannerTest, FindsWhatTheExpressionsMatch) {
     SCOPED_TRACE(c.pattern);
     const RegularExpression pattern(c.pattern);
     std::size_t met = 0;
-    onTextsOf(c.subject, 12'000, [&](const std::string& text) {
-      const std::vector<Groups> expected = matchesOf(pattern, text, c.groups);
+    onTextsOf(c.subject, 5'000, [&](const std::string& text) {
+      const std::vector<Groups> expected = groupsOf(pattern, text, c.groups);
       ASSERT_EQ(c.scan(text), expected);
       met += expected.size();
     });
-    EXPECT_GT(met, 100U);
+    EXPECT_GT(met, 50U);
   }
 }
 
 TEST(HtmlScannerTest, CodeLanguageIsThatOfTheExpression) {
   const RegularExpression pattern(R"((?is)class\s*=\s*["'][^"']*language-([A-Za-z0-9_+-]+))");
   int met = 0;
-  onTextsOf("language", 60'000, [&](const std::string& text) {
-    const std::vector<Groups> found = matchesOf(pattern, text, {1});
+  onTextsOf("language", 30'000, [&](const std::string& text) {
+    const std::vector<Groups> found = groupsOf(pattern, text, {1});
     const std::string expected = found.empty() ? "" : found.front().back();
     ASSERT_EQ(HtmlScanner::codeLanguage(text), expected);
     met += expected.empty() ? 0 : 1;
   });
-  EXPECT_GT(met, 500);
+  EXPECT_GT(met, 250);
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include "Core/Markdown/Frontmatter/MemoFileRepair.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
-#include "Core/Markdown/Frontmatter/YamlError.h"
 
 namespace nomely::test {
 namespace {
@@ -13,56 +12,27 @@ using MemoFrontmatterParser::parse;
 using MemoFrontmatterParser::serialize;
 using testing::HasSubstr;
 
-MemoFrontmatter typicalMemo() {
+TEST(MemoFrontmatterParserTest, WrittenFile) {
   MemoFrontmatter memo;
   memo.schemaVersion = 2;
   memo.memoId = "memo_0f8fad5bd9cb469fa16570867728950e";
-  memo.createdAt = "2026-03-01T09:30:05+08:00";
-  memo.updatedAt = "2026-03-01T09:30:05+08:00";
+  memo.createdAt = memo.updatedAt = "2026-03-01T09:30:05+08:00";
   memo.time = "09:30";
-  memo.tags = {"生活"};
-  return memo;
-}
-
-TEST(MemoFrontmatterParserTest, WrittenFiles) {
-  MemoFrontmatter everything = typicalMemo();
-  everything.source = "flomo";
-  everything.sourceId = "42";
-  everything.tags = {"生活/日记", "12:30"};
-  everything.mood = -3;
-  everything.pinned = true;
-  everything.lockedOnTop = true;
-  everything.attachments = {"b.m4a", "a.png"};
-  everything.attachmentDescriptions = {{"a.png", "海: 边"}};
-  everything.originalNames = {{"a.png", "IMG 1.PNG"}};
+  memo.source = "flomo";
+  memo.sourceId = "42";
+  memo.tags = {"生活/日记", "12:30"};
+  memo.mood = -3;
+  memo.pinned = memo.lockedOnTop = true;
+  memo.attachments = {"b.m4a", "a.png"};
+  memo.attachmentDescriptions = {{"a.png", "海: 边"}};
+  memo.originalNames = {{"a.png", "IMG 1.PNG"}};
   AudioTranscriptSegment segment;
   segment.text = "你好";
   segment.start = 0.5;
   segment.duration = 2;
-  everything.audioTranscripts["b.m4a"] = {.text = "你好", .segments = {segment}};
-  everything.audioTranscripts["c.m4a"] = {};
-
-  const struct {
-    const char* name;
-    MemoFrontmatter memo;
-    const char* body;
-    const char* expected;
-  } cases[] = {
-      {"typical", typicalMemo(), "今天\n", R"(---
-schema_version: 2
-id: memo_0f8fad5bd9cb469fa16570867728950e
-created_at: '2026-03-01T09:30:05+08:00'
-updated_at: '2026-03-01T09:30:05+08:00'
-time: 09:30
-tags:
-- 生活
----
-
-今天
-)"},
-      {"nothing set", MemoFrontmatter(), "", "---\ntime: ''\n---\n\n"},
-      {"body as it is", MemoFrontmatter(), "\n ---\r\n\n", "---\ntime: ''\n---\n\n\n ---\r\n\n"},
-      {"everything", everything, "b", R"(---
+  memo.audioTranscripts["b.m4a"] = {.text = "你好", .segments = {segment}};
+  memo.audioTranscripts["c.m4a"] = {};
+  EXPECT_EQ(serialize(memo, "\n ---\r\n\n"), R"(---
 schema_version: 2
 id: memo_0f8fad5bd9cb469fa16570867728950e
 created_at: '2026-03-01T09:30:05+08:00'
@@ -95,66 +65,46 @@ audio_transcripts:
     segments: []
 ---
 
-b)"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const std::string text = serialize(c.memo, c.body);
-    EXPECT_EQ(text, c.expected);
-    const auto read = parse(text);
-    EXPECT_EQ(serialize(read.frontmatter, read.body), serialize(c.memo, read.body));
-    EXPECT_FALSE(losesOnRewrite(text));
-  }
-  const auto read = parse(serialize(everything, "")).frontmatter;
-  EXPECT_NE(read, everything) << "segments are drawn anew";
-  EXPECT_EQ(read.audioTranscripts.at("b.m4a").segments.at(0).duration, 2);
+)"
+                                             "\n ---\r\n\n");
+  EXPECT_NE(parse(serialize(memo, "")).frontmatter, memo) << "segments are drawn anew";
 }
 
 // Headers as other tools write them, beside what the next write makes of them.
 TEST(MemoFrontmatterParserTest, ForeignHeaders) {
   const struct {
-    const char* name;
     const char* header;
     const char* expected;
   } cases[] = {
-      {"time alone", "time: 08:00", "time: 08:00"},
-      {"no time", "id: m", "id: m\ntime: 00:00"},
-      {"flow style, one line", "{time: \"08:00\", tags: [a, 'b']}", "time: 08:00\ntags:\n- a\n- b"},
-      {"any order", "tags: [a]\ntime: 08:00\nid: m", "id: m\ntime: 08:00\ntags:\n- a"},
-      {"unknown keys", "title: x\ntime: 08:00\nnested: {a: [1]}\n? [k]\n: v", "time: 08:00"},
-      {"false and empty",
-       "time: ''\npinned: false\nlock_on_top: no\ntags: []\nattachments: []\n"
+      {"{id: m, tags: [a, 'b']}", "id: m\ntime: 00:00\ntags:\n- a\n- b"},
+      {"tags: [a]\ntime: \"08:00\"\nid: m", "id: m\ntime: 08:00\ntags:\n- a"},
+      {"title: x\ntime: 08:00\nnested: {a: [1]}\n? [k]\n: v", "time: 08:00"},
+      {"time: ''\npinned: false\nlock_on_top: no\ntags: []\nattachments: []\n"
        "attachment_descriptions: {}\noriginal_names: {}\naudio_transcripts: {}",
        "time: ''"},
-      {"nulls",
-       "schema_version: ~\nid:\ncreated_at: null\ntime: Null\ntags:\nmood: ~\npinned:\n"
+      {"schema_version: ~\nid:\ncreated_at: null\ntime: Null\ntags:\nmood: ~\npinned:\n"
        "attachments: null\noriginal_names: ~\naudio_transcripts:",
        "time: 00:00"},
-      {"quoted null is text", "id: 'null'\ntime: '~'", "id: 'null'\ntime: '~'"},
-      {"unquoted numbers and dates as text",
-       "id: 42\ntime: 12:30\ncreated_at: 2026-03-01\ntags: [1, yes]",
+      {"id: 'null'\ntime: '~'", "id: 'null'\ntime: '~'"},
+      {"id: 42\ntime: 12:30\ncreated_at: 2026-03-01\ntags: [1, yes]",
        "id: '42'\ncreated_at: '2026-03-01'\ntime: '12:30'\ntags:\n- '1'\n- 'yes'"},
-      {"spellings of numbers and flags",
-       "schema_version: 0x2\nmood: \"+1_0\"\npinned: ON\nlock_on_top: 'yes'\ntime: a",
+      {"schema_version: 0x2\nmood: \"+1_0\"\npinned: ON\nlock_on_top: 'yes'\ntime: a",
        "schema_version: 2\ntime: a\nmood: 10\npinned: true\nlock_on_top: true"},
-      {"anchors and merge",
-       "base: &b {time: 08:00, id: m}\n<<: *b\nid: own\ntags: &t [x]\nattachments: *t",
+      {"base: &b {time: 08:00, id: m}\n<<: *b\nid: own\ntags: &t [x]\nattachments: *t",
        "id: own\ntime: 08:00\ntags:\n- x\nattachments:\n- x"},
-      {"merges, the first wins", "<<: [{id: a}, {id: b, time: t}]", "id: a\ntime: t"},
-      {"merge key in quotes is a name", "time: t\noriginal_names: {'<<': o}",
-       "time: t\noriginal_names:\n  '<<': o"},
-      {"comments and blank lines", "# c\n\ntime: 08:00 # d\n\n", "time: 08:00"},
-      {"CRLF inside the header", "time: 08:00\r\ntags:\r\n- a\r", "time: 08:00\ntags:\n- a"},
-      {"block text", "time: t\nattachment_descriptions:\n  a.png: |\n    x\n    y\n",
+      {"<<: [{id: a}, {id: b, time: t}]", "id: a\ntime: t"},
+      {"time: t\noriginal_names: {'<<': o}", "time: t\noriginal_names:\n  '<<': o"},
+      {"# c\n\ntime: 08:00 # d\n\n", "time: 08:00"},
+      {"time: 08:00\r\ntags:\r\n- a\r", "time: 08:00\ntags:\n- a"},
+      {"time: t\nattachment_descriptions:\n  a.png: |\n    x\n    y\n",
        "time: t\nattachment_descriptions:\n  a.png: 'x\n\n    y\n\n    '"},
-      {"whole and sexagesimal seconds",
-       "time: t\naudio_transcripts: {a: {segments: [{duration: 2, start: 1:30.5, text: s, x: y}], "
+      {"time: t\naudio_transcripts: {a: {segments: [{duration: 2, start: 1:30.5, text: s, x: y}], "
        "text: t}}",
        "time: t\naudio_transcripts:\n  a:\n    text: t\n    segments:\n    - text: s\n"
        "      start: 90.5\n      duration: 2.0"},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+    SCOPED_TRACE(c.header);
     const auto read = parse(std::string("---\n") + c.header + "\n---\nbody");
     EXPECT_EQ(serialize(read.frontmatter, read.body),
               std::string("---\n") + c.expected + "\n---\n\nbody");
@@ -162,30 +112,19 @@ TEST(MemoFrontmatterParserTest, ForeignHeaders) {
 }
 
 TEST(MemoFrontmatterParserTest, FencesAndBodies) {
-  const struct {
-    const char* name;
-    const char* content;
-    const char* body;
-  } cases[] = {
-      {"blank line taken away", "---\ntime: t\n---\n\nbody", "body"},
-      {"all of them", "---\ntime: t\n---\n\n \t\n\u3000\ntext", "text"},
-      {"line with only a carriage return is not blank", "---\ntime: t\n---\n\n\r\ntext",
-       "\r\ntext"},
-      {"no blank line", "---\ntime: t\n---\nbody", "body"},
-      {"trailing line breaks stay", "---\ntime: t\n---\n\nbody\n\n", "body\n\n"},
-      {"indent of the first line stays", "---\ntime: t\n---\n\n  body", "  body"},
-      {"blanks around the fences", "  ---\t\ntime: t\n\u3000---  \nbody", "body"},
-      {"fence in the body", "---\ntime: t\n---\n\na\n---\nb: c\n---\n", "a\n---\nb: c\n---\n"},
-      {"blank body", "---\ntime: t\n---\n\n\n  ", ""},
-      {"nothing after the fence", "---\ntime: t\n---", ""},
-      {"fence of four is none", "---\ntime: t\n----: x\n---\n", ""},
-      {"line separators do not end lines", "---\ntime: t\n---\n\u2028\nbody", "\u2028\nbody"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const auto read = parse(c.content);
-    EXPECT_EQ(read.frontmatter.time, "t");
-    EXPECT_EQ(read.body, c.body);
+  for (const auto& [content, body] :
+       {std::pair("---\ntime: t\n---\n\n \t\n\u3000\n  text", "  text"),
+        {"---\ntime: t\n---\n\n\r\ntext", "\r\ntext"},
+        {"---\ntime: t\n---\nbody\n\n", "body\n\n"},
+        {"  ---\t\ntime: t\n\u3000---  \nbody", "body"},
+        {"---\ntime: t\n---\n\na\n---\nb: c\n---\n", "a\n---\nb: c\n---\n"},
+        {"---\ntime: t\n---\n\n\n  ", ""},
+        {"---\ntime: t\n---", ""},
+        {"---\ntime: t\n----: x\n---\n", ""},
+        {"---\ntime: t\n---\n\u2028\nbody", "\u2028\nbody"}}) {
+    SCOPED_TRACE(content);
+    EXPECT_EQ(parse(content).frontmatter.time, "t");
+    EXPECT_EQ(parse(content).body, body);
   }
 }
 
@@ -234,16 +173,13 @@ TEST(MemoFrontmatterParserTest, UnreadableHeaders) {
       {"", "文件头是空的"},
       {"# c\n", "文件头是空的"},
       {"- a\n", "文件头 应当是“名字: 值”的各行"},
-      {"hello\n", "应当是“名字: 值”的各行"},
       {"time: t\nmood: abc\n", "文件头有误，第 3 行：mood 应当是整数"},
       {"mood: 1.5\n", "mood 应当是整数"},
       {"schema_version: 9223372036854775808\n", "schema_version 应当是整数"},
       {"pinned: 1\n", "第 2 行：pinned 应当是 true 或 false"},
       {"id: [a]\n", "id 应当是一段文字"},
       {"tags: a\n", "tags 应当是列表"},
-      {"tags: [{a: b}]\n", "tags 应当是一段文字"},
       {"original_names: [a]\n", "original_names 应当是“名字: 值”"},
-      {"original_names: {a: [b]}\n", "original_names 应当是一段文字"},
       {"id: a\nid: b\n", "第 3 行：id 出现了两次"},
       {"original_names: {a: b, a: c}\n", "a 出现了两次"},
       {"audio_transcripts: {a: {text: t}}\n", "有 text 和 segments 的转写"},
@@ -298,7 +234,6 @@ TEST(MemoFrontmatterParserTest, LossOnRewriting) {
       {"<<: {id: a}\nid: b", true},
       {"original_names: {<<: {a: b}}", true},
       {"time: !x t", true},
-      {"audio_transcripts: {a: {text: t, segments: [{text: s, start: 1, duration: 1}]}}", false},
       {"audio_transcripts: {a: {text: t, segments: [], lang: zh}}", true},
       {"audio_transcripts: {a: {text: t, text: u, segments: []}}", true},
       {"audio_transcripts: {a: {text: t, segments: [{text: s, start: 1, duration: 1, x: 1}]}}",
@@ -343,35 +278,6 @@ TEST(MemoFileRepairTest, Mends) {
     EXPECT_EQ(file->mends, c.mends);
     EXPECT_NO_THROW((void)parse(file->content));
   }
-}
-
-// No value, wherever it stands and however long it is, ends the header.
-TEST(MemoFrontmatterParserTest, ValuesSurviveTheHeader) {
-  std::string folded = "a";
-  for (int i = 0; i < 40; ++i) folded += " ---";
-  std::string longFolded = std::string(79, 'x') + " --- " + std::string(79, 'y');
-  const std::string values[] = {
-      "",     "---",      "a\n---\nb", "---\n",  "\n---",        " --- ",
-      "- a",  "a\r\n---", "\u2028---", "~",      "12:30",        "a: b # c",
-      folded, longFolded, "a\tb",      "\u3000", "日记\n\n\n记", std::string(300, 'k') + "\n---\n",
-  };
-  for (const std::string& value : values) {
-    SCOPED_TRACE(value);
-    MemoFrontmatter memo;
-    memo.memoId = memo.createdAt = memo.updatedAt = memo.source = memo.sourceId = value;
-    memo.time = value;
-    memo.tags = {value, "x", value};
-    memo.attachments = {value};
-    memo.attachmentDescriptions = {{"a", value}, {"k" + value, value}};
-    memo.originalNames = {{value, "n"}};
-    memo.audioTranscripts[value].text = value;
-    const auto read = parse(serialize(memo, "body\n---\n"));
-    EXPECT_EQ(read.frontmatter, memo);
-    EXPECT_EQ(read.body, "body\n---\n");
-  }
-  MemoFrontmatter broken;
-  broken.tags = {"a\xFF"};
-  EXPECT_THROW((void)serialize(broken, ""), YamlError);
 }
 
 }  // namespace

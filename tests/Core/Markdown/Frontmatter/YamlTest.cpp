@@ -1,5 +1,3 @@
-#include <limits>
-
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
@@ -14,7 +12,6 @@ namespace {
 
 using testing::HasSubstr;
 using Node = YamlDocument::Node;
-using Type = YamlScalar::Type;
 
 // Each list pairs what is read with the number that it spells, "-" for none.
 TEST(YamlScalarTest, Numbers) {
@@ -37,30 +34,11 @@ TEST(YamlScalarTest, Numbers) {
     const auto read = YamlScalar::floatingPoint(all[i]);
     EXPECT_EQ(read ? fmt::format("{}", *read) : "-", all[i + 1]) << all[i];
   }
-}
-
-TEST(YamlScalarTest, WrittenNumbersReadBack) {
-  const struct {
-    double number;
-    const char* expected;
-  } cases[] = {
-      {0.0, "0.0"},
-      {-0.0, "-0.0"},
-      {2.0, "2.0"},
-      {0.1, "0.1"},
-      {1e21, "1000000000000000000000.0"},
-      {1e-7, "0.0000001"},
-      {-12.25, "-12.25"},
-      {std::numeric_limits<double>::infinity(), ".inf"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(YamlScalar::text(c.number), c.expected);
-  for (const double number :
-       {std::numeric_limits<double>::max(), std::numeric_limits<double>::denorm_min(), 1.0 / 3,
-        12345.678901234567}) {
-    const std::string text = YamlScalar::text(number);
-    EXPECT_EQ(YamlScalar::floatingPoint(text), number);
-    EXPECT_EQ(YamlScalar::resolvePlain(text), Type::floatingPoint);
-  }
+  for (const auto& [number, text] : {std::pair(-0.0, "-0.0"),
+                                     {2, "2.0"},
+                                     {1e-7, "0.0000001"},
+                                     {1e21, "1000000000000000000000.0"}})
+    EXPECT_EQ(YamlScalar::text(number), text);
 }
 
 // "[...]" and "{...}" for collections, strings that are no plain ones in quotes.
@@ -93,7 +71,6 @@ TEST(YamlDocumentTest, Reads) {
     const char* source;
     const char* expected;
   } cases[] = {
-      {"scalar", "a", "a"},
       {"block and flow", "a: 1\nb:\n- x\n- {y: [], z: {}}\n", "{a: 1, b: [x, {y: [], z: {}}]}"},
       {"quoting undone", R"(["a\tb\u65e5", 'it''s', !!str 1, "1"])",
        "[\"a\tb日\", \"it's\", \"1\", \"1\"]"},
@@ -105,9 +82,7 @@ TEST(YamlDocumentTest, Reads) {
       {"alias as key", "[&k a, {*k : 1}]", "[a, {a: 1}]"},
       {"merge key stands as it is", "{<<: {a: 1}}", "{<<: {a: 1}}"},
       {"equal keys stand as they are", "{a: 1, a: 2}", "{a: 1, a: 2}"},
-      {"empty values", "a:\nb: ~\n", "{a: , b: ~}"},
       {"document markers", "%YAML 1.1\n---\na\n...\n", "a"},
-      {"comments", "# c\na: 1 # d\n", "{a: 1}"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -129,13 +104,10 @@ TEST(YamlDocumentTest, Refuses) {
     std::string source;
     const char* message;
   } cases[] = {
-      {"nothing", "", "empty document"},
-      {"a comment alone", "# c\n", "empty document"},
       {"two documents", "a\n---\nb\n", "more than one document"},
       {"open bracket", "a: [1\n", "line "},
       {"tab as indent", "a:\n\t- b\n", "line 2, column 1"},
       {"unknown alias", "a: *n\n", "line 1, column 4: undefined alias"},
-      {"alias into itself", "a: &n [*n]\n", "alias into itself"},
       {"alias deep into itself", "a: &n {b: [1, {c: *n}]}\n", "alias into itself"},
       {"too deep", nested(YamlDocument::maxDepth + 1), "nested too deeply"},
       {"control character", "a: \x01\n", "control characters"},
@@ -153,23 +125,8 @@ TEST(YamlDocumentTest, Refuses) {
             nested(YamlDocument::maxDepth));
 }
 
-TEST(YamlDocumentTest, BoundsWhatAliasesExpandTo) {
-  // Each level names the one before ten times.
-  std::string source = "- &a0 [x, x, x, x, x, x, x, x, x, x]\n";
-  const auto add = [&](int level) {
-    const std::string before = std::to_string(level - 1);
-    std::string items = "*a" + before;
-    for (int i = 1; i < 10; ++i) items += ", *a" + before;
-    source += "- &a" + std::to_string(level) + " [" + items + "]\n";
-  };
-  for (int level = 1; level <= 4; ++level) add(level);
-  EXPECT_NO_THROW(YamlDocument{source});
-  for (int level = 5; level <= 9; ++level) add(level);
-  EXPECT_THROW(YamlDocument{source}, YamlError);
-}
-
-std::string written(std::string_view value, YamlWriter::Layout layout) {
-  YamlWriter writer(layout);
+std::string written(std::string_view value) {
+  YamlWriter writer(YamlWriter::Layout::folded);
   writer.beginMapping();
   writer.string("k");
   writer.string(value);
@@ -177,48 +134,14 @@ std::string written(std::string_view value, YamlWriter::Layout layout) {
   return writer.finish();
 }
 
-TEST(YamlWriterTest, StringsStayStrings) {
-  // What is written, where it is not just any form that reads back.
-  const std::map<std::string, std::string> forms{
-      {"生活", "k: 生活\n"},
-      {"09:05", "k: 09:05\n"},
-      {"💡a\uE000𠀀", "k: 💡a\uE000𠀀\n"},
-      {"12:💡", "k: 12:💡\n"},
-      {"\x01💡", "k: \"\\x01💡\"\n"},
-      {"a\\U0001F4A1", "k: a\\U0001F4A1\n"},
-      {"\r\\U0001F4A1💡\uE000", "k: \"\\r\\\\U0001F4A1💡\uE000\"\n"},
-  };
-  std::vector<std::string> values = piecesOf(
-      "😀 \u3000¦a: b¦- a¦# a¦a #b¦&a *b !c %d @e `f¦'a' \"b\" \\n¦ a ¦a\n¦\n\na\n\n b\n¦a\r\nb\rc¦"
-      "a\u0085b¦a\u2028b\u2029c¦a\n\u2028\nb¦\t\x01\x7F\uFEFF¦---¦...¦[a¦? a");
-  for (const auto& [value, form] : forms) values.push_back(value);
-  for (const std::string& quoted : piecesOf("12:30¦2026-03-01¦¦~¦yes¦1.5¦007¦<<¦=")) {
-    EXPECT_EQ(written(quoted, YamlWriter::Layout::folded), "k: '" + quoted + "'\n");
-    values.push_back(quoted);
-  }
-  for (const std::string& value : values)
-    for (const auto layout : {YamlWriter::Layout::folded, YamlWriter::Layout::singleLine}) {
-      SCOPED_TRACE(testing::PrintToString(value));
-      const std::string text = written(value, layout);
-      const auto form = forms.find(value);
-      EXPECT_TRUE(form == forms.end() || form->second == text) << text;
-      std::string read;
-      YamlDocument(text).root().forEachPair(
-          [&](const Node&, const Node& found) { read = found.text(); });
-      EXPECT_EQ(read, value) << text;
-      EXPECT_TRUE(layout == YamlWriter::Layout::folded || std::ranges::count(text, '\n') == 1);
-    }
-}
-
-TEST(YamlWriterTest, FoldsLongTextAndRefusesBadText) {
-  std::string text;
-  for (int i = 0; i < 60; ++i) text += "word ---  ";
-  text += "end";
-  const std::string folded = written(text, YamlWriter::Layout::folded);
-  EXPECT_GT(std::ranges::count(folded, '\n'), 3);
-  YamlDocument(folded).root().forEachPair(
-      [&](const Node&, const Node& value) { EXPECT_EQ(value.text(), text); });
-  EXPECT_THROW(written("a\xFF", YamlWriter::Layout::folded), YamlError);
+// Any form would read back, but files are not to change.
+TEST(YamlWriterTest, FormsOfStrings) {
+  for (const char* value : {"生活", "09:05", "💡a\uE000𠀀", "12:💡", "a\\U0001F4A1"})
+    EXPECT_EQ(written(value), fmt::format("k: {}\n", value));
+  for (const std::string& value : piecesOf("12:30¦2026-03-01¦¦~¦yes¦1.5¦007¦<<¦="))
+    EXPECT_EQ(written(value), fmt::format("k: '{}'\n", value));
+  EXPECT_EQ(written("\x01💡"), "k: \"\\x01💡\"\n");
+  EXPECT_EQ(written("\r\\U0001F4A1💡\uE000"), "k: \"\\r\\\\U0001F4A1💡\uE000\"\n");
 }
 
 }  // namespace

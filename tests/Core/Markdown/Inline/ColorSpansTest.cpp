@@ -9,14 +9,21 @@ namespace {
 
 using Expression = RegularExpression;
 
-// The matches as "whole|value|content".
-std::vector<std::string> plainSpans(const std::string& text, const Expression& expression) {
-  const std::u16string units = toUtf16(text);
-  std::vector<std::string> found;
-  for (const auto& match : expression.matches(units))
-    found.push_back(partOf(units, match.groups[0]) + "|" + partOf(units, match.groups[1]) + "|" +
-                    partOf(units, match.groups[2]));
-  return found;
+// The matches: where each begins, the whole, its value, its content.
+std::vector<Groups> plainSpans(const std::string& text, const Expression& expression) {
+  return groupsOf(expression, text, {0, 1, 2});
+}
+
+// The same of what the scanner found.
+template <typename ValueOf>
+std::vector<Groups> shownSpans(const std::string& text, const std::vector<SpanMatch>& spans,
+                               ValueOf valueOf) {
+  std::vector<Groups> shown;
+  for (const SpanMatch& span : spans)
+    shown.push_back({std::to_string(toUtf16(text.substr(0, span.range.begin)).size()),
+                     std::string(span.range.of(text)), valueOf(span.kind),
+                     std::string(span.contentRange.of(text))});
+  return shown;
 }
 
 const Expression& colorExpression() {
@@ -52,18 +59,16 @@ TEST(ColorSpansTest, FindsWhatTheExpressionsFind) {
       "font-size:¦12¦px¦\">¦*¦*¦**¦**¦***¦日¦a¦\n¦@[[¦@[[a|¦|¦]¦]]¦b¦😀";
   std::size_t found = 0;
   onRandomTexts(pieces, 12, 20'000, [&](const std::string& text) {
-    std::vector<std::string> colors;
-    for (const SpanMatch& span : ColorSpans::colors(text))
-      colors.push_back(std::string(span.range.of(text)) + "|" +
-                       std::get<SpanMatch::Color>(span.kind).hex + "|" +
-                       std::string(span.contentRange.of(text)));
-    ASSERT_EQ(colors, plainSpans(text, colorExpression()));
-    std::vector<std::string> sizes;
-    for (const SpanMatch& span : ColorSpans::sizes(text))
-      sizes.push_back(std::string(span.range.of(text)) + "|" +
-                      std::to_string(std::get<SpanMatch::FontSize>(span.kind).px) + "|" +
-                      std::string(span.contentRange.of(text)));
-    ASSERT_EQ(sizes, plainSpans(text, size));
+    const auto colors = plainSpans(text, colorExpression());
+    ASSERT_EQ(shownSpans(text, ColorSpans::colors(text),
+                         [](auto& kind) { return std::get<SpanMatch::Color>(kind).hex; }),
+              colors);
+    const auto sizes = plainSpans(text, size);
+    ASSERT_EQ(shownSpans(text, ColorSpans::sizes(text),
+                         [](auto& kind) {
+                           return std::to_string(std::get<SpanMatch::FontSize>(kind).px);
+                         }),
+              sizes);
     ASSERT_EQ(ColorSpans::openingCount(text), opening.matches(toUtf16(text)).size());
     for (const std::string marker : {"**", "*"})
       ASSERT_EQ(ColorSpans::normalizeColorSpansInsideMarkdown(text, marker),

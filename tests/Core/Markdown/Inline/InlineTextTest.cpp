@@ -74,7 +74,7 @@ TEST(InlineTextTest, PlainCharactersComeBack) {
   constexpr std::string_view pieces =
       " ¦  ¦\n¦\n¦\r¦\r\n¦\t¦#¦# ¦- ¦+¦1. ¦12)¦> ¦|¦---¦===¦~ ¦!¦]¦(¦)¦:¦\"¦'¦=¦>¦日记¦a¦b。¦"
       "\u3000¦\u2000¦\u2009¦\u00A0¦\u2028¦\u200B¦\uFEFF¦\x01¦\x7F¦😀";
-  onRandomTexts(pieces, 14, 20'000, [&](const std::string& text) {
+  onRandomTexts(pieces, 14, 10'000, [&](const std::string& text) {
     // A code span makes the parser run and is seen as one.
     const std::string marked = text + "`c`" + text;
     std::string expected = text + "c" + text;
@@ -91,12 +91,12 @@ TEST(InlineTextTest, WrappedAddressesShowAsTheyStood) {
   constexpr std::string_view pieces =
       "`¦`¦``¦\\`¦\\[¦\\]¦[¦[¦![¦]¦](¦](a)¦(<¦>)¦)¦<¦>¦ ¦https://b.org¦\n¦日¦\"¦a.com¦a.com";
   std::size_t wrapped = 0;
-  onRandomTexts(pieces, 14, 60'000, [&](const std::string& text) {
+  onRandomTexts(pieces, 14, 25'000, [&](const std::string& text) {
     const std::string linked = MarkdownTextView::wrapBareURLsAsMarkdownLinks(text);
     ASSERT_EQ(parsedInline(linked).text, parsedInline(text).text) << linked;
     wrapped += linked == text ? 0 : 1;
   });
-  EXPECT_GT(wrapped, 10'000U);
+  EXPECT_GT(wrapped, 4'000U);
 }
 
 TEST(InlineTextTest, Spans) {

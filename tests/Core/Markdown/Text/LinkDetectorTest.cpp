@@ -1,9 +1,8 @@
-#include <chrono>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Core/Markdown/Text/LinkDetector.h"
+#include "Support/Proportion.h"
 #include "Support/RandomText.h"
 
 namespace nomely::test {
@@ -20,90 +19,68 @@ Texts urlsIn(std::string_view text) {
 
 TEST(LinkDetectorTest, LinksWithScheme) {
   const struct {
-    const char* name;
     std::string text;
     Texts expected;
   } cases[] = {
-      {"alone", "https://example.com", {"https://example.com"}},
-      {"upper case", "HTTP://Example.COM/A", {"HTTP://Example.COM/A"}},
-      {"other schemes", "ftp://a.com file:///a.com mailto:a@b.com xhttp://a.com tel:1", {}},
-      {"no host", "http:// http://. https:///a http://?q http://[] http://-a.com/", {}},
-      {"everything",
-       "http://u:p@a.com:8080/b/?c=d&e=%20#f",
-       {"http://u:p@a.com:8080/b/?c=d&e=%20#f"}},
-      {"hosts without an ending",
-       "http://localhost:80/ http://1.2.3.4 http://my_pc/a http://[::1]:8/a",
+      {"https://example.com", {"https://example.com"}},
+      {"HTTP://Example.COM/A", {"HTTP://Example.COM/A"}},
+      {"ftp://a.com file:///a.com mailto:a@b.com xhttp://a.com tel:1", {}},
+      {"http:// http://. https:///a http://?q http://[] http://-a.com/", {}},
+      {"http://u:p@a.com:8080/b/?c=d&e=%20#f", {"http://u:p@a.com:8080/b/?c=d&e=%20#f"}},
+      {"http://localhost:80/ http://1.2.3.4 http://my_pc/a http://[::1]:8/a",
        {"http://localhost:80/", "http://1.2.3.4", "http://my_pc/a", "http://[::1]:8/a"}},
-      {"no ports",
-       "http://a.com:x http://b.com:123456 http://c.com: d",
+      {"http://a.com:x http://b.com:123456 http://c.com: d",
        {"http://a.com", "http://b.com", "http://c.com"}},
-      {"Chinese text around",
-       "看https://a.com/b看看，https://c.com。http://d.cn吧",
+      {"看https://a.com/b看看，https://c.com。http://d.cn吧",
        {"https://a.com/b", "https://c.com", "http://d.cn"}},
-      {"Chinese brackets and quotes",
-       "（https://a.com/）《http://b.com/c》“http://d.com?e”",
+      {"（https://a.com/）《http://b.com/c》“http://d.com?e”",
        {"https://a.com/", "http://b.com/c", "http://d.com?e"}},
-      {"Chinese paths",
-       "https://zh.a.org/wiki/北京?q=天气#2024-年",
-       {"https://zh.a.org/wiki/北京?q=天气#2024-年"}},
-      {"IDN hosts",
-       "https://例子.中国/路径 http://münchen.de看 http://xn--fsqu00a.com",
+      {"https://zh.a.org/wiki/北京?q=天气#2024-年", {"https://zh.a.org/wiki/北京?q=天气#2024-年"}},
+      {"https://例子.中国/路径 http://münchen.de看 http://xn--fsqu00a.com",
        {"https://例子.中国/路径", "http://münchen.de", "http://xn--fsqu00a.com"}},
-      {"end of the sentence",
-       "http://a.com. http://b.com/c?! http://d.com/e... **http://f.com**, 'http://g.com'",
+      {"http://a.com. http://b.com/c?! http://d.com/e... **http://f.com**, 'http://g.com'",
        {"http://a.com", "http://b.com/c", "http://d.com/e", "http://f.com", "http://g.com"}},
-      {"Markdown",
-       "[a](http://a.com/b) <http://c.com> `http://d.com` |http://e.com| \"http://f.com\"",
+      {"[a](http://a.com/b) <http://c.com> `http://d.com` |http://e.com| \"http://f.com\"",
        {"http://a.com/b", "http://c.com", "http://d.com", "http://e.com", "http://f.com"}},
-      {"brackets of its own",
-       "(http://a.org/b_(c)_d) [http://e.org/f[1]] http://g.org/(h",
+      {"(http://a.org/b_(c)_d) [http://e.org/f[1]] http://g.org/(h",
        {"http://a.org/b_(c)_d", "http://e.org/f[1]", "http://g.org/(h"}},
-      {"brackets that cross", "http://a.org/(b]c", {"http://a.org/(b"}},
-      {"one within another",
-       "http://a.org/http://b.org/ http://c.org?u=http://d.org",
+      {"http://a.org/(b]c", {"http://a.org/(b"}},
+      {"http://a.org/http://b.org/ http://c.org?u=http://d.org",
        {"http://a.org/http://b.org/", "http://c.org?u=http://d.org"}},
-      {"file names", "http://readme.md https://a.zip", {"http://readme.md", "https://a.zip"}},
-      {"once each", "http://a.com http://b.com http://a.com", {"http://a.com", "http://b.com"}},
-      {"line breaks and emoji",
-       "http://a.com\nhttp://b.com😀http://c.com\u2028d",
+      {"http://readme.md https://a.zip", {"http://readme.md", "https://a.zip"}},
+      {"http://a.com http://b.com http://a.com", {"http://a.com", "http://b.com"}},
+      {"http://a.com\nhttp://b.com😀http://c.com\u2028d",
        {"http://a.com", "http://b.com", "http://c.com"}},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+    SCOPED_TRACE(c.text);
     EXPECT_THAT(urlsIn(c.text), ElementsAreArray(c.expected));
   }
 }
 
 TEST(LinkDetectorTest, BareHostNames) {
   const struct {
-    const char* name;
     std::string text;
     Texts expected;
   } cases[] = {
-      {"with and without path",
-       "example.com a.co.uk/b?c#d WWW.E.COM",
+      {"example.com a.co.uk/b?c#d WWW.E.COM",
        {"http://example.com", "http://a.co.uk/b?c#d", "http://WWW.E.COM"}},
-      {"Chinese text around",
-       "上baidu.com查，www.a.cn/b。网址:c.com:80/d好",
+      {"上baidu.com查，www.a.cn/b。网址:c.com:80/d好",
        {"http://baidu.com", "http://www.a.cn/b", "http://c.com:80/d"}},
-      {"letters beyond ASCII", "Ämünchen.de é.com", {"http://Ämünchen.de", "http://é.com"}},
-      {"marks around",
-       "(a.com) a.org. ...b.com... _c.com d.com-",
+      {"Ämünchen.de é.com", {"http://Ämünchen.de", "http://é.com"}},
+      {"(a.com) a.org. ...b.com... _c.com d.com-",
        {"http://a.com", "http://a.org", "http://b.com", "http://d.com"}},
-      {"unknown endings", "a.b 3.14 1.2.3.4 e.g. localhost com a.invalidname U.S.", {}},
-      {"not well-formed", "a..com -.com a-.com " + std::string(64, 'a') + ".com", {}},
-      {"mail addresses", "me@a.com me.too@b.com a.com@b.com x+y.com@z.com mailto:c@d.com", {}},
-      {"parts of something else",
-       "/a.com dir/b.com \\c.com #d.com e_f.com http//g.com ftp://h.com/i.com",
-       {}},
-      {"file names", "readme.md a.py b.rs c.SH d.zip e.mov f.pl g.ps md.md:12 x.y.md", {}},
-      {"file names that are none",
-       "www.a.md readme.md/b c.sh:80/d",
+      {"a.b 3.14 1.2.3.4 e.g. localhost com a.invalidname U.S.", {}},
+      {"a..com -.com a-.com " + std::string(64, 'a') + ".com", {}},
+      {"me@a.com me.too@b.com a.com@b.com x+y.com@z.com mailto:c@d.com", {}},
+      {"/a.com dir/b.com \\c.com #d.com e_f.com http//g.com ftp://h.com/i.com", {}},
+      {"readme.md a.py b.rs c.SH d.zip e.mov f.pl g.ps md.md:12 x.y.md", {}},
+      {"www.a.md readme.md/b c.sh:80/d",
        {"http://www.a.md", "http://readme.md/b", "http://c.sh:80/d"}},
-      {"the same with scheme", "a.com http://a.com", {"http://a.com"}},
+      {"a.com http://a.com", {"http://a.com"}},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+    SCOPED_TRACE(c.text);
     EXPECT_THAT(urlsIn(c.text), ElementsAreArray(c.expected));
   }
 }
@@ -136,17 +113,13 @@ TEST(LinkDetectorTest, PositionsAndTitles) {
 }
 
 TEST(LinkDetectorTest, HostileTextsTakeNoLongerThanOthers) {
-  for (const std::string_view piece : {"a.", ".", "http://", "http:", "http://a.", "http://a/(",
-                                       "http://a/!", "a.com/[", "http://[a:", "http://a:b@", "é.",
-                                       "x@a.com.", "a.com", "a.com:", "-.", "http://日", "a.md:"}) {
+  for (const std::string& piece : piecesOf(
+           "a.¦.¦http://¦http:¦http://a.¦http://a/(¦http://a/!¦a.com/[¦http://[a:¦http://a:b@¦é.¦"
+           "x@a.com.¦a.com¦a.com:¦-.¦http://日¦a.md:")) {
     SCOPED_TRACE(piece);
-    const std::string text = filledWith(piece, 1'000'000);
-    const auto began = std::chrono::steady_clock::now();
-    const auto links = LinkDetector::computeLinks(text);
-    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(5));
-    const std::u16string units = toUtf16(text);
-    for (const DetectedLink& link : links)
-      EXPECT_EQ(toUtf8(units.substr(link.rangeLocation, link.rangeLength)), link.sourceText);
+    expectProportional(100'000, [&](std::size_t size) {
+      (void)LinkDetector::computeLinks(filledWith(piece, size));
+    });
   }
 }
 

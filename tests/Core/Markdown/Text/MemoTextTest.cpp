@@ -10,34 +10,17 @@ namespace {
 
 TEST(MemoTextSanitizerTest, Placeholders) {
   using enum MemoTextSanitizer::Edges;
-  const struct {
-    const char* name;
-    std::string text;
-    std::string kept;
-    std::string trimmed;
-  } cases[] = {
-      {"none", " [a] [Image] [image #1] \n", " [a] [Image] [image #1] \n",
-       "[a] [Image] [image #1]"},
-      {"broken marks", "[Image #1 [Image 1] [Image #] [图片#一]",
-       "[Image #1 [Image 1] [Image #] [图片#一]", "[Image #1 [Image 1] [Image #] [图片#一]"},
-      {"on a line of its own", "a\n \t[File #12] \r\nb", "a\nb", "a\nb"},
-      {"on the last line", "a\n[附件 #1]", "a\n", "a"},
-      {"two lines", "[Image #1]\n[Image #2]\nb", "b", "b"},
-      {"two on a line", "[Image #1] [Image #2]\nb", "\nb", "b"},
-      {"inside a line", "a [图片 #12] b", "ab", "ab"},
-      {"no blank, wide blank, line break within", "a[图像#1]b[Attachment\u3000#2]c[File\n#3]",
-       "abc", "abc"},
-      {"object replacement", "a\uFFFC b\uFFFC\uFFFC", "a b", "a b"},
-      {"object replacement inside a mark", "[Im\uFFFCage #1]", "", ""},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(MemoTextSanitizer::removingAttachmentPlaceholders(c.text, keep), c.kept);
-    EXPECT_EQ(MemoTextSanitizer::removingAttachmentPlaceholders(c.text, trim), c.trimmed);
+  using MemoTextSanitizer::removingAttachmentPlaceholders;
+  for (const auto& [text, kept, trimmed] :
+       {std::tuple(" [a] [Image] \n", " [a] [Image] \n", "[a] [Image]"),
+        {"a\n[附件 #1]", "a\n", "a"},
+        {"a \uFFFCb\uFFFC\uFFFC", "a b", "a b"},
+        {"[Im\uFFFCage #1]", "", ""}}) {
+    EXPECT_EQ(removingAttachmentPlaceholders(text, keep), kept);
+    EXPECT_EQ(removingAttachmentPlaceholders(text, trim), trimmed);
   }
   const std::string blanks(1'000'000, ' ');
-  EXPECT_EQ(MemoTextSanitizer::removingAttachmentPlaceholders(blanks + "a[File #1]" + blanks, keep),
-            blanks + "a");
+  EXPECT_EQ(removingAttachmentPlaceholders(blanks + "a[File #1]" + blanks, keep), blanks + "a");
 }
 
 TEST(MemoTextSanitizerTest, RemovesWhatTheExpressionsMatch) {
@@ -84,38 +67,24 @@ TEST(MemoTextUtilitiesTest, EditorsKeepTheOlderText) {
   EXPECT_EQ(MemoTextUtilities::textForEditing(damaged), damaged);
 }
 
+// Of base64 the expressions below know nothing.
 TEST(MemoTextUtilitiesTest, CommentsOfEveryForm) {
+  const std::string large(1'000'000, 'b');
   const struct {
-    const char* name;
     std::string text;
     std::optional<std::string> original;
     std::string stripped;
   } cases[] = {
-      {"none", " a <!-- b -->\n", {}, "a <!-- b -->"},
-      {"over lines", "a\n\n---\n<!-- original:\nb\n\nc\n-->", "b\n\nc", "a"},
-      {"over lines, empty", "a\n<!-- original:\n\n-->", "", "a"},
-      {"on one line", "a\n<!-- original:b c -->", "b c", "a"},
-      {"on one line, long", "<!-- original:" + std::string(1'000'000, 'b') + " -->",
-       std::string(1'000'000, 'b'), ""},
-      {"on one line, nothing in it", "<!-- original: -->", {}, ""},
-      {"on one line, broken", "<!-- original:b\u2028c -->", {}, ""},
-      {"invalid base64, then lines", "<!-- original-base64:Zg= --><!-- original:\nb\n-->", "b", ""},
-      {"base64 of no text", "<!-- original-base64:/w== -->", {}, ""},
-      {"only the first base64 counts",
-       "<!-- original-base64:Z -->\n<!-- original-base64:Zg== -->",
-       {},
-       ""},
-      {"but one without its end doesn't",
-       "<!-- original-base64:Zg==-->\n<!-- original-base64:Zg== -->", "f", ""},
-      {"never closed", "a\n---\n<!-- original:b", {}, "a\n---\n<!-- original:b"},
-      {"another comment", "a <!-- originals: b -->", {}, "a <!-- originals: b -->"},
-      {"line feeds above the rule", "a\n\n\n---\n<!-- original:b -->c\n", "b", "ac"},
-      {"no line feeds between the rule and it", "a\n---<!-- original:b -->", "b", "a\n---"},
-      {"longer rule", "a\n----\n<!-- original:b -->", "b", "a\n-"},
-      {"two", "a<!-- original:b -->c\n<!-- original:d -->", "b", "ac"},
+      {" a <!-- originals: b -->\n", {}, "a <!-- originals: b -->"},
+      {"<!-- original:" + large + " -->", large, ""},
+      {"<!-- original:b\u2028c -->", {}, ""},
+      {"<!-- original-base64:Zg= --><!-- original:\nb\n-->", "b", ""},
+      {"<!-- original-base64:/w== -->", {}, ""},
+      {"<!-- original-base64:Z -->\n<!-- original-base64:Zg== -->", {}, ""},
+      {"<!-- original-base64:Zg==-->\n<!-- original-base64:Zg== -->", "f", ""},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+    SCOPED_TRACE(c.text.substr(0, 60));
     EXPECT_EQ(MemoTextUtilities::extractOriginal(c.text), c.original);
     EXPECT_EQ(MemoTextUtilities::stripOriginalComment(c.text), c.stripped);
   }

@@ -10,116 +10,47 @@ namespace {
 using testing::ElementsAreArray;
 using Tags = std::vector<std::string>;
 
+// Rules of which the expressions below know nothing, and what people write.
 TEST(TagParserTest, TagsOfTexts) {
-  const struct {
-    const char* name;
-    std::string text;
-    Tags expected;
-  } cases[] = {
-      {"start, middle, later line", "#a b #c\n#d\u3000#e\u2028#f", {"a", "c", "d", "e", "f"}},
-      {"inside a word", "a#tag 天#气", {}},
-      {"repeated", "#b #a #b", {"b", "a"}},
-      {"a second number sign ends it", "#a#b", {"a"}},
-      {"marks that end it",
-       "#a。 #b，x #c! #d? #e.x #f、 #g@x #h！ #i？ #j<x",
-       {"a", "b", "c", "d", "e", "f", "g", "h", "i", "j"}},
-      {"marks that don't", "#a,b #c;d #e（f） #g-h_i", {"a,b", "c;d", "e（f）", "g-h_i"}},
-      {"levels", "#a/b #/a #a/ #a//b #/", {"a/b"}},
-      {"quotes and equals signs", "#a=1 #a\"b #a'b", {}},
-      {"headings", "# a\n## b\n#\n#", {}},
-      {"emoji and keycaps", "#😀好 #\uFE0F\u20E3", {"😀好", "\uFE0F\u20E3"}},
-      {"code and markup", "`#a` <b #b> ```\n#c\n``` <i\n#d>", {}},
-      {"colours", "<span style=\"color:#ff0000\">x</span> color: #ff0000 color:\n#00FF00", {}},
-      {"no colours", "color: #ff000 #ff0000", {"ff000", "ff0000"}},
-      {"after something masked", "<b>#a</b> `x`#b color:#ff0000#c", {"a", "b", "c"}},
-      {"cut by something masked", "#a`x`b #<b>c", {"a"}},
-      {"left open", "` #a\n<b #c\n``` #d", {"a", "c", "d"}},
-      {"long word on a line", "#这是一个很长的标题行文字", {}},
-      {"the same between blanks", "x\n\t \u3000#这是一个很长的标题行文字 \u3000\r\ny", {}},
-      {"after something masked, alone", "`x` #这是一个很长的标题行文字 <br>", {}},
-      {"long with text after it", "#这是一个很长的标题行文字 后面", {"这是一个很长的标题行文字"}},
-      {"long with text before it", "前 #这是一个很长的标题行文字", {"这是一个很长的标题行文字"}},
-      {"long with a level", "#这是一个/很长的标题行文字", {"这是一个/很长的标题行文字"}},
-      {"long, then a mark", "#这是一个很长的标题行。", {"这是一个很长的标题行"}},
-      {"eight characters", "#八个字的标题行吧", {"八个字的标题行吧"}},
-      {"nine", "#一二三四五六七八九", {}},
-      {"eight of many units",
-       "#👍🏽👍🏽👍🏽👍🏽👍🏽👍🏽👍🏽👍🏽",
-       {"👍🏽👍🏽👍🏽👍🏽👍🏽👍🏽👍🏽👍🏽"}},
-      {"nothing", "", {}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_THAT(TagParser::tags(c.text), ElementsAreArray(c.expected));
+  for (const auto& [text, expected] :
+       {std::pair("#a b #c\n#d\u3000#e 天#气", Tags{"a", "c", "d", "e"}),
+        {"#b #a #b", {"b", "a"}},
+        {"#a。 #b，x #c、 #d,e #f（g） #h-i_j", {"a", "b", "c", "d,e", "f（g）", "h-i_j"}},
+        {"#a/b #/a #a/ #a//b #/ #a=1 # a\n## b", {"a/b"}},
+        {"`#a` <b #b> ```\n#c\n``` color: #ff0000 ` #d", {"d"}},
+        {"#😀好 #\uFE0F\u20E3", {"😀好", "\uFE0F\u20E3"}},
+        {"#这是一个很长的标题行文字\n#八个字的标题行吧", {"八个字的标题行吧"}},
+        {"#👍🏽👍🏽👍🏽👍🏽👍🏽👍🏽👍🏽👍🏽",
+         {"👍🏽👍🏽👍🏽👍🏽👍🏽👍🏽👍🏽👍🏽"}}}) {
+    SCOPED_TRACE(text);
+    EXPECT_THAT(TagParser::tags(text), ElementsAreArray(expected));
   }
 }
 
 TEST(TagParserTest, PositionsAndRanges) {
-  using Match = TagParser::Match;
+  using Matches = std::vector<TagParser::Match>;
   const std::string text = "😀 #a\n#好b";
-  EXPECT_THAT(TagParser::matches(text),
-              ElementsAreArray({Match{"a", {2, 5}, {4, 5}}, Match{"好b", {5, 9}, {7, 9}}}));
   // The code is five characters of six units.
-  EXPECT_THAT(TagParser::matches("`a😀b` #c"), ElementsAreArray({Match{"c", {5, 8}, {7, 8}}}));
-
-  const struct {
-    const char* name;
-    TextRange range;
-    std::vector<Match> expected;
-  } cases[] = {
-      {"the second line", {6, 9}, {{"好b", {6, 9}, {7, 9}}}},
-      {"with its line feed", {5, 9}, {{"好b", {5, 9}, {7, 9}}}},
-      {"cut off", {0, 8}, {{"a", {2, 5}, {4, 5}}, {"好", {5, 8}, {7, 8}}}},
-      {"beyond the end", {6, 100}, {{"好b", {6, 9}, {7, 9}}}},
-      {"past the end", {50, 100}, {}},
-      {"upside down", {6, 2}, {}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_THAT(TagParser::matches(text, c.range), ElementsAreArray(c.expected));
-  }
-}
-
-TEST(TagParserTest, MaskedTexts) {
-  const struct {
-    const char* name;
-    std::string text;
-    std::string expected;
-  } cases[] = {
-      {"nothing to mask", "a #b ` < color: red", "a #b ` < color: red"},
-      {"markup", "a<b c>d</b>", "a     d    "},
-      {"a blank for each character", "`好👍🏽e\u0301`.", "     ."},
-      {"lines stay", "```\na\rb\n```.", "   \n \r \n   ."},
-      {"but not a pair", "```\r\n```.", "       ."},
-      {"inline code ends with the line", "`a\nb`", "`a\nb`"},
-      {"an end that is half a character", "`a`\u0301 <b>\u0301", "`a`\u0301 <b>\u0301"},
-      {"each looks at the text as it was", "`<`a>", "     "},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(TagParser::maskedForTagParsing(c.text), c.expected);
-  }
+  EXPECT_EQ(TagParser::matches("`a😀b` #c"), (Matches{{"c", {5, 8}, {7, 8}}}));
+  for (const auto& [range, expected] :
+       {std::pair(TextRange{6, 100}, Matches{{"好b", {6, 9}, {7, 9}}}),
+        {{5, 9}, {{"好b", {5, 9}, {7, 9}}}},
+        {{0, 8}, {{"a", {2, 5}, {4, 5}}, {"好", {5, 8}, {7, 8}}}},
+        {{50, 100}, {}},
+        {{6, 2}, {}}})
+    EXPECT_EQ(TagParser::matches(text, range), expected);
 }
 
 TEST(TagParserTest, TextsWithoutTheirTags) {
-  const struct {
-    const char* name;
-    std::string text;
-    std::string expected;
-  } cases[] = {
-      {"none", "\u3000a b\n", "a b"},
-      {"all there is", "#a #b\n#c", ""},
-      {"around words", "早 #a 晚\n#b。", "早 晚。"},
-      {"long heading as well", "x\n#这是一个很长的标题行文字", "x"},
-      {"no tags, so they stay", "x #a=1 `#b` # c", "x #a=1 `#b` # c"},
-      {"blanked is white space as well", "<b>#a</b> x", "<b</b> x"},
-      {"positions of the masked text", "`😀` #tag x", "`😀g x"},
-      {"half a character is not cut", "`a😀`#a", "`a😀`#a"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(TagParser::removingInlineTags(c.text), c.expected);
-  }
+  for (const auto& [text, expected] : {std::pair("\u3000a b\n", "a b"),
+                                       {"#a #b\n#c", ""},
+                                       {"早 #a 晚\n#b。", "早 晚。"},
+                                       {"x\n#这是一个很长的标题行文字", "x"},
+                                       {"x #a=1 `#b` # c", "x #a=1 `#b` # c"},
+                                       {"<b>#a</b> x", "<b</b> x"},
+                                       {"`😀` #tag x", "`😀g x"},
+                                       {"`a😀`#a", "`a😀`#a"}})
+    EXPECT_EQ(TagParser::removingInlineTags(text), expected);
 }
 
 // The expressions with nothing before them and one character at a time.

@@ -14,14 +14,6 @@ namespace {
 
 using testing::HasSubstr;
 
-TEST(SerialQueueTest, SyncRunsOnItsCallersThread) {
-  SerialQueue queue("q");
-  EXPECT_EQ(queue.sync([] { return std::this_thread::get_id(); }), std::this_thread::get_id());
-  int value = 7;
-  int& same = queue.sync([&]() -> int& { return value; });
-  EXPECT_EQ(&same, &value);
-}
-
 TEST(SerialQueueTest, JobsRunInTheOrderOfSubmission) {
   SerialQueue queue("q");
   std::vector<int> order;  // guarded by the queue alone
@@ -41,6 +33,16 @@ TEST(SerialQueueTest, JobsRunInTheOrderOfSubmission) {
   queue.sync([&] { order.push_back(-1); });
   expected.push_back(-1);
   EXPECT_EQ(order, expected);
+}
+
+TEST(SerialQueueTest, AJobWakesAWorkerThatWaits) {
+  std::promise<pid_t> first;
+  std::promise<void> second;
+  SerialQueue queue("q");
+  queue.async([&] { first.set_value(::gettid()); });
+  awaitSleep(inTime(first));
+  queue.async([&] { second.set_value(); });
+  inTime(second);
 }
 
 TEST(SerialQueueTest, OneJobAtATimeWhateverTheThread) {
@@ -69,24 +71,22 @@ TEST(SerialQueueTest, OneJobAtATimeWhateverTheThread) {
   EXPECT_FALSE(overlapped);
 }
 
-TEST(SerialQueueTest, KnowsWhetherItIsCurrent) {
+TEST(SerialQueueTest, SyncRunsOnItsCallersThreadWhichIsTheQueuesMeanwhile) {
   SerialQueue outer("outer");
   SerialQueue inner("inner");
-  EXPECT_FALSE(outer.isCurrent());
+  const auto current = [&] { return std::pair(outer.isCurrent(), inner.isCurrent()); };
+  EXPECT_EQ(outer.sync([] { return std::this_thread::get_id(); }), std::this_thread::get_id());
   outer.sync([&] {
-    EXPECT_TRUE(outer.isCurrent());
-    EXPECT_FALSE(inner.isCurrent());
     inner.sync([&] {
-      EXPECT_TRUE(outer.isCurrent());
-      EXPECT_TRUE(inner.isCurrent());
-      std::jthread([&] { EXPECT_FALSE(outer.isCurrent()); }).join();
+      EXPECT_EQ(current(), std::pair(true, true));
+      std::jthread([&] { EXPECT_EQ(current(), std::pair(false, false)); }).join();
     });
-    EXPECT_FALSE(inner.isCurrent());
+    EXPECT_EQ(current(), std::pair(true, false));
   });
-  EXPECT_FALSE(outer.isCurrent());
-  std::promise<bool> current;
-  inner.async([&] { current.set_value(inner.isCurrent() && !outer.isCurrent()); });
-  EXPECT_TRUE(inTime(current));
+  EXPECT_EQ(current(), std::pair(false, false));
+  std::promise<std::pair<bool, bool>> inJob;
+  inner.async([&] { inJob.set_value(current()); });
+  EXPECT_EQ(inTime(inJob), std::pair(false, true));
 }
 
 TEST(SerialQueueTest, ExceptionsLeaveTheQueueUsable) {

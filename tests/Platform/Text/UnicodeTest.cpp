@@ -26,17 +26,13 @@ TEST(UnicodeTest, Utf8Validity) {
 
 TEST(UnicodeTest, DecodedAndAppendedCharacters) {
   const struct {
-    const char* name;
     std::string_view text;
     char32_t value;
     std::size_t length;
-  } cases[] = {
-      {"one byte", "a", U'a', 1},        {"two bytes", "éa", U'é', 2},
-      {"three bytes", "日a", U'日', 3},  {"four bytes", "😀a", U'😀', 4},
-      {"malformed", "\xFFz", 0xFFFD, 1}, {"cut off", "\xE4\xBD", 0xFFFD, 1},
-  };
+  } cases[] = {{"a", U'a', 1},  {"éa", U'é', 2},      {"日a", U'日', 3},
+               {"😀a", U'😀', 4}, {"\xFFz", 0xFFFD, 1}, {"\xE4\xBD", 0xFFFD, 1}};
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+    SCOPED_TRACE(testing::PrintToString(c.text));
     const DecodedCharacter decoded = decodeFirst(c.text);
     EXPECT_EQ(decoded.value, c.value);
     EXPECT_EQ(decoded.length, c.length);
@@ -51,29 +47,21 @@ TEST(UnicodeTest, DecodedAndAppendedCharacters) {
 
 TEST(UnicodeTest, TrimmingSets) {
   const struct {
-    const char* name;
     std::string_view text;
     std::string_view horizontal;
     std::string_view withBreaks;
   } cases[] = {
-      {"blanks and tabs", " \t a b \t", "a b", "a b"},
-      {"nothing but blanks", " \t", "", ""},
-      {"ideographic space", "\u3000日记\u3000", "日记", "日记"},
-      {"no-break spaces", "\u00A0a\u202F", "a", "a"},
-      {"every other blank of its category", "\u1680\u2000\u200A\u205Fa", "a", "a"},
-      {"zero width space is no blank", "\u200Ba\u200B", "\u200Ba\u200B", "\u200Ba\u200B"},
-      {"line feed", "\na\n", "\na\n", "a"},
-      {"carriage return", " a\r", "a\r", "a"},
-      {"vertical tab and form feed", "\v\fa\f\v", "\v\fa\f\v", "a"},
-      {"next line", "\u0085a\u0085", "\u0085a\u0085", "a"},
-      {"line separator", "\u2028a\u2028", "\u2028a\u2028", "a"},
-      {"paragraph separator", "\u2029a\u2029", "\u2029a\u2029", "a"},
-      {"mixed", "\n \u3000\u2028a\u2028\u3000 \n", "\n \u3000\u2028a\u2028\u3000 \n", "a"},
-      {"malformed bytes stay", " \xE3\x80 \x80 ", "\xE3\x80 \x80", "\xE3\x80 \x80"},
-      {"emoji at the end", "a😀 ", "a😀", "a😀"},
+      {" \t a b \t", "a b", "a b"},
+      {" \t", "", ""},
+      {"\u3000日记\u1680\u2000\u200A\u205F\u00A0\u202F", "日记", "日记"},
+      {"\u200Ba\u200B", "\u200Ba\u200B", "\u200Ba\u200B"},  // is no blank
+      {"\n \v\f\ra\r\f\v \n", "\n \v\f\ra\r\f\v \n", "a"},
+      {"\u0085\u2028a\u2029 ", "\u0085\u2028a\u2029", "a"},
+      {" \xE3\x80 \x80 ", "\xE3\x80 \x80", "\xE3\x80 \x80"},
+      {"a😀 ", "a😀", "a😀"},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+    SCOPED_TRACE(testing::PrintToString(c.text));
     EXPECT_EQ(trimHorizontal(c.text), c.horizontal);
     EXPECT_EQ(trimSpaceAndBreaks(c.text), c.withBreaks);
   }
