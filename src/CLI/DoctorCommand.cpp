@@ -5,6 +5,7 @@
 
 #include "CLI/Command.h"
 #include "CLI/DoctorReport.h"
+#include "CLI/EditorDraft.h"
 #include "CLI/Progress.h"
 #include "Core/Lifecycle/RootInspector.h"
 
@@ -23,10 +24,11 @@ class DoctorCommand final : public Command {
   void run(Session& session) override {
     RootInspector::Report report = inspect(session);
     if (fix_ && mend(report, session)) report = inspect(session);
-    const std::filesystem::path& root = session.application().paths().rootURL;
-    if (session.isJson()) return session.printJson(DoctorReport::json(report, root));
-    if (!session.dayStore().context().files.exists(root)) session.say("数据目录还不存在。");
-    session.print(DoctorReport::text(report, root, session.style()));
+    const DoctorReport told{std::move(report), session.application().paths().rootURL,
+                            EditorDraft::leftBehind(session)};
+    if (session.isJson()) return session.printJson(told.json());
+    session.tellOfMissingRoot();
+    session.print(told.text(session.style()));
   }
 
  private:

@@ -76,7 +76,8 @@ void addHistory(Lines& lines, const RootInspector::Report& report) {
 
 }  // namespace
 
-Json DoctorReport::json(const RootInspector::Report& report, const std::filesystem::path& root) {
+Json DoctorReport::json() const {
+  const RootInspector::Report& report = found;
   Json json{{"root", root.string()},
             {"days", report.days},
             {"memos", report.memos},
@@ -89,7 +90,8 @@ Json DoctorReport::json(const RootInspector::Report& report, const std::filesyst
             {"strandedHistories", Json::array()},
             {"danglingLinks", jsonOf(report.danglingLinks)},
             {"staleTemporaryFiles", jsonOf(report.staleTemporaryFiles)},
-            {"unreadableFolders", jsonOf(report.unreadableFolders)}};
+            {"unreadableFolders", jsonOf(report.unreadableFolders)},
+            {"drafts", jsonOf(drafts)}};
   for (const auto& memo : report.unreadableMemos)
     json["unreadableMemos"].push_back(
         {{"file", memo.path.string()}, {"reason", memo.reason}, {"mends", memo.mends}});
@@ -106,8 +108,8 @@ Json DoctorReport::json(const RootInspector::Report& report, const std::filesyst
   return json;
 }
 
-std::string DoctorReport::text(const RootInspector::Report& report,
-                               const std::filesystem::path& root, const Style& style) {
+std::string DoctorReport::text(const Style& style) const {
+  const RootInspector::Report& report = found;
   Lines lines(style);
   addNotes(lines, report);
   addHistory(lines, report);
@@ -118,7 +120,10 @@ std::string DoctorReport::text(const RootInspector::Report& report,
   if (report.foreignMemos > 0)
     lines.say(fmt::format("{} 条笔记的文件头里有 Nomely 不用的内容，首次改写前会留下原文件。",
                           report.foreignMemos));
-  if (report.isClean()) lines.say("一切正常。");
+  lines.add("没有存成笔记的文字", drafts);
+  if (!drafts.empty())
+    lines.say("这些是编辑器意外结束时留下的。存成笔记：nomely add - < 文件；不要了就删除它。");
+  if (report.isClean() && drafts.empty()) lines.say("一切正常。");
   return fmt::format("{}：{} 天，{} 条笔记可读\n", Terminal::printable(root.string()), report.days,
                      report.memos) +
          lines.text();

@@ -8,13 +8,14 @@
 
 namespace nomely {
 
-// What an inspection found, as `doctor` prints it.
-namespace DoctorReport {
+// What `doctor` found.
+struct DoctorReport {
+  RootInspector::Report found;
+  std::filesystem::path root;
+  std::vector<std::filesystem::path> drafts;  // files with texts that an editor left behind
 
-[[nodiscard]] Json json(const RootInspector::Report& report, const std::filesystem::path& root);
-[[nodiscard]] std::string text(const RootInspector::Report& report,
-                               const std::filesystem::path& root, const Style& style);
-
-}  // namespace DoctorReport
+  [[nodiscard]] Json json() const;
+  [[nodiscard]] std::string text(const Style& style) const;
+};
 
 }  // namespace nomely

@@ -7,6 +7,7 @@
 #include "CLI/Progress.h"
 #include "CLI/UsageError.h"
 #include "Export/HTMLExporter.h"
+#include "Export/MarkdownExporter.h"
 
 namespace nomely {
 namespace {
@@ -14,73 +15,125 @@ namespace {
 class ExportCommand final : public ActionCommand {
  public:
   void declare(Syntax& syntax) override {
-    Syntax& page =
-        add(syntax, "html", "一个自带图片的网页", [this](Session& session) { html(session); });
-    selection_.declare(page);
-    page.add({.name = "-o,--output",
-              .help = "写到哪个文件，- 为标准输出，默认为当前文件夹里的 Nomely-导出-日期.html",
-              .target = &output_,
-              .value = "FILE",
-              .kind = WordKind::file});
-    page.examples = {"nomely export html --all -o 日记.html"};
+    addFormat(syntax, {"html", "一个自带图片的网页", "html"}, &ExportCommand::html);
+    addFormat(syntax, {"markdown", "一个 Markdown 文档，附件放在旁边的文件夹里", "md"},
+              &ExportCommand::markdown);
   }
 
  private:
-  void html(Session& session) const {
-    const bool toOutput = output_ == "-";
-    if (toOutput && session.isJson()) throw UsageError("-o - 不能和 --json 一起用");
-    // Memos are read twice, so that no list of them has to be held.
+  struct Format {
+    const char* name;
+    const char* summary;
+    const char* extension;
+  };
+  // Where the document goes: a file, or standard output where there is none.
+  struct Job {
+    Session& session;
+    std::optional<std::filesystem::path> file;
+    Replacement replacement = Replacement::forbid;
+    ExportSelection selection;
+  };
+  // Writes the document and returns its length in bytes.
+  using Write = std::size_t (ExportCommand::*)(const Job&) const;
+
+  void addFormat(Syntax& syntax, const Format& format, Write write) {
+    Syntax& part =
+        add(syntax, format.name, format.summary,
+            [this, format, write](Session& session) { exportAs(format, session, write); });
+    selection_.declare(part);
+    part.add(
+        {.name = "-o,--output",
+         .help = fmt::format("写到哪个文件，- 为标准输出，默认为当前文件夹里的 Nomely-导出-日期.{}",
+                             format.extension),
+         .target = &output_,
+         .value = "FILE",
+         .kind = WordKind::file});
+    part.examples = {
+        fmt::format("nomely export {} --all -o 日记.{}", format.name, format.extension)};
+  }
+
+  [[nodiscard]] std::optional<std::filesystem::path> target(const Session& session,
+                                                            const Format& format) const {
+    if (output_ == "-") return std::nullopt;
+    const std::filesystem::path file = std::filesystem::absolute(output_.value_or(
+        fmt::format("Nomely-导出-{}.{}", session.clock().today().string(), format.extension)));
+    if (session.files().isDirectory(file))
+      throw UsageError(fmt::format("{} 是文件夹，请给出文件名", file.string()));
+    if (!session.files().isDirectory(file.parent_path()))
+      throw NameNotFoundError(fmt::format("没有这个文件夹：{}", file.parent_path().string()));
+    return file;
+  }
+
+  void exportAs(const Format& format, Session& session, Write write) const {
+    const auto file = target(session, format);
+    if (!file && session.isJson()) throw UsageError("-o - 不能和 --json 一起用");
+    Job job{.session = session, .file = file, .selection = {}};
+    if (file && session.files().exists(*file)) {
+      job.replacement = Replacement::allow;
+      if (!session.confirm(fmt::format("文件已存在：{}。要替换它吗？", file->string())))
+        throw Error("export.cancelled", "没有导出");
+    }
     std::size_t count = 0;
-    session.host([&](const std::stop_token& stop) {
-      selection_.forEach(session, stop, [&](const MemoEntry&) { ++count; });
-    });
-    if (!toOutput) return writeFile(session, count);
-    session.host([&](const std::stop_token& stop) {
-      write(session, count, stop, [&](std::string_view piece) { session.print(piece); });
-    });
-  }
-
-  void write(Session& session, std::size_t count, const std::stop_token& stop,
-             const HTMLExporter::Sink& sink) const {
-    Progress progress(session, "导出");
-    std::size_t done = 0;
-    const HTMLExporter::Selection chosen{
-        count, [&](const auto& visit) {
-          selection_.forEach(session, stop, [&](const MemoEntry& entry) {
-            visit(entry);
-            ++done;
-            progress.show(static_cast<double>(done) / static_cast<double>(count));
-          });
-        }};
-    HTMLExporter::writePage(chosen, AttachmentManager(session.application().storage()),
-                            session.clock(), sink);
-    // The page says how many there are.
-    if (done != count) throw Error("export.changed", "导出期间笔记有增减，没有完成。请再试一次");
-  }
-
-  void writeFile(Session& session, std::size_t count) const {
-    const std::filesystem::path file = std::filesystem::absolute(
-        output_.value_or(fmt::format("Nomely-导出-{}.html", session.clock().today().string())));
-    const FileManager& files = session.application().storage().files;
-    const bool isReplacing = files.exists(file);
-    if (isReplacing && !session.confirm(fmt::format("文件已存在：{}。要替换它吗？", file.string())))
-      throw Error("export.cancelled", "没有导出");
     std::size_t bytes = 0;
     session.host([&](const std::stop_token& stop) {
-      const FileManager::Producer page = [&](const FileManager::Sink& sink) {
-        write(session, count, stop, [&](std::string_view piece) {
-          bytes += piece.size();
-          sink(piece);
-        });
-      };
-      if (isReplacing)
-        files.writeAtomically(file, page);
-      else if (!files.createAtomically(file, page))
-        throw Error("export.exists", fmt::format("文件已存在：{}", file.string()));
+      // Memos are read twice, so that no list of them has to be held.
+      const bool isCut = selection_.forEach(session, stop, [&](const MemoEntry&) { ++count; });
+      if (isCut) MemoSelection::tellOfMore(session, count);
+      bytes = writeCounted(job, count, stop, write);
     });
+    if (!file) return;
     if (session.isJson())
-      return session.printJson({{"file", file.string()}, {"memos", count}, {"bytes", bytes}});
-    session.say(fmt::format("已导出 {} 条笔记，{} 字节：{}", count, bytes, file.string()));
+      return session.printJson({{"file", file->string()}, {"memos", count}, {"bytes", bytes}});
+    session.say(fmt::format("已导出 {} 条笔记，{} 字节：{}", count, bytes, file->string()));
+  }
+
+  std::size_t writeCounted(Job& job, std::size_t count, const std::stop_token& stop,
+                           Write write) const {
+    Progress progress(job.session, "导出");
+    std::size_t done = 0;
+    job.selection = {count, [&](const auto& visit) {
+                       done = 0;
+                       (void)selection_.forEach(job.session, stop, [&](const MemoEntry& entry) {
+                         visit(entry);
+                         ++done;
+                         progress.show(static_cast<double>(done) / static_cast<double>(count));
+                       });
+                       // The document says how many there are.
+                       if (done != count)
+                         throw Error("export.changed", "导出期间笔记有增减，没有完成。请再试一次");
+                     }};
+    return (this->*write)(job);
+  }
+
+  [[nodiscard]] std::size_t html(const Job& job) const {
+    std::size_t bytes = 0;
+    const auto page = [&](const ExportSink& sink) {
+      HTMLExporter::writePage(job.selection, AttachmentManager(job.session.application().storage()),
+                              job.session.clock(), [&](std::string_view piece) {
+                                bytes += piece.size();
+                                sink(piece);
+                              });
+    };
+    const FileManager files = job.session.files();
+    if (!job.file)
+      page([&](std::string_view piece) { job.session.print(piece); });
+    else if (job.replacement == Replacement::allow)
+      files.writeAtomically(*job.file, page);
+    else if (!files.createAtomically(*job.file, page))
+      throw Error("export.exists", fmt::format("文件已存在：{}", job.file->string()));
+    return bytes;
+  }
+
+  [[nodiscard]] std::size_t markdown(const Job& job) const {
+    const StoreContext& storage = job.session.application().storage();
+    const auto result =
+        job.file ? MarkdownExporter::exportTo(*job.file, job.selection, storage, job.replacement)
+                 : MarkdownExporter::write(job.selection, storage, [&](std::string_view piece) {
+                     job.session.print(piece);
+                   });
+    if (result.missing > 0)
+      job.session.say(fmt::format("有 {} 个附件读不出，文档里标明了。", result.missing));
+    return result.bytes;
   }
 
   MemoSelection selection_{MemoSelection::Default::today};

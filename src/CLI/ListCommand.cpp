@@ -2,6 +2,7 @@
 #include "CLI/MemoOutput.h"
 #include "CLI/MemoSelection.h"
 #include "CLI/PagedOutput.h"
+#include "Core/Extensions/DateFormatters.h"
 
 namespace nomely {
 namespace {
@@ -19,12 +20,13 @@ class ListCommand final : public Command {
     const auto day = selection_.day(session);
     const PagedOutput pager(session);
     MemoListPrinter printer(session, oneLine_ ? ListForm::oneLine : ListForm::full);
-    selection_.forEach(session, {}, [&](const MemoEntry& entry) {
+    const bool isCut = selection_.forEach(session, {}, [&](const MemoEntry& entry) {
       printer.add({entry.date, *entry.memo});
     });
     printer.finish();
+    if (isCut) MemoSelection::tellOfMore(session, printer.count());
     if (printer.count() > 0 || !session.hasRoot()) return;
-    session.say(day ? MemoOutput::dayHeading(*day) + "没有这样的笔记。" : "没有这样的笔记。");
+    session.say(day ? DateFormatters::dayHeading(*day) + "没有这样的笔记。" : "没有这样的笔记。");
   }
 
  private:
@@ -42,15 +44,15 @@ void showToday(Session& session) {
   const Day today = session.clock().today();
   const PagedOutput pager(session);
   MemoListPrinter printer(session);
-  RootScan scan(session.dayStore().context());
-  scan.onUnreadable = [&](const RootScan::Unreadable& unreadable) {
-    session.tellUnreadable(unreadable.file, unreadable.reason);
-  };
-  scan.forEach({.from = today, .to = today}, RootScan::Order::newestFirst,
-               [&](const MemoEntry& entry) {
-                 printer.add({entry.date, *entry.memo});
-                 return true;
-               });
+  if (!session.hasRoot()) {
+    printer.finish();
+    return session.say("还没有笔记。写一条：nomely add \"今天……\"；全部命令：nomely help");
+  }
+  session.scan().forEach({.from = today, .to = today}, RootScan::Order::newestFirst,
+                         [&](const MemoEntry& entry) {
+                           printer.add({entry.date, *entry.memo});
+                           return true;
+                         });
   printer.finish();
   if (printer.count() > 0 || session.isJson()) return;
   session.say("今天还没有笔记。写一条：nomely add \"今天……\"；全部命令：nomely help");

@@ -1,11 +1,11 @@
 #include "CLI/MemoOutput.h"
 
 #include <algorithm>
-#include <array>
 
 #include <fmt/format.h>
 
 #include "CLI/MarkdownDrawing.h"
+#include "Core/Extensions/DateFormatters.h"
 #include "Core/Extensions/TagNames.h"
 #include "Core/Markdown/Text/MemoTextUtilities.h"
 #include "Platform/Files/FileError.h"
@@ -84,15 +84,6 @@ Json MemoOutput::json(const TimelineEntry& entry) {
   return json;
 }
 
-std::string MemoOutput::dayHeading(Day day) {
-  constexpr std::array weekdays{"周日", "周一", "周二", "周三", "周四", "周五", "周六"};
-  const auto date = day.civil();
-  const std::chrono::weekday weekday{std::chrono::sys_days(date)};
-  return fmt::format("{}年{}月{}日 {}", static_cast<int>(date.year()),
-                     static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                     weekdays[weekday.c_encoding()]);
-}
-
 std::string MemoOutput::drawn(const TimelineEntry& entry, const Style& style, std::size_t width) {
   return heading(entry, style) + MarkdownDrawing::drawBody(entry.memo.body, style, width) +
          attachmentLines(entry.memo, style);
@@ -162,7 +153,7 @@ void MemoListPrinter::add(const TimelineEntry& entry) {
   } else {
     if (day_ != entry.date)
       session_.print(fmt::format("{}{}\n\n", count_ == 0 ? "" : "\n",
-                                 style_.bold(MemoOutput::dayHeading(entry.date))));
+                                 style_.bold(DateFormatters::dayHeading(entry.date))));
     else
       session_.print("\n");
     session_.print(MemoOutput::text(entry, style_));

@@ -21,8 +21,6 @@ namespace MemoOutput {
 // "REF<tab>time<tab>first line", for other programs to cut.
 [[nodiscard]] std::string oneLine(std::string_view reference, std::string_view time,
                                   std::string_view body);
-// "2026年3月1日 周日"
-[[nodiscard]] std::string dayHeading(Day day);
 
 // The memo in the form that was asked for.
 void print(const TimelineEntry& entry, const Session& session);

@@ -95,28 +95,30 @@ void MemoSelection::tellOfMore(const Session& session, std::size_t limit) {
   session.say(fmt::format("只列出了 {} 条，还有更多。用 -n 列出更多。", limit));
 }
 
-void MemoSelection::forEach(Session& session, const std::stop_token& stop,
+bool MemoSelection::forEach(Session& session, const std::stop_token& stop,
                             const std::function<void(const MemoEntry&)>& visit) const {
   const MemoFilter chosen = filter(session);
   const std::size_t most = limit().value_or(std::numeric_limits<std::size_t>::max() - 1);
   RootScan scan = session.scan(stop);
   std::size_t count = 0;
+  bool isCut = false;
   const auto take = [&](const MemoEntry& entry) {
-    if (count == most) {
-      tellOfMore(session, most);
-      return false;
-    }
+    isCut = count == most;
+    if (isCut) return false;
     ++count;
     visit(entry);
     return true;
   };
-  if (!audio_) return scan.forEach(chosen, order(), take);
+  if (!audio_) {
+    scan.forEach(chosen, order(), take);
+    return isCut;
+  }
   // The smallest come first when the order is turned round: then all have to be held.
   auto largest =
       scan.audioBySize(chosen, reverse_ ? std::numeric_limits<std::size_t>::max() : most + 1);
   if (reverse_) std::ranges::reverse(largest);
-  for (const SizedEntry& sized : largest)
-    if (!take(sized.entry)) return;
+  (void)std::ranges::all_of(largest, [&](const SizedEntry& sized) { return take(sized.entry); });
+  return isCut;
 }
 
 }  // namespace nomely

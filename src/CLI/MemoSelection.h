@@ -31,10 +31,10 @@ class MemoSelection {
   [[nodiscard]] RootScan::Order order() const;
   [[nodiscard]] std::optional<std::size_t> limit() const;
 
-  // Calls `visit` with the chosen memos in the order of their list, and says so when the limit
-  // cuts it. Throws UsageError before the first, CancellationError when stopped.
-  void forEach(Session& session, const std::stop_token& stop,
-               const std::function<void(const MemoEntry&)>& visit) const;
+  // Calls `visit` with the chosen memos in the order of their list. Returns whether the limit cut
+  // that. Throws UsageError before the first, CancellationError when stopped.
+  [[nodiscard]] bool forEach(Session& session, const std::stop_token& stop,
+                             const std::function<void(const MemoEntry&)>& visit) const;
   // "只列出了 50 条……" on standard error.
   static void tellOfMore(const Session& session, std::size_t limit);
   // The day whose memos are chosen; absent when they may be of several.

@@ -41,6 +41,8 @@ Application& Session::application() {
             "文件头里有 Nomely 不用的内容，改写前的原文件已留下：nomely history {} original",
             memoId));
       });
+  passedOver_ = NotificationCenter::shared().observe(
+      Notifications::memoPassedOver, [this](const std::string& what) { tellUnreadable(what); });
   return *application_;
 }
 
@@ -109,15 +111,15 @@ RootScan Session::scan(std::stop_token stop) {
   tellOfMissingRoot();
   RootScan scan(dayStore().context(), std::move(stop));
   scan.onUnreadable = [this](const RootScan::Unreadable& unreadable) {
-    tellUnreadable(unreadable.file, unreadable.reason);
+    tellUnreadable(fmt::format("{}：{}", unreadable.file.string(), unreadable.reason));
   };
   return scan;
 }
 
-void Session::tellUnreadable(const std::filesystem::path& file, std::string_view reason) {
-  if (unreadable_.insert(file).second)
-    say(fmt::format("{}{}：{}", errorStyle().warning("读不出 "), Terminal::printable(file.string()),
-                    Terminal::printable(reason)));
+void Session::tellUnreadable(const std::string& what) {
+  const std::lock_guard lock(unreadableLock_);
+  if (unreadable_.insert(what).second)
+    say(fmt::format("{} {}", errorStyle().warning("读不出"), Terminal::printable(what)));
 }
 
 bool Session::confirm(std::string_view question) const {

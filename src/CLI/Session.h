@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <stop_token>
@@ -63,7 +64,8 @@ class Session {
   void tellOfMissingRoot();
   // Reads the root without an index, and tells of each file that can't be read, once.
   [[nodiscard]] RootScan scan(std::stop_token stop = {});
-  void tellUnreadable(const std::filesystem::path& file, std::string_view reason);
+  // The same for one; `what` is "<path>：<reason>". Any thread.
+  void tellUnreadable(const std::string& what);
 
   // Runs long work on a thread of its own while the main executor runs here, and returns or throws
   // as it does. An interrupt stops its token; work that ends with CancellationError then ends the
@@ -97,11 +99,13 @@ class Session {
   Machine machine_;
   bool isOutputTerminal_ = Terminal::isOutput();
   std::size_t columns_ = Terminal::columns();
-  std::set<std::filesystem::path> unreadable_;
+  std::mutex unreadableLock_;
+  std::set<std::string> unreadable_;  // told of
   RunLoop runLoop_;
   std::unique_ptr<Application> application_;
   std::atomic<bool> toldOfOriginal_ = false;
   Subscription originalKept_;
+  Subscription passedOver_;
 };
 
 }  // namespace nomely

@@ -92,7 +92,12 @@ class TrashCommand final : public ActionCommand {
 
   void empty(Session& session) const {
     const TrashContents contents = session.memos().trashContents();
-    if (session.confirm(questionFor(contents))) session.memos().emptyTrash();
+    const bool isEmpty =
+        contents.entries.empty() && contents.others.empty() && contents.attachmentFiles == 0;
+    if (isEmpty)
+      session.say("回收站是空的。");
+    else if (session.confirm(questionFor(contents)))
+      session.memos().emptyTrash();
     if (session.isJson()) list(session);
   }
 

@@ -35,7 +35,7 @@ void TimelineLoading::begin(Load load) {
 void TimelineLoading::perform(Step step, Load& load) {
   switch (step) {
     case Step::stopPlayback:
-      return NotificationCenter::shared().post(Notifications::stopAudioPlayback);
+      return (void)NotificationCenter::shared().post(Notifications::stopAudioPlayback);
     case Step::clearSearch:
       return clearSearchContext();
     case Step::mode:

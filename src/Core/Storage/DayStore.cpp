@@ -10,6 +10,7 @@
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/VersionStore.h"
 #include "Core/Storage/WriteError.h"
+#include "Platform/Concurrency/NotificationCenter.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
 
@@ -48,6 +49,19 @@ std::vector<Memo> DayStore::listMemos(Day day) const {
   return readMemos(day, listNumbers(day));
 }
 
+namespace {
+
+// An error in the log, unless somebody tells the user.
+void reportPassedOver(const std::filesystem::path& file, const Error& error) {
+  const bool isTold = NotificationCenter::shared().post(
+      Notifications::memoPassedOver, fmt::format("{}：{}", file.string(), error.what()));
+  Log::write(LogChannel::storage, isTold ? LogLevel::information : LogLevel::error,
+             fmt::format("⚠️ DayStore.listMemos: 跳过无法解析的 memo 文件 {}：{}",
+                         file.filename().string(), error.what()));
+}
+
+}  // namespace
+
 std::vector<Memo> DayStore::readMemos(Day day, std::vector<std::int64_t> numbers) const {
   std::ranges::sort(numbers, std::greater());
   std::vector<Memo> memos;
@@ -56,9 +70,7 @@ std::vector<Memo> DayStore::readMemos(Day day, std::vector<std::int64_t> numbers
     try {
       if (auto memo = memoStore_.read(day, number)) memos.push_back(std::move(*memo));
     } catch (const Error& error) {
-      Log::error(LogChannel::storage,
-                 "⚠️ DayStore.listMemos: 跳过无法解析的 memo 文件 {}：{}",
-                 DiskPaths::memoFileName(number), error.what());
+      reportPassedOver(context_.paths.memoFile(day, number), error);
     }
   }
   return memos;

@@ -9,7 +9,7 @@ NotificationCenter& NotificationCenter::shared() {
   return center;
 }
 
-void NotificationCenter::post(std::string_view name, const std::string& payload) {
+bool NotificationCenter::post(std::string_view name, const std::string& payload) {
   std::vector<std::shared_ptr<Observer>> called;
   {
     const std::lock_guard lock(mutex_);
@@ -17,6 +17,7 @@ void NotificationCenter::post(std::string_view name, const std::string& payload)
     for (auto at = begin; at != end; ++at) called.push_back(at->second);
   }
   for (const auto& observer : called) (*observer)(payload);
+  return !called.empty();
 }
 
 Subscription NotificationCenter::observe(std::string_view name, Observer observer) {

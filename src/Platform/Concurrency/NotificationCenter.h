@@ -20,7 +20,8 @@ class NotificationCenter {
   [[nodiscard]] static NotificationCenter& shared();
 
   // Observers run on the posting thread before this returns; none of this class's locks is held.
-  void post(std::string_view name, const std::string& payload = {});
+  // Returns whether there was one.
+  bool post(std::string_view name, const std::string& payload = {});
   // A call already under way may still end after the subscription did.
   [[nodiscard]] Subscription observe(std::string_view name, Observer observer);
 
@@ -38,6 +39,8 @@ inline constexpr std::string_view dataMaintenance = "NomelyDataMaintenance";
 inline constexpr std::string_view stopAudioPlayback = "stopNomelyAudioPlayback";
 // A memo's file was kept as another program wrote it; the payload is the memo's identity.
 inline constexpr std::string_view originalKept = "NomelyOriginalKept";
+// A list goes on without a memo whose file can't be read; the payload is "<path>：<reason>".
+inline constexpr std::string_view memoPassedOver = "NomelyMemoPassedOver";
 }  // namespace Notifications
 
 }  // namespace nomely
