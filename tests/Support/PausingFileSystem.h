@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <functional>
 #include <mutex>
 #include <utility>
@@ -12,7 +13,7 @@ namespace nomely::test {
 // happens at that moment of another thread's work happens there on every run. Safe on any thread.
 class PausingFileSystem final : public FaultyFileSystem {
  public:
-  enum class Call { open, attributes, list };
+  enum class Call { open, read, attributes, list };
   using Job = std::function<void()>;
 
   explicit PausingFileSystem(FileSystem& inner)
@@ -21,7 +22,8 @@ class PausingFileSystem final : public FaultyFileSystem {
   // Runs `job` in the next such call for `path`, once.
   void at(Call call, std::filesystem::path path, Job job) {
     const std::lock_guard lock(mutex_);
-    name_ = call == Call::open ? "open" : call == Call::list ? "list" : "stat";
+    static constexpr std::array names{"open", "read", "stat", "list"};
+    name_ = names[static_cast<std::size_t>(call)];
     path_ = std::move(path);
     job_ = std::move(job);
   }

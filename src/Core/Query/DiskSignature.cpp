@@ -1,6 +1,8 @@
 #include "Core/Query/DiskSignature.h"
 
 #include <algorithm>
+#include <memory>
+#include <mutex>
 
 #include "Core/Extensions/PathNames.h"
 #include "Platform/Files/FileError.h"
@@ -8,60 +10,95 @@
 namespace nomely {
 namespace {
 
-std::vector<DirectoryEntry> listedOrNothing(const std::filesystem::path& folder,
-                                            const FileManager& files) {
+std::vector<Day> daysIn(const StoreContext& context) {
+  std::vector<Day> days;
   try {
-    return files.listVisible(folder);
+    for (const DirectoryEntry& entry : context.files.listVisible(context.paths.rootURL))
+      if (const auto day = Day::parse(entry.name)) days.push_back(*day);
   } catch (const FileError&) {
-    return {};
+    // No days then.
   }
+  return days;
 }
 
 bool isMemoFile(const DirectoryEntry& entry) {
   return pathExtension(entry.name) == "md";
 }
 
+// Readers, so that each of those that work at the same time has one with a buffer.
+class IdleReaders {
+ public:
+  explicit IdleReaders(const StoreContext& context) : context_(context) {}
+
+  [[nodiscard]] std::unique_ptr<DayReader> take() {
+    const std::lock_guard lock(mutex_);
+    if (idle_.empty()) return std::make_unique<DayReader>(context_);
+    std::unique_ptr<DayReader> reader = std::move(idle_.back());
+    idle_.pop_back();
+    return reader;
+  }
+  void give(std::unique_ptr<DayReader> reader) {
+    const std::lock_guard lock(mutex_);
+    idle_.push_back(std::move(reader));
+  }
+
+ private:
+  const StoreContext& context_;
+  std::mutex mutex_;
+  std::vector<std::unique_ptr<DayReader>> idle_;
+};
+
 }  // namespace
+
+FileStamp FileStamp::of(const FileAttributes& attributes) {
+  return {attributes.modified, attributes.size, attributes.fileNumber};
+}
 
 std::optional<FileStamp> FileStamp::of(const std::filesystem::path& file,
                                        const FileManager& files) {
   try {
     const auto attributes = files.attributes(file);
-    if (!attributes) return std::nullopt;
-    return FileStamp{attributes->modified, attributes->size, attributes->fileNumber};
+    return attributes ? std::optional(of(*attributes)) : std::nullopt;
   } catch (const FileError&) {
     return std::nullopt;
   }
 }
 
-DiskSignature::Files DiskSignature::stampsOf(const std::filesystem::path& folder,
-                                             const std::vector<DirectoryEntry>& entries,
-                                             const FileManager& files) {
+DiskSignature::Files DiskSignature::stampsOf(Day day, std::size_t index, DayReader& reader,
+                                             const StoreContext& context, const Visitor& visitor) {
   Files stamps;
-  stamps.reserve(entries.size());
-  for (const DirectoryEntry& entry : entries) {
-    if (!isMemoFile(entry)) continue;
-    if (const auto stamp = FileStamp::of(folder / entry.name, files))
-      stamps.push_back({entry.name, *stamp});
+  try {
+    const std::vector<DirectoryEntry>& entries = reader.open(day);
+    if (std::ranges::none_of(entries, isMemoFile)) return stamps;
+    DayFiles files{index, day, reader, entries, {}};
+    files.stamps.resize(entries.size());
+    if (visitor.day) visitor.day(files);
+    const std::filesystem::path folder = context.paths.dayFolder(day);
+    stamps.reserve(static_cast<std::size_t>(std::ranges::count_if(entries, isMemoFile)));
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+      if (!isMemoFile(entries[i])) continue;
+      std::optional<FileStamp>& stamp = files.stamps[i];
+      if (!stamp) stamp = FileStamp::of(folder / entries[i].name, context.files);
+      if (stamp) stamps.push_back({entries[i].name, *stamp});
+    }
+  } catch (const FileError&) {
+    // The day's folder can't be listed.
   }
   return stamps;
 }
 
 DiskSignature DiskSignature::read(const StoreContext& context, JobPool& jobs,
                                   const Visitor& visitor) {
-  std::vector<Day> days;
-  for (const DirectoryEntry& entry : listedOrNothing(context.paths.rootURL, context.files))
-    if (const auto day = Day::parse(entry.name)) days.push_back(*day);
+  std::vector<Day> days = daysIn(context);
   std::ranges::sort(days);
   if (visitor.begin) visitor.begin(days.size());
 
   std::vector<Files> stamps(days.size());
+  IdleReaders readers(context);
   jobs.parallelFor(days.size(), [&](std::size_t i) {
-    const std::filesystem::path folder = context.paths.dayFolder(days[i]);
-    const std::vector<DirectoryEntry> entries = listedOrNothing(folder, context.files);
-    if (std::ranges::none_of(entries, isMemoFile)) return;
-    stamps[i] = stampsOf(folder, entries, context.files);
-    if (visitor.day) visitor.day(i, days[i], entries);
+    std::unique_ptr<DayReader> reader = readers.take();
+    stamps[i] = stampsOf(days[i], i, *reader, context, visitor);
+    readers.give(std::move(reader));
   });
 
   DiskSignature signature;

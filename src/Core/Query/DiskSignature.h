@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "Core/Query/DayReader.h"
 #include "Core/Storage/StoreContext.h"
 #include "Platform/Concurrency/JobPool.h"
 #include "Platform/Time/Day.h"
@@ -15,10 +16,11 @@ namespace nomely {
 
 // The attributes by which a changed file is recognised without reading it.
 struct FileStamp {
-  std::optional<Moment> modified;
+  Moment modified;
   std::uint64_t size = 0;
   std::uint64_t fileNumber = 0;
 
+  [[nodiscard]] static FileStamp of(const FileAttributes& attributes);
   // Absent when the file's attributes can't be read.
   [[nodiscard]] static std::optional<FileStamp> of(const std::filesystem::path& file,
                                                    const FileManager& files);
@@ -30,14 +32,19 @@ struct FileStamp {
 // between them. A value; for one thread at a time.
 class DiskSignature {
  public:
-  // Called once for each day that holds a memo file, on any thread, several at a time; `index` is
-  // the day's index, below the count that `begin` got; `folder` holds the day's visible entries.
-  // The stamps of the day's files have been taken by then.
-  using VisitDay =
-      std::function<void(std::size_t index, Day day, const std::vector<DirectoryEntry>& folder)>;
+  // The files of a day that holds a memo file, while they are gone through.
+  struct DayFiles {
+    std::size_t index;  // of the day, below the count that `begin` got
+    Day day;
+    DayReader& reader;  // has the day open
+    const std::vector<DirectoryEntry>& entries;
+    std::vector<std::optional<FileStamp>> stamps;  // one for each of the entries
+  };
+  // `day` is called once for each such day, on any thread, several at a time. Whoever reads a file
+  // there puts in the stamp that it had before; the others are stamped afterwards.
   struct Visitor {
     std::function<void(std::size_t days)> begin = {};
-    VisitDay day = {};
+    std::function<void(DayFiles& files)> day = {};
   };
 
   // Stamps every memo file, several days in parallel. Folders that can't be listed and files
@@ -58,9 +65,8 @@ class DiskSignature {
   };
   using Files = std::vector<File>;  // by name
 
-  [[nodiscard]] static Files stampsOf(const std::filesystem::path& folder,
-                                      const std::vector<DirectoryEntry>& entries,
-                                      const FileManager& files);
+  [[nodiscard]] static Files stampsOf(Day day, std::size_t index, DayReader& reader,
+                                      const StoreContext& context, const Visitor& visitor);
 
   std::map<Day, Files> days_;  // none of them empty
 };

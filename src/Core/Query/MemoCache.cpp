@@ -20,30 +20,35 @@ std::string joinedFolded(const std::vector<std::string>& tags) {
 
 }  // namespace
 
-IndexedMemo::IndexedMemo(Memo memo)
+IndexedMemo::IndexedMemo(Memo&& memo)
     : memo_(std::move(memo)), foldedTags_(joinedFolded(memo_.tags)) {
   memo_.body.shrink_to_fit();
+  if (isSearchableAsItIs(memo_.body)) return;
   if (auto folded = foldedBeyondAscii(memo_.body))
     foldedBody_ = std::make_unique<const std::string>(std::move(*folded));
+}
+
+MemoCache::DayMemos::DayMemos(Day date, Memos memos) : date_(date), memos_(std::move(memos)) {
+  texts_.reserve(memos_.size());
+  for (const auto& memo : memos_) texts_.push_back(memo->text());
 }
 
 void MemoCache::DayMemos::makeFilter() const {
   std::vector<std::string_view> texts;
   for (const auto& memo : memos_) {
-    texts.push_back(memo->searchableBody());
-    texts.push_back(memo->searchableTags());
+    texts.push_back(memo->text().body);
+    texts.push_back(memo->text().tags);
   }
   auto made = std::make_unique<const BigramFilter>(texts);
   const BigramFilter* none = nullptr;
   if (filter_.compare_exchange_strong(none, made.get())) (void)made.release();
 }
 
-std::shared_ptr<const MemoCache::DayMemos> MemoCache::sortedDay(Day date, std::vector<Memo> memos) {
-  std::ranges::stable_sort(memos, orderedBeforeInDay);
-  Memos indexed;
-  indexed.reserve(memos.size());
-  for (Memo& memo : memos) indexed.push_back(std::make_shared<IndexedMemo>(std::move(memo)));
-  return std::make_shared<const DayMemos>(date, std::move(indexed));
+std::shared_ptr<const MemoCache::DayMemos> MemoCache::sortedDay(Day date, Memos memos) {
+  std::ranges::sort(memos, [](const auto& left, const auto& right) {
+    return orderedBeforeInDay(left->memo(), right->memo());
+  });
+  return std::make_shared<const DayMemos>(date, std::move(memos));
 }
 
 MemoCache::MemoCache(Days days) : days_(std::move(days)) {

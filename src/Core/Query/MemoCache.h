@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Core/Query/MemoEntry.h"
@@ -13,24 +14,21 @@
 
 namespace nomely {
 
+// What is searched of a memo, as TextNeedle::findInFolded takes it: folded, or as it is when
+// folding would do no more than lower its ASCII letters. Borrows from the memo.
+struct SearchableText {
+  std::string_view body;
+  std::string_view tags;
+};
+
 // A memo made ready for searching. Immutable.
 class IndexedMemo {
  public:
-  explicit IndexedMemo(Memo memo);
+  explicit IndexedMemo(Memo&& memo);
 
   [[nodiscard]] const Memo& memo() const { return memo_; }
-  // The body as TextNeedle::findInFolded takes it: folded, or as it is when folding would do no
-  // more than lower its ASCII letters.
-  [[nodiscard]] std::string_view searchableBody() const {
-    return foldedBody_ ? *foldedBody_ : memo_.body;
-  }
-  [[nodiscard]] const std::string& searchableTags() const { return foldedTags_; }
-
-  [[nodiscard]] bool bodyContains(const TextNeedle& needle) const {
-    return needle.isInFolded(searchableBody());
-  }
-  [[nodiscard]] bool aTagContains(const TextNeedle& needle) const {
-    return needle.isInFolded(foldedTags_);
+  [[nodiscard]] SearchableText text() const {
+    return {foldedBody_ ? std::string_view(*foldedBody_) : memo_.body, foldedTags_};
   }
 
  private:
@@ -48,13 +46,16 @@ class MemoCache {
 
   class DayMemos {
    public:
-    DayMemos(Day date, Memos memos) : date_(date), memos_(std::move(memos)) {}
+    DayMemos(Day date, Memos memos);
     ~DayMemos() { delete filter_.load(); }
     DayMemos(const DayMemos&) = delete;
     DayMemos& operator=(const DayMemos&) = delete;
 
     [[nodiscard]] Day date() const { return date_; }
     [[nodiscard]] const Memos& memos() const { return memos_; }
+    // What is searched of each of them, side by side: a search passes over most memos having read
+    // nothing else of them.
+    [[nodiscard]] const std::vector<SearchableText>& texts() const { return texts_; }
 
     // A Bloom filter over its bodies and tags; null until makeFilter was called.
     [[nodiscard]] const BigramFilter* filter() const { return filter_.load(); }
@@ -63,12 +64,13 @@ class MemoCache {
    private:
     Day date_;
     Memos memos_;
+    std::vector<SearchableText> texts_;
     mutable std::atomic<const BigramFilter*> filter_{nullptr};  // owned; set once
   };
   using Days = std::vector<std::shared_ptr<const DayMemos>>;
 
   // The memos of a day in their order.
-  [[nodiscard]] static std::shared_ptr<const DayMemos> sortedDay(Day date, std::vector<Memo> memos);
+  [[nodiscard]] static std::shared_ptr<const DayMemos> sortedDay(Day date, Memos memos);
 
   // Newest day first; a null pointer stands for a day without memos.
   explicit MemoCache(Days days);
@@ -78,14 +80,12 @@ class MemoCache {
   // True for the first caller, who makes the filters of all days. Days that come later do without.
   [[nodiscard]] bool claimFilters() const { return !filtersClaimed_.exchange(true); }
 
-  // Visits the memos of the days that `wanted` accepts until `visit` returns false.
-  template <typename Wanted, typename Visit>
-  void forEachMemo(Wanted wanted, Visit visit) const {
-    for (const auto& day : days_) {
-      if (!wanted(*day)) continue;
+  // Visits the memos until `visit` returns false.
+  template <typename Visit>
+  void forEachMemo(Visit visit) const {
+    for (const auto& day : days_)
       for (const auto& memo : day->memos())
         if (!visit(day->date(), memo)) return;
-    }
   }
 
   // A memo of that day and number is replaced where it stands, another goes to its place in the

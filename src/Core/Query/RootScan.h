@@ -14,6 +14,7 @@
 #include "Core/Query/SizedEntry.h"
 #include "Core/Query/TagUse.h"
 #include "Core/Storage/StoreContext.h"
+#include "Platform/Concurrency/JobPool.h"
 
 namespace nomely {
 
@@ -59,20 +60,15 @@ class RootScan {
   [[nodiscard]] std::vector<SizedEntry> audioBySize(MemoFilter filter, std::size_t most);
 
  private:
-  // The memos of a day, in no order, and what can't be read there.
-  struct DayMemos {
-    std::vector<Memo> memos;
-    std::vector<Unreadable> unreadable;
-  };
-
   [[nodiscard]] std::vector<Day> days(const MemoFilter& filter, Order order) const;
-  [[nodiscard]] DayMemos read(Day day) const;
-  // Calls `take` with the memos of each day until it returns false.
-  void forEachDay(const MemoFilter& filter, Order order,
-                  const std::function<bool(Day, std::vector<Memo>&&)>& take);
+  // Calls `take` with what `make(day, memo file)` gave for the files of each day, until it returns
+  // false. `make` runs on any thread.
+  template <typename Item, typename Make, typename Take>
+  void forEachDay(const MemoFilter& filter, Order order, const Make& make, const Take& take);
 
   StoreContext context_;
   std::stop_token stop_;
+  JobPool jobs_;
 };
 
 }  // namespace nomely

@@ -1,11 +1,57 @@
 #include "Core/Query/SearchIndex.h"
 
 #include <algorithm>
+#include <iterator>
+#include <ranges>
+#include <span>
+#include <thread>
 
+#include "Core/Query/InOrder.h"
 #include "Core/Query/SearchQuery.h"
-#include "Core/Storage/DayStore.h"
+#include "Platform/Error.h"
+#include "Platform/System/Log.h"
 
 namespace nomely {
+namespace {
+
+std::shared_ptr<const MemoCache::DayMemos> readDay(DiskSignature::DayFiles& files) {
+  MemoCache::Memos memos;
+  const auto isMemo = [](const DirectoryEntry& entry) {
+    return DayReader::memoNumber(entry.name).has_value();
+  };
+  memos.reserve(static_cast<std::size_t>(std::ranges::count_if(files.entries, isMemo)));
+  for (std::size_t i = 0; i < files.entries.size(); ++i) {
+    const std::string& name = files.entries[i].name;
+    if (!isMemo(files.entries[i])) continue;
+    try {
+      const auto content = files.reader.read(name);
+      if (!content) continue;  // gone since the folder was listed
+      files.stamps[i] = FileStamp::of(content->attributes);
+      memos.push_back(std::make_shared<IndexedMemo>(files.reader.parsed(name, content->bytes)));
+    } catch (const Error& error) {
+      Log::error(LogChannel::storage,
+                 "⚠️ SearchIndex.build: 跳过无法解析的 memo 文件 {}：{}", name,
+                 error.what());
+    }
+  }
+  return MemoCache::sortedDay(files.day, std::move(memos));
+}
+
+// Searches `days`, appending at most `limit` results.
+void searchDays(std::span<const std::shared_ptr<const MemoCache::DayMemos>> days,
+                const SearchQuery& query, std::size_t limit, std::vector<SearchResult>& results) {
+  for (const auto& day : days) {
+    if (!query.mayMatch(*day)) continue;
+    const std::vector<SearchableText>& texts = day->texts();
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+      if (!query.matches(texts[i])) continue;
+      results.push_back(query.result(day->date(), *day->memos()[i]));
+      if (results.size() >= limit) return;
+    }
+  }
+}
+
+}  // namespace
 
 SearchIndex::SearchIndex(StoreContext context, JobPool& jobs)
     : context_(std::move(context)),
@@ -44,16 +90,11 @@ SearchIndex::Cache SearchIndex::ensureCache() {
 // Each file is stamped before it is read, so that a write in between makes the signature stale and
 // not the cache wrong.
 SearchIndex::Built SearchIndex::build() const {
-  const DayStore store(context_);
   MemoCache::Days days;
   DiskSignature signature = DiskSignature::read(
       context_, jobs_,
       {.begin = [&](std::size_t count) { days.resize(count); },
-       .day =
-           [&](std::size_t index, Day day, const std::vector<DirectoryEntry>& folder) {
-             days[index] =
-                 MemoCache::sortedDay(day, store.readMemos(day, DayStore::numbersIn(folder)));
-           }});
+       .day = [&](DiskSignature::DayFiles& files) { days[files.index] = readDay(files); }});
   std::ranges::reverse(days);
   return {std::make_shared<MemoCache>(std::move(days)), std::move(signature)};
 }
@@ -140,24 +181,32 @@ std::vector<SearchResult> SearchIndex::search(std::string_view text, std::size_t
   std::vector<SearchResult> results;
   if (query.isEmpty()) return results;
   const Cache cache = ensureCache();
-  const auto add = [&](Day date, const IndexedMemo& indexed) {
-    results.push_back(query.result(date, indexed));
+  constexpr std::size_t step = 128;  // days; some hundred microseconds without filters
+  const std::span days(cache->days());
+  const auto newSearcher = [&] {
+    return [&](std::size_t i) {
+      std::vector<SearchResult> found;
+      searchDays(days.subspan(i * step, std::min(step, days.size() - i * step)), query, limit,
+                 found);
+      return found;
+    };
+  };
+  const auto take = [&](std::size_t, std::vector<SearchResult>&& found) {
+    const std::size_t room = std::max<std::size_t>(limit, 1) - results.size();
+    std::ranges::move(found | std::views::take(room), std::back_inserter(results));
     return results.size() < limit;
   };
-  cache->forEachMemo([&](const MemoCache::DayMemos& day) { return query.mayMatch(day); },
-                     [&](Day date, const std::shared_ptr<const IndexedMemo>& indexed) {
-                       return !query.matches(*indexed) || add(date, *indexed);
-                     });
+  InOrder((days.size() + step - 1) / step, newSearcher, take)
+      .run(jobs_, std::max(1U, std::thread::hardware_concurrency()) - 1);
   makeFilters(cache);
   return results;
 }
 
 void SearchIndex::forEachEntry(const std::function<bool(const MemoEntry&)>& visit) {
   const Cache cache = ensureCache();
-  cache->forEachMemo([](const MemoCache::DayMemos&) { return true; },
-                     [&](Day date, const std::shared_ptr<const IndexedMemo>& indexed) {
-                       return visit({date, {indexed, &indexed->memo()}});
-                     });
+  cache->forEachMemo([&](Day date, const std::shared_ptr<const IndexedMemo>& indexed) {
+    return visit({date, {indexed, &indexed->memo()}});
+  });
 }
 
 std::vector<MemoEntry> SearchIndex::allMemoEntries() {

@@ -2,10 +2,20 @@
 
 #include <algorithm>
 
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Query/SearchSnippetKit.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
+namespace {
+
+bool holdsLineBreak(std::string_view text) {
+  for (; !text.empty(); text.remove_prefix(decodeFirst(text).length))
+    if (isLineBreak(decodeFirst(text).value)) return true;
+  return false;
+}
+
+}  // namespace
 
 SearchQuery::SearchQuery(std::string_view text) {
   text = trimHorizontal(text);
@@ -15,7 +25,8 @@ SearchQuery::SearchQuery(std::string_view text) {
     if (word.empty()) continue;
     const bool isTag = word.starts_with('#');
     const TextNeedle needle(word.substr(isTag ? 1 : 0));
-    keywords_.push_back({needle, BigramFilter::Query(needle.folded()), isTag});
+    keywords_.push_back(
+        {needle, BigramFilter::Query(needle.folded()), isTag, holdsLineBreak(needle.folded())});
   }
   if (keywords_.empty()) return;
   // Each word is looked for once, and long words first: they are rarer, so most memos drop out
@@ -38,8 +49,8 @@ SearchQuery::SearchQuery(std::string_view text) {
                                     keywords_.begin());
 }
 
-bool SearchQuery::Keyword::isIn(const IndexedMemo& memo) const {
-  return (!isTag && memo.bodyContains(needle)) || memo.aTagContains(needle);
+bool SearchQuery::Keyword::isIn(const SearchableText& text) const {
+  return (!isTag && needle.isInFolded(text.body)) || needle.isInFolded(text.tags);
 }
 
 bool SearchQuery::mayMatch(const MemoCache::DayMemos& day) const {
@@ -49,13 +60,21 @@ bool SearchQuery::mayMatch(const MemoCache::DayMemos& day) const {
          });
 }
 
-bool SearchQuery::matches(const IndexedMemo& memo) const {
-  return std::ranges::all_of(keywords_, [&](const Keyword& keyword) { return keyword.isIn(memo); });
+bool SearchQuery::mayMatchFile(std::string_view content) const {
+  // A word stands in the file as it reads, unless a tag is escaped, or YAML joins lines to it.
+  const auto mayHold = [&](const Keyword& keyword) {
+    return keyword.spansLines || keyword.needle.mayBeInPartOf(content);
+  };
+  return std::ranges::all_of(keywords_, mayHold) || MemoFrontmatterParser::mayEscape(content);
+}
+
+bool SearchQuery::matches(const SearchableText& text) const {
+  return std::ranges::all_of(keywords_, [&](const Keyword& keyword) { return keyword.isIn(text); });
 }
 
 std::string SearchQuery::snippet(const IndexedMemo& memo) const {
   const Keyword& keyword = keywords_[first_];
-  if (!keyword.isTag && !memo.bodyContains(keyword.needle)) return {};
+  if (!keyword.isTag && !keyword.needle.isInFolded(memo.text().body)) return {};
   return SearchSnippetKit::makeSnippet(memo.memo().body, keyword.needle);
 }
 

@@ -19,8 +19,10 @@ class SearchQuery {
   [[nodiscard]] bool isEmpty() const { return keywords_.empty(); }
   // False: no memo of the day matches. True: one may; only `matches` tells.
   [[nodiscard]] bool mayMatch(const MemoCache::DayMemos& day) const;
-  // Whether every word is in the memo's tags or, unless it begins with "#", in its body.
-  [[nodiscard]] bool matches(const IndexedMemo& memo) const;
+  // The same for the bytes of a memo file.
+  [[nodiscard]] bool mayMatchFile(std::string_view content) const;
+  // Whether every word is in a memo's tags or, unless it begins with "#", in its body.
+  [[nodiscard]] bool matches(const SearchableText& text) const;
   // The text around the first typed word in the body of a memo that matches; empty when the word is
   // in a tag alone.
   [[nodiscard]] std::string snippet(const IndexedMemo& memo) const;
@@ -32,8 +34,9 @@ class SearchQuery {
     TextNeedle needle;
     BigramFilter::Query marks;
     bool isTag;
+    bool spansLines;
 
-    [[nodiscard]] bool isIn(const IndexedMemo& memo) const;
+    [[nodiscard]] bool isIn(const SearchableText& text) const;
   };
 
   std::vector<Keyword> keywords_;  // no duplicates, sorted by falling length: long ones are rarer

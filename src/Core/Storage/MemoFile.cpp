@@ -21,11 +21,7 @@ std::optional<std::string> MemoFile::text(const FileManager& files,
 
 Memo MemoFile::parsed(std::string_view text, std::int64_t seqNumber) {
   MemoFrontmatterParser::ParsedMemo parsed = MemoFrontmatterParser::parse(text);
-  Memo memo;
-  static_cast<MemoFrontmatter&>(memo) = std::move(parsed.frontmatter);
-  memo.seqNumber = seqNumber;
-  memo.body = std::move(parsed.body);
-  return memo;
+  return {std::move(parsed.frontmatter), Uuid::random(), seqNumber, std::move(parsed.body)};
 }
 
 std::optional<Memo> MemoFile::read(const FileManager& files, const std::filesystem::path& file,

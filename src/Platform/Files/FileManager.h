@@ -4,12 +4,13 @@
 #include <filesystem>
 #include <functional>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "Platform/Files/FileSystem.h"
+#include "Platform/Files/OpenFolder.h"
 
 namespace nomely {
 
@@ -42,6 +43,11 @@ class FileManager {
   [[nodiscard]] std::optional<std::string> read(
       const std::filesystem::path& path,
       std::uint64_t most = std::numeric_limits<std::uint64_t>::max()) const;
+  // See FileSystem::openFolder.
+  [[nodiscard]] std::unique_ptr<OpenFolder> openFolder(
+      const std::filesystem::path& directory) const {
+    return fileSystem_.openFolder(directory);
+  }
   [[nodiscard]] bool contentsEqual(const std::filesystem::path& left,
                                    const std::filesystem::path& right) const;
 

@@ -53,6 +53,8 @@ class File {
   virtual void setPermissions(unsigned permissions) = 0;
 };
 
+class OpenFolder;
+
 // The operating system's file calls, one method a call, so that a decorator can make any of them
 // fail. Everything throws FileError. Safe to use from any thread at once.
 class FileSystem {
@@ -69,6 +71,9 @@ class FileSystem {
   // Every entry but "." and "..", in no particular order.
   [[nodiscard]] virtual std::vector<DirectoryEntry> list(
       const std::filesystem::path& directory) = 0;
+  // For reading many files of a directory. What it refuses it may refuse at the first use only.
+  [[nodiscard]] virtual std::unique_ptr<OpenFolder> openFolder(
+      const std::filesystem::path& directory);
   // `permissions` are those before the process's file mode mask. False when a directory is there.
   virtual bool makeDirectory(const std::filesystem::path& path, unsigned permissions) = 0;
   // Atomic; with Replacement::forbid it fails with alreadyExists and changes nothing.

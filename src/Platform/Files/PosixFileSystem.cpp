@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 #include "Platform/Files/FileError.h"
-#include "Platform/Files/FileSystem.h"
+#include "Platform/Files/OpenFolder.h"
 
 namespace nomely {
 namespace {
@@ -149,7 +149,7 @@ class PosixFile final : public File {
   path path_;
 };
 
-FileType typeOf(const dirent& entry, int directory) {
+FileType typeOf(const dirent64& entry, int directory) {
   switch (entry.d_type) {
     case DT_REG:
       return FileType::regular;
@@ -167,6 +167,62 @@ FileType typeOf(const dirent& entry, int directory) {
       return FileType::other;
   }
 }
+
+int openDirectory(const path& directory) {
+  const int descriptor = retryInterrupted(
+      [&] { return ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+  if (descriptor < 0) throw FileError("列出", directory, errno);
+  return descriptor;
+}
+
+class PosixFolder final : public OpenFolder {
+ public:
+  explicit PosixFolder(const path& directory)
+      : descriptor_(openDirectory(directory)), path_(directory) {}
+
+  void list(std::vector<DirectoryEntry>& entries) override {
+    entries.clear();
+    if (std::exchange(isListed_, true) && ::lseek(descriptor_.get(), 0, SEEK_SET) < 0)
+      throw FileError("列出", path_, errno);
+    alignas(dirent64) std::array<char, std::size_t{1} << 15> buffer;
+    for (;;) {
+      const ssize_t size = ::getdents64(descriptor_.get(), buffer.data(), buffer.size());
+      if (size < 0) throw FileError("列出", path_, errno);
+      if (size == 0) return;
+      for (std::size_t at = 0; at < static_cast<std::size_t>(size);) {
+        const auto& entry = *reinterpret_cast<const dirent64*>(buffer.data() + at);
+        at += entry.d_reclen;
+        const std::string_view name(entry.d_name);
+        if (name == "." || name == "..") continue;
+        entries.push_back({std::string(name), typeOf(entry, descriptor_.get())});
+      }
+    }
+  }
+
+  std::optional<FileContent> read(const std::string& name, ReadBuffer& buffer,
+                                  std::uint64_t most) override {
+    const Descriptor file(retryInterrupted([&] {
+      return ::openat(descriptor_.get(), name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    }));
+    if (file.get() < 0 && errno == ENOENT) return std::nullopt;
+    if (file.get() < 0) throw FileError("打开", path_ / name, errno);
+    struct stat info {};
+    if (::fstat(file.get(), &info) != 0) throw FileError("查看", path_ / name, errno);
+    const auto read = [&](std::span<char> room) {
+      const ssize_t count =
+          retryInterrupted([&] { return ::read(file.get(), room.data(), room.size()); });
+      if (count < 0) throw FileError("读取", path_ / name, errno);
+      return static_cast<std::size_t>(count);
+    };
+    return readWhole(fromStat(info), buffer, most, read,
+                     [&] { throw FileError("读取", path_ / name, EFBIG); });
+  }
+
+ private:
+  Descriptor descriptor_;
+  path path_;
+  bool isListed_ = false;
+};
 
 class PosixFileSystem final : public FileSystem {
  public:
@@ -190,23 +246,13 @@ class PosixFileSystem final : public FileSystem {
   }
 
   std::vector<DirectoryEntry> list(const path& directory) override {
-    Descriptor descriptor(retryInterrupted(
-        [&] { return ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    if (descriptor.get() < 0) throw FileError("列出", directory, errno);
-    const std::unique_ptr<DIR, int (*)(DIR*)> stream(::fdopendir(descriptor.get()), &::closedir);
-    if (!stream) throw FileError("列出", directory, errno);
-    descriptor.release();
     std::vector<DirectoryEntry> entries;
-    for (;;) {
-      errno = 0;
-      const dirent* entry = ::readdir(stream.get());
-      if (entry == nullptr) break;
-      const std::string_view name(entry->d_name);
-      if (name == "." || name == "..") continue;
-      entries.push_back({std::string(name), typeOf(*entry, ::dirfd(stream.get()))});
-    }
-    if (errno != 0) throw FileError("列出", directory, errno);
+    PosixFolder(directory).list(entries);
     return entries;
+  }
+
+  std::unique_ptr<OpenFolder> openFolder(const path& directory) override {
+    return std::make_unique<PosixFolder>(directory);
   }
 
   bool makeDirectory(const path& name, unsigned permissions) override {

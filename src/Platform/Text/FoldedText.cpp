@@ -1,18 +1,17 @@
 #include "Platform/Text/FoldedText.h"
 
 #include <algorithm>
-#include <bitset>
 #include <cstdint>
 #include <cstdlib>
 #include <stdexcept>
 #include <vector>
 
 #include <unicode/normalizer2.h>
-#include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
 #include "Platform/Text/Ascii.h"
 #include "Platform/Text/LoweredSearch.h"
+#include "Platform/Text/PlainText.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -28,24 +27,6 @@ const icu::Normalizer2& composer() {
   return instance;
 }
 
-// Characters beyond ASCII that folding leaves as they are and that join nothing before them:
-// Han and most others without case. Those above the table are looked at one by one.
-constexpr std::size_t tableSize = 0x20000;
-
-const std::bitset<tableSize>& plainTable() {
-  static const auto table = [] {
-    std::bitset<tableSize> plain;
-    const icu::Normalizer2& nfc = composer();
-    for (UChar32 c = 0x80; c < static_cast<UChar32>(tableSize); ++c)
-      plain[static_cast<std::size_t>(c)] =
-          nfc.hasBoundaryBefore(c) != 0 && !U_IS_SURROGATE(c) &&
-          u_getIntPropertyValue(c, UCHAR_NFC_QUICK_CHECK) == UNORM_YES &&
-          u_hasBinaryProperty(c, UCHAR_CHANGES_WHEN_CASEFOLDED) == 0;
-    return plain;
-  }();
-  return table;
-}
-
 constexpr auto lowerAscii = [](char c) { return loweredAscii(c); };
 
 // A stretch of text that is folded without regard to its neighbours.
@@ -59,8 +40,7 @@ struct Piece {
 // combine, each with the marks on it.
 class PieceReader {
  public:
-  PieceReader(std::string_view text, CaseRules rules)
-      : text_(text), rules_(rules), plain_(plainTable()) {}
+  PieceReader(std::string_view text, CaseRules rules) : text_(text), rules_(rules) {}
 
   // False at the end of the text.
   bool next(Piece& piece) {
@@ -95,7 +75,7 @@ class PieceReader {
         length = 3;
       } else {
         const DecodedCharacter character = decodeFirst(text_.substr(at));
-        if (character.value >= tableSize || !plain_[character.value] ||
+        if (!isPlainCharacter(character.value) ||
             (character.value == 0xFFFD && character.length == 1))
           return isBoundary(at) ? at : last;
         length = character.length;
@@ -108,7 +88,6 @@ class PieceReader {
 
   std::string_view text_;
   CaseRules rules_;
-  const std::bitset<tableSize>& plain_;
   std::size_t at_ = 0;
 };
 
@@ -174,6 +153,10 @@ std::string foldedText(std::string_view text, CaseRules rules) {
   return folded;
 }
 
+bool isSearchableAsItIs(std::string_view text, CaseRules rules) {
+  return rules == CaseRules::common && isPlainText(text);
+}
+
 std::optional<std::string> foldedBeyondAscii(std::string_view text, CaseRules rules) {
   PieceReader pieces(text, rules);
   std::string folded;
@@ -206,6 +189,10 @@ std::optional<std::size_t> TextNeedle::findInFolded(std::string_view folded) con
 bool TextNeedle::isIn(std::string_view text) const {
   const std::optional<std::string> folded = foldedBeyondAscii(text, rules_);
   return isInFolded(folded ? *folded : text);
+}
+
+bool TextNeedle::mayBeInPartOf(std::string_view text) const {
+  return isInFolded(text) || (!isSearchableAsItIs(text, rules_) && isIn(text));
 }
 
 std::optional<TextNeedle::Range> TextNeedle::firstIn(std::string_view text) const {

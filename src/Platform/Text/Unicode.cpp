@@ -1,6 +1,7 @@
 #include "Platform/Text/Unicode.h"
 
 #include <algorithm>
+#include <bit>
 #include <bitset>
 #include <cstdint>
 #include <cstring>
@@ -13,6 +14,10 @@
 #include <unicode/unistr.h>
 #include <unicode/utext.h>
 #include <unicode/utf8.h>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace nomely {
 namespace {
@@ -41,6 +46,59 @@ Decoded decode(const char* at, const char* end) {
 #pragma GCC diagnostic pop
   return next;
 }
+
+#ifdef __SSE2__
+
+// Where bytes of each kind are among 64; the first is the lowest bit.
+struct ByteKinds {
+  std::uint64_t continuation = 0;
+  std::uint64_t lead = 0;         // of two bytes or more
+  std::uint64_t longer = 0;       // of three or more
+  std::uint64_t longest = 0;      // of four
+  std::uint64_t exceptional = 0;  // leads that restrict the second byte, and those that never occur
+
+  explicit ByteKinds(const char* at) {
+    for (int part = 0; part < 4; ++part) {
+      const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at + 16 * part));
+      if (_mm_movemask_epi8(bytes) == 0) continue;
+      const auto put = [&](std::uint64_t& kind, __m128i found) {
+        kind |= std::uint64_t{static_cast<std::uint32_t>(_mm_movemask_epi8(found))} << (16 * part);
+      };
+      const auto value = [](int byte) { return _mm_set1_epi8(static_cast<char>(byte)); };
+      const auto is = [&](int byte) { return _mm_cmpeq_epi8(bytes, value(byte)); };
+      const auto isFrom = [&](int byte) {
+        return _mm_cmpeq_epi8(_mm_max_epu8(bytes, value(byte)), bytes);
+      };
+      put(continuation, _mm_cmplt_epi8(bytes, value(0xC0)));
+      put(lead, isFrom(0xC0));
+      put(longer, isFrom(0xE0));
+      put(longest, isFrom(0xF0));
+      put(exceptional, _mm_or_si128(_mm_or_si128(is(0xC0), is(0xC1)),
+                                    _mm_or_si128(_mm_or_si128(is(0xE0), is(0xED)), isFrom(0xF0))));
+    }
+  }
+};
+
+// Goes through whole blocks of 64 bytes from `at` on, and comes to stand at the first character
+// that is not whole within them. Returns false at a malformed one.
+bool skipValidBlocks(const char*& at, const char* end) {
+  std::uint64_t due = 0;  // continuation bytes that characters of the block before call for
+  const char* begun = at;
+  for (; end - at >= 64; at += 64) {
+    const ByteKinds kinds(at);
+    if (kinds.continuation != (due | kinds.lead << 1U | kinds.longer << 2U | kinds.longest << 3U))
+      return false;
+    due = kinds.lead >> 63U | kinds.longer >> 62U | kinds.longest >> 61U;
+    for (std::uint64_t left = kinds.exceptional; left != 0; left &= left - 1)
+      if (decode(at + std::countr_zero(left), end).value < 0) return false;
+  }
+  if (due != 0)
+    while (--at != begun && isContinuation(at)) {
+    }
+  return true;
+}
+
+#endif
 
 // The base library's iterator is not shareable between threads and costly to build.
 icu::BreakIterator& graphemeIterator() {
@@ -191,13 +249,10 @@ std::string_view trim(std::string_view text, Belongs belongs) {
 bool isValidUtf8(std::string_view bytes) {
   const char* at = bytes.data();
   const char* const end = at + bytes.size();
+#ifdef __SSE2__
+  if (!skipValidBlocks(at, end)) return false;
+#endif
   while (at != end) {
-    std::uint64_t word = 0;
-    while (end - at >= 8) {
-      std::memcpy(&word, at, 8);
-      if ((word & 0x8080808080808080U) != 0) break;
-      at += 8;
-    }
     while (at != end && byteAt(at) < 0x80) ++at;
     while (at != end && byteAt(at) >= 0x80) {
       const Decoded next = decode(at, end);

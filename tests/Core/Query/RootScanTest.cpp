@@ -1,12 +1,12 @@
 #include <random>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
-#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Query/RootScan.h"
-#include "Core/Query/SearchIndex.h"
+#include "Core/Query/TimelineQueryStore.h"
 #include "Platform/Cancellation.h"
-#include "Support/RandomFrontmatter.h"
+#include "Support/RandomText.h"
 #include "Support/StoreFixture.h"
 
 namespace nomely::test {
@@ -52,7 +52,7 @@ TEST_F(RootScanTest, ListsInBothOrdersAndTellsWhatItCanNotRead) {
   writeFile(damaged, "---\nmood: abc\n---\n");
   writeFile(context.paths.dayFolder(today) / "8.md", "no memo by its name");
   writeFile(context.paths.dayFolder(day("2026-03-06")), "no folder");
-  fs::create_directory_symlink("itself", context.paths.dayFolder(day("2026-03-07")));
+  fs::create_directory_symlink("2026-03-07", context.paths.dayFolder(day("2026-03-07")));
   RootScan scan(context);
   std::vector<fs::path> told;
   std::vector<double> shares;
@@ -69,6 +69,91 @@ TEST_F(RootScanTest, ListsInBothOrdersAndTellsWhatItCanNotRead) {
   stop.request_stop();
   RootScan stopped(context, stop.get_token());
   EXPECT_THROW((void)stopped.allTags(), CancellationError);
+}
+
+// A tag as other programs may spell it in a header's list.
+std::string spelled(const std::string& tag, std::mt19937& random) {
+  std::string text;
+  const auto style = random() % 5;
+  switch (style) {
+    case 0:
+    case 1: {  // escaped as a whole, or what needs it
+      for (const char16_t unit : toUtf16(tag))
+        if (style == 0 && (unit < 0xD800 || unit > 0xDFFF))
+          text += fmt::format("\\u{:04x}", static_cast<unsigned>(unit));
+        else
+          return "- |-\n  " + tag + "\n";
+      return "- \"" + text + "\"\n";
+    }
+    case 2:
+      for (const char c : tag) text += c == '\'' ? "''" : std::string(1, c);
+      return "- '" + text + "'\n";
+    case 3:
+      return "- >-\n  " + tag + "\n";
+    default:
+      return "- " + tag + "\n";
+  }
+}
+
+// On few different characters, so that many words are nearly there.
+TEST_F(RootScanTest, FindsWhatAnIndexFinds) {
+  std::mt19937 random(7);
+  const auto text = [&](std::size_t longest) {
+    static const auto parts = piecesOf(
+        "天¦豈¦\uF900¦a¦B¦k¦\u212A¦ß¦ss¦\u017F¦İ¦é¦e¦\u0301¦Å¦\u212B¦Ａ¦👍¦가¦\u1100\u1161¦\\¦'¦\"¦"
+        "''¦ ¦　¦\n¦\r¦\u0085¦#¦: ¦·¦µ¦。");
+    std::string made;
+    for (auto length = 1 + random() % longest; length > 0; --length)
+      made += parts[random() % parts.size()];
+    return made;
+  };
+  for (int i = 0; i < 400; ++i) {
+    const Day date = today.plusDays(static_cast<int>(random() % 40));
+    std::string content = "---\ntime: '09:0" + std::to_string(random() % 3) + "'\n";
+    if (random() % 4 == 0) content += "pinned: true\n";
+    std::string tags;
+    for (auto count = random() % 3; count > 0; --count) tags += spelled(text(4), random);
+    if (!tags.empty()) content += "tags:\n" + tags;
+    content += "---\n\n" + (random() % 8 == 0 ? "" : text(14));
+    if (random() % 16 == 0) content += '\xE5';
+    writeFile(context.paths.dayFolder(date) /
+                  (random() % 16 == 0 ? "7.md" : DiskPaths::memoFileName(1 + i % 20)),
+              content);
+  }
+  JobPool jobs(2);
+  SearchIndex index(context, jobs);
+  RootScan scan(context);
+  testing::internal::CaptureStderr();
+  const auto shown = [](const SearchResult& result) {
+    return fmt::format("{}/{} {} {} {} {}", result.date.string(), result.seqNumber, result.time,
+                       result.body, fmt::join(result.tags, "|"), result.snippet);
+  };
+  std::size_t hits = 0;
+  for (int i = 0; i < 240; ++i) {
+    const std::string query = (i % 5 == 0 ? "#" : "") + text(i % 3 + 1);
+    SCOPED_TRACE(testing::PrintToString(query));
+    std::vector<std::string> expected;
+    for (const SearchResult& result : index.search(query, SIZE_MAX))
+      expected.push_back(shown(result));
+    hits += expected.size();
+    for (const Order order : {Order::newestFirst, Order::oldestFirst}) {
+      std::vector<std::string> found;
+      scan.search(SearchQuery(query), {}, order, [&](const SearchResult& result) {
+        found.push_back(shown(result));
+        return true;
+      });
+      if (order == Order::oldestFirst) std::ranges::reverse(found);
+      EXPECT_EQ(found, expected);
+    }
+  }
+  EXPECT_GT(hits, 400U);
+  EXPECT_EQ(scan.allTags(), index.allTags());
+  std::vector<std::string> listed = this->listed(scan, {.pinned = true}, Order::newestFirst);
+  std::vector<std::string> expected;
+  for (const MemoEntry& entry : TimelineQueryStore(store, &index).pinnedEntries())
+    expected.push_back(entry.memo->body);
+  EXPECT_EQ(listed, expected);
+  testing::internal::GetCapturedStderr();
 }
 
 }  // namespace

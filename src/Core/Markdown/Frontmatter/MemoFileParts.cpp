@@ -6,7 +6,9 @@ namespace nomely {
 namespace {
 
 bool isFence(std::string_view line) {
-  return trimHorizontal(line) == MemoFileParts::fence;
+  // Most lines begin with a letter, and only "-" or white space begins a fence.
+  constexpr auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+  return !line.empty() && !isLetter(line.front()) && trimHorizontal(line) == MemoFileParts::fence;
 }
 
 }  // namespace

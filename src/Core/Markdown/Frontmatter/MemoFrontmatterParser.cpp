@@ -57,18 +57,30 @@ std::string describeMissingParts(std::string_view content) {
   return "没有文件头（第一行应当是 ---），请运行 nomely doctor --fix 补上";
 }
 
-}  // namespace
-
-MemoFrontmatterParser::ParsedMemo MemoFrontmatterParser::parse(std::string_view content) {
+MemoFileParts partsOf(std::string_view content) {
   const auto parts = MemoFileParts::of(content);
   if (const auto* kind = std::get_if<Kind>(&parts))
     throw ParseError(*kind, describeMissingParts(content));
-  const auto& [header, body] = std::get<MemoFileParts>(parts);
+  return std::get<MemoFileParts>(parts);
+}
+
+MemoFrontmatter decodeFile(const MemoFileParts& parts) {
   try {
-    return {decode(header), std::string(bodyAsRead(body))};
+    return decode(parts.header);
   } catch (const YamlError& error) {
     throw ParseError(Kind::yamlDecode, describe(error), error.problem());
   }
+}
+
+}  // namespace
+
+MemoFrontmatterParser::ParsedMemo MemoFrontmatterParser::parse(std::string_view content) {
+  const MemoFileParts parts = partsOf(content);
+  return {decodeFile(parts), std::string(bodyAsRead(parts.body))};
+}
+
+MemoFrontmatter MemoFrontmatterParser::parseHeader(std::string_view content) {
+  return decodeFile(partsOf(content));
 }
 
 std::string MemoFrontmatterParser::serialize(const MemoFrontmatter& frontmatter,
@@ -91,6 +103,20 @@ std::string_view MemoFrontmatterParser::bodyAsRead(std::string_view body) {
     body = next;
   }
   return body;
+}
+
+bool MemoFrontmatterParser::mayEscape(std::string_view content) {
+  const auto escapes = [](std::string_view text) {
+    if (text.find('\\') != std::string_view::npos) return true;
+    std::size_t quote = text.find('\'');
+    while (quote < text.size() - 1 && text[quote + 1] != '\'') quote = text.find('\'', quote + 1);
+    return quote < text.size() - 1;
+  };
+  // Most files have neither in their bodies, and finding out where that begins takes longer.
+  if (content.empty() || !escapes(content)) return false;
+  const auto parts = MemoFileParts::of(content);
+  const auto* found = std::get_if<MemoFileParts>(&parts);
+  return found == nullptr || (!found->header.empty() && escapes(found->header));
 }
 
 bool MemoFrontmatterParser::losesOnRewrite(std::string_view content) {

@@ -23,12 +23,19 @@ struct ParsedMemo {
 // Throws ParseError. `content` is well-formed UTF-8.
 [[nodiscard]] ParsedMemo parse(std::string_view content);
 
+// The same without the body.
+[[nodiscard]] MemoFrontmatter parseHeader(std::string_view content);
+
 // Throws YamlError when a value is not well-formed UTF-8. Reading the result gives the same values,
 // but for leading blank lines of `body`.
 [[nodiscard]] std::string serialize(const MemoFrontmatter& frontmatter, std::string_view body);
 
 // `body` without the blank lines at its beginning, as parse returns it: "\n\ntext" → "text".
 [[nodiscard]] std::string_view bodyAsRead(std::string_view body);
+
+// Whether the header may spell a value in other characters than it stands for: "\u5de5", 'it''s'.
+// If not, each line of each value is found in the file as it reads. `content` is any bytes.
+[[nodiscard]] bool mayEscape(std::string_view content);
 
 // Whether reading this file and writing it again would drop something that a person wrote in its
 // header: keys that are not ours, comments, anchors, tags. False for what serialize() writes and

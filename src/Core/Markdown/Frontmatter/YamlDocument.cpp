@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -11,6 +12,9 @@
 
 namespace nomely {
 namespace {
+
+// Bytes that a thread keeps from a document for its next one.
+constexpr std::size_t mostSpare = std::size_t{1} << 16;
 
 std::string_view viewOf(const yaml_char_t* text) {
   return reinterpret_cast<const char*>(text);
@@ -184,12 +188,25 @@ class YamlDocumentBuilder {
   std::uint64_t expansion_ = 0;
 };
 
-YamlDocument::YamlDocument(std::string_view source) {
+YamlDocument::Storage& YamlDocument::spare() {
+  thread_local Storage storage;
+  return storage;
+}
+
+YamlDocument::YamlDocument(std::string_view source)
+    : entries_(std::exchange(spare().entries, {})), text_(std::exchange(spare().text, {})) {
+  entries_.clear();
+  text_.clear();
   if (source.size() >= none) throw YamlError("文件头太长，请缩短", "too long");
   // The library compares each tag directive with all before it.
   if (countTagDirectives(source) > maxDirectives)
     throw YamlError("有太多 %TAG 行，请删去", "too many tag directives");
   YamlDocumentBuilder(*this).build(source);
+}
+
+YamlDocument::~YamlDocument() {
+  if (entries_.capacity() * sizeof(Entry) + text_.capacity() > mostSpare) return;
+  spare() = {std::move(entries_), std::move(text_)};
 }
 
 YamlDocument::Node::Node(const YamlDocument& document, std::uint32_t index)

@@ -80,11 +80,21 @@ class YamlDocument {
   // Throws YamlError, also when `source` holds no document or more than one. `source` is
   // well-formed UTF-8.
   explicit YamlDocument(std::string_view source);
+  ~YamlDocument();
+  YamlDocument(const YamlDocument&) = delete;
+  YamlDocument& operator=(const YamlDocument&) = delete;
 
   [[nodiscard]] Node root() const { return {*this, 0}; }
 
  private:
   friend class YamlDocumentBuilder;
+  struct Storage {
+    std::vector<Entry> entries;
+    std::string text;
+  };
+  // What the thread's last document leaves to the next: programs read many thousands in a row.
+  static Storage& spare();
+
   std::vector<Entry> entries_;
   std::string text_;
 };
