@@ -11,6 +11,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include "CLI/CompletionAnswer.h"
 #include "CLI/Interruption.h"
 #include "CLI/Parser.h"
 #include "CLI/UsageError.h"
@@ -82,7 +83,11 @@ std::string textOfUnknown(const std::exception& error) {
 int runReported(Session& session, const std::vector<std::string>& arguments) {
   try {
     Parser parser(session);
-    run(parser, session, arguments);
+    if (!arguments.empty() && arguments.front() == CompletionAnswer::commandName)
+      session.print(
+          CompletionAnswer::to({arguments.begin() + 1, arguments.end()}, parser.syntax(), session));
+    else
+      run(parser, session, arguments);
     return done;
   } catch (const Error& error) {
     report(session, error.code(), error.what());

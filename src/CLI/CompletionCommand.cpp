@@ -1,144 +1,64 @@
-#include <algorithm>
-
-#include <fmt/format.h>
-
 #include "CLI/Command.h"
-#include "CLI/Parser.h"
 
 namespace nomely {
 namespace {
 
-// A command, or one of its actions.
-struct Completed {
-  std::string name;
-  std::string summary;
-  std::vector<std::string> options;  // "--tag"
-  bool takesFiles = false;
-  std::vector<Completed> actions;
+// What may stand at the cursor is the program's own knowledge (`nomely complete`); the scripts ask
+// the program that stands on the line and hand its answer to their shell.
 
-  [[nodiscard]] std::vector<std::string> actionNames() const {
-    std::vector<std::string> names;
-    names.reserve(actions.size());
-    for (const Completed& action : actions) names.push_back(action.name);
-    return names;
-  }
-  // What may follow the command's name.
-  [[nodiscard]] std::vector<std::string> words() const {
-    if (name == "completion") return {"bash", "zsh", "fish"};
-    std::vector<std::string> all = actionNames();
-    all.insert(all.end(), options.begin(), options.end());
-    return all;
-  }
-};
-
-std::vector<std::string> optionNames(const Syntax& syntax) {
-  std::vector<std::string> names;
-  for (const Argument& argument : syntax.arguments)
-    if (!argument.isPositional()) names.push_back(argument.names().back());
-  return names;
-}
-
-bool takesFiles(const Syntax& syntax) {
-  return std::ranges::any_of(
-      syntax.arguments, [](const Argument& argument) { return argument.kind == WordKind::file; });
-}
-
-std::vector<Completed> completed(const Syntax& syntax) {
-  std::vector<Completed> commands;
-  for (const Syntax* part : syntax.shownParts())
-    commands.push_back(
-        {part->name, part->summary, optionNames(*part), takesFiles(*part), completed(*part)});
-  return commands;
-}
-
-std::string bashCase(const std::string& pattern, const Completed& command) {
-  return fmt::format("      {}) words=\"{}\"; actions=\"{}\"; files={} ;;\n", pattern,
-                     fmt::join(command.words(), " "), fmt::join(command.actionNames(), " "),
-                     command.takesFiles ? 1 : 0);
-}
-
-std::string bashScript(const Syntax& app) {
-  const Completed program{"nomely", "", optionNames(app), false, completed(app)};
-  std::string cases;
-  for (const Completed& command : program.actions) {
-    if (command.name != "help") cases += bashCase(command.name, command);
-    for (const Completed& action : command.actions)
-      cases += bashCase(fmt::format("\"{} {}\"", command.name, action.name), action);
-  }
-  return fmt::format(R"(_nomely() {{
-  local current="${{COMP_WORDS[COMP_CWORD]}}" previous="${{COMP_WORDS[COMP_CWORD-1]}}"
-  local commands="{0}" globals="{1}" words="{0}" actions="{0}" files=0 command="" word
-  case "$previous" in
-    --root) COMPREPLY=($(compgen -d -- "$current")); return ;;
-    --color) COMPREPLY=($(compgen -W "auto always never" -- "$current")); return ;;
+constexpr auto bashScript = R"(# nomely completion bash
+_nomely() {
+  local answer
+  answer=$("${1/#\~\//$HOME/}" complete bash "${COMP_LINE:0:COMP_POINT}" "$2" 2>/dev/null) || return
+  mapfile -t COMPREPLY <<<"$answer"
+  case ${COMPREPLY[0]} in
+    partial) compopt -o nospace ;;
+    files) compopt -o default ;;
+    folders) compopt -o dirnames ;;
   esac
-  for word in "${{COMP_WORDS[@]:1:COMP_CWORD-1}}"; do
-    case " $actions " in *" $word "*) command="${{command:+$command }}$word" ;; *) continue ;; esac
-    case "$command" in
-      help) words="$commands"; actions="" ;;
-{2}    esac
+  COMPREPLY=("${COMPREPLY[@]:1}")
+}
+complete -o nosort -F _nomely nomely
+)";
+
+constexpr auto zshScript = R"(#compdef nomely
+# nomely completion zsh
+_nomely() {
+  local program=${(Q)words[1]} line
+  local -a answer values shown
+  answer=("${(@f)$("${program/#\~\//$HOME/}" complete zsh "${(@Q)words[2,CURRENT-1]}" "${(Q)PREFIX}" 2>/dev/null)}")
+  case $answer[1] in
+    files | folders)
+      [[ $PREFIX == --*=* ]] && compset -P 1 '*='
+      if [[ $answer[1] == files ]]; then _files; else _files -/; fi
+      return ;;
+  esac
+  for line in "${(@)answer[2,-1]}"; do
+    values+=("${line%%$'\t'*}")
+    shown+=("${line/$'\t'/  -- }")
   done
-  COMPREPLY=($(compgen -W "$words $globals" -- "$current"))
-  if ((files)); then COMPREPLY+=($(compgen -f -- "$current")); fi
-}}
-complete -o filenames -F _nomely nomely
-)",
-                     fmt::join(program.actionNames(), " "), fmt::join(program.options, " "), cases);
+  [[ $answer[1] == partial ]] && set -- -S ''
+  compadd "$@" -V nomely -l -d shown -a values
 }
+if [[ $funcstack[1] == _nomely ]]; then _nomely; else compdef _nomely nomely; fi
+)";
 
-// With the options of its actions, for a script that goes by the command alone.
-std::vector<std::string> wordsOfAll(const Completed& command) {
-  std::vector<std::string> words = command.words();
-  for (const Completed& action : command.actions)
-    words.insert(words.end(), action.options.begin(), action.options.end());
-  return words;
-}
-
-std::string zshScript(const Syntax& app) {
-  const std::string globals = fmt::format("{}", fmt::join(optionNames(app), " "));
-  std::string names;
-  std::string cases;
-  for (const Completed& command : completed(app)) {
-    names += fmt::format("    '{}:{}'\n", command.name, command.summary);
-    cases += fmt::format("    {}) compadd -- {} ;;\n", command.name,
-                         fmt::join(wordsOfAll(command), " "));
-  }
-  return fmt::format(
-      "#compdef nomely\n_nomely() {{\n  local -a commands\n  commands=(\n{}  )\n"
-      "  if (( CURRENT == 2 )); then\n    _describe '命令' commands\n    compadd -- {}\n"
-      "    return\n  fi\n  case $words[2] in\n{}  esac\n  compadd -- {}\n  _files\n}}\n"
-      "compdef _nomely nomely\n",
-      names, globals, cases, globals);
-}
-
-// What a command or an action takes, where `condition` holds.
-std::string fishLines(const std::string& condition, const Completed& command) {
-  std::string lines;
-  for (const std::string& option : command.options)
-    lines += fmt::format("complete -c nomely -n '{}' -l {}\n", condition, option.substr(2));
-  if (command.takesFiles) lines += fmt::format("complete -c nomely -n '{}' -F\n", condition);
-  return lines;
-}
-
-std::string fishScript(const Syntax& app) {
-  std::string script = "complete -c nomely -f\n";
-  for (const std::string& option : optionNames(app))
-    script += fmt::format("complete -c nomely -l {}\n", option.substr(2));
-  for (const Completed& command : completed(app)) {
-    script += fmt::format("complete -c nomely -n __fish_use_subcommand -a {} -d '{}'\n",
-                          command.name, command.summary);
-    const std::string condition = "__fish_seen_subcommand_from " + command.name;
-    script += fishLines(condition, command);
-    for (const Completed& action : command.actions) {
-      script += fmt::format("complete -c nomely -n '{}' -a {} -d '{}'\n", condition, action.name,
-                            action.summary);
-      script += fishLines(
-          fmt::format("{}; and __fish_seen_subcommand_from {}", condition, action.name), action);
-    }
-  }
-  return script +
-         "complete -c nomely -n '__fish_seen_subcommand_from completion' -a 'bash zsh fish'\n";
-}
+constexpr auto fishScript = R"(# nomely completion fish
+function __nomely_answer
+    set -l words (commandline -opc)
+    set -l current (commandline -ct)
+    set -l program (string replace -r '^~/' "$HOME/" -- $words[1])
+    set -e words[1]
+    set -g __nomely_words ($program complete fish $words "$current" 2>/dev/null)
+    set -l kind "$__nomely_words[1]"
+    set -e __nomely_words[1]
+    if test "$kind" = folders
+        set -g __nomely_words (__fish_complete_directories "$current" '')
+    end
+    test "$kind" != files
+end
+complete -c nomely -n __nomely_answer -f -k -a '$__nomely_words'
+)";
 
 class CompletionCommand final : public Command {
  public:
@@ -148,13 +68,12 @@ class CompletionCommand final : public Command {
                 .target = &shell_,
                 .choices = {"bash", "zsh", "fish"},
                 .isRequired = true});
+    syntax.examples = {"source <(nomely completion bash)", "source <(nomely completion zsh)",
+                       "nomely completion fish | source"};
   }
 
   void run(Session& session) override {
-    const Parser parser(session);
-    if (shell_ == "bash") return session.print(bashScript(parser.syntax()));
-    if (shell_ == "zsh") return session.print(zshScript(parser.syntax()));
-    session.print(fishScript(parser.syntax()));
+    session.print(shell_ == "bash" ? bashScript : shell_ == "zsh" ? zshScript : fishScript);
   }
 
  private:

@@ -89,13 +89,17 @@ std::string MemoOutput::drawn(const TimelineEntry& entry, const Style& style, st
          attachmentLines(entry.memo, style);
 }
 
-std::string MemoOutput::oneLine(std::string_view reference, std::string_view time,
-                                std::string_view body) {
+std::string MemoOutput::firstLine(std::string_view body) {
   const std::string shown = MemoTextUtilities::textForEditing(body);
   const std::string_view text = trimSpaceAndBreaks(shown);
   std::string line = Terminal::printable(text.substr(0, text.find('\n')));
   std::ranges::replace(line, '\t', ' ');
-  return fmt::format("{}\t{}\t{}\n", reference, Terminal::printable(time), line);
+  return line;
+}
+
+std::string MemoOutput::oneLine(std::string_view reference, std::string_view time,
+                                std::string_view body) {
+  return fmt::format("{}\t{}\t{}\n", reference, Terminal::printable(time), firstLine(body));
 }
 
 std::string MemoOutput::text(const TimelineEntry& entry, const Style& style) {

@@ -18,6 +18,8 @@ namespace MemoOutput {
 [[nodiscard]] std::string text(const TimelineEntry& entry, const Style& style);
 // The same with the body drawn as the Markdown that it is.
 [[nodiscard]] std::string drawn(const TimelineEntry& entry, const Style& style, std::size_t width);
+// The first line of a body that is not blank, without tabs; empty for an empty body.
+[[nodiscard]] std::string firstLine(std::string_view body);
 // "REF<tab>time<tab>first line", for other programs to cut.
 [[nodiscard]] std::string oneLine(std::string_view reference, std::string_view time,
                                   std::string_view body);

@@ -60,7 +60,10 @@ void Parser::declareCommands() {
   for (const CommandEntry& entry : commands_)
     entry.command->declare(program_.addPart(entry.name, entry.summary));
   program_.addPart(helpCommand, "显示命令的帮助")
-      .add({.name = "COMMAND", .help = "命令，及其操作", .target = &helpNames_});
+      .add({.name = "COMMAND",
+            .help = "命令，及其操作",
+            .target = &helpNames_,
+            .kind = WordKind::command});
 }
 
 std::string Parser::help(const std::vector<std::string>& names) const {

@@ -22,6 +22,7 @@ enum class WordKind {
   folder,
   attachment,  // of the memo that the REF before it names
   trashEntry,
+  command,  // of this program, then an action of it
 };
 
 // An option, a flag, or an argument that goes by its place.

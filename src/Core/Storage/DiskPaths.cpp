@@ -8,8 +8,12 @@
 
 namespace nomely {
 
+std::filesystem::path DiskPaths::usualRoot(const Environment& environment) {
+  return environment.homeFolder() / "NomelyData";
+}
+
 DiskPaths DiskPaths::defaultPaths(const Environment& environment, const FileManager& files) {
-  DiskPaths paths{environment.homeFolder() / "NomelyData"};
+  DiskPaths paths{usualRoot(environment)};
   try {
     paths.createRoot(files);
   } catch (const FileError& error) {

@@ -16,7 +16,9 @@ namespace nomely {
 struct DiskPaths {
   std::filesystem::path rootURL;
 
-  // "NomelyData" in the home folder, created readable by its owner alone if missing. Does not throw
+  // "NomelyData" in the home folder.
+  [[nodiscard]] static std::filesystem::path usualRoot(const Environment& environment);
+  // The same as a root, created readable by its owner alone if missing. Does not throw
   // when that fails: the first write does.
   [[nodiscard]] static DiskPaths defaultPaths(const Environment& environment,
                                               const FileManager& files);
