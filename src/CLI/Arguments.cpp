@@ -57,7 +57,7 @@ TimelineEntry memoByRank(std::int64_t rank, Session& session) {
     seen += std::ssize(day);
     day.clear();
   };
-  session.scan().forEach({}, RootScan::Order::newestFirst, [&](const MemoEntry& entry) {
+  session.scan()->forEach({}, RootScan::Order::newestFirst, [&](const MemoEntry& entry) {
     if (!day.empty() && day.front().date != entry.date) settleDay();
     day.push_back(entry);
     return !found;

@@ -83,7 +83,7 @@ CompletionCandidates tags(const std::string& typed, Session& session) {
   constexpr std::chrono::milliseconds longest{700};
   const auto end = std::chrono::steady_clock::now() + longest;
   TagCounts counts;
-  session.scan().forEach({}, RootScan::Order::newestFirst, [&](const MemoEntry& entry) {
+  session.scan()->forEach({}, RootScan::Order::newestFirst, [&](const MemoEntry& entry) {
     counts.add(entry.date, entry.memo->frontmatter(), entry.memo->seqNumber);
     return std::chrono::steady_clock::now() < end;
   });

@@ -48,7 +48,7 @@ void showToday(Session& session) {
     printer.finish();
     return session.say("还没有笔记。写一条：nomely add \"今天……\"；全部命令：nomely help");
   }
-  session.scan().forEach({.from = today, .to = today}, RootScan::Order::newestFirst,
+  session.scan()->forEach({.from = today, .to = today}, RootScan::Order::newestFirst,
                          [&](const MemoEntry& entry) {
                            printer.add({entry.date, *entry.memo});
                            return true;

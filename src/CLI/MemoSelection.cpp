@@ -99,7 +99,7 @@ bool MemoSelection::forEach(Session& session, const std::stop_token& stop,
                             const std::function<void(const MemoEntry&)>& visit) const {
   const MemoFilter chosen = filter(session);
   const std::size_t most = limit().value_or(std::numeric_limits<std::size_t>::max() - 1);
-  RootScan scan = session.scan(stop);
+  const auto scan = session.scan(stop);
   std::size_t count = 0;
   bool isCut = false;
   const auto take = [&](const MemoEntry& entry) {
@@ -110,12 +110,12 @@ bool MemoSelection::forEach(Session& session, const std::stop_token& stop,
     return true;
   };
   if (!audio_) {
-    scan.forEach(chosen, order(), take);
+    scan->forEach(chosen, order(), take);
     return isCut;
   }
   // The smallest come first when the order is turned round: then all have to be held.
   auto largest =
-      scan.audioBySize(chosen, reverse_ ? std::numeric_limits<std::size_t>::max() : most + 1);
+      scan->audioBySize(chosen, reverse_ ? std::numeric_limits<std::size_t>::max() : most + 1);
   if (reverse_) std::ranges::reverse(largest);
   (void)std::ranges::all_of(largest, [&](const SizedEntry& sized) { return take(sized.entry); });
   return isCut;

@@ -107,10 +107,10 @@ void Session::tellOfMissingRoot() {
         Terminal::printable(dayStore().paths().rootURL.string())));
 }
 
-RootScan Session::scan(std::stop_token stop) {
+std::unique_ptr<RootScan> Session::scan(std::stop_token stop) {
   tellOfMissingRoot();
-  RootScan scan(dayStore().context(), std::move(stop));
-  scan.onUnreadable = [this](const RootScan::Unreadable& unreadable) {
+  auto scan = std::make_unique<RootScan>(dayStore().context(), std::move(stop));
+  scan->onUnreadable = [this](const RootScan::Unreadable& unreadable) {
     tellUnreadable(fmt::format("{}：{}", unreadable.file.string(), unreadable.reason));
   };
   return scan;

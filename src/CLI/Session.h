@@ -63,7 +63,7 @@ class Session {
   [[nodiscard]] bool hasRoot();
   void tellOfMissingRoot();
   // Reads the root without an index, and tells of each file that can't be read, once.
-  [[nodiscard]] RootScan scan(std::stop_token stop = {});
+  [[nodiscard]] std::unique_ptr<RootScan> scan(std::stop_token stop = {});
   // The same for one; `what` is "<path>：<reason>". Any thread.
   void tellUnreadable(const std::string& what);
 

@@ -50,9 +50,9 @@ class TagsCommand final : public ActionCommand {
     std::vector<TagUse> rows;
     session.host([&](const std::stop_token& stop) {
       Progress progress(session, "读取");
-      RootScan scan = session.scan(stop);
-      scan.progress = [&](double share) { progress.show(share); };
-      rows = scan.allTags();
+      const auto scan = session.scan(stop);
+      scan->progress = [&](double share) { progress.show(share); };
+      rows = scan->allTags();
     });
     std::erase_if(rows, [](const TagUse& use) { return TagNames::isHidden(use.tag); });
     if (session.isJson()) {

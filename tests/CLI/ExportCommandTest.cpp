@@ -26,6 +26,8 @@ TEST_F(ExportCommandTest, PagesOfSelections) {
   EXPECT_THAT(page.output, HasSubstr("共 2 条记录"));
   EXPECT_THAT(run({"export", "html", "-o", "-", "--all", "-n", "1"}).output,
               HasSubstr("共 1 条记录"));
+  EXPECT_THAT(run({"export", "markdown", "-o", "-", "--tag", "甲"}).output,
+              HasSubstr("# 2026年3月1日 周日\n"));
 }
 
 TEST_F(ExportCommandTest, FilesThatAreThere) {
@@ -39,7 +41,9 @@ TEST_F(ExportCommandTest, FilesThatAreThere) {
   EXPECT_EQ(run(sure).status, 0);
   EXPECT_THAT(readFile(file), HasSubstr("<p>一</p>"));
 
-  EXPECT_EQ(run({"export", "html", "-o", (home.path() / "no" / "x").string()}).status, 1);
+  const ProgramResult nowhere = run({"export", "html", "-o", (home.path() / "no" / "x").string()});
+  EXPECT_EQ(nowhere.status, 4);
+  EXPECT_THAT(nowhere.errors, HasSubstr("没有这个文件夹"));
 }
 
 }  // namespace
