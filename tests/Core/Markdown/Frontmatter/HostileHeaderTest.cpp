@@ -185,7 +185,7 @@ long peakMegabytes() {
 }
 
 TEST(HostileHeaderTest, TakesTimeAndMemoryInProportion) {
-  constexpr std::size_t size = 1U << 16U;
+  constexpr std::size_t size = 1U << 15U;
   constexpr long mostMegabytes = 300;
   const long before = peakMegabytes();
   for (const Hostile& hostile : hostileHeaders()) {
