@@ -26,6 +26,7 @@ struct Result {
   double bytes = 0;
   std::string note = {};
   std::string skipped = {};
+  std::string cut = {};  // why it took fewer turns than it should
 };
 
 std::vector<std::unique_ptr<Result>>& results() {
@@ -45,21 +46,36 @@ double timed(const Steps::Step& step, std::size_t turn) {
   return Seconds(std::chrono::steady_clock::now() - start).count();
 }
 
-void takeTurns(benchmark::State& state, const Steps& steps, Samples& samples) {
+// Whether the turns that the comparison names were taken, or as many as a second holds.
+bool isEnough(const Result& result, double seconds) {
+  constexpr std::size_t least = 5;
+  const std::size_t taken = result.samples.ours.size();
+  return result.comparison.turns > 0 ? taken >= result.comparison.turns
+                                     : taken >= least && seconds >= 1;
+}
+
+void takeTurns(const Steps& steps, Result& result) {
+  // The whole set is to end within minutes, whatever becomes of one row.
+  constexpr Seconds longest{30};
+  const auto begun = std::chrono::steady_clock::now();
   Random order(1);
   std::size_t turn = 0;
+  double seconds = 0;
   const auto run = [&](const Steps::Step& step, std::vector<double>& times) {
     if (!step) return;
     times.push_back(timed(step, turn));
+    seconds += times.back();
     if (steps.tidy) steps.tidy();
   };
-  for (auto iteration : state) {
-    (void)iteration;
+  while (!isEnough(result, seconds)) {
+    if (turn > 0 && std::chrono::steady_clock::now() - begun > longest) {
+      result.cut = fmt::format("cut after {} steps", turn);
+      return;
+    }
     const bool floorFirst = order.percent(50);
-    if (floorFirst) run(steps.floor, samples.floor);
-    run(steps.ours, samples.ours);
-    if (!floorFirst) run(steps.floor, samples.floor);
-    state.SetIterationTime(samples.ours.back());
+    if (floorFirst) run(steps.floor, result.samples.floor);
+    run(steps.ours, result.samples.ours);
+    if (!floorFirst) run(steps.floor, result.samples.floor);
     ++turn;
   }
 }
@@ -67,14 +83,19 @@ void takeTurns(benchmark::State& state, const Steps& steps, Samples& samples) {
 void measure(benchmark::State& state, Result& result) {
   try {
     const Steps steps = result.comparison.prepare();
-    // The library tries fewer iterations first; its last attempt counts.
-    result.samples = {};
     result.units = steps.units;
     result.bytes = steps.bytes;
     result.note = steps.note;
-    takeTurns(state, steps, result.samples);
-  } catch (const std::exception& reason) {
+    for (auto iteration : state) {
+      (void)iteration;
+      takeTurns(steps, result);
+      state.SetIterationTime(median(result.samples.ours));
+    }
+  } catch (const Skipped& reason) {
     result.skipped = reason.what();
+    state.SkipWithError(reason.what());
+  } catch (const std::exception& reason) {
+    result.cut = fmt::format("cut after {} steps: {}", result.samples.ours.size(), reason.what());
     state.SkipWithError(reason.what());
   }
 }
@@ -121,6 +142,7 @@ bool printRow(const Result& result) {
   Verdict verdict = judge(result.comparison.goal, floor, ours);
   if (result.bytes > 0) verdict.tell(fmt::format("{:.0f} MB/s", result.bytes / units / ours / 1e6));
   if (!result.note.empty()) verdict.tell(result.note);
+  if (!result.cut.empty()) verdict.tell(result.cut);
   fmt::print("{:<52} {:>11} {:>11} {:>6}  {}\n", result.comparison.what,
              floor ? duration(*floor) : "-", duration(ours),
              floor ? fmt::format("{:.2f}", ours / *floor) : "-", verdict.text);
@@ -134,22 +156,32 @@ void registerComparison(Comparison comparison) {
   auto* const registered =
       benchmark::RegisterBenchmark(result.comparison.what.c_str(),
                                    [&result](benchmark::State& state) { measure(state, result); });
-  registered->UseManualTime();
-  if (result.comparison.turns > 0)
-    registered->Iterations(static_cast<benchmark::IterationCount>(result.comparison.turns));
+  // One iteration is all the turns: the library's way of finding out how many there should be
+  // prepares and runs everything several times.
+  registered->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
 }
 
 bool printTable() {
   bool meetsGoals = true;
+  std::size_t ran = 0;
+  std::size_t skipped = 0;
+  std::size_t cut = 0;
   fmt::print("\n{:<52} {:>11} {:>11} {:>6}  goal\n", "what (medians of steps)", "floor", "ours",
              "ratio");
   for (const auto& result : results()) {
-    if (!result->skipped.empty())
+    cut += result->cut.empty() ? 0 : 1;
+    if (!result->skipped.empty()) {
+      ++skipped;
       fmt::print("{:<52} skipped: {}\n", result->comparison.what, result->skipped);
-    else if (!result->samples.ours.empty())
+    } else if (!result->samples.ours.empty()) {
+      ++ran;
       meetsGoals = printRow(*result) && meetsGoals;
+    } else if (!result->cut.empty()) {
+      fmt::print("{:<52} {}\n", result->comparison.what, result->cut);
+    }
   }
-  return meetsGoals;
+  fmt::print("{} of {} ran, {} skipped, {} cut short\n", ran, results().size(), skipped, cut);
+  return meetsGoals && cut == 0;
 }
 
 }  // namespace nomely::bench

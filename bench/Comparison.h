@@ -44,7 +44,7 @@ struct Comparison {
   std::string what;
   std::function<Steps()> prepare;
   Goal goal = {};
-  std::size_t turns = 0;  // 0: as many as take about a second
+  std::size_t turns = 0;  // 0: as many as a second holds, at least five
 };
 
 // Makes the comparison known to the benchmark library.
@@ -60,7 +60,8 @@ void registerColdReading();
 void registerMarkdown();
 void registerPages();
 
-// A row for each comparison that was run. Returns whether all their goals are met.
+// A row for each comparison that was run, and how many were skipped or cut short. Returns whether
+// none was cut and all their goals are met.
 bool printTable();
 
 }  // namespace nomely::bench

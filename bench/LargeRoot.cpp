@@ -1,11 +1,15 @@
 #include "bench/LargeRoot.h"
 
+#include <array>
+#include <atomic>
 #include <cstdlib>
 #include <stdexcept>
+#include <string_view>
+#include <thread>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "Platform/Time/Day.h"
@@ -27,6 +31,27 @@ LargeRoot written(const fs::path& folder) {
   return root;
 }
 
+void readFile(int folder, const char* name, std::vector<char>& buffer) {
+  const int file = ::openat(folder, name, O_RDONLY | O_CLOEXEC);
+  const ssize_t size = ::read(file, buffer.data(), buffer.size());
+  ::close(file);
+  if (size <= 0) throw std::runtime_error("unreadable memo");
+  readEvents(headerOf({buffer.data(), static_cast<std::size_t>(size)}));
+}
+
+void readDay(const char* path, std::vector<char>& buffer) {
+  const int folder = ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  alignas(dirent64) std::array<char, std::size_t{1} << 15> entries;
+  ssize_t size = 0;
+  while ((size = ::getdents64(folder, entries.data(), entries.size())) > 0)
+    for (ssize_t at = 0; at < size;) {
+      const auto& entry = *reinterpret_cast<const dirent64*>(entries.data() + at);
+      at += entry.d_reclen;
+      if (std::string_view(entry.d_name).ends_with(".md")) readFile(folder, entry.d_name, buffer);
+    }
+  ::close(folder);
+}
+
 }  // namespace
 
 const LargeRoot& rootInMemory() {
@@ -43,15 +68,16 @@ const LargeRoot& rootOnDisk() {
   return root;
 }
 
-void readAndParse(const char* name) {
-  const int file = ::open(name, O_RDONLY | O_CLOEXEC);
-  struct stat info {};
-  if (file < 0 || ::fstat(file, &info) != 0) throw std::runtime_error("unreadable memo");
-  std::string content(static_cast<std::size_t>(info.st_size), '\0');
-  if (::read(file, content.data(), content.size()) != info.st_size)
-    throw std::runtime_error("unreadable memo");
-  ::close(file);
-  readEvents(headerOf(content));
+void readAndParse(const LargeRoot& root, std::size_t threads) {
+  std::atomic<std::size_t> next{0};
+  const auto work = [&] {
+    std::vector<char> buffer(std::size_t{1} << 20);
+    for (std::size_t i = next++; i < root.days.size(); i = next++)
+      readDay(root.days[i].c_str(), buffer);
+  };
+  std::vector<std::jthread> others;
+  for (std::size_t i = 1; i < threads; ++i) others.emplace_back(work);
+  work();
 }
 
 bool searchWithRipgrep(const std::string& word, const fs::path& folder) {

@@ -27,9 +27,9 @@ void forEachMemoFile(const std::filesystem::path& day, Visit visit) {
     if (entry.path().extension() == ".md") visit(entry.path().c_str());
 }
 
-// The least that an index can be built with: the file's bytes, and the library's events of its
-// header.
-void readAndParse(const char* name);
+// What a bare program takes to read every memo file and have the library tell the events of each
+// header: files opened relative to their day's folder, one buffer a thread for all of them.
+void readAndParse(const LargeRoot& root, std::size_t threads);
 
 // The whole program ripgrep over the folder. False when there is none.
 [[nodiscard]] bool searchWithRipgrep(const std::string& word, const std::filesystem::path& folder);

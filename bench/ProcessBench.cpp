@@ -17,7 +17,8 @@ namespace {
 using std::filesystem::path;
 
 constexpr std::uint64_t memosInRoot = 10'000;
-constexpr const char* rareWord = "囹圄";
+constexpr const char* absentWord = "爨龘";
+constexpr const char* commonWord = "今天";
 constexpr const char* text = "今天在图书馆看完了那本书，觉得值得。#生活/读书";
 
 // The exit status of a program that sees nothing of the user's, or -1. Its output goes nowhere.
@@ -101,12 +102,30 @@ Steps listSteps() {
 }
 
 Steps searchSteps() {
-  if (!searchWithRipgrep(rareWord, rootOnDisk().folder)) throw Skipped("no rg");
-  return {.floor = [](std::size_t) { (void)searchWithRipgrep(rareWord, rootOnDisk().folder); },
+  if (!searchWithRipgrep(absentWord, rootOnDisk().folder)) throw Skipped("no rg");
+  return {.floor = [](std::size_t) { (void)searchWithRipgrep(absentWord, rootOnDisk().folder); },
           .ours =
               [](std::size_t) {
-                runReader({"search", rareWord});
+                runReader({"search", absentWord});
               }};
+}
+
+Steps tagSteps() {
+  constexpr std::size_t threads = 2;
+  (void)rootOnDisk();
+  return {.floor = [](std::size_t) { readAndParse(rootOnDisk(), threads); },
+          .ours = [](std::size_t) { runReader({"tags"}); }};
+}
+
+// A reader that ends with what it finds among the newest memos.
+void registerBrief(const std::string& what, const std::vector<std::string>& words) {
+  registerComparison({.what = what,
+                      .prepare =
+                          [=] {
+                            (void)rootOnDisk();
+                            return Steps{.ours = [=](std::size_t) { runReader(words); }};
+                          },
+                      .goal = {.perSecond = 25}});
 }
 
 }  // namespace
@@ -118,8 +137,16 @@ void registerProcesses() {
   registerComparison({.what = "nomely list, 100,000 (floor: --version)",
                       .prepare = listSteps,
                       .goal = {.perSecond = 20}});
-  registerComparison(
-      {.what = "nomely search, 100,000 (floor: rg)", .prepare = searchSteps, .turns = 5});
+  registerComparison({.what = "nomely search, nowhere in 100,000 (floor: rg)",
+                      .prepare = searchSteps,
+                      .goal = {.ratio = 0.8},
+                      .turns = 7});
+  registerBrief("nomely search, a common word, 100,000", {"search", commonWord});
+  registerBrief("nomely list --all -n 20, 100,000", {"list", "--all", "-n", "20"});
+  registerComparison({.what = "nomely tags, 100,000 (floor: read, YAML events)",
+                      .prepare = tagSteps,
+                      .goal = {.ratio = 1.5},
+                      .turns = 5});
 }
 
 }  // namespace nomely::bench

@@ -1,6 +1,8 @@
 #include "Core/Lifecycle/RootInspector.h"
 
 #include <algorithm>
+#include <iterator>
+#include <thread>
 
 #include <fmt/format.h>
 
@@ -11,6 +13,7 @@
 #include "Core/Storage/TrashStore.h"
 #include "Core/Storage/VersionStore.h"
 #include "Platform/Cancellation.h"
+#include "Platform/Concurrency/InOrder.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/Text/Unicode.h"
 
@@ -36,33 +39,107 @@ std::vector<DirectoryEntry> entriesOf(const FileManager& files,
   }
 }
 
+template <typename Value>
+void moveTo(std::vector<Value>& all, std::vector<Value>& more) {
+  std::ranges::move(more, std::back_inserter(all));
+}
+
 }  // namespace
+
+void RootInspector::Findings::append(Findings&& later) {
+  Report& more = later.report;
+  report.days += more.days;
+  report.memos += more.memos;
+  report.foreignMemos += more.foreignMemos;
+  moveTo(report.unreadableMemos, more.unreadableMemos);
+  moveTo(report.unreadableVersions, more.unreadableVersions);
+  moveTo(report.unreadableTrash, more.unreadableTrash);
+  moveTo(report.missingAttachments, more.missingAttachments);
+  moveTo(report.danglingLinks, more.danglingLinks);
+  moveTo(report.staleTemporaryFiles, more.staleTemporaryFiles);
+  // A day that can't be listed comes once more with the whole tree.
+  for (std::filesystem::path& folder : more.unreadableFolders)
+    if (std::ranges::find(report.unreadableFolders, folder) == report.unreadableFolders.end())
+      report.unreadableFolders.push_back(std::move(folder));
+  for (auto& [memoId, places] : later.identities) moveTo(identities[memoId], places);
+}
+
+// Goes through lists of things on all cores and puts together what they show, in their order.
+class RootInspector::Round {
+ public:
+  Round(std::size_t things, const std::function<void(double)>& progress,
+        const std::stop_token& stop)
+      : things_(things), progress_(progress), stop_(stop) {}
+
+  // `look(thing, findings)` runs on any thread.
+  template <typename Thing, typename Look>
+  void each(const std::vector<Thing>& things, const Look& look) {
+    const auto newLook = [&] {
+      return [&](std::size_t i) {
+        Findings found;
+        look(things[i], found);
+        return found;
+      };
+    };
+    const auto take = [&](std::size_t, Findings&& found) {
+      throwIfStopped(stop_);
+      all.append(std::move(found));
+      progress_(static_cast<double>(++done_) / static_cast<double>(things_));
+      return true;
+    };
+    InOrder(things.size(), newLook, take).run(jobs_, std::thread::hardware_concurrency());
+  }
+
+  Findings all;
+
+ private:
+  std::size_t things_;
+  std::size_t done_ = 0;
+  const std::function<void(double)>& progress_;
+  const std::stop_token& stop_;
+  JobPool jobs_;
+};
 
 RootInspector::Report RootInspector::inspect(const std::function<void(double)>& progress,
                                              const std::stop_token& stop) const {
-  const DiskPaths& paths = store_.paths();
-  const FileManager& files = store_.context().files;
-  Report report;
-  if (!files.exists(paths.rootURL)) return report;
-  std::vector<Day> days;
-  for (const DirectoryEntry& entry : files.listVisible(paths.rootURL))
-    if (const auto day = Day::parse(entry.name);
-        day && files.isDirectory(paths.rootURL / entry.name))
-      days.push_back(*day);
-  Identities identities;
-  for (std::size_t i = 0; i < days.size(); ++i) {
-    throwIfStopped(stop);
-    inspectDay(days[i], report, identities);
-    progress(static_cast<double>(i + 1) / static_cast<double>(days.size()));
-  }
-  inspectVersions(report, stop);
-  inspectTrash(report, identities, stop);
-  inspectIdentities(identities, report);
-  inspectTree(paths.rootURL, 0, report);
-  return report;
+  const std::filesystem::path& root = store_.paths().rootURL;
+  if (!store_.context().files.exists(root)) return {};
+  throwIfStopped(stop);
+  Findings aside;
+  const std::vector<Day> allDays = days();
+  const std::vector<VersionFolder> versions = versionFolders();
+  const std::vector<std::string> trash = trashFolders(aside.report);
+  const std::vector<DirectoryEntry> entries = store_.context().files.listAll(root);
+  Round round(allDays.size() + versions.size() + trash.size() + entries.size(), progress, stop);
+  round.each(allDays, [&](Day day, Findings& found) { inspectDay(day, found); });
+  round.each(versions, [&](const VersionFolder& folder, Findings& found) {
+    inspectVersionFolder(folder, found.report);
+  });
+  round.all.append(std::move(aside));
+  round.each(trash,
+             [&](const std::string& name, Findings& found) { inspectTrashFolder(name, found); });
+  inspectIdentities(round.all.identities, round.all.report);
+  round.each(entries, [&](const DirectoryEntry& entry, Findings& found) {
+    try {
+      inspectEntry(root, entry, 0, found.report);
+    } catch (const FileError&) {
+      found.report.unreadableFolders.emplace_back(".");
+    }
+  });
+  return std::move(round.all.report);
 }
 
-void RootInspector::inspectDay(Day day, Report& report, Identities& identities) const {
+std::vector<Day> RootInspector::days() const {
+  const std::filesystem::path& root = store_.paths().rootURL;
+  std::vector<Day> days;
+  for (const DirectoryEntry& entry : store_.context().files.listVisible(root))
+    if (const auto day = Day::parse(entry.name);
+        day && store_.context().files.isDirectory(root / entry.name))
+      days.push_back(*day);
+  return days;
+}
+
+void RootInspector::inspectDay(Day day, Findings& found) const {
   try {
     bool holdsMemos = false;
     for (const DirectoryEntry& entry :
@@ -71,21 +148,21 @@ void RootInspector::inspectDay(Day day, Report& report, Identities& identities) 
       if (!number) continue;
       holdsMemos = true;
       if (*number >= 1 && entry.name == DiskPaths::memoFileName(*number))
-        inspectMemo(day, entry.name, report, identities);
+        inspectMemo(day, entry.name, found);
       else
-        report.unreadableMemos.push_back(
+        found.report.unreadableMemos.push_back(
             {{std::filesystem::path(day.string()) / entry.name, oddName}, day, *number, {}});
     }
-    report.days += holdsMemos ? 1 : 0;
+    found.report.days += holdsMemos ? 1 : 0;
   } catch (const FileError&) {
-    report.unreadableFolders.emplace_back(day.string());
+    found.report.unreadableFolders.emplace_back(day.string());
   }
 }
 
-void RootInspector::inspectMemo(Day day, const std::string& fileName, Report& report,
-                                Identities& identities) const {
+void RootInspector::inspectMemo(Day day, const std::string& fileName, Findings& found) const {
   const std::int64_t number = *DiskPaths::seqNumber(fileName);
   const std::filesystem::path place = std::filesystem::path(day.string()) / fileName;
+  Report& report = found.report;
   try {
     const FileManager& files = store_.context().files;
     const auto text = MemoFile::text(files, store_.paths().memoFile(day, number));
@@ -93,7 +170,7 @@ void RootInspector::inspectMemo(Day day, const std::string& fileName, Report& re
     const Memo memo = MemoFile::parsed(*text, number);
     ++report.memos;
     if (MemoFrontmatterParser::losesOnRewrite(*text)) ++report.foreignMemos;
-    if (memo.memoId) identities[*memo.memoId].push_back(place);
+    if (memo.memoId) found.identities[*memo.memoId].push_back(place);
     for (const std::string& name : memo.attachments)
       if (!files.exists(store_.paths().dayFolder(day) / name))
         report.missingAttachments.push_back({day, number, memo.memoId, name});
@@ -114,32 +191,32 @@ void RootInspector::inspectIdentities(const Identities& identities, Report& repo
   }
 }
 
-void RootInspector::inspectVersions(Report& report, const std::stop_token& stop) const {
+std::vector<RootInspector::VersionFolder> RootInspector::versionFolders() const {
   const DiskPaths& paths = store_.paths();
   const FileManager& files = store_.context().files;
-  for (const DirectoryEntry& folder : entriesOf(files, paths.versionsFolder())) {
-    throwIfStopped(stop);
-    if (folder.type == FileType::directory && folder.name != paths.versionsByIdFolder().filename())
-      inspectVersionFolder(paths.versionsFolder() / folder.name, Layout::former, report);
-  }
-  for (const DirectoryEntry& folder : entriesOf(files, paths.versionsByIdFolder())) {
-    throwIfStopped(stop);
-    if (folder.type == FileType::directory)
-      inspectVersionFolder(paths.versionsByIdFolder() / folder.name, Layout::byIdentity, report);
-  }
+  std::vector<VersionFolder> folders;
+  const std::filesystem::path byId = paths.versionsByIdFolder();
+  for (const DirectoryEntry& entry : entriesOf(files, paths.versionsFolder()))
+    if (entry.type == FileType::directory && entry.name != byId.filename())
+      folders.push_back({paths.versionsFolder() / entry.name, Layout::former});
+  for (const DirectoryEntry& entry : entriesOf(files, byId))
+    if (entry.type == FileType::directory)
+      folders.push_back({byId / entry.name, Layout::byIdentity});
+  return folders;
 }
 
-void RootInspector::inspectVersionFolder(const std::filesystem::path& folder, Layout layout,
-                                         Report& report) const {
+void RootInspector::inspectVersionFolder(const VersionFolder& versionFolder, Report& report) const {
+  const auto& [folder, layout] = versionFolder;
   const VersionStore versions(store_.context());
   for (const DirectoryEntry& entry : entriesOf(store_.context().files, folder)) {
     if (pathExtension(entry.name) != "md") continue;
+    const std::filesystem::path file = versionFolder.path / entry.name;
     const auto tell = [&](const std::string& reason) {
       report.unreadableVersions.push_back(
-          {(folder / entry.name).lexically_relative(store_.paths().rootURL), reason});
+          {file.lexically_relative(store_.paths().rootURL), reason});
     };
     try {
-      const auto version = MemoFile::read(store_.context().files, folder / entry.name, 0);
+      const auto version = MemoFile::read(store_.context().files, file, 0);
       if (!version) continue;  // gone since the folder was listed
       const auto& memoId = version->memoId;
       if (!VersionStore::timestampOf(entry.name))
@@ -153,23 +230,27 @@ void RootInspector::inspectVersionFolder(const std::filesystem::path& folder, La
   }
 }
 
-void RootInspector::inspectTrash(Report& report, Identities& identities,
-                                 const std::stop_token& stop) const {
+std::vector<std::string> RootInspector::trashFolders(Report& report) const {
   const DiskPaths& paths = store_.paths();
   const FileManager& files = store_.context().files;
+  std::vector<std::string> folders;
   const auto trash = files.attributes(paths.trashFolder(), LinkPolicy::noFollow);
   if (trash && trash->type == FileType::symbolicLink) {
     report.unreadableTrash.push_back({paths.trashFolder().filename(), linkedTrash});
-    return;
+    return folders;
   }
-  for (const DirectoryEntry& entry : entriesOf(files, paths.trashFolder())) {
-    throwIfStopped(stop);
-    const std::filesystem::path folder = paths.trashFolder() / entry.name;
-    if (entry.type != FileType::directory || folder == paths.attachmentTrashFolder()) continue;
-    if (std::string fault = faultOfTrashFolder(entry.name, identities); !fault.empty())
-      report.unreadableTrash.push_back(
-          {folder.lexically_relative(paths.rootURL), std::move(fault)});
-  }
+  for (const DirectoryEntry& entry : entriesOf(files, paths.trashFolder()))
+    if (entry.type == FileType::directory &&
+        paths.trashFolder() / entry.name != paths.attachmentTrashFolder())
+      folders.push_back(entry.name);
+  return folders;
+}
+
+void RootInspector::inspectTrashFolder(const std::string& name, Findings& found) const {
+  const DiskPaths& paths = store_.paths();
+  if (std::string fault = faultOfTrashFolder(name, found.identities); !fault.empty())
+    found.report.unreadableTrash.push_back(
+        {(paths.trashFolder() / name).lexically_relative(paths.rootURL), std::move(fault)});
 }
 
 std::string RootInspector::faultOfTrashFolder(const std::string& name,
@@ -192,24 +273,24 @@ std::string RootInspector::faultOfTrashFolder(const std::string& name,
 
 void RootInspector::inspectTree(const std::filesystem::path& folder, int depth,
                                 Report& report) const {
-  const auto relative = [&](const std::filesystem::path& path) {
-    return path.lexically_relative(store_.paths().rootURL);
-  };
   try {
-    for (const DirectoryEntry& entry : store_.context().files.listAll(folder)) {
-      if (entry.type == FileType::regular && FileManager::isTemporaryName(entry.name))
-        report.staleTemporaryFiles.push_back(relative(folder / entry.name));
-      if (entry.type == FileType::directory && depth < deepestDataFolder)
-        inspectTree(folder / entry.name, depth + 1, report);
-      if (entry.type == FileType::symbolicLink &&
-          !store_.context().files.attributes(folder / entry.name))
-        report.danglingLinks.push_back(relative(folder / entry.name));
-    }
+    for (const DirectoryEntry& entry : store_.context().files.listAll(folder))
+      inspectEntry(folder, entry, depth, report);
   } catch (const FileError&) {
-    const std::filesystem::path name = relative(folder);
-    if (std::ranges::find(report.unreadableFolders, name) == report.unreadableFolders.end())
-      report.unreadableFolders.push_back(name);
+    report.unreadableFolders.push_back(folder.lexically_relative(store_.paths().rootURL));
   }
+}
+
+void RootInspector::inspectEntry(const std::filesystem::path& folder, const DirectoryEntry& entry,
+                                 int depth, Report& report) const {
+  const std::filesystem::path path = folder / entry.name;
+  const auto relative = [&] { return path.lexically_relative(store_.paths().rootURL); };
+  if (entry.type == FileType::regular && FileManager::isTemporaryName(entry.name))
+    report.staleTemporaryFiles.push_back(relative());
+  if (entry.type == FileType::directory && depth < deepestDataFolder)
+    inspectTree(path, depth + 1, report);
+  if (entry.type == FileType::symbolicLink && !store_.context().files.attributes(path))
+    report.danglingLinks.push_back(relative());
 }
 
 }  // namespace nomely

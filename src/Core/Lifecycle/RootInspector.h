@@ -69,8 +69,8 @@ class RootInspector {
   // `service` must outlive it.
   explicit RootInspector(const MemoService& service) : service_(service), store_(service.days()) {}
 
-  // `progress` gets the share done, 0 to 1. Throws CancellationError when asked to stop, FileError
-  // when the root itself can't be listed.
+  // Reads on all cores; `progress` gets the share done, 0 to 1, on the caller's thread. Throws
+  // CancellationError when asked to stop, FileError when the root itself can't be listed.
   [[nodiscard]] Report inspect(const std::function<void(double)>& progress,
                                const std::stop_token& stop) const;
 
@@ -81,19 +81,36 @@ class RootInspector {
   // Where the memos of an identity lie, below the root.
   using Identities = std::map<std::string, std::vector<std::filesystem::path>>;
 
-  void inspectDay(Day day, Report& report, Identities& identities) const;
-  void inspectMemo(Day day, const std::string& fileName, Report& report,
-                   Identities& identities) const;
+  // What a part of the root shows.
+  struct Findings {
+    Report report;
+    Identities identities;
+
+    void append(Findings&& later);
+  };
+  struct VersionFolder {
+    std::filesystem::path path;
+    Layout layout;
+  };
+  class Round;
+
+  [[nodiscard]] std::vector<Day> days() const;
+  [[nodiscard]] std::vector<VersionFolder> versionFolders() const;
+  // The names of the folders in the trash. A trash that is a link goes into `report` instead.
+  [[nodiscard]] std::vector<std::string> trashFolders(Report& report) const;
+
+  void inspectDay(Day day, Findings& found) const;
+  void inspectMemo(Day day, const std::string& fileName, Findings& found) const;
   void inspectIdentities(const Identities& identities, Report& report) const;
-  void inspectVersions(Report& report, const std::stop_token& stop) const;
-  void inspectVersionFolder(const std::filesystem::path& folder, Layout layout,
-                            Report& report) const;
-  void inspectTrash(Report& report, Identities& identities, const std::stop_token& stop) const;
+  void inspectVersionFolder(const VersionFolder& folder, Report& report) const;
+  void inspectTrashFolder(const std::string& name, Findings& found) const;
   // Why an entry of the trash does not show what it holds; empty when it does.
   [[nodiscard]] std::string faultOfTrashFolder(const std::string& name,
                                                Identities& identities) const;
   // Temporaries, links that lead nowhere, folders that can't be listed.
   void inspectTree(const std::filesystem::path& folder, int depth, Report& report) const;
+  void inspectEntry(const std::filesystem::path& folder, const DirectoryEntry& entry, int depth,
+                    Report& report) const;
 
   const MemoService& service_;
   const DayStore& store_;

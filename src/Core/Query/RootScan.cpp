@@ -6,8 +6,8 @@
 #include <tuple>
 
 #include "Core/Query/DayReader.h"
-#include "Core/Query/InOrder.h"
 #include "Platform/Cancellation.h"
+#include "Platform/Concurrency/InOrder.h"
 #include "Platform/Files/FileError.h"
 
 namespace nomely {
@@ -66,7 +66,9 @@ DayItems<Item> readDay(const DiskPaths& paths, DayReader& reader, Day day, const
 }  // namespace
 
 RootScan::RootScan(StoreContext context, std::stop_token stop)
-    : context_(std::move(context)), stop_(std::move(stop)), jobs_(helpers()) {}
+    : context_(std::move(context)),
+      stop_(std::move(stop)),
+      jobs_(std::make_unique<JobPool>(helpers())) {}
 
 std::vector<Day> RootScan::days(const MemoFilter& filter, Order order) const {
   std::vector<Day> days;
@@ -99,7 +101,7 @@ void RootScan::forEachDay(const MemoFilter& filter, Order order, const Make& mak
     if (progress) progress(static_cast<double>(i + 1) / static_cast<double>(all.size()));
     return true;
   };
-  InOrder(all.size(), newReader, takeDay).run(jobs_, helpers());
+  InOrder(all.size(), newReader, takeDay).run(*jobs_, helpers());
 }
 
 void RootScan::forEach(const MemoFilter& filter, Order order, const Visit& visit) {

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <stop_token>
 #include <string>
 #include <vector>
@@ -68,7 +69,7 @@ class RootScan {
 
   StoreContext context_;
   std::stop_token stop_;
-  JobPool jobs_;
+  std::unique_ptr<JobPool> jobs_;
 };
 
 }  // namespace nomely

@@ -6,8 +6,8 @@
 #include <span>
 #include <thread>
 
-#include "Core/Query/InOrder.h"
 #include "Core/Query/SearchQuery.h"
+#include "Platform/Concurrency/InOrder.h"
 #include "Platform/Error.h"
 #include "Platform/System/Log.h"
 
