@@ -108,13 +108,6 @@ TEST_F(DayStoreTest, DamagedFilesAreLoggedAndKeepTheirNumber) {
   EXPECT_EQ(store.createMemo(today, {}).seqNumber, 5);
 }
 
-TEST_F(DayStoreTest, FolderThatCannotBeListed) {
-  writeFile(context.paths.dayFolder(today), "a file");
-  EXPECT_EQ(kindOf<FileError>([&] { (void)store.listMemos(today); }),
-            FileError::Kind::notADirectory);
-  EXPECT_EQ(store.nextSeqNumber(today), 1);
-}
-
 TEST_F(DayStoreTest, DatesThatHoldMemos) {
   for (const char* name :
        {"2026-03-01/001.md", "2025-12-31/abc.md", "1999-01-01/901.md", "2026-03-02/a.png",
