@@ -11,7 +11,6 @@ namespace nomely::test {
 namespace {
 
 using testing::HasSubstr;
-using Node = YamlDocument::Node;
 
 // Each list pairs what is read with the number that it spells, "-" for none.
 TEST(YamlScalarTest, Numbers) {
@@ -39,58 +38,6 @@ TEST(YamlScalarTest, Numbers) {
     EXPECT_EQ(YamlScalar::text(number), text);
 }
 
-// "[...]" and "{...}" for collections, strings that are no plain ones in quotes.
-std::string show(const Node& node) {
-  std::string text;
-  const auto separate = [&] { text += text.empty() ? "" : ", "; };
-  switch (node.kind()) {
-    case YamlDocument::Kind::scalar:
-      text = node.text();
-      return node.isPlain() ? text : '"' + text + '"';
-    case YamlDocument::Kind::sequence:
-      node.forEachItem([&](const Node& item) {
-        separate();
-        text += show(item);
-      });
-      return "[" + text + "]";
-    case YamlDocument::Kind::mapping:
-      node.forEachPair([&](const Node& key, const Node& value) {
-        separate();
-        text += show(key) + ": " + show(value);
-      });
-      return "{" + text + "}";
-  }
-  return text;
-}
-
-TEST(YamlDocumentTest, Reads) {
-  const struct {
-    const char* name;
-    const char* source;
-    const char* expected;
-  } cases[] = {
-      {"block and flow", "a: 1\nb:\n- x\n- {y: [], z: {}}\n", "{a: 1, b: [x, {y: [], z: {}}]}"},
-      {"quoting undone", R"(["a\tb\u65e5", 'it''s', !!str 1, "1"])",
-       "[\"a\tb日\", \"it's\", \"1\", \"1\"]"},
-      {"several lines", "a: |\n  x\n  y\nb: >\n  x\n  y\n", "{a: \"x\ny\n\", b: \"x y\n\"}"},
-      {"anchors", "a: &n {x: 1}\nb: *n\nc: [*n, *n]\n",
-       "{a: {x: 1}, b: {x: 1}, c: [{x: 1}, {x: 1}]}"},
-      {"anchor given anew", "[&n 1, *n, &n 2, *n]", "[1, 1, 2, 2]"},
-      {"anchor given anew inside", "[&n [&n 1, *n], *n]", "[[1, 1], 1]"},
-      {"alias as key", "[&k a, {*k : 1}]", "[a, {a: 1}]"},
-      {"merge key stands as it is", "{<<: {a: 1}}", "{<<: {a: 1}}"},
-      {"equal keys stand as they are", "{a: 1, a: 2}", "{a: 1, a: 2}"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(show(YamlDocument(c.source).root()), c.expected);
-  }
-  const YamlDocument nulls("[~, null, '', \"null\", x, []]");
-  std::string seen;
-  nulls.root().forEachItem([&](const Node& item) { seen += item.isNull() ? 'n' : '-'; });
-  EXPECT_EQ(seen, "nn----");
-}
-
 std::string nested(std::size_t depth) {
   return std::string(depth, '[') + std::string(depth, ']');
 }
@@ -110,13 +57,12 @@ TEST(YamlDocumentTest, Refuses) {
     SCOPED_TRACE(c.name);
     try {
       const YamlDocument document(c.source);
-      ADD_FAILURE() << show(document.root());
+      ADD_FAILURE() << "was read";
     } catch (const YamlError& error) {
       EXPECT_THAT(error.problem(), HasSubstr(c.message));
     }
   }
-  EXPECT_EQ(show(YamlDocument(nested(YamlDocument::maxDepth)).root()),
-            nested(YamlDocument::maxDepth));
+  EXPECT_NO_THROW(YamlDocument{nested(YamlDocument::maxDepth)});
 }
 
 std::string written(std::string_view value) {

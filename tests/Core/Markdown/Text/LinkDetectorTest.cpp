@@ -85,24 +85,12 @@ TEST(LinkDetectorTest, PositionsAndTitles) {
       ElementsAreArray(
           {DetectedLink{"http://a.com/b/%E6%97%A5.html", "日", "a.com/b/%E6%97%A5.html", 4, 22},
            DetectedLink{"http://例.中国", "例.中国", "http://例.中国", 29, 11}}));
-  const struct {
-    const char* url;
-    const char* expected;
-  } titles[] = {
-      {"https://a.com", "a.com"},
-      {"https://a.com/", "a.com"},
-      {"https://u:p@a.com:80?q=/x.y", "a.com"},
-      {"http://[::1]/", "[::1]"},
-      {"https://a.com/b/c.tar.gz#d/e", "c.tar"},
-      {"https://a.com/b/", "b"},
-      {"https://a.com/v1.2/?c", "v1.2"},
-      {"https://a.com/b%20c%2Fd", "b c/d"},
-      {"https://a.com/%", "%"},
-      {"https://a.com/%zz%20", "%zz%20"},
-      {"https://a.com/%FF", "%FF"},
-      {"http://", "http://"},
-  };
-  for (const auto& c : titles) EXPECT_EQ(LinkDetector::title(c.url), c.expected) << c.url;
+  for (const auto& [url, title] :
+       rowsOf<2>("https://a.com¦a.com¦https://a.com/¦a.com¦https://u:p@a.com:80?q=/x.y¦a.com¦"
+                 "http://[::1]/¦[::1]¦https://a.com/b/c.tar.gz#d/e¦c.tar¦https://a.com/b/¦b¦"
+                 "https://a.com/v1.2/?c¦v1.2¦https://a.com/b%20c%2Fd¦b c/d¦https://a.com/%¦%¦"
+                 "https://a.com/%zz%20¦%zz%20¦https://a.com/%FF¦%FF¦http://¦http://"))
+    EXPECT_EQ(LinkDetector::title(url), title);
 }
 
 TEST(LinkDetectorTest, HostileTextsTakeNoLongerThanOthers) {
