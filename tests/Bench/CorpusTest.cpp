@@ -1,12 +1,6 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Core/Extensions/AttachmentNamingKit.h"
-#include "Core/Extensions/PathNames.h"
-#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
-#include "Core/Storage/AttachmentManager.h"
-#include "Platform/Text/Unicode.h"
-#include "Support/StoreFixture.h"
+#include "Support/TemporaryFolder.h"
 #include "bench/Corpus.h"
 
 namespace nomely::bench {
@@ -35,32 +29,6 @@ TEST(CorpusTest, TheSameOptionsGiveTheSameTreeEverywhere) {
   EXPECT_NE(treeOf(first.path()), treeOf(other.path()));
   // Taken on one machine, to be met on all others; changes when the generator does.
   EXPECT_EQ(fingerprint({.memos = 300}), 6954297828608356871U);
-}
-
-TEST(CorpusTest, FilesReadBackAsWhatWasMeant) {
-  const TemporaryFolder folder;
-  const CorpusOptions options{.memos = 200, .mediaBytes = 1'000'000};
-  const CorpusSummary summary = writeCorpus(options, folder.path());
-  const DiskPaths paths{folder.path()};
-  std::uint64_t bytes = 0;
-  visitCorpus(options, [&](const CorpusMemo& memo) {
-    const std::string content = test::readFile(paths.memoFile(memo.day, memo.number));
-    bytes += content.size();
-    EXPECT_TRUE(isValidUtf8(content));
-    const auto parsed = MemoFrontmatterParser::parse(content);
-    EXPECT_EQ(parsed.body, memo.body);
-    EXPECT_EQ(parsed.frontmatter.tags, memo.frontmatter.tags);
-    EXPECT_EQ(parsed.frontmatter.attachments, memo.frontmatter.attachments);
-    for (const std::string& name : memo.frontmatter.attachments) {
-      EXPECT_TRUE(AttachmentManager::isSafeName(name));
-      const std::string media = test::readFile(paths.dayFolder(memo.day) / name);
-      const auto known = FileTypeDetector::magicExtension(media);
-      EXPECT_EQ(media.starts_with("%PDF-") ? "pdf" : known, pathExtension(name));
-    }
-  });
-  EXPECT_EQ(summary.memos, 200U);
-  EXPECT_EQ(summary.memoBytes, bytes);
-  EXPECT_EQ(summary.mediaBytes, 1'000'000U);
 }
 
 TEST(CorpusTest, OnlyAnEmptyFolderIsWrittenTo) {

@@ -12,18 +12,15 @@ class DayViewModelLoadingTest : public DayViewModelTest {};
 
 TEST_F(DayViewModelLoadingTest, DayShowsItsMemosLockedAndPinnedFirst) {
   add(yesterday, "另一天");
-  add(today, "一");
-  Memo pinned = add(today, "钉住");
-  Memo locked = add(today, "锁住");
-  add(today, "四");
-  pinned.pinned = true;
-  locked.lockedOnTop = true;
-  store.updateMemo(pinned, today, {});
-  store.updateMemo(locked, today, {});
+  for (const char* body : {"一", "钉住", "锁住", "四"}) {
+    Memo memo = add(today, body);
+    memo.pinned = memo.body == "钉住";
+    memo.lockedOnTop = memo.body == "锁住";
+    store.updateMemo(memo, today, {});
+  }
   std::vector<bool> loading;
   const Subscription watch =
       model->isLoadingTimeline.observe([&](bool value) { loading.push_back(value); });
-
   model->loadDay(today);
   EXPECT_FALSE(model->hasLoadedInitialTimeline.get());
   ASSERT_TRUE(isLoaded());
@@ -117,42 +114,36 @@ TEST_F(DayViewModelLoadingTest, LoadShowsTheEditsBegunBeforeItEnds) {
   EXPECT_THAT(shown(), ElementsAre("更新"));
 }
 
-// An observer of one property sees the others as they are by then.
 TEST_F(DayViewModelLoadingTest, PropertiesAreSetInTheOrderOfTheLoad) {
   std::string events;
-  std::vector<Subscription> watches;
-  const auto watch = [&](const auto& property, const char* name) {
-    watches.push_back(property.observe([&events, name](const auto&) { events += name; }));
+  const auto noting = [&](const char* name) {
+    return [&events, name](const auto&) { events += name; };
   };
-  watch(model->activeSearchQuery, "query ");
-  watch(model->searchResultCount, "count ");
-  watch(model->searchSnippets, "snippets ");
-  watch(model->timelineMode, "mode ");
-  watch(model->currentFilterTag, "tag ");
-  watch(model->selectedDate, "date ");
-  watch(model->isLoadingTimeline, "loading ");
-  watch(model->allMemos, "all ");
-  watch(model->displayMemos, "shown ");
-  watches.push_back(NotificationCenter::shared().observe(
-      Notifications::stopAudioPlayback, [&](const std::string&) { events += "stop "; }));
-  const struct {
-    std::function<void()> load;
-    const char* events;
-  } cases[] = {
-      {[&] { model->loadDay(today); }, "stop query count snippets mode tag date loading "},
-      {[&] { model->loadAllMemos(); }, "stop query count snippets mode tag loading "},
-      {[&] { model->loadMemosWithTag("x"); },
-       "loading stop query count snippets mode tag all shown "},
-      {[&] { model->loadSearchResults({}, "x"); },
-       "loading stop query count snippets tag mode query count snippets "},
-      {[&] { model->refreshCurrentTimeline(Cause::externalWrite); }, "loading "},
-      {[&] { model->loadPinnedMemos(); }, "stop query count snippets tag mode loading all shown "},
-  };
-  for (const auto& test : cases) {
+  const Subscription watches[] = {
+      model->activeSearchQuery.observe(noting("query ")),
+      model->searchResultCount.observe(noting("count ")),
+      model->searchSnippets.observe(noting("snippets ")),
+      model->timelineMode.observe(noting("mode ")),
+      model->currentFilterTag.observe(noting("tag ")),
+      model->selectedDate.observe(noting("date ")),
+      model->isLoadingTimeline.observe(noting("loading ")),
+      model->allMemos.observe(noting("all ")),
+      model->displayMemos.observe(noting("shown ")),
+      NotificationCenter::shared().observe(Notifications::stopAudioPlayback, noting("stop "))};
+  const auto expectEvents = [&](const std::function<void()>& load, const char* expected) {
     events.clear();
-    test.load();
-    EXPECT_EQ(events, test.events);
-  }
+    load();
+    EXPECT_EQ(events, expected);
+  };
+  expectEvents([&] { model->loadDay(today); }, "stop query count snippets mode tag date loading ");
+  expectEvents([&] { model->loadAllMemos(); }, "stop query count snippets mode tag loading ");
+  expectEvents([&] { model->loadMemosWithTag("x"); },
+               "loading stop query count snippets mode tag all shown ");
+  expectEvents([&] { model->loadSearchResults({}, "x"); },
+               "loading stop query count snippets tag mode query count snippets ");
+  expectEvents([&] { model->refreshCurrentTimeline(Cause::externalWrite); }, "loading ");
+  expectEvents([&] { model->loadPinnedMemos(); },
+               "stop query count snippets tag mode loading all shown ");
 }
 
 TEST_F(DayViewModelLoadingTest, FiltersShowWhatTheirQueriesFind) {

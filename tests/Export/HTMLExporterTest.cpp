@@ -34,16 +34,12 @@ class HTMLExporterTest : public StoreTest {
 };
 
 TEST_F(HTMLExporterTest, BlockOfAPage) {
-  EXPECT_EQ(HTMLExporter::exportMemoFlomo(memoWith("**a**", {}), date, attachments),
-            "<div class=\"memo\">\n  <div class=\"time\">2026-03-01 09:30</div>\n"
-            "  <div class=\"content\"><p><strong>a</strong></p></div>\n  \n</div>");
-
-  Memo memo = memoWith("a", {"1.JPG", "2.heic", "voice.m4a", "3.webp"});
+  Memo memo = memoWith("**a**", {"1.JPG", "2.heic", "voice.m4a", "3.webp"});
   memo.attachments.insert(memo.attachments.begin(), {"gone.png", "../../secret.png"});
   memo.time = "<b>\"";
   EXPECT_EQ(HTMLExporter::exportMemoFlomo(memo, date, attachments),
             "<div class=\"memo\">\n  <div class=\"time\">2026-03-01 &lt;b&gt;\"</div>\n"
-            "  <div class=\"content\"><p>a</p></div>\n  <div class=\"files\">\n" +
+            "  <div class=\"content\"><p><strong>a</strong></p></div>\n  <div class=\"files\">\n" +
                 image("jpeg", "1.JPG") + image("heic", "2.heic") + image("webp", "3.webp") +
                 "  </div>\n</div>");
 }

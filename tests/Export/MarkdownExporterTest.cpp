@@ -142,7 +142,7 @@ TEST_F(MarkdownExporterTest, AFailureLeavesNothingHalf) {
           else
             EXPECT_THAT(left, testing::HasSubstr("A-2.png"));
         }
-        if (faulty.calls().size() < call) break;
+        if (faulty.calls() < call) break;
       }
     }
 }

@@ -15,17 +15,10 @@ std::string_view firstHalf(std::string_view bytes) {
 
 }  // namespace
 
-FaultyFileSystem::Strike FaultyFileSystem::next(std::string_view name,
-                                                const std::filesystem::path& path) {
-  const std::size_t number = [&] {
-    const std::lock_guard lock(mutex_);
-    calls_.push_back({name, path});
-    return calls_.size();
-  }();
+bool FaultyFileSystem::strikes(std::string_view name, const std::filesystem::path& path) {
+  const std::uint64_t number = ++calls_;
   if (observer_) observer_({name, path});
-  if (fault_.atCall == 0 || number < fault_.atCall) return Strike::none;
-  if (number == fault_.atCall) return Strike::first;
-  return fault_.lasting ? Strike::repeated : Strike::none;
+  return number == fault_.atCall;
 }
 
 void FaultyFileSystem::fail(const std::filesystem::path& path) const {
@@ -35,9 +28,8 @@ void FaultyFileSystem::fail(const std::filesystem::path& path) const {
 template <typename Whole, typename Half>
 auto FaultyFileSystem::guarded(std::string_view name, const std::filesystem::path& path,
                                Whole whole, Half half) {
-  const Strike strike = next(name, path);
-  if (strike == Strike::none) return whole();
-  if (fault_.mode == Mode::partial && strike == Strike::first) return half();
+  if (!strikes(name, path)) return whole();
+  if (fault_.mode == Mode::partial) return half();
   if (fault_.mode == Mode::failLate) whole();
   fail(path);
 }

@@ -1,11 +1,11 @@
 #pragma once
 
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,7 +28,6 @@ class FaultyFileSystem : public FileSystem {
     Mode mode = Mode::fail;
     std::uint64_t atCall = 0;  // 0: never
     int errorNumber = EIO;
-    bool lasting = false;  // every later call too; with Mode::partial they fail
   };
 
   struct Call {
@@ -41,8 +40,7 @@ class FaultyFileSystem : public FileSystem {
   FaultyFileSystem(FileSystem& inner, Fault fault, Observer observer = {})
       : inner_(inner), fault_(fault), observer_(std::move(observer)) {}
 
-  // Every call so far. For when no other thread makes one.
-  [[nodiscard]] const std::vector<Call>& calls() const { return calls_; }
+  [[nodiscard]] std::uint64_t calls() const { return calls_; }  // so far
 
   // Whether Mode::partial makes a difference to such a call.
   [[nodiscard]] static bool canBePartial(const Call& call);
@@ -60,22 +58,20 @@ class FaultyFileSystem : public FileSystem {
 
  private:
   friend class FaultyFile;
-  enum class Strike { none, first, repeated };
 
   // Runs one call of the inner file system under the fault. `half` does it by half.
   template <typename Whole, typename Half>
   auto guarded(std::string_view name, const std::filesystem::path& path, Whole whole, Half half);
   template <typename Whole>
   auto guarded(std::string_view name, const std::filesystem::path& path, Whole whole);
-  // Whether the fault strikes this call; counts it.
-  [[nodiscard]] Strike next(std::string_view name, const std::filesystem::path& path);
+  // Whether the fault strikes this call, which it counts.
+  [[nodiscard]] bool strikes(std::string_view name, const std::filesystem::path& path);
   [[noreturn]] void fail(const std::filesystem::path& path) const;
 
   FileSystem& inner_;
   Fault fault_;
   Observer observer_;
-  std::mutex mutex_;
-  std::vector<Call> calls_;
+  std::atomic<std::uint64_t> calls_ = 0;
 };
 
 }  // namespace nomely::test

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <random>
 #include <string>
 #include <string_view>
@@ -22,6 +23,16 @@ namespace nomely::test {
   }
   pieces.emplace_back(list);
   return pieces;
+}
+
+// The same list as rows of a table: rowsOf<2>("a¦b¦c¦d").
+template <std::size_t width>
+[[nodiscard]] std::vector<std::array<std::string, width>> rowsOf(std::string_view list) {
+  const std::vector<std::string> pieces = piecesOf(list);
+  EXPECT_EQ(pieces.size() % width, 0U);
+  std::vector<std::array<std::string, width>> rows(pieces.size() / width);
+  for (std::size_t i = 0; i < rows.size() * width; ++i) rows[i / width][i % width] = pieces[i];
+  return rows;
 }
 
 // `piece` over and over, `size` bytes or a little more.

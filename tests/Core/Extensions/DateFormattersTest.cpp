@@ -3,6 +3,7 @@
 #include "Core/Extensions/DateFormatters.h"
 #include "Platform/Time/LocalTime.h"
 #include "Support/ForkedRun.h"
+#include "Support/RandomText.h"
 
 namespace nomely::test {
 namespace {
@@ -61,11 +62,11 @@ TEST(DateFormattersTest, RefusesWhatDoesNotPrintBack) {
 }
 
 TEST(DateFormattersTest, Timestamps) {
-  for (const auto& [zone, expected] : {std::pair("Asia/Shanghai", "2026-03-01T09:30:05+08:00"),
-                                       {"Europe/London", "2026-03-01T01:30:05Z"},
-                                       {"Asia/Kathmandu", "2026-03-01T07:15:05+05:45"},
-                                       {"America/St_Johns", "2026-02-28T22:00:05-03:30"}})
-    EXPECT_EQ(inZone(zone, [] { return timestamp(utc(1772328605)); }), expected);
+  for (const auto& [zone, expected] :
+       rowsOf<2>("Asia/Shanghai¦2026-03-01T09:30:05+08:00¦Europe/London¦2026-03-01T01:30:05Z¦"
+                 "Asia/Kathmandu¦2026-03-01T07:15:05+05:45¦"
+                 "America/St_Johns¦2026-02-28T22:00:05-03:30"))
+    EXPECT_EQ(inZone(zone.c_str(), [] { return timestamp(utc(1772328605)); }), expected);
 }
 
 }  // namespace

@@ -1,11 +1,10 @@
-#include <tuple>
-
 #include <gtest/gtest.h>
 
 #include "Core/Extensions/AttachmentNamingKit.h"
 #include "Core/Extensions/PathNames.h"
 #include "Core/Extensions/TextNumbers.h"
 #include "Core/Storage/DiskPaths.h"
+#include "Support/RandomText.h"
 #include "Support/TemporaryFolder.h"
 
 namespace nomely::test {
@@ -14,18 +13,11 @@ namespace {
 using namespace std::string_view_literals;
 
 TEST(PathNamesTest, ComponentsAndExtensions) {
-  for (const auto& [path, component, extension, stem] :
-       {std::tuple("a.JPG", "a.JPG", "jpg", "a"),
-        {"/d.x/a.tar.gz", "a.tar.gz", "gz", "/d.x/a.tar"},
-        {"/d.x/a", "a", "", "/d.x/a"},
-        {"d/.hidden", ".hidden", "", "d/.hidden"},
-        {".hidden.md", ".hidden.md", "md", ".hidden"},
-        {"a.", "a.", "", "a."},
-        {"a..md", "a..md", "md", "a."},
-        {"", "", "", ""},
-        {"d/", "d", "", "d/"},
-        {"/", "", "", "/"},
-        {"a.É", "a.É", "É", "a"}}) {
+  constexpr std::string_view rows =
+      "a.JPG¦a.JPG¦jpg¦a¦/d.x/a.tar.gz¦a.tar.gz¦gz¦/d.x/a.tar¦/d.x/a¦a¦¦/d.x/a¦"
+      "d/.hidden¦.hidden¦¦d/.hidden¦.hidden.md¦.hidden.md¦md¦.hidden¦a.¦a.¦¦a.¦a..md¦a..md¦md¦a.¦"
+      "¦¦¦¦d/¦d¦¦d/¦/¦¦¦/¦a.É¦a.É¦É¦a";
+  for (const auto& [path, component, extension, stem] : rowsOf<4>(rows)) {
     EXPECT_EQ(lastComponent(path), component);
     EXPECT_EQ(lowerCaseExtension(path), extension);
     EXPECT_EQ(withoutExtension(path), stem);
@@ -33,17 +25,13 @@ TEST(PathNamesTest, ComponentsAndExtensions) {
 }
 
 TEST(TextNumbersTest, DecimalIntegersAndMemoFileNames) {
-  for (const auto& [text, expected] : {std::pair(std::string("007"), std::int64_t{7}),
-                                       {"+7", 7},
-                                       {"-3", -3},
-                                       {"-0", 0},
-                                       {"9223372036854775807", INT64_MAX},
-                                       {"-9223372036854775808", INT64_MIN}}) {
-    EXPECT_EQ(parseDecimal(text), expected) << text;
-    EXPECT_EQ(DiskPaths::seqNumber(text + ".md"), expected) << text;
+  for (const auto& [text, value] :
+       rowsOf<2>("007¦7¦+7¦7¦-3¦-3¦-0¦0¦9223372036854775807¦9223372036854775807¦"
+                 "-9223372036854775808¦-9223372036854775808")) {
+    EXPECT_EQ(parseDecimal(text), std::stoll(value));
+    EXPECT_EQ(DiskPaths::seqNumber(text + ".md"), std::stoll(value));
   }
-  for (const std::string text :
-       {"9223372036854775808", "", "+", "-", "+-7", "++7", " 7", "7 ", "7a", "0x7", "1.5", "７"}) {
+  for (const std::string& text : piecesOf("9223372036854775808¦¦+¦-¦+-7¦++7¦ 7¦7 ¦7a¦0x7¦1.5¦７")) {
     EXPECT_FALSE(parseDecimal(text)) << text;
     EXPECT_FALSE(DiskPaths::seqNumber(text + ".md")) << text;
   }
@@ -53,32 +41,23 @@ TEST(TextNumbersTest, DecimalIntegersAndMemoFileNames) {
 }
 
 TEST(AttachmentNamingKitTest, DisplayNames) {
-  using Original = std::optional<std::string>;
-  for (const auto& [filename, original, expected] : {std::tuple("a1.mov", Original(), "MOV 文件"),
-                                                     {"a1.mov", "", "MOV 文件"},
-                                                     {"a1", {}, "文件"},
-                                                     {"a.png", "夏天.tar.gz", "夏天.tar"},
-                                                     {"a.png", "夏天", "夏天"},
-                                                     {"a.png", ".png", ".png"}})
+  EXPECT_EQ(AttachmentNamingKit::displayName("a1.mov", {}), "MOV 文件");
+  for (const auto& [filename, original, expected] : rowsOf<3>(
+           "a1.mov¦¦MOV 文件¦a1¦¦文件¦a.png¦夏天.tar.gz¦夏天.tar¦a.png¦夏天¦夏天¦a.png¦.png¦.png"))
     EXPECT_EQ(AttachmentNamingKit::displayName(filename, original), expected);
 }
 
 TEST(AttachmentNamingKitTest, SuggestedDownloadNames) {
-  for (const auto& [filename, title, expected] : {std::tuple("ab.png", "日记：3/1", "日记-3-1.png"),
-                                                  {"ab.png", "a:b::c", "a-b--c.png"},
-                                                  {"ab.png", "", "ab.png"},
-                                                  {"ab", "题", "题"},
-                                                  {"ab.PNG", "题.png", "题.png.PNG"}})
+  for (const auto& [filename, title, expected] :
+       rowsOf<3>("ab.png¦日记：3/1¦日记-3-1.png¦ab.png¦a:b::c¦a-b--c.png¦ab.png¦¦ab.png¦ab¦题¦题¦"
+                 "ab.PNG¦题.png¦题.png.PNG"))
     EXPECT_EQ(AttachmentNamingKit::suggestedDownloadName(filename, title), expected);
 }
 
 TEST(AttachmentNamingKitTest, IconsAndColours) {
-  for (const auto& [extension, icon, color] : {std::tuple("PDF", "doc.richtext", "#FF4D4F"),
-                                               {"docx", "doc.text", "#2F54EB"},
-                                               {"OGG", "waveform", "#13C2C2"},
-                                               {"htm", "doc", "#FA541C"},
-                                               {"pdfx", "doc", "#8C8C8C"}}) {
-    const std::string name = std::string("a.") + extension;
+  for (const auto& [name, icon, color] :
+       rowsOf<3>("a.PDF¦doc.richtext¦#FF4D4F¦a.docx¦doc.text¦#2F54EB¦a.OGG¦waveform¦#13C2C2¦"
+                 "a.htm¦doc¦#FA541C¦a.pdfx¦doc¦#8C8C8C")) {
     EXPECT_EQ(AttachmentNamingKit::fileIcon(name), icon);
     EXPECT_EQ(AttachmentNamingKit::typeColorHex(name), color);
     EXPECT_EQ(AttachmentNamingKit::linkIcon("https://h.zip/d/" + name + "?q=a.mp3#b.md"), icon);
@@ -89,14 +68,10 @@ TEST(AttachmentNamingKitTest, IconsAndColours) {
 }
 
 TEST(AttachmentNamingKitTest, ByteCounts) {
-  const struct {
-    std::uint64_t bytes;
-    const char* expected;
-  } cases[] = {
-      {0, "0 字节"},       {999, "999 字节"},     {1000, "1.0 KB"},        {999'949, "999.9 KB"},
-      {999'950, "1.0 MB"}, {1'234'567, "1.2 MB"}, {UINT64_MAX, "18.4 EB"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(AttachmentNamingKit::byteCountLabel(c.bytes), c.expected);
+  for (const auto& [bytes, expected] :
+       rowsOf<2>("0¦0 字节¦999¦999 字节¦1000¦1.0 KB¦999949¦999.9 KB¦999950¦1.0 MB¦1234567¦1.2 MB¦"
+                 "18446744073709551615¦18.4 EB"))
+    EXPECT_EQ(AttachmentNamingKit::byteCountLabel(std::stoull(bytes)), expected);
   const TemporaryFolder folder;
   writeFile(folder.path() / "a", "12345");
   EXPECT_EQ(AttachmentNamingKit::fileSizeLabel(folder.path() / "a"), "5 字节");

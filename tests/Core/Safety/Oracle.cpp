@@ -194,6 +194,10 @@ void Oracle::expectTakenBack(const Tree& tree) const {
     EXPECT_LE(copies.count, std::max(countIn(before_, memoId), countIn(after_, memoId))) << memoId;
   for (const std::string& place : now.strays)
     EXPECT_TRUE(after_.strays.contains(place)) << "not taken back: " << place;
+  for (const auto& [path, bytes] : now.files)
+    EXPECT_TRUE(!path.ends_with("/memo.md") ||
+                now.files.contains(path.substr(0, path.size() - 7) + "meta.txt"))
+        << "half in the trash: " << path;
 }
 
 void Oracle::expectDone(const Tree& tree) const {

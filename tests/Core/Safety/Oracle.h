@@ -26,7 +26,8 @@ class Oracle {
   // attachments beside it.
   void expectIntact(const Tree& now) const;
   // Expects of who failed, and lives, that it took back what it made: no memo stands more often
-  // than before or after, and beside the memos lies no freshly named file that none of them names.
+  // than before or after, none is in the trash by half, and beside the memos lies no freshly named
+  // file that none of them names.
   void expectTakenBack(const Tree& now) const;
   // Expects what stands after the operation, attachments thrown away wherever they are.
   void expectDone(const Tree& now) const;

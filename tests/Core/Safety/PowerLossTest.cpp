@@ -1,5 +1,3 @@
-#include <set>
-
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -29,10 +27,8 @@ TEST(PowerLossTest, WhatWasReportedAsDoneIsThere) {
     } catch (const std::system_error& error) {
       GTEST_SKIP() << "no ext4 on a loop device here: " << error.what();
     }
-    const std::set<std::string> chosen{"createMemoInNewDay", "commitMemo", "moveMemoToNewDay",
-                                       "trash", "restoreMemo"};
     for (const Scenario& scenario : scenarios()) {
-      if (!chosen.contains(scenario.name)) continue;
+      if (scenario.name != "commitMemo" && scenario.name != "moveMemoToNewDay") continue;
       SCOPED_TRACE(scenario.name);
       const fs::path home = disk / scenario.name;
       {

@@ -2,7 +2,6 @@
 
 #include "Core/Service/ServiceTest.h"
 #include "Platform/Files/FileError.h"
-#include "Support/FaultyFileSystem.h"
 
 namespace nomely::test {
 namespace {
@@ -21,27 +20,6 @@ class MemoRecoveryTest : public ServiceTest {
   }
   fs::path trash = folder.path() / ".trash";
 };
-
-TEST_F(MemoRecoveryTest, TrashingThatFailsIsUndone) {
-  const Memo memo = withAttachment();
-  fs::create_directory(trash);
-  const std::string before = treeOf(folder.path());
-  const auto trashThrough = [&](FaultyFileSystem::Fault fault) {
-    FaultyFileSystem files(posixFileSystem(), std::move(fault));
-    try {
-      (void)TrashStore({context.paths, FileManager(files), clock}).trashMemo(today, memo);
-      return true;
-    } catch (const FileError&) {
-      return false;
-    }
-  };
-  std::size_t undone = 0;
-  for (std::uint64_t call = 1; !trashThrough({.atCall = call, .errorNumber = ENOSPC}); ++call) {
-    EXPECT_EQ(treeOf(folder.path()), before) << "at call " << call;
-    ++undone;
-  }
-  EXPECT_GT(undone, 5U);
-}
 
 // What a process leaves that dies in the middle of trashing, undoing, or restoring.
 TEST_F(MemoRecoveryTest, WhatWasCutOffIsFinished) {

@@ -108,13 +108,6 @@ TEST_F(DayStoreTest, DamagedFilesAreLoggedAndKeepTheirNumber) {
   EXPECT_EQ(store.createMemo(today, {}).seqNumber, 5);
 }
 
-TEST_F(DayStoreTest, FolderThatCannotBeListed) {
-  writeFile(context.paths.dayFolder(today), "a file");
-  EXPECT_EQ(kindOf<FileError>([&] { (void)store.listMemos(today); }),
-            FileError::Kind::notADirectory);
-  EXPECT_EQ(store.nextSeqNumber(today), 1);
-}
-
 TEST_F(DayStoreTest, DatesThatHoldMemos) {
   for (const char* name :
        {"2026-03-01/001.md", "2025-12-31/abc.md", "1999-01-01/901.md", "2026-03-02/a.png",
@@ -210,35 +203,6 @@ TEST_F(DayStoreTest, DeletesNoFileThatIsNoAttachment) {
   EXPECT_FALSE(fs::exists(file("b.png", today)));
   EXPECT_TRUE(fs::exists(file("full/x", today)));
   EXPECT_EQ(readFile(folder.path() / "kept.txt"), "kept");
-}
-
-TEST_F(DayStoreTest, RefusedMoveLeavesTheMemo) {
-  using ImportError = AttachmentManager::ImportError;
-  writeFile(file("differs.png", today), "1");
-  writeFile(file("differs.png", tomorrow), "2");
-  writeFile(folder.path() / "x", "x");
-  for (const auto& [attachment, expected] :
-       {std::pair("differs.png", ImportError::Kind::copyFailed),
-        {"gone.png", ImportError::Kind::fileNotFound},
-        {"../x", ImportError::Kind::fileNotFound}}) {
-    SCOPED_TRACE(attachment);
-    const Memo memo = store.createMemo(today, {.attachments = {attachment}});
-    const std::string before = treeOf(folder.path());
-    EXPECT_EQ(kindOf<ImportError>([&] { (void)store.moveMemo(memo, today, tomorrow); }), expected);
-    EXPECT_EQ(treeOf(folder.path()), before);
-  }
-}
-
-TEST_F(DayStoreTest, MoveOutlivesAFailureToClearUp) {
-  writeFile(file("a.png", today), "a");
-  writeFile(context.paths.trashFolder(), "in the way");
-  const Memo memo = store.createMemo(today, {.attachments = {"a.png"}});
-  testing::internal::CaptureStderr();
-  const Memo moved = store.moveMemo(memo, today, tomorrow);
-  EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("DayStore.trashUnnamedFiles"));
-  EXPECT_EQ(store.listMemos(tomorrow), std::vector{moved});
-  EXPECT_THAT(listed(today), IsEmpty());
-  EXPECT_EQ(readFile(file("a.png", today)), "a");
 }
 
 }  // namespace

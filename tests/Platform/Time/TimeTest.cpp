@@ -6,6 +6,7 @@
 #include "Platform/Time/Day.h"
 #include "Platform/Time/LocalTime.h"
 #include "Support/ForkedRun.h"
+#include "Support/RandomText.h"
 
 namespace nomely::test {
 namespace {
@@ -68,19 +69,14 @@ TEST(LocalTimeTest, Zones) {
 
 // Also where a clock change takes midnight away or repeats it.
 TEST(LocalTimeTest, FirstMomentsOfDays) {
-  const struct {
-    const char* zone;
-    const char* day;
-    const char* expected;
-  } cases[] = {
-      {"America/New_York", "2026-03-08", "2026-03-08 00:00:00 -18000"},
-      {"America/New_York", "2026-11-01", "2026-11-01 00:00:00 -14400"},
-      {"America/Sao_Paulo", "2018-11-04", "2018-11-04 01:00:00 -7200"},
-      {"America/Sao_Paulo", "2018-02-18", "2018-02-18 00:00:00 -10800"},
-      {"America/St_Johns", "2010-11-07", "2010-11-07 00:00:00 -9000"},
-  };
-  for (const auto& c : cases)
-    EXPECT_EQ(inZone(c.zone, [&] { return show(Day::parse(c.day).value().start()); }), c.expected);
+  for (const auto& [zone, day, expected] :
+       rowsOf<3>("America/New_York¦2026-03-08¦2026-03-08 00:00:00 -18000¦"
+                 "America/New_York¦2026-11-01¦2026-11-01 00:00:00 -14400¦"
+                 "America/Sao_Paulo¦2018-11-04¦2018-11-04 01:00:00 -7200¦"
+                 "America/Sao_Paulo¦2018-02-18¦2018-02-18 00:00:00 -10800¦"
+                 "America/St_Johns¦2010-11-07¦2010-11-07 00:00:00 -9000"))
+    EXPECT_EQ(inZone(zone.c_str(), [&] { return show(Day::parse(day).value().start()); }),
+              expected);
 }
 
 TEST(LocalTimeTest, ZoneStaysAsItWasWhenFirstAsked) {

@@ -145,19 +145,27 @@ TEST(InlineTextTest, Preparation) {
 }
 
 TEST(InlineTextTest, SchemesThatAreNoLinks) {
-  const char* const refused[] = {
-      "javascript:alert(1)", "JaVaScRiPt:x",       " \tjava\nscript\x01:x", "java&#115;cript:x",
-      "javascript&colon;x",  "java&Tab;script:x",  "&#x6A;avascript&#58x",  "vbscript:x",
-      "data:text/html,x",    "java\u200Bscript:x", "\uFEFFjavascript:x",    "javascript\x7F:x"};
+  const char* const refused[] = {"javascript:alert(1)",   "JaVaScRiPt:x",
+                                 " \tjava\nscript\x01:x", "java&#115;cript:x",
+                                 "javascript&colon;x",    "java&Tab;script:x",
+                                 "&#x6A;avascript&#58x",  "vbscript:x",
+                                 "data:text/html,x",      "java\u200Bscript:x",
+                                 "\uFEFFjavascript:x",    "javascript\x7F:x",
+                                 "javascript\u00A0:x",    "&#106;avascript:x",
+                                 "&#X6a;avascript:x",     "java&Tab;script&colon;x",
+                                 "feed:javascript:x",     "view-source:data:x",
+                                 "javaſcript:x",          "&amp;#106;avascript:x"};
   for (const char* url : refused) {
     SCOPED_TRACE(url);
     EXPECT_FALSE(mayBeLinked(url));
     for (const auto& run : parsedInline(std::string("[a](<") + url + ">)").runs)
       EXPECT_EQ(run.style.link, nullptr);
   }
-  for (const char* url : {"https://x.org", "mailto:a@b.c", "a/b:c", "obsidian://x", "#javascript:x",
-                          "x?javascript:y", "javascripts:x"})
+  for (const char* url :
+       {"https://x.org", "mailto:a@b.c", "a/b:c", "obsidian://x", "#javascript:x", "x?javascript:y",
+        "javascripts:x", "中文data:x", "javascript", "database:x", "x&amp;y:z", "&#99999999999;:x"})
     EXPECT_TRUE(mayBeLinked(url)) << url;
+  EXPECT_FALSE(mayBeLinked(std::string(100'000, ' ') + "javascript:x"));
   EXPECT_EQ(shown(parsedInline("[a](javascript:x) <javascript:y>")), "a javascript:y");
 }
 

@@ -42,14 +42,10 @@ TEST(TagParserTest, PositionsAndRanges) {
 }
 
 TEST(TagParserTest, TextsWithoutTheirTags) {
-  for (const auto& [text, expected] : {std::pair("\u3000a b\n", "a b"),
-                                       {"#a #b\n#c", ""},
-                                       {"早 #a 晚\n#b。", "早 晚。"},
-                                       {"x\n#这是一个很长的标题行文字", "x"},
-                                       {"x #a=1 `#b` # c", "x #a=1 `#b` # c"},
-                                       {"<b>#a</b> x", "<b</b> x"},
-                                       {"`😀` #tag x", "`😀g x"},
-                                       {"`a😀`#a", "`a😀`#a"}})
+  for (const auto& [text, expected] :
+       rowsOf<2>("\u3000a b\n¦a b¦#a #b\n#c¦¦早 #a 晚\n#b。¦早 晚。¦x\n#这是一个很长的标题行文字¦x¦"
+                 "x #a=1 `#b` # c¦x #a=1 `#b` # c¦<b>#a</b> x¦<b</b> x¦`😀` #tag x¦`😀g x¦"
+                 "`a😀`#a¦`a😀`#a"))
     EXPECT_EQ(TagParser::removingInlineTags(text), expected);
 }
 
