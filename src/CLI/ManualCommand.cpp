@@ -2,73 +2,103 @@
 
 #include "CLI/Command.h"
 #include "CLI/HelpText.h"
+#include "CLI/ManualText.h"
 #include "CLI/Parser.h"
+#include "Platform/Text/Replacing.h"
 
 namespace nomely {
 namespace {
 
-// Characters that roff (groff_man(7)) would take for its own.
+// Chinese may be broken between any two characters, but not before a closing mark or after an
+// opening one; groff has to be told. No word is cut, and nothing is stretched to the margin.
+constexpr auto opening = R"(.class [han] \[u2E80]-\[u2FDF] \[u3041]-\[u9FFF] \[uF900]-\[uFAFF]
+.class [closing] \[u3001] \[u3002] \[u300D] \[u300F] \[u201D] \[u2026] \[uFF01] \[uFF09] \[uFF0C] \[uFF1A] \[uFF1B] \[uFF1F]
+.class [opening] \[u300C] \[u300E] \[u201C] \[uFF08]
+.cflags 512 \C'[han]'
+.cflags 640 \C'[closing]'
+.cflags 768 \C'[opening]'
+.TH NOMELY 1 "" "nomely )" NOMELY_VERSION R"(" "Nomely"
+.nh
+.ad l
+.SH 名称
+nomely \- 个人日记与笔记
+)";
+
+// Plain text for groff_man(7): characters that it would take for its own, or print as others.
 std::string roff(std::string_view text) {
   std::string escaped;
   for (const char c : text) {
-    if (c == '\\')
-      escaped += "\\e";
-    else if (c == '-')
-      escaped += "\\-";
-    else
-      escaped += c;
+    switch (c) {
+      case '\\':
+        escaped += "\\e";
+        break;
+      case '-':
+        escaped += "\\-";
+        break;
+      case '"':
+        escaped += "\\(dq";
+        break;
+      case '\'':
+        escaped += "\\(aq";
+        break;
+      case '`':
+        escaped += "\\(ga";
+        break;
+      case '~':
+        escaped += "\\(ti";
+        break;
+      case '^':
+        escaped += "\\(ha";
+        break;
+      default:
+        escaped += c;
+    }
   }
-  if (escaped.starts_with('.') || escaped.starts_with('\'')) escaped.insert(0, "\\&");
+  // After these a line may end before a word of Latin letters too.
+  for (const std::string mark : {"、", "，", "；"})
+    escaped = replacingAll(escaped, mark, mark + "\\:");
+  if (escaped.starts_with('.')) escaped.insert(0, "\\&");
   return escaped;
 }
 
-std::string optionsOf(const Syntax& syntax) {
+std::string entry(std::string_view term, std::string_view text) {
+  return fmt::format(".TP\n.B {}\n{}\n", roff(term), roff(text));
+}
+
+std::string argumentsOf(const Syntax& syntax) {
   std::string text;
   for (const Argument& argument : syntax.arguments)
-    text += fmt::format(".TP\n.B {}\n{}\n", roff(HelpText::heading(argument)), roff(argument.help));
+    text += entry(HelpText::heading(argument), argument.help);
   return text;
 }
 
-std::string actionsOf(const Syntax& command) {
+std::string examplesOf(const Syntax& syntax) {
   std::string text;
-  for (const Syntax* action : command.shownParts())
-    text += fmt::format(".TP\n.B {} {}\n{}\n.RS\n{}.RE\n", command.name, action->name,
-                        roff(action->summary), optionsOf(*action));
-  return text;
+  for (const std::string& example : syntax.examples)
+    text += fmt::format("{}\n{}\n", text.empty() ? ".PP\n例：\n.RS 4" : ".br", roff(example));
+  return text.empty() ? text : text + ".RE\n";
 }
 
-constexpr auto opening = R"(.TH NOMELY 1
-.SH 名称
-nomely \- 个人日记与笔记
-.SH 概要
-.B nomely
-[全局选项] [命令] [参数]
-.SH 说明
-每条笔记是数据目录下某一天文件夹里的一个 Markdown 文件（YAML 头加正文），任何程序都能读。
-不带命令时显示今天的笔记。
-.SS 日期
-2026\-03\-01、today/今天、yesterday/昨天、\-N（N 天前）。
-.SS 笔记
-日期/编号（2026\-03\-01/7、today/7），或 memo_ 开头的标识，至少给出其后 8 个字符。
-.SS 正文
-写在命令后；“\-”为标准输入。省略时在终端打开 $VISUAL 或 $EDITOR，否则读标准输入。
-)";
+std::string actionOf(const HelpText::Chain& chain) {
+  const Syntax& action = *chain.back();
+  return entry(HelpText::usage(chain), action.summary) + ".RS\n" + argumentsOf(action) +
+         examplesOf(action) + ".RE\n";
+}
 
-constexpr auto closing = R"(.SH 退出状态
-0 完成；1 操作失败；2 用法不对；3 笔记已在别处改动；4 没有这个名字；130 被中断。
-.SH 环境变量
-.B NOMELY_ROOT
-数据目录。
-.B VISUAL\fR,
-.B EDITOR
-编辑器。
-.B PAGER
-长列表的分页程序。
-.B NO_COLOR
-不用颜色。
-.SH 文件
-~/NomelyData，$XDG_CONFIG_HOME/nomely，$XDG_STATE_HOME/nomely
-)";
+std::string commandOf(const Syntax& program, const Syntax& command) {
+  std::string text =
+      fmt::format(".SS {}\n.B {}\n.PP\n{}\n", command.name,
+                  roff(HelpText::usage({&program, &command})), roff(command.summary));
+  text += argumentsOf(command);
+  for (const Syntax* action : command.shownParts()) text += actionOf({&program, &command, action});
+  return text + examplesOf(command);
+}
+
+std::string sectionOf(const ManualSection& section) {
+  std::string text = fmt::format(".SH {}\n{}\n", section.title, roff(section.text));
+  for (const auto& [term, meaning] : section.entries) text += entry(term, meaning);
+  return section.closing.empty() ? text : text + ".PP\n" + roff(section.closing) + "\n";
+}
 
 class ManualCommand final : public Command {
  public:
@@ -76,13 +106,19 @@ class ManualCommand final : public Command {
 
   void run(Session& session) override {
     const Parser parser(session);
+    const Syntax& program = parser.syntax();
     std::string page = opening;
-    page += ".SH 全局选项\n" + optionsOf(parser.syntax()) + ".SH 命令\n";
-    for (const Syntax* command : parser.syntax().shownParts()) {
-      page += fmt::format(".SS {}\n{}\n", command->name, roff(command->summary));
-      page += optionsOf(*command) + actionsOf(*command);
-    }
-    session.print(page + closing);
+    page += sectionOf({.title = "概要", .text = "nomely [全局选项] [命令] [参数]"});
+    page += sectionOf(
+        {.title = "说明",
+         .text =
+             "每条笔记是数据目录下某一天文件夹里的一个 Markdown 文件（YAML 头加正文），任何程序都"
+             "能读。不带命令时显示今天的笔记。选项可以写在命令之前或之后；一个选项写了两次，后一"
+             "次算数，标明可重复的除外。nomely help 命令 显示一个命令的用法。"});
+    page += ".SH 全局选项\n" + argumentsOf(program) + ".SH 命令\n";
+    for (const Syntax* command : program.shownParts()) page += commandOf(program, *command);
+    for (const ManualSection& section : manualSections()) page += sectionOf(section);
+    session.print(page);
   }
 };
 

@@ -15,6 +15,21 @@ namespace {
 
 using Words = std::vector<std::string>;
 
+// The library would take "[a,b]" for a list: such words pass it in disguise.
+constexpr char disguise = '\x01';
+
+Words disguised(Words words) {
+  for (std::string& word : words)
+    if (word.starts_with('[') || word.starts_with(disguise)) word.insert(0, 1, disguise);
+  return words;
+}
+
+Words undisguised(Words words) {
+  for (std::string& word : words)
+    if (word.starts_with(disguise)) word.erase(0, 1);
+  return words;
+}
+
 std::int64_t positive(const std::string& word, const Argument& argument) {
   if (const auto number = parseDecimal(word); number && *number >= 1) return *number;
   throw UsageError(
@@ -48,7 +63,8 @@ void declare(const Argument& argument, CLI::App& app) {
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     return;
   }
-  CLI::Option* option = app.add_option(argument.name, [&argument](const Words& words) {
+  CLI::Option* option = app.add_option(argument.name, [&argument](const Words& given) {
+    const Words words = undisguised(given);
     for (const std::string& word : words) checkChoice(word, argument);
     if (!words.empty()) std::visit(Put{argument, words}, argument.target);
     return true;
@@ -115,7 +131,7 @@ class UsageText {
   }
 
   [[nodiscard]] std::string ofExtras() const {
-    auto extra = chain_.front()->remaining(true);
+    Words extra = undisguised(chain_.front()->remaining(true));
     std::erase(extra, "--");
     const std::string extras = fmt::format("{}", fmt::join(extra, " "));
     const bool isOption = extras.starts_with('-');
@@ -170,7 +186,7 @@ ParsedAs parseWords(Syntax& program, const Words& words) {
   app.set_version_flag("--version", "");
   try {
     // In the order in which the library takes them.
-    app.parse(Words(words.rbegin(), words.rend()));
+    app.parse(disguised(Words(words.rbegin(), words.rend())));
   } catch (const CLI::CallForVersion&) {
     return ParsedAs::version;
   } catch (const CLI::CallForHelp&) {

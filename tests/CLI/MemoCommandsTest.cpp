@@ -10,13 +10,14 @@ using testing::Test;
 class MemoCommandsTest : public CommandTest {};
 
 TEST_F(MemoCommandsTest, AddedMemoIsListedShownAndOnDisk) {
-  const Json added = add("今天读完了一本书", {"--time", "9:05", "--tag", "#生活／读书，", "--tag",
-                                              "生活/读书", "--mood", "4"});
+  const Json added = add("[今天]", {"读完了,一本书", "--time", "9:05", "--tag", "#生活／读书，",
+                                    "--tag", "生活/读书", "--mood", "4"});
   EXPECT_EQ(added["date"], "2026-03-01");
   EXPECT_EQ(added["seqNumber"], 1);
   EXPECT_EQ(added["time"], "09:05");
   EXPECT_EQ(added["tags"], Json({"生活/读书"}));
   EXPECT_EQ(added["mood"], 4);
+  EXPECT_EQ(added["body"], "[今天] 读完了,一本书");
   EXPECT_EQ(added["schemaVersion"], 2);
   EXPECT_EQ(added["source"], "nomely");
 

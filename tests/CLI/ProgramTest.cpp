@@ -102,7 +102,7 @@ TEST_F(ProgramTest, HelpAndManualKnowEveryCommand) {
     EXPECT_EQ(own.status, 0);
     EXPECT_EQ(own.output, run({command, "--help"}).output);
   }
-  EXPECT_NE(manual.find(".B history restore\n"), std::string::npos);
+  EXPECT_NE(manual.find(".B nomely history REF restore N\n"), std::string::npos);
   EXPECT_NE(run({"help", "history", "show"}).output.find("用法：nomely history REF show N"),
             std::string::npos);
 }
