@@ -64,6 +64,9 @@ void addNotes(Lines& lines, const RootInspector::Report& report) {
   for (const auto& missing : report.missingAttachments)
     lines.add("缺失的附件",
               fmt::format("{}/{}：{}", missing.date.string(), missing.seqNumber, missing.filename));
+  lines.add("无主的附件", report.orphanedAttachments);
+  if (!report.orphanedAttachments.empty())
+    lines.say("没有笔记用到它们。挂到一条笔记上：nomely attach REF 文件；不要了就删除。");
 }
 
 void addHistory(Lines& lines, const RootInspector::Report& report) {
@@ -86,6 +89,7 @@ Json DoctorReport::json() const {
             {"unreadableVersions", jsonOf(report.unreadableVersions, "file")},
             {"unreadableTrash", jsonOf(report.unreadableTrash, "folder")},
             {"missingAttachments", Json::array()},
+            {"orphanedAttachments", jsonOf(report.orphanedAttachments)},
             {"sharedIdentities", Json::array()},
             {"strandedHistories", Json::array()},
             {"danglingLinks", jsonOf(report.danglingLinks)},

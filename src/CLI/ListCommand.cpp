@@ -49,10 +49,10 @@ void showToday(Session& session) {
     return session.say("还没有笔记。写一条：nomely add \"今天……\"；全部命令：nomely help");
   }
   session.scan()->forEach({.from = today, .to = today}, RootScan::Order::newestFirst,
-                         [&](const MemoEntry& entry) {
-                           printer.add({entry.date, *entry.memo});
-                           return true;
-                         });
+                          [&](const MemoEntry& entry) {
+                            printer.add({entry.date, *entry.memo});
+                            return true;
+                          });
   printer.finish();
   if (printer.count() > 0 || session.isJson()) return;
   session.say("今天还没有笔记。写一条：nomely add \"今天……\"；全部命令：nomely help");

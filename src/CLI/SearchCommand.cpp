@@ -82,7 +82,7 @@ class SearchCommand final : public Command {
   void forEach(Session& session, const SearchQuery& query,
                const std::function<bool(const SearchResult&)>& visit) const {
     session.scan()->search(query, selection_.filter(session), selection_.order(),
-                          [&](SearchResult&& result) { return visit(result); });
+                           [&](SearchResult&& result) { return visit(result); });
   }
 
   void printCount(const SearchQuery& query, Session& session) const {

@@ -133,10 +133,14 @@ TEST_F(BadInputTest, DoctorFindsWhatIsWrongAndChangesNothing) {
   writeFile(root / "2026-03-01" / "7.md", "---\ntime: 08:00\n---\n");
   writeFile(root / "2026-03-01" / "003.md", "---\nattachments: [gone.png]\n---\n");
   writeFile(root / "2026-03-01" / ".nomely-0123.tmp", "half");
+  writeFile(root / "2026-03-01" / "a.png", "may be the unreadable memo's");
+  EXPECT_EQ(json({"add", "又一天", "--date", "2026-03-02"})["seqNumber"], 1);
+  writeFile(root / "2026-03-02" / "b.png", "no memo's");
   const std::string before = treeOf(root);
   const Json report = json({"doctor"});
+  EXPECT_EQ(report["orphanedAttachments"], Json({"2026-03-02/b.png"}));
   EXPECT_EQ(treeOf(root), before);
-  EXPECT_EQ(report["memos"], 2);
+  EXPECT_EQ(report["memos"], 3);
   ASSERT_EQ(report["unreadableMemos"].size(), 2U);
   EXPECT_EQ(report["unreadableMemos"][0]["file"], "2026-03-01/002.md");
   EXPECT_EQ(report["unreadableMemos"][1]["file"], "2026-03-01/7.md");
@@ -178,8 +182,12 @@ TEST_F(BadInputTest, DoctorFindsVersionsAndTrashThatShowNothing) {
     };
   for (const auto& file : versions) writeFile(root / file.path, file.content);
   for (const auto& file : trash) writeFile(root / file.path, file.content);
+  writeFile(root / "2026-03-01" / "a.png", "may be the unreadable memo's");
+  EXPECT_EQ(json({"add", "又一天", "--date", "2026-03-02"})["seqNumber"], 1);
+  writeFile(root / "2026-03-02" / "b.png", "no memo's");
   const std::string before = treeOf(root);
   const Json report = json({"doctor"});
+  EXPECT_EQ(report["orphanedAttachments"], Json({"2026-03-02/b.png"}));
   EXPECT_EQ(treeOf(root), before);
   std::map<std::filesystem::path, std::string> told;
   for (const Json& each : report["unreadableVersions"]) told[each["file"]] = each["reason"];

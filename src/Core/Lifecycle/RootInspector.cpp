@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 #include <thread>
 
 #include <fmt/format.h>
@@ -55,6 +56,7 @@ void RootInspector::Findings::append(Findings&& later) {
   moveTo(report.unreadableVersions, more.unreadableVersions);
   moveTo(report.unreadableTrash, more.unreadableTrash);
   moveTo(report.missingAttachments, more.missingAttachments);
+  moveTo(report.orphanedAttachments, more.orphanedAttachments);
   moveTo(report.danglingLinks, more.danglingLinks);
   moveTo(report.staleTemporaryFiles, more.staleTemporaryFiles);
   // A day that can't be listed comes once more with the whole tree.
@@ -141,42 +143,56 @@ std::vector<Day> RootInspector::days() const {
 
 void RootInspector::inspectDay(Day day, Findings& found) const {
   try {
+    const std::filesystem::path folder = day.string();
     bool holdsMemos = false;
-    for (const DirectoryEntry& entry :
-         store_.context().files.listVisible(store_.paths().dayFolder(day))) {
+    // The day's other files; one of them may be named by a memo that can't be read.
+    std::set<std::string> unnamed;
+    bool areAllRead = true;
+    const auto entries = store_.context().files.listVisible(store_.paths().dayFolder(day));
+    for (const DirectoryEntry& entry : entries)
+      if (entry.type == FileType::regular && !DiskPaths::seqNumber(entry.name))
+        unnamed.insert(entry.name);
+    for (const DirectoryEntry& entry : entries) {
       const auto number = DiskPaths::seqNumber(entry.name);
       if (!number) continue;
       holdsMemos = true;
       if (*number >= 1 && entry.name == DiskPaths::memoFileName(*number))
-        inspectMemo(day, entry.name, found);
+        areAllRead = inspectMemo(day, entry.name, unnamed, found) && areAllRead;
       else
-        found.report.unreadableMemos.push_back(
-            {{std::filesystem::path(day.string()) / entry.name, oddName}, day, *number, {}});
+        found.report.unreadableMemos.push_back({{folder / entry.name, oddName}, day, *number, {}});
     }
     found.report.days += holdsMemos ? 1 : 0;
+    if (!areAllRead) return;
+    for (const std::string& name : unnamed)
+      found.report.orphanedAttachments.push_back(folder / name);
   } catch (const FileError&) {
     found.report.unreadableFolders.emplace_back(day.string());
   }
 }
 
-void RootInspector::inspectMemo(Day day, const std::string& fileName, Findings& found) const {
+bool RootInspector::inspectMemo(Day day, const std::string& fileName,
+                                std::set<std::string>& unnamed, Findings& found) const {
   const std::int64_t number = *DiskPaths::seqNumber(fileName);
   const std::filesystem::path place = std::filesystem::path(day.string()) / fileName;
   Report& report = found.report;
   try {
     const FileManager& files = store_.context().files;
     const auto text = MemoFile::text(files, store_.paths().memoFile(day, number));
-    if (!text) return;  // gone since the folder was listed
+    if (!text) return true;  // gone since the folder was listed
     const Memo memo = MemoFile::parsed(*text, number);
     ++report.memos;
     if (MemoFrontmatterParser::losesOnRewrite(*text)) ++report.foreignMemos;
     if (memo.memoId) found.identities[*memo.memoId].push_back(place);
-    for (const std::string& name : memo.attachments)
+    for (const std::string& name : memo.attachments) {
+      unnamed.erase(name);
       if (!files.exists(store_.paths().dayFolder(day) / name))
         report.missingAttachments.push_back({day, number, memo.memoId, name});
+    }
+    return true;
   } catch (const Error& error) {
     report.unreadableMemos.push_back(
         {{place, error.what()}, day, number, service_.mendsOf(day, number)});
+    return false;
   }
 }
 

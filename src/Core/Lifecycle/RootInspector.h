@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <stop_token>
 #include <string>
 #include <vector>
@@ -53,6 +54,9 @@ class RootInspector {
     std::vector<Unreadable> unreadableVersions;
     std::vector<Unreadable> unreadableTrash;  // folders that show no memo, or not the one they hold
     std::vector<MissingAttachment> missingAttachments;
+    // Files beside memos that none of these names, relative to the root; those of days on which a
+    // memo can't be read are left out.
+    std::vector<std::filesystem::path> orphanedAttachments;
     std::vector<SharedIdentity> sharedIdentities;
     std::vector<StrandedHistory> strandedHistories;
     std::vector<std::filesystem::path> danglingLinks;        // symbolic ones, relative to the root
@@ -61,8 +65,9 @@ class RootInspector {
 
     [[nodiscard]] bool isClean() const {
       return unreadableMemos.empty() && unreadableVersions.empty() && unreadableTrash.empty() &&
-             missingAttachments.empty() && sharedIdentities.empty() && strandedHistories.empty() &&
-             danglingLinks.empty() && staleTemporaryFiles.empty() && unreadableFolders.empty();
+             missingAttachments.empty() && orphanedAttachments.empty() &&
+             sharedIdentities.empty() && strandedHistories.empty() && danglingLinks.empty() &&
+             staleTemporaryFiles.empty() && unreadableFolders.empty();
     }
   };
 
@@ -100,7 +105,9 @@ class RootInspector {
   [[nodiscard]] std::vector<std::string> trashFolders(Report& report) const;
 
   void inspectDay(Day day, Findings& found) const;
-  void inspectMemo(Day day, const std::string& fileName, Findings& found) const;
+  // Takes what the memo names out of `unnamed`; false when it can't be read.
+  bool inspectMemo(Day day, const std::string& fileName, std::set<std::string>& unnamed,
+                   Findings& found) const;
   void inspectIdentities(const Identities& identities, Report& report) const;
   void inspectVersionFolder(const VersionFolder& folder, Report& report) const;
   void inspectTrashFolder(const std::string& name, Findings& found) const;
