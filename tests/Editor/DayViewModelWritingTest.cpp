@@ -252,7 +252,7 @@ TEST_F(DayViewModelWritingTest, MoveLeavesTheListsOfTheOldDay) {
   EXPECT_EQ(index.search("要搬的", 50).at(0).date, yesterday);
   model->moveMemo(onDisk(yesterday, 1), yesterday, today);
   ASSERT_TRUE(isSettled());
-  EXPECT_THAT(ofTheDay(), ElementsAre("要搬的", "留下的"));
+  EXPECT_THAT(ofTheDay(), ElementsAre("留下的", "要搬的"));
 
   const std::string before = treeOf(folder.path());
   model->moveMemo(listed("留下的"), today, today);
@@ -267,7 +267,7 @@ TEST_F(DayViewModelWritingTest, MoveLeavesTheListsOfTheOldDay) {
   ASSERT_TRUE(isSettled());
   EXPECT_THAT(failure(), StartsWith("修改日期失败："));
   EXPECT_EQ(model->lastError.get(), failure());
-  EXPECT_THAT(shown(), ElementsAre("要搬的", "留下的"));
+  EXPECT_THAT(shown(), ElementsAre("留下的"));
 }
 
 TEST_F(DayViewModelWritingTest, FileJoinsTheMemoAsItIsByThen) {

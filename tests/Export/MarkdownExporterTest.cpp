@@ -40,7 +40,7 @@ class MarkdownExporterTest : public StoreTest {
     return testing::PrintToString(sorted);
   }
 
-  TemporaryFolder target;
+  TemporaryFolder target{quickParent()};
   const std::filesystem::path document = target.path() / "旅 行.md";
   std::vector<MemoEntry> entries;
   Memo* latest = nullptr;

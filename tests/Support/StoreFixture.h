@@ -11,7 +11,7 @@ namespace nomely::test {
 // Stores on an empty root of their own.
 class StoreTest : public testing::Test {
  protected:
-  TemporaryFolder folder;
+  TemporaryFolder folder{quickParent()};
   ManualClock clock;
   StoreContext context{{folder.path()}, FileManager(posixFileSystem()), clock};
   DayStore store{context};

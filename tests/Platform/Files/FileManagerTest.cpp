@@ -1,13 +1,19 @@
 #include <cerrno>
+#include <cstddef>
 #include <tuple>
 
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 #include "Platform/Files/FileError.h"
 #include "Platform/Files/FileManager.h"
 #include "Support/ErrorKind.h"
 #include "Support/FaultyFileSystem.h"
+#include "Support/ForkedRun.h"
 #include "Support/TemporaryFolder.h"
 
 namespace nomely::test {
@@ -67,6 +73,30 @@ TEST_F(FileManagerTest, CreatingLeavesATakenNameAlone) {
   EXPECT_EQ(treeOf(folder_.path()), before);
   EXPECT_TRUE(files_.createAtomically(at("free"), "new"));
   EXPECT_EQ(readFile(at("free")), "new");
+}
+
+// From here on this process's system knows no renaming that refuses to replace.
+void forgetRefusingRename() {
+  sock_filter steps[] = {
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_renameat2, 0, 1),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EINVAL),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+  };
+  const sock_fprog program{.len = std::size(steps), .filter = steps};
+  ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
+  ASSERT_EQ(::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program), 0);
+}
+
+TEST_F(FileManagerTest, NothingIsReplacedWhereRenamingCannotRefuseTo) {
+  const ChildEnd end = runInChild([&] {
+    forgetRefusingRename();
+    writeFile(at("taken"), "kept");
+    EXPECT_FALSE(files_.createAtomically(at("taken"), "new"));
+    EXPECT_TRUE(files_.createAtomically(at("free"), "new"));
+    EXPECT_EQ(treeOf(folder_.path()), "free\nnew\ntaken\nkept\n");
+  });
+  EXPECT_EQ(end, ChildEnd{});
 }
 
 TEST_F(FileManagerTest, CopyKeepsTimeAndPermissions) {

@@ -131,8 +131,8 @@ long peakMegabytes() {
 }
 
 TEST(HostileHeaderTest, TakesTimeAndMemoryInProportion) {
-  constexpr std::size_t size = 1U << 16U;
-  constexpr long mostMegabytes = 700;
+  constexpr std::size_t size = 1U << 15U;
+  constexpr long mostMegabytes = 500;
   constexpr std::string_view open = "«";
   constexpr std::string_view close = "»";
   const long before = peakMegabytes();
