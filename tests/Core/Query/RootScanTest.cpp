@@ -1,4 +1,6 @@
+#include <array>
 #include <random>
+#include <thread>
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -75,28 +77,22 @@ TEST_F(RootScanTest, ListsInBothOrdersAndTellsWhatItCanNotRead) {
 std::string spelled(const std::string& tag, std::mt19937& random) {
   std::string text;
   const auto style = random() % 5;
-  switch (style) {
-    case 0:
-    case 1: {  // escaped as a whole, or what needs it
-      for (const char16_t unit : toUtf16(tag))
-        if (style == 0 && (unit < 0xD800 || unit > 0xDFFF))
-          text += fmt::format("\\u{:04x}", static_cast<unsigned>(unit));
-        else
-          return "- |-\n  " + tag + "\n";
-      return "- \"" + text + "\"\n";
-    }
-    case 2:
-      for (const char c : tag) text += c == '\'' ? "''" : std::string(1, c);
-      return "- '" + text + "'\n";
-    case 3:
-      return "- >-\n  " + tag + "\n";
-    default:
-      return "- " + tag + "\n";
+  for (std::string_view rest = tag; !rest.empty();) {
+    const auto [value, length] = decodeFirst(rest);
+    const std::string_view character = rest.substr(0, length);
+    rest.remove_prefix(length);
+    text += style == 0                     ? fmt::format("\\U{:08x}", static_cast<unsigned>(value))
+            : style == 1 && value == U'\'' ? "''"
+            : style != 1 && value == U'\n' ? "\n  "
+                                           : std::string(character);
   }
+  static constexpr std::array<std::string_view, 5> forms{"- \"{}\"\n", "- '{}'\n", "- |-\n  {}\n",
+                                                         "- >-\n  {}\n", "- {}\n"};
+  return fmt::format(fmt::runtime(forms[style]), text);
 }
 
 // On few different characters, so that many words are nearly there.
-TEST_F(RootScanTest, FindsWhatAnIndexFinds) {
+TEST_F(RootScanTest, FindsWhatAnIndexFindsWithFiltersAndWithout) {
   std::mt19937 random(7);
   const auto text = [&](std::size_t longest) {
     static const auto parts = piecesOf(
@@ -108,17 +104,13 @@ TEST_F(RootScanTest, FindsWhatAnIndexFinds) {
     return made;
   };
   for (int i = 0; i < 400; ++i) {
-    const Day date = today.plusDays(static_cast<int>(random() % 40));
-    std::string content = "---\ntime: '09:0" + std::to_string(random() % 3) + "'\n";
-    if (random() % 4 == 0) content += "pinned: true\n";
+    const fs::path day = context.paths.dayFolder(today.plusDays(static_cast<int>(random() % 40)));
     std::string tags;
     for (auto count = random() % 3; count > 0; --count) tags += spelled(text(4), random);
-    if (!tags.empty()) content += "tags:\n" + tags;
-    content += "---\n\n" + (random() % 8 == 0 ? "" : text(14));
-    if (random() % 16 == 0) content += '\xE5';
-    writeFile(context.paths.dayFolder(date) /
-                  (random() % 16 == 0 ? "7.md" : DiskPaths::memoFileName(1 + i % 20)),
-              content);
+    writeFile(day / (random() % 16 == 0 ? "7.md" : DiskPaths::memoFileName(1 + i % 20)),
+              fmt::format("---\ntime: '09:0{}'\npinned: {}\n{}{}---\n\n{}{}", random() % 3,
+                          random() % 4 == 0, tags.empty() ? "" : "tags:\n", tags,
+                          random() % 8 == 0 ? "" : text(14), random() % 16 == 0 ? "\xE5" : ""));
   }
   JobPool jobs(2);
   SearchIndex index(context, jobs);
@@ -128,31 +120,40 @@ TEST_F(RootScanTest, FindsWhatAnIndexFinds) {
     return fmt::format("{}/{} {} {} {} {}", result.date.string(), result.seqNumber, result.time,
                        result.body, fmt::join(result.tags, "|"), result.snippet);
   };
+  std::vector<std::pair<std::string, std::vector<std::string>>> queries;
   std::size_t hits = 0;
   for (int i = 0; i < 240; ++i) {
-    const std::string query = (i % 5 == 0 ? "#" : "") + text(i % 3 + 1);
-    SCOPED_TRACE(testing::PrintToString(query));
-    std::vector<std::string> expected;
-    for (const SearchResult& result : index.search(query, SIZE_MAX))
-      expected.push_back(shown(result));
+    auto& [words, expected] =
+        queries.emplace_back((i % 5 == 0 ? "#" : "") + text(i % 3 + 1), std::vector<std::string>());
+    const SearchQuery query(words);
+    for (const MemoEntry& entry : index.allMemoEntries())
+      if (const IndexedMemo memo{Memo(*entry.memo)}; !query.isEmpty() && query.matches(memo.text()))
+        expected.push_back(shown(query.result(entry.date, memo)));
     hits += expected.size();
+  }
+  EXPECT_GT(hits, 400U);
+  EXPECT_FALSE(index.isFiltered());
+  for (const auto& [words, expected] : queries) {
+    SCOPED_TRACE(testing::PrintToString(words));
     for (const Order order : {Order::newestFirst, Order::oldestFirst}) {
       std::vector<std::string> found;
-      scan.search(SearchQuery(query), {}, order, [&](const SearchResult& result) {
+      scan.search(SearchQuery(words), {}, order, [&](const SearchResult& result) {
         found.push_back(shown(result));
         return true;
       });
       if (order == Order::oldestFirst) std::ranges::reverse(found);
       EXPECT_EQ(found, expected);
     }
+    std::vector<std::string> found;
+    for (const SearchResult& result : index.search(words, SIZE_MAX)) found.push_back(shown(result));
+    EXPECT_EQ(found, expected);
+    while (!index.isFiltered()) std::this_thread::yield();
   }
-  EXPECT_GT(hits, 400U);
   EXPECT_EQ(scan.allTags(), index.allTags());
-  std::vector<std::string> listed = this->listed(scan, {.pinned = true}, Order::newestFirst);
-  std::vector<std::string> expected;
+  std::vector<std::string> pinned;
   for (const MemoEntry& entry : TimelineQueryStore(store, &index).pinnedEntries())
-    expected.push_back(entry.memo->body);
-  EXPECT_EQ(listed, expected);
+    pinned.push_back(entry.memo->body);
+  EXPECT_EQ(listed(scan, {.pinned = true}, Order::newestFirst), pinned);
   testing::internal::GetCapturedStderr();
 }
 
