@@ -27,8 +27,7 @@ void forEachMemoFile(const std::filesystem::path& day, Visit visit) {
     if (entry.path().extension() == ".md") visit(entry.path().c_str());
 }
 
-// What a bare program takes to read every memo file and have the library tell the events of each
-// header: files opened relative to their day's folder, one buffer a thread for all of them.
+// The whole program nomely-bench-bare-read over the root.
 void readAndParse(const LargeRoot& root, std::size_t threads);
 
 // The whole program ripgrep over the folder. False when there is none.
