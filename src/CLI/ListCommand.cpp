@@ -17,7 +17,7 @@ class ListCommand final : public Command {
   }
 
   void run(Session& session) override {
-    const auto day = selection_.day(session);
+    const auto day = selection_.wholeDay(session);
     const PagedOutput pager(session);
     MemoListPrinter printer(session, oneLine_ ? ListForm::oneLine : ListForm::full);
     const bool isCut = selection_.forEach(session, {}, [&](const MemoEntry& entry) {
@@ -26,7 +26,7 @@ class ListCommand final : public Command {
     printer.finish();
     if (isCut) MemoSelection::tellOfMore(session, printer.count());
     if (printer.count() > 0 || !session.hasRoot()) return;
-    session.say(day ? DateFormatters::dayHeading(*day) + "没有这样的笔记。" : "没有这样的笔记。");
+    session.say(day ? DateFormatters::dayHeading(*day) + "没有笔记。" : "没有这样的笔记。");
   }
 
  private:

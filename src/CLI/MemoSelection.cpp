@@ -55,6 +55,12 @@ std::optional<Day> MemoSelection::day(const Session& session) const {
   return std::nullopt;
 }
 
+std::optional<Day> MemoSelection::wholeDay(const Session& session) const {
+  const std::optional<Day> only = day(session);
+  const MemoFilter whole{.from = only, .to = only};
+  return filter(session) == whole ? only : std::nullopt;
+}
+
 MemoFilter MemoSelection::filter(const Session& session) const {
   const auto read = [&](const std::optional<std::string>& date) -> std::optional<Day> {
     if (!date) return std::nullopt;

@@ -37,10 +37,12 @@ class MemoSelection {
                              const std::function<void(const MemoEntry&)>& visit) const;
   // "只列出了 50 条……" on standard error.
   static void tellOfMore(const Session& session, std::size_t limit);
-  // The day whose memos are chosen; absent when they may be of several.
-  [[nodiscard]] std::optional<Day> day(const Session& session) const;
+  // The day of which every memo is chosen; absent when more or less is asked for.
+  [[nodiscard]] std::optional<Day> wholeDay(const Session& session) const;
 
  private:
+  // The one day of the chosen memos; absent when they may be of several.
+  [[nodiscard]] std::optional<Day> day(const Session& session) const;
   // Whether something besides "all" and a number is asked for.
   [[nodiscard]] bool hasConditions() const;
 

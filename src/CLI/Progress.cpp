@@ -16,6 +16,7 @@ Progress::~Progress() {
 void Progress::show(double share) {
   const int percent = static_cast<int>(share * 100);
   if (!shown_ || percent == percent_) return;
+  if (std::chrono::steady_clock::now() - start_ < std::chrono::seconds(1)) return;
   percent_ = percent;
   constexpr int width = 30;
   const int filled = percent * width / 100;

@@ -29,6 +29,8 @@ struct MemoFilter {
   [[nodiscard]] bool holds(Day day, const Memo& memo) const;
   // The same for lists, in which a memo with neither text nor attachments has no place.
   [[nodiscard]] bool matches(Day day, const Memo& memo) const;
+
+  friend bool operator==(const MemoFilter&, const MemoFilter&) = default;
 };
 
 }  // namespace nomely
