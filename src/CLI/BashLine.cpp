@@ -99,7 +99,8 @@ std::string BashLine::replacement(std::string_view word) const {
     text += c;
   }
   // Bash would take it for somebody's home folder.
-  if (kept_ == 0 && keptQuote_ == Quote::none && text.starts_with('~')) text.insert(text.begin(), '\\');
+  if (kept_ == 0 && keptQuote_ == Quote::none && text.starts_with('~'))
+    text.insert(text.begin(), '\\');
   return text;
 }
 
