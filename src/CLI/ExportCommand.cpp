@@ -70,8 +70,7 @@ class ExportCommand final : public ActionCommand {
     Job job{.session = session, .file = file, .selection = {}};
     if (file && session.files().exists(*file)) {
       job.replacement = Replacement::allow;
-      if (!session.confirm(fmt::format("文件已存在：{}。要替换它吗？", file->string())))
-        throw Error("export.cancelled", "没有导出");
+      if (!session.confirm(fmt::format("文件已存在：{}。要替换它吗？", file->string()))) return;
     }
     std::size_t count = 0;
     std::size_t bytes = 0;

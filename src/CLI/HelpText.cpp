@@ -46,10 +46,13 @@ std::string section(const std::string& title, const std::vector<Row>& rows, std:
   for (const auto& [left, right] : rows) {
     std::string line = std::string(indent, ' ') + left;
     const bool fits = inColumns && displayWidth(line) + 2 <= column;
-    line.append(fits ? column - displayWidth(line) : 0, ' ');
-    const std::string described = wrapText(right, width - std::min(width, column), column);
-    text += fits ? line + described : line + "\n" + std::string(column, ' ') + described;
-    text += "\n";
+    if (fits)
+      line.append(column - displayWidth(line), ' ');
+    else
+      line.append("\n").append(column, ' ');
+    text += line;
+    text += wrapText(right, width - std::min(width, column), column);
+    text += '\n';
   }
   return text;
 }

@@ -55,8 +55,9 @@ std::string roff(std::string_view text) {
     }
   }
   // After these a line may end before a word of Latin letters too.
-  for (const std::string mark : {"、", "，", "；"})
-    escaped = replacingAll(escaped, mark, mark + "\\:");
+  for (const auto& [mark, breakable] :
+       {std::pair("、", "、\\:"), std::pair("，", "，\\:"), std::pair("；", "；\\:")})
+    escaped = replacingAll(escaped, mark, breakable);
   if (escaped.starts_with('.')) escaped.insert(0, "\\&");
   return escaped;
 }

@@ -130,6 +130,7 @@ class MonthCommand final : public Command {
 
   void run(Session& session) override {
     const std::chrono::year_month month = Arguments::month(month_, session.clock());
+    session.tellOfMissingRoot();
     std::vector<MemoEntry> memos;
     session.host([&](const std::stop_token& stop) {
       memos = memosOfMonth(month, session.dayStore(), stop);

@@ -18,7 +18,7 @@ namespace {
 
 // The command line of the user's pager; absent when there is none.
 std::optional<std::string> pagerOf(const Environment& environment) {
-  const auto chosen = environment.get("PAGER");
+  auto chosen = environment.get("PAGER");
   if (!chosen) {
     if (Programs::find("less", environment)) return "less";
     return std::nullopt;

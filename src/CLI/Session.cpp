@@ -5,6 +5,7 @@
 #include <exception>
 #include <iostream>
 #include <thread>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -101,7 +102,7 @@ bool Session::hasRoot() {
 }
 
 void Session::tellOfMissingRoot() {
-  if (!hasRoot())
+  if (!std::exchange(toldOfRoot_, true) && !hasRoot())
     say(fmt::format(
         "数据目录不存在：{}。用 --root 或 NOMELY_ROOT 指定，或用 nomely add 写下第一条。",
         Terminal::printable(dayStore().paths().rootURL.string())));

@@ -61,6 +61,7 @@ class Session {
 
   // Whether the data root is there. What reads it alone says so when it isn't.
   [[nodiscard]] bool hasRoot();
+  // Once.
   void tellOfMissingRoot();
   // Reads the root without an index, and tells of each file that can't be read, once.
   [[nodiscard]] std::unique_ptr<RootScan> scan(std::stop_token stop = {});
@@ -99,6 +100,7 @@ class Session {
   Machine machine_;
   bool isOutputTerminal_ = Terminal::isOutput();
   std::size_t columns_ = Terminal::columns();
+  bool toldOfRoot_ = false;
   std::mutex unreadableLock_;
   std::set<std::string> unreadable_;  // told of
   RunLoop runLoop_;

@@ -52,6 +52,7 @@ class TrashCommand final : public ActionCommand {
   }
 
   void list(Session& session) const {
+    session.tellOfMissingRoot();
     const std::vector<TrashEntry> entries = session.memos().trashed();
     if (session.isJson()) {
       Json json = Json::array();
