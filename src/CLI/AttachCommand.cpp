@@ -8,11 +8,7 @@ namespace {
 class AttachCommand final : public Command {
  public:
   void declare(Syntax& syntax) override {
-    syntax.add({.name = "REF",
-                .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识",
-                .target = &reference_,
-                .kind = WordKind::reference,
-                .isRequired = true});
+    syntax.add(referenceArgument(&reference_));
     syntax.add({.name = "FILE",
                 .help = "要附加的文件",
                 .target = &files_,
@@ -36,11 +32,7 @@ class AttachCommand final : public Command {
 class DetachCommand final : public Command {
  public:
   void declare(Syntax& syntax) override {
-    syntax.add({.name = "REF",
-                .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识",
-                .target = &reference_,
-                .kind = WordKind::reference,
-                .isRequired = true});
+    syntax.add(referenceArgument(&reference_));
     syntax.add({.name = "NAME",
                 .help = "附件的存储名或原名",
                 .target = &names_,

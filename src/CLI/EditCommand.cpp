@@ -12,11 +12,7 @@ namespace {
 class EditCommand final : public Command {
  public:
   void declare(Syntax& syntax) override {
-    syntax.add({.name = "REF",
-                .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识",
-                .target = &reference_,
-                .kind = WordKind::reference,
-                .isRequired = true});
+    syntax.add(referenceArgument(&reference_));
     syntax.add({.name = "TEXT",
                 .help = "新的正文，可以是几个词；“-”为标准输入，省略则打开编辑器",
                 .target = &text_});

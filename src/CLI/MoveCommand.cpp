@@ -8,11 +8,7 @@ namespace {
 class MoveCommand final : public Command {
  public:
   void declare(Syntax& syntax) override {
-    syntax.add({.name = "REF",
-                .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识",
-                .target = &reference_,
-                .kind = WordKind::reference,
-                .isRequired = true});
+    syntax.add(referenceArgument(&reference_));
     syntax.add({.name = "DATE",
                 .help = "移到哪一天",
                 .target = &date_,

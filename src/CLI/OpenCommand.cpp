@@ -13,11 +13,7 @@ constexpr auto opener = "xdg-open";  // the desktop's, of the xdg-utils
 class OpenCommand final : public Command {
  public:
   void declare(Syntax& syntax) override {
-    syntax.add({.name = "REF",
-                .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识",
-                .target = &reference_,
-                .kind = WordKind::reference,
-                .isRequired = true});
+    syntax.add(referenceArgument(&reference_));
     syntax.add({.name = "NAME",
                 .help = "附件的存储名或原名，只有一个附件时可省略",
                 .target = &name_,

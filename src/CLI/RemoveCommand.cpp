@@ -9,11 +9,7 @@ namespace {
 class RemoveCommand final : public Command {
  public:
   void declare(Syntax& syntax) override {
-    syntax.add({.name = "REF",
-                .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识，可多条",
-                .target = &references_,
-                .kind = WordKind::reference,
-                .isRequired = true});
+    syntax.add(referenceArgument(&references_));
     syntax.examples = {"nomely rm today/2 today/3"};
   }
 

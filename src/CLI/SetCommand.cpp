@@ -14,11 +14,7 @@ namespace {
 class SetCommand final : public Command {
  public:
   void declare(Syntax& syntax) override {
-    syntax.add({.name = "REF",
-                .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识，可多条",
-                .target = &references_,
-                .kind = WordKind::reference,
-                .isRequired = true});
+    syntax.add(referenceArgument(&references_));
     const auto tag = [&](const char* name, const char* help, std::vector<std::string>& target) {
       syntax.add(
           {.name = name, .help = help, .target = &target, .value = "TAG", .kind = WordKind::tag});

@@ -9,11 +9,7 @@ namespace {
 class ShowCommand final : public Command {
  public:
   void declare(Syntax& syntax) override {
-    syntax.add({.name = "REF",
-                .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识，可多条",
-                .target = &references_,
-                .kind = WordKind::reference,
-                .isRequired = true});
+    syntax.add(referenceArgument(&references_));
     syntax.add({.name = "--raw", .help = "原样输出笔记文件，读不出的也行", .target = &raw_});
     syntax.add({.name = "--path", .help = "笔记文件和附件的路径", .target = &path_});
     syntax.examples = {"nomely show @", "nomely show today/1 today/2", "nomely show @ --path"};

@@ -14,6 +14,16 @@ std::vector<std::string> Argument::names() const {
   return all;
 }
 
+Argument referenceArgument(Argument::Target target) {
+  Argument argument{.name = "REF",
+                    .help = "笔记：日期/编号、@（最新）、@3，或 memo_ 标识",
+                    .target = target,
+                    .kind = WordKind::reference,
+                    .isRequired = true};
+  if (argument.collects()) argument.help += "，可多条";
+  return argument;
+}
+
 Syntax& Syntax::addPart(std::string partName, std::string partSummary) {
   return parts.emplace_back(Syntax{.name = std::move(partName), .summary = std::move(partSummary)});
 }

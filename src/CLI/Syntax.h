@@ -55,6 +55,9 @@ struct Argument {
   [[nodiscard]] std::vector<std::string> names() const;
 };
 
+// The memo or memos that a command works on.
+[[nodiscard]] Argument referenceArgument(Argument::Target target);
+
 // What the program, one of its commands, or an action of a command takes. A tree, from which
 // parsing, help, completion and the manual page are made.
 struct Syntax {
