@@ -21,10 +21,11 @@ namespace nomely {
 Session::Session(Machine machine) : machine_(std::move(machine)) {}
 Session::~Session() = default;
 
-std::optional<std::filesystem::path> Session::chosenRoot() const {
+std::filesystem::path Session::chosenRoot() const {
   const std::string root =
       options.root.empty() ? environment().get("NOMELY_ROOT").value_or("") : options.root;
-  if (root.empty()) return std::nullopt;
+  // Not left to the application, which would make it: only a write does.
+  if (root.empty()) return DiskPaths::usualRoot(environment());
   return std::filesystem::absolute(root).lexically_normal();
 }
 

@@ -94,7 +94,7 @@ class Session {
   [[nodiscard]] bool confirm(std::string_view question) const;
 
  private:
-  [[nodiscard]] std::optional<std::filesystem::path> chosenRoot() const;
+  [[nodiscard]] std::filesystem::path chosenRoot() const;
   [[nodiscard]] ColorMode colorMode() const;
 
   Machine machine_;

@@ -29,9 +29,13 @@ TEST_F(ProgramTest, RootIsChosenByOptionThenVariableThenHome) {
   EXPECT_EQ(json({"add", "x", "--root", given})["seqNumber"], 1);
   EXPECT_TRUE(std::filesystem::exists(given));
   EXPECT_FALSE(std::filesystem::exists(root));
+  const ProgramResult empty = runProgram(TestPaths::nomely, home.path(), {.arguments = {"list"}});
+  EXPECT_NE(empty.errors.find("数据目录不存在"), std::string::npos) << empty.errors;
+  EXPECT_FALSE(std::filesystem::exists(home.path() / "NomelyData"));
   const ProgramResult usual =
       runProgram(TestPaths::nomely, home.path(), {.arguments = {"add", "y"}});
   EXPECT_EQ(usual.status, 0) << usual.errors;
+  EXPECT_NE(usual.errors.find("新建了数据目录"), std::string::npos) << usual.errors;
   EXPECT_TRUE(std::filesystem::exists(home.path() / "NomelyData"));
 }
 
