@@ -47,7 +47,7 @@ const std::string nomely::test::TestPaths::nomely = \"$<TARGET_FILE:nomely>\";
 ")
   add_executable(nomely_${name}_tests ${files} ${paths})
   target_link_libraries(nomely_${name}_tests PRIVATE nomely_test_support ${TESTS_LINK} GTest::gmock_main
-    nomely_test_options)
+    nomely_quick_options)
   target_precompile_headers(nomely_${name}_tests PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
   gtest_discover_tests(nomely_${name}_tests DISCOVERY_MODE PRE_TEST
     TEST_PREFIX ${name}/ PROPERTIES TIMEOUT 600 ENVIRONMENT "TZ=Asia/Shanghai;LC_ALL=C.UTF-8")
