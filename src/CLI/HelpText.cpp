@@ -69,7 +69,7 @@ std::vector<Row> rowsOfParts(const Syntax& syntax) {
   std::vector<Row> rows;
   for (const Syntax* part : syntax.shownParts()) {
     std::string left = part->name;
-    if (!syntax.arguments.empty() || syntax.parts.size() < 20) addPlaces(left, *part);
+    addPlaces(left, *part);
     rows.push_back({std::move(left), part->summary});
   }
   return rows;
@@ -99,7 +99,9 @@ std::string HelpText::usage(const Chain& chain) {
 
 std::string HelpText::of(const Chain& chain, std::size_t width) {
   const Syntax& last = *chain.back();
-  std::string text = wrapText("用法：" + usage(chain), width - 6, 6) + "\n\n";
+  constexpr std::size_t afterLabel = 6;
+  std::string text =
+      wrapText("用法：" + usage(chain), width - std::min(width, afterLabel), afterLabel) + "\n\n";
   text += wrapText(last.summary, width, 0) + "\n";
   const bool isProgram = chain.size() == 1;
   text += section("参数：", rowsOf(last, true), width);

@@ -5,20 +5,11 @@
 #include <fmt/format.h>
 
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
+#include "Core/Markdown/Text/TextLines.h"
 #include "Platform/Text/LineDiff.h"
 
 namespace nomely {
 namespace {
-
-std::vector<std::string_view> linesOf(std::string_view text) {
-  std::vector<std::string_view> lines;
-  while (!text.empty()) {
-    const std::size_t feed = std::min(text.find('\n'), text.size());
-    lines.push_back(text.substr(0, feed));
-    text.remove_prefix(std::min(feed + 1, text.size()));
-  }
-  return lines;
-}
 
 // The file of the memo, but for the time of its last change, which is never the same.
 std::string fileOf(const Memo& memo) {

@@ -1,5 +1,6 @@
 #include "CLI/Programs.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include <signal.h>

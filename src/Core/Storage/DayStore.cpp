@@ -23,6 +23,15 @@ void logFailure(std::string_view operation, const Error& error) {
   Log::error(LogChannel::storage, "⚠️ DayStore.{}: {}", operation, error.what());
 }
 
+// An error in the log, unless somebody tells the user.
+void reportPassedOver(const std::filesystem::path& file, const Error& error) {
+  const bool isTold = NotificationCenter::shared().post(
+      Notifications::memoPassedOver, fmt::format("{}：{}", file.string(), error.what()));
+  Log::write(LogChannel::storage, isTold ? LogLevel::information : LogLevel::error,
+             fmt::format("⚠️ DayStore.listMemos: 跳过无法解析的 memo 文件 {}：{}",
+                         file.filename().string(), error.what()));
+}
+
 }  // namespace
 
 DayStore::DayStore(StoreContext context) : context_(std::move(context)), memoStore_(context_) {}
@@ -48,19 +57,6 @@ std::vector<std::int64_t> DayStore::numbersIn(const std::vector<DirectoryEntry>&
 std::vector<Memo> DayStore::listMemos(Day day) const {
   return readMemos(day, listNumbers(day));
 }
-
-namespace {
-
-// An error in the log, unless somebody tells the user.
-void reportPassedOver(const std::filesystem::path& file, const Error& error) {
-  const bool isTold = NotificationCenter::shared().post(
-      Notifications::memoPassedOver, fmt::format("{}：{}", file.string(), error.what()));
-  Log::write(LogChannel::storage, isTold ? LogLevel::information : LogLevel::error,
-             fmt::format("⚠️ DayStore.listMemos: 跳过无法解析的 memo 文件 {}：{}",
-                         file.filename().string(), error.what()));
-}
-
-}  // namespace
 
 std::vector<Memo> DayStore::readMemos(Day day, std::vector<std::int64_t> numbers) const {
   std::ranges::sort(numbers, std::greater());
