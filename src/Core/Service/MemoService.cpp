@@ -187,11 +187,6 @@ MemoPlace MemoService::restore(const TrashEntry& entry) const {
   return {entry.originalDate, trash_.restoreMemo(entry)};
 }
 
-void MemoService::restore(const std::vector<TrashEntry>& entries) const {
-  trash_.finishInterrupted();
-  trash_.restoreTrashEntries(entries);
-}
-
 void MemoService::destroy(const std::vector<TrashEntry>& entries) const {
   trash_.finishInterrupted();
   trash_.deleteTrashEntries(entries);

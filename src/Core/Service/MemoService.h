@@ -78,7 +78,6 @@ class MemoService {
   [[nodiscard]] TrashContents trashContents() const;
   // Returns where the memo stands by then.
   MemoPlace restore(const TrashEntry& entry) const;
-  void restore(const std::vector<TrashEntry>& entries) const;
   void destroy(const std::vector<TrashEntry>& entries) const;
   void emptyTrash() const;
 

@@ -247,7 +247,7 @@ void addTrash(Table& table) {
       std::erase_if(left, [&](const TrashEntry& entry) {
         return !sight.files.exists(sight.paths.trashFolder() / entry.trashSubdir);
       });
-      MemoService(context).restore(left);
+      for (const TrashEntry& entry : left) (void)MemoService(context).restore(entry);
     };
     table.add(name, run, treeWith(trashed));
   };

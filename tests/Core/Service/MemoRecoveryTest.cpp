@@ -55,7 +55,7 @@ TEST_F(MemoRecoveryTest, EmptyingCountsAllThatGoes) {
 
   const TrashEntry odd = service.trashStore().entryNamed("odd").value();
   EXPECT_EQ(odd.originalDate, day("2025-05-05"));
-  service.restore({odd});
+  EXPECT_EQ(service.restore(odd).day, odd.originalDate);
   EXPECT_EQ(store.memoStore().read(day("2025-05-05"), 1)->body, "x");
   EXPECT_EQ(service.trashStore().entryNamed("../2026-03-01"), std::nullopt);
 
@@ -75,7 +75,7 @@ TEST_F(MemoRecoveryTest, ANoteThatIsGoneOrBrokenComesBackFromItsHistory) {
 
   const TrashEntry entry = service.trash(today, second);
   EXPECT_THROW(service.restoreVanished(versions().front()), MemoService::InTrashError);
-  service.restore({entry});
+  EXPECT_EQ(service.restore(entry).day, entry.originalDate);
 
   std::string broken = readFile(fileOf(1));
   broken.insert(broken.find("time:"), "mood: abc\n");
