@@ -13,12 +13,12 @@
 #include <string_view>
 
 #include "App/Application.h"
-#include "CLI/Json.h"
 #include "CLI/Terminal.h"
 #include "Core/Query/RootScan.h"
 #include "Platform/Concurrency/RunLoop.h"
 #include "Platform/Concurrency/Subscription.h"
 #include "Platform/System/Environment.h"
+#include "Platform/Text/Json.h"
 
 namespace nomely {
 

@@ -1,3 +1,3 @@
-#include "CLI/Json.h"
+#include "Platform/Text/Json.h"
 
 template class nlohmann::basic_json<nlohmann::ordered_map>;

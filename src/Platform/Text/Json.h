@@ -4,6 +4,7 @@
 
 namespace nomely {
 
+// JSON whose objects keep the order in which their members came.
 using Json = nlohmann::ordered_json;
 
 }  // namespace nomely

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+namespace nomely {
+
+// A server that turns speech into text, kept in transcription-config.yaml; the key lies in the
+// secret store. A value.
+struct TranscriptionConfig {
+  std::string baseURL;  // "/v1/audio/transcriptions" is appended; empty: no server
+  std::string apiKey;   // empty in the file; a server of one's own needs none
+  std::string model = "whisper-1";
+  std::string language = "zh";
+
+  friend bool operator==(const TranscriptionConfig&, const TranscriptionConfig&) = default;
+};
+
+}  // namespace nomely
