@@ -92,6 +92,7 @@ Json DoctorReport::json() const {
             {"orphanedAttachments", jsonOf(report.orphanedAttachments)},
             {"sharedIdentities", Json::array()},
             {"strandedHistories", Json::array()},
+            {"damagedDrafts", jsonOf(report.damagedDrafts)},
             {"danglingLinks", jsonOf(report.danglingLinks)},
             {"staleTemporaryFiles", jsonOf(report.staleTemporaryFiles)},
             {"unreadableFolders", jsonOf(report.unreadableFolders)},
@@ -117,6 +118,7 @@ std::string DoctorReport::text(const Style& style) const {
   Lines lines(style);
   addNotes(lines, report);
   addHistory(lines, report);
+  lines.add("读不出的草稿", report.damagedDrafts);
   lines.add("失效的链接", report.danglingLinks);
   lines.add("读不出的文件夹", report.unreadableFolders);
   lines.add("残留的临时文件", report.staleTemporaryFiles);

@@ -8,24 +8,12 @@
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Extensions/TagNames.h"
 #include "Core/Markdown/Text/MemoTextUtilities.h"
+#include "Core/Models/MemoJson.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
 namespace {
-
-Json jsonOf(const AudioTranscript& transcript) {
-  Json segments = Json::array();
-  for (const AudioTranscriptSegment& segment : transcript.segments)
-    segments.push_back(
-        {{"text", segment.text}, {"start", segment.start}, {"duration", segment.duration}});
-  return {{"text", transcript.text}, {"segments", std::move(segments)}};
-}
-
-template <typename Value>
-void put(Json& json, const char* name, const std::optional<Value>& value) {
-  if (value) json[name] = *value;
-}
 
 std::string heading(const TimelineEntry& entry, const Style& style) {
   const Memo& memo = entry.memo;
@@ -58,29 +46,8 @@ std::string attachmentLines(const Memo& memo, const Style& style) {
 }  // namespace
 
 Json MemoOutput::json(const TimelineEntry& entry) {
-  const Memo& memo = entry.memo;
-  Json json;
-  json["date"] = entry.date.string();
-  put(json, "memoId", memo.memoId);
-  put(json, "schemaVersion", memo.schemaVersion);
-  put(json, "createdAt", memo.createdAt);
-  put(json, "updatedAt", memo.updatedAt);
-  put(json, "source", memo.source);
-  put(json, "sourceId", memo.sourceId);
-  json["seqNumber"] = memo.seqNumber;
-  json["time"] = memo.time;
-  json["tags"] = memo.tags;
-  put(json, "mood", memo.mood);
-  json["pinned"] = memo.pinned;
-  json["lockedOnTop"] = memo.lockedOnTop;
-  json["body"] = memo.body;
-  json["attachments"] = memo.attachments;
-  json["attachmentDescriptions"] = memo.attachmentDescriptions;
-  json["originalNames"] = memo.originalNames;
-  Json transcripts = Json::object();
-  for (const auto& [name, transcript] : memo.audioTranscripts)
-    transcripts[name] = jsonOf(transcript);
-  json["audioTranscripts"] = std::move(transcripts);
+  Json json{{"date", entry.date.string()}};
+  json.update(MemoJson::json(entry.memo));
   return json;
 }
 

@@ -8,7 +8,8 @@ DayViewModel::DayViewModel(const Context& context)
       jobs_(context.executor, context.jobs),
       loading_(context.service.days(), context.searchIndex, list_, jobs_),
       writing_(context.service, {list_, loading_, status_, jobs_}),
-      trash_(context.service, {list_, loading_, status_, jobs_}) {}
+      trash_(context.service, {list_, loading_, status_, jobs_}),
+      draftStore_(context.service.context()) {}
 
 // The parts stand until the jobs that use them have ended.
 DayViewModel::~DayViewModel() {

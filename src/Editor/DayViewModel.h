@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "Core/Storage/DraftStore.h"
 #include "Editor/EditorJobs.h"
 #include "Editor/MemoWriting.h"
 #include "Editor/SaveStatus.h"
@@ -31,6 +32,7 @@ class DayViewModel {
   TimelineLoading loading_;
   MemoWriting writing_;
   TrashOperations trash_;
+  DraftStore draftStore_;
 
  public:
   using Entries = TimelineListModel::Entries;
@@ -90,6 +92,9 @@ class DayViewModel {
   OfTrash<std::optional<PendingUndoDelete>> pendingUndoDelete = trash_.pendingUndoDelete;
   OfTrash<bool> isLoadingTrash = trash_.isLoadingTrash;
   OfTrash<bool> isPerformingTrashOperation = trash_.isPerformingTrashOperation;
+
+  // The text that isn't saved yet.
+  [[nodiscard]] const DraftStore& draftStore() const { return draftStore_; }
 
   // The timeline. Each load takes the place of the one before.
   void loadDay(Day date) { loading_.loadDay(date); }

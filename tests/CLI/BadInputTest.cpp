@@ -136,6 +136,10 @@ TEST_F(BadInputTest, DoctorFindsWhatIsWrongAndChangesNothing) {
   writeFile(root / "2026-03-01" / "a.png", "may be the unreadable memo's");
   EXPECT_EQ(json({"add", "又一天", "--date", "2026-03-02"})["seqNumber"], 1);
   writeFile(root / "2026-03-02" / "b.png", "no memo's");
+  writeFile(root / "2026-03-02" / "c.png", "a draft's");
+  writeFile(root / ".drafts" / "focus-2026-03-02-001.json",
+            R"({"bodyText":"","tags":[],"attachments":["c.png"],"audioTranscripts":{},)"
+            R"("updatedAt":"2026-03-02T08:00:00Z"})");
   const std::string before = treeOf(root);
   const Json report = json({"doctor"});
   EXPECT_EQ(report["orphanedAttachments"], Json({"2026-03-02/b.png"}));
@@ -147,6 +151,10 @@ TEST_F(BadInputTest, DoctorFindsWhatIsWrongAndChangesNothing) {
   EXPECT_EQ(report["missingAttachments"][0]["attachment"], "gone.png");
   EXPECT_EQ(report["staleTemporaryFiles"], Json({"2026-03-01/.nomely-0123.tmp"}));
   EXPECT_EQ(run({"doctor"}).status, 0);
+  const std::string damaged = ".drafts/quick-input.json";
+  writeFile(root / damaged, "{");
+  EXPECT_EQ(json({"doctor"})["damagedDrafts"], Json({damaged}));
+  EXPECT_EQ(json({"doctor"})["orphanedAttachments"], Json::array()) << "it may name one of them";
 }
 
 TEST_F(BadInputTest, DoctorFindsVersionsAndTrashThatShowNothing) {

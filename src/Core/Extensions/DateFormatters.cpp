@@ -1,6 +1,8 @@
 #include "Core/Extensions/DateFormatters.h"
 
 #include <array>
+#include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <utility>
 
@@ -95,6 +97,29 @@ std::string DateFormatters::timestamp(Moment moment) {
   const int minutes = std::abs(local.offset) / 60;
   return text +
          fmt::format("{}{:02}:{:02}", local.offset < 0 ? '-' : '+', minutes / 60, minutes % 60);
+}
+
+std::string DateFormatters::utcTimestamp(Moment moment) {
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(moment);
+  const auto midnight = std::chrono::floor<std::chrono::days>(seconds);
+  const std::chrono::hh_mm_ss time(seconds - midnight);
+  return fmt::format("{}T{:02}:{:02}:{:02}Z", Day(midnight).string(), time.hours().count(),
+                     time.minutes().count(), time.seconds().count());
+}
+
+std::optional<Moment> DateFormatters::parseUtcTimestamp(std::string_view text) {
+  constexpr std::size_t dateLength = 10;
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+  const auto day = Day::parse(text.substr(0, dateLength));
+  if (!day || std::sscanf(std::string(text.substr(dateLength)).c_str(), "T%2d:%2d:%2d", &hour,
+                          &minute, &second) != 3)
+    return std::nullopt;
+  const Moment moment = std::chrono::sys_days(day->civil()) + std::chrono::hours(hour) +
+                        std::chrono::minutes(minute) + std::chrono::seconds(second);
+  if (utcTimestamp(moment) != text) return std::nullopt;
+  return moment;
 }
 
 std::string DateFormatters::dayHeading(Day day) {

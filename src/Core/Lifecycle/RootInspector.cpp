@@ -10,6 +10,7 @@
 #include "Core/Extensions/PathNames.h"
 #include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
+#include "Core/Storage/DraftStore.h"
 #include "Core/Storage/MemoFile.h"
 #include "Core/Storage/TrashStore.h"
 #include "Core/Storage/VersionStore.h"
@@ -120,6 +121,7 @@ RootInspector::Report RootInspector::inspect(const std::function<void(double)>& 
   round.all.append(std::move(aside));
   round.each(trash,
              [&](const std::string& name, Findings& found) { inspectTrashFolder(name, found); });
+  inspectDrafts(round.all.report);
   inspectIdentities(round.all.identities, round.all.report);
   round.each(entries, [&](const DirectoryEntry& entry, Findings& found) {
     try {
@@ -193,6 +195,20 @@ bool RootInspector::inspectMemo(Day day, const std::string& fileName,
     report.unreadableMemos.push_back(
         {{place, error.what()}, day, number, service_.mendsOf(day, number)});
     return false;
+  }
+}
+
+void RootInspector::inspectDrafts(Report& report) const {
+  const DraftStore drafts(store_.context());
+  const auto needed = drafts.pendingAttachmentReferences();
+  std::erase_if(report.orphanedAttachments, [&](const std::filesystem::path& file) {
+    return !needed || needed->contains(file.filename().string());
+  });
+  try {
+    for (const std::filesystem::path& file : drafts.damagedDrafts())
+      report.damagedDrafts.push_back(file.lexically_relative(store_.paths().rootURL));
+  } catch (const FileError&) {
+    // The tree's own inspection tells of a folder that can't be listed.
   }
 }
 

@@ -54,12 +54,13 @@ class RootInspector {
     std::vector<Unreadable> unreadableVersions;
     std::vector<Unreadable> unreadableTrash;  // folders that show no memo, or not the one they hold
     std::vector<MissingAttachment> missingAttachments;
-    // Files beside memos that none of these names, relative to the root; those of days on which a
-    // memo can't be read are left out.
+    // Files beside memos that none of these and no draft names, relative to the root; those of days
+    // on which a memo can't be read are left out, and all of them while a draft can't be.
     std::vector<std::filesystem::path> orphanedAttachments;
     std::vector<SharedIdentity> sharedIdentities;
     std::vector<StrandedHistory> strandedHistories;
     std::vector<std::filesystem::path> danglingLinks;        // symbolic ones, relative to the root
+    std::vector<std::filesystem::path> damagedDrafts;        // relative to the root
     std::vector<std::filesystem::path> staleTemporaryFiles;  // relative to the root
     std::vector<std::filesystem::path> unreadableFolders;    // relative to the root
 
@@ -67,7 +68,7 @@ class RootInspector {
       return unreadableMemos.empty() && unreadableVersions.empty() && unreadableTrash.empty() &&
              missingAttachments.empty() && orphanedAttachments.empty() &&
              sharedIdentities.empty() && strandedHistories.empty() && danglingLinks.empty() &&
-             staleTemporaryFiles.empty() && unreadableFolders.empty();
+             damagedDrafts.empty() && staleTemporaryFiles.empty() && unreadableFolders.empty();
     }
   };
 
@@ -108,6 +109,7 @@ class RootInspector {
   // Takes what the memo names out of `unnamed`; false when it can't be read.
   bool inspectMemo(Day day, const std::string& fileName, std::set<std::string>& unnamed,
                    Findings& found) const;
+  void inspectDrafts(Report& report) const;
   void inspectIdentities(const Identities& identities, Report& report) const;
   void inspectVersionFolder(const VersionFolder& folder, Report& report) const;
   void inspectTrashFolder(const std::string& name, Findings& found) const;

@@ -31,6 +31,13 @@ std::filesystem::path DiskPaths::memoFile(Day day, std::int64_t seqNumber) const
   return dayFolder(day) / memoFileName(seqNumber);
 }
 
+std::string DiskPaths::identityName(std::string_view memoId) {
+  std::string name;
+  for (const char byte : memoId)
+    name += fmt::format("{:02x}", static_cast<unsigned>(static_cast<unsigned char>(byte)));
+  return name;
+}
+
 std::string DiskPaths::memoFileName(std::int64_t seqNumber) {
   return fmt::format("{:03}.md", seqNumber);
 }

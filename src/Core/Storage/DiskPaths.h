@@ -38,6 +38,10 @@ struct DiskPaths {
     return versionsFolder() / "by-id";
   }
 
+  [[nodiscard]] std::filesystem::path draftsFolder() const { return rootURL / ".drafts"; }
+
+  // The name by which a memo's history and draft are filed: "a/b" → "612f62".
+  [[nodiscard]] static std::string identityName(std::string_view memoId);
   // "007.md": at least three digits.
   [[nodiscard]] static std::string memoFileName(std::int64_t seqNumber);
   // The number that a name with extension "md" spells, whatever its form ("+7.md", "0012.md").

@@ -46,10 +46,7 @@ VersionStore::VersionStore(StoreContext context, std::size_t maxVersions)
     : context_(std::move(context)), memoStore_(context_), maxVersions_(maxVersions) {}
 
 std::filesystem::path VersionStore::identityDirectory(std::string_view memoId) const {
-  std::string name;
-  for (const char byte : memoId)
-    name += fmt::format("{:02x}", static_cast<unsigned>(static_cast<unsigned char>(byte)));
-  return context_.paths.versionsByIdFolder() / name;
+  return context_.paths.versionsByIdFolder() / DiskPaths::identityName(memoId);
 }
 
 void VersionStore::saveIfNeeded(Day day, std::int64_t seqNumber, const Memo& newMemo) const {

@@ -7,6 +7,8 @@
 #include "Core/Safety/Scenario.h"
 #include "Core/Service/MemoService.h"
 #include "Core/Storage/AttachmentManager.h"
+#include "Core/Storage/DraftCoding.h"
+#include "Core/Storage/DraftStore.h"
 #include "Core/Storage/VersionStore.h"
 #include "Platform/Settings/UserDefaults.h"
 
@@ -286,6 +288,27 @@ void addTags(Table& table) {
   bulk("deleteTagWithMemos", [](const auto& tags) { return tags.deleteTagWithMemos("旅行"); });
 }
 
+void addDrafts(Table& table) {
+  const Diary& d = diary();
+  const std::string file = "root/.drafts/quick-input.json";
+  const auto saving = always([&](Context context) {
+    DraftStore(context).saveQuickInputDraft({.text = "second draft\n" + std::string(600, '.'),
+                                             .selectedDate = d.first,
+                                             .updatedAt = d.clock.now()});
+  });
+  const Tree former = {{file, DraftCoding::encoded(QuickInputDraft{.text = "first draft",
+                                                                   .selectedDate = d.first})}};
+  const auto add = [&](const std::string& name, const Scenario::Run& run, const Tree& before) {
+    Scenario& scenario = table.add(name, run, d.with(before));
+    scenario.quiet = true;
+    scenario.destroys = before == former;
+  };
+  add("saveDraft", saving, former);
+  add("saveDraftOverADamagedOne", saving, {{file, "{\"text\": \"unreadable draft"}});
+  add("clearDraft", always([](Context context) { DraftStore(context).clearQuickInputDraft(); }),
+      former);
+}
+
 void addOthers(Table& table) {
   table.add("sweepTemporaryFiles",
             always([](Context context) { sweepTemporaryFiles(context, {}); }));
@@ -302,7 +325,7 @@ void addOthers(Table& table) {
 std::vector<Scenario> scenarios() {
   Table table;
   for (const auto add :
-       {addMemos, addAttachments, addHistory, addService, addTrash, addTags, addOthers})
+       {addMemos, addAttachments, addHistory, addService, addTrash, addTags, addDrafts, addOthers})
     add(table);
   return table.all;
 }

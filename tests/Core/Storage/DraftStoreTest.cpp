@@ -1,0 +1,197 @@
+#include <gmock/gmock.h>
+
+#include "Core/Models/MemoJson.h"
+#include "Core/Storage/DraftStore.h"
+#include "Support/StoreFixture.h"
+
+namespace nomely::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Optional;
+using testing::UnorderedElementsAre;
+
+class DraftStoreTest : public StoreTest {
+ protected:
+  [[nodiscard]] std::vector<std::string> files() const {
+    std::vector<std::string> names;
+    for (const DirectoryEntry& entry : context.files.listAll(context.paths.draftsFolder()))
+      names.push_back(entry.name);
+    std::ranges::sort(names);
+    return names;
+  }
+  [[nodiscard]] std::string bytes(const std::string& name) const {
+    return context.files.read(context.paths.draftsFolder() / name).value();
+  }
+  void put(const std::string& name, std::string_view text) const {
+    context.files.createDirectories(context.paths.draftsFolder());
+    context.files.writeAtomically(context.paths.draftsFolder() / name, text);
+  }
+  [[nodiscard]] Memo stored(const std::string& body, std::optional<std::string> memoId) const {
+    Memo memo = store.createMemo(date, {.body = body, .tags = {"旅行"}, .mood = 3});
+    memo.memoId = std::move(memoId);
+    store.memoStore().write(memo, date);
+    return *store.memoStore().read(date, memo.seqNumber);
+  }
+  [[nodiscard]] static FocusMemoDraft draftOf(const Memo& memo) {
+    return {.memoId = memo.memoId,
+            .baseMemo = memo,
+            .bodyText = memo.body,
+            .tags = memo.tags,
+            .mood = memo.mood,
+            .attachments = memo.attachments,
+            .audioTranscripts = memo.audioTranscripts,
+            .originalNames = memo.originalNames};
+  }
+
+  Day date = day("2026-03-01");
+  DraftStore drafts{context};
+};
+
+TEST_F(DraftStoreTest, QuickInputComesBackWhole) {
+  const AudioTranscript transcript{"你好", {{.text = "你好", .start = 0.5, .duration = 1.25}}};
+  Memo editing = stored("正文", "memo_a");
+  editing.audioTranscripts["v.m4a"] = transcript;
+  const QuickInputDraft draft{
+      .text = "写到一半 \"引号\"\n第二行",
+      .originalTextBeforeAI = "原来的",
+      .attachmentsSnapshotBeforeAI = {{{"old.png"}, {{"old.m4a", transcript}}}},
+      .pendingAttachmentDates = {{"a.png", day("2026-02-28")}},
+      .pendingAttachments = {"a.png"},
+      .pendingAudioTranscripts = {{"v.m4a", transcript}},
+      .pendingOriginalNames = {{"a.png", "照片.png"}},
+      .selectedMood = 5,
+      .selectedDate = date,
+      .activeRecordingPath = "/r/voice.m4a",
+      .editingMemo = editing,
+      .editingMemoDate = day("2025-12-31"),
+      .updatedAt = clock.now()};
+  drafts.saveQuickInputDraft(draft);
+  const Json json = Json::parse(bytes("quick-input.json"));
+  EXPECT_EQ(json.at("updatedAt"), "2026-03-01T01:30:05Z");
+  EXPECT_EQ(json.at("selectedDate"), "2026-03-01T04:00:00Z");
+  const QuickInputDraft loaded = drafts.loadQuickInputDraft().value();
+  EXPECT_EQ(loaded.text, draft.text);
+  EXPECT_EQ(loaded.originalTextBeforeAI, draft.originalTextBeforeAI);
+  EXPECT_EQ(loaded.attachmentsSnapshotBeforeAI->attachments, std::vector<std::string>{"old.png"});
+  EXPECT_EQ(loaded.pendingAttachmentDates, draft.pendingAttachmentDates);
+  EXPECT_EQ(loaded.pendingAttachments, draft.pendingAttachments);
+  EXPECT_EQ(loaded.pendingAudioTranscripts.at("v.m4a").segments.at(0).duration, 1.25);
+  EXPECT_EQ(loaded.pendingOriginalNames, draft.pendingOriginalNames);
+  EXPECT_EQ(loaded.selectedMood, draft.selectedMood);
+  EXPECT_EQ(loaded.selectedDate, date);
+  EXPECT_EQ(loaded.activeRecordingPath, draft.activeRecordingPath);
+  EXPECT_TRUE(isStoredAs(loaded.editingMemo.value(), editing));
+  EXPECT_EQ(loaded.editingMemoDate, draft.editingMemoDate);
+  EXPECT_EQ(loaded.updatedAt, clock.now());
+  EXPECT_THAT(drafts.pendingAttachmentReferences(),
+              Optional(UnorderedElementsAre("a.png", "v.m4a", "old.png", "old.m4a")));
+}
+
+TEST_F(DraftStoreTest, OnlyWhatWouldBeMissedIsKept) {
+  drafts.clearQuickInputDraft();
+  EXPECT_FALSE(context.files.exists(context.paths.draftsFolder())) << "nothing to clear";
+  EXPECT_THAT(drafts.pendingAttachmentReferences(), Optional(IsEmpty()));
+  const auto draft = [&](auto change) {
+    QuickInputDraft made{.text = " \n　", .selectedDate = date, .updatedAt = clock.now()};
+    change(made);
+    drafts.saveQuickInputDraft(made);
+    return drafts.loadQuickInputDraft().has_value();
+  };
+  EXPECT_TRUE(draft([](QuickInputDraft& made) { made.selectedMood = 1; }));
+  EXPECT_FALSE(draft([](QuickInputDraft&) {})) << "blank: the draft from before goes";
+  EXPECT_TRUE(draft([](QuickInputDraft& made) { made.originalTextBeforeAI = ""; }));
+  EXPECT_TRUE(draft([](QuickInputDraft& made) { made.pendingAttachments = {"a"}; }));
+  EXPECT_TRUE(draft([](QuickInputDraft& made) { made.pendingAudioTranscripts["a"]; }));
+  EXPECT_TRUE(draft([](QuickInputDraft& made) { made.activeRecordingPath = "p"; }));
+}
+
+TEST_F(DraftStoreTest, DraftOfAMemoIsKeptWhileItSaysSomethingElse) {
+  const Memo memo = stored("正文", "memo_a");
+  const std::string file = "focus-id-6d656d6f5f61.json";
+  for (const auto& [name, change] :
+       std::vector<std::pair<std::string, std::function<void(FocusMemoDraft&)>>>{
+           {"body", [](auto& draft) { draft.bodyText += "！"; }},
+           {"tags", [](auto& draft) { draft.tags.clear(); }},
+           {"mood", [](auto& draft) { draft.mood.reset(); }},
+           {"attachments", [](auto& draft) { draft.attachments = {"a.png"}; }},
+           {"transcripts", [](auto& draft) { draft.audioTranscripts["v.m4a"].text = "话"; }}}) {
+    FocusMemoDraft draft = draftOf(memo);
+    change(draft);
+    drafts.saveFocusDraft(draft, date, memo.seqNumber);
+    EXPECT_THAT(files(), ElementsAre(file)) << name;
+    drafts.saveFocusDraft(draftOf(memo), date, memo.seqNumber);
+    EXPECT_THAT(files(), IsEmpty()) << name;
+  }
+}
+
+TEST_F(DraftStoreTest, DraftFollowsItsMemo) {
+  const Memo memo = stored("正文", "memo_a");
+  FocusMemoDraft draft = draftOf(memo);
+  draft.bodyText = "改到一半";
+  drafts.saveFocusDraft(draft, date, memo.seqNumber);
+  const Day elsewhere = day("2026-04-01");
+  EXPECT_EQ(drafts.loadFocusDraft(elsewhere, 9, "memo_a")->bodyText, "改到一半") << "moved";
+  EXPECT_EQ(drafts.loadFocusDraft(date, memo.seqNumber, {})->bodyText, "改到一半") << "by number";
+  EXPECT_FALSE(drafts.loadFocusDraft(date, memo.seqNumber, "memo_b"));
+  std::filesystem::rename(context.paths.draftsFolder() / "focus-id-6d656d6f5f61.json",
+                          context.paths.draftsFolder() / "focus-id-6d656d6f5f62.json");
+  EXPECT_FALSE(drafts.loadFocusDraft(date, memo.seqNumber, "memo_b")) << "another memo's";
+}
+
+TEST_F(DraftStoreTest, DraftFromBeforeTheIdentityIsFound) {
+  Memo memo = stored("正文", {});
+  FocusMemoDraft draft = draftOf(memo);
+  draft.bodyText = "改到一半";
+  drafts.saveFocusDraft(draft, date, memo.seqNumber);
+  EXPECT_THAT(files(), ElementsAre("focus-2026-03-01-001.json"));
+  memo.memoId = "memo_a";
+  store.memoStore().write(memo, date);
+  EXPECT_EQ(drafts.loadFocusDraft(date, memo.seqNumber, "memo_a")->bodyText, "改到一半");
+  drafts.saveFocusDraft(draft, date, memo.seqNumber);
+  EXPECT_THAT(files(), ElementsAre("focus-id-6d656d6f5f61.json"));
+  put("focus-2026-03-01-001.json", bytes("focus-id-6d656d6f5f61.json"));
+  drafts.clearFocusDraft(date, memo.seqNumber, "memo_a");
+  EXPECT_THAT(files(), IsEmpty());
+}
+
+// A memo that is gone or unreadable says nothing, so the draft may be all there is.
+TEST_F(DraftStoreTest, DraftOfALostMemoIsKept) {
+  const Memo memo = stored("正文", "memo_a");
+  const std::filesystem::path file = context.paths.memoFile(date, memo.seqNumber);
+  for (const std::string text : {"没有文件头", ""}) {
+    if (text.empty())
+      std::filesystem::remove(file);
+    else
+      context.files.writeAtomically(file, text);
+    drafts.saveFocusDraft(draftOf(memo), date, memo.seqNumber);
+    EXPECT_EQ(drafts.loadFocusDraft(date, memo.seqNumber, "memo_a")->bodyText, "正文") << text;
+    drafts.clearFocusDraft(date, memo.seqNumber, "memo_a");
+  }
+}
+
+TEST_F(DraftStoreTest, WhatCannotBeDecodedIsMovedAside) {
+  QuickInputDraft draft{.text = "新的", .selectedDate = date, .updatedAt = clock.now()};
+  for (const std::string damaged :
+       {"", "{", "[]", "{\"text\":1}", "{\"text\":\"没有别的\"}", "\xFF"}) {
+    put("quick-input.json", damaged);
+    EXPECT_FALSE(drafts.loadQuickInputDraft());
+    EXPECT_EQ(drafts.pendingAttachmentReferences(), std::nullopt) << damaged;
+    EXPECT_EQ(drafts.damagedDrafts().size(), 1U) << damaged;
+    drafts.saveQuickInputDraft(draft);
+    EXPECT_EQ(drafts.loadQuickInputDraft()->text, "新的");
+    EXPECT_NE(drafts.pendingAttachmentReferences(), std::nullopt);
+    ASSERT_EQ(drafts.damagedDrafts().size(), 1U);
+    EXPECT_EQ(context.files.read(drafts.damagedDrafts().front()), damaged);
+    std::filesystem::remove_all(context.paths.draftsFolder());
+  }
+  for (const char* text : {"一", "二"}) {
+    put("quick-input.json", text);
+    drafts.clearQuickInputDraft();
+  }
+  EXPECT_EQ(files().size(), 2U) << "damaged within one second, none over the other";
+}
+
+}  // namespace
+}  // namespace nomely::test
