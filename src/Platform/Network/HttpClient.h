@@ -19,8 +19,10 @@ namespace nomely {
 class HttpError : public Error {
  public:
   enum class Kind {
-    badURL,      // no URL, or one that may not be asked
+    badURL,      // no URL
+    refused,     // a URL without a scheme or one that may not be asked; a header that is no line
     connection,  // no connection, a failed TLS handshake, a reply that breaks off
+    notHttp,     // what came is no reply of this protocol
     timeout,
     tooLarge,  // the reply exceeds what the request allows
   };
@@ -44,7 +46,7 @@ struct HttpRequest {
   };
 
   Method method = Method::post;
-  // https, or http to a loopback or private address.
+  // https, or http to what resolves to a loopback or private address; for http no proxy is used.
   std::string url;
   std::vector<std::pair<std::string, std::string>> headers = {};
   std::string body = {};
@@ -64,8 +66,8 @@ struct HttpResponse {
 class HttpClient {
  public:
   virtual ~HttpClient() = default;
-  // Blocks until the reply is there. Throws HttpError, and CancellationError at once when asked to
-  // stop.
+  // Blocks until the reply is there. Throws HttpError, FileError when a part's file can't be read,
+  // and CancellationError at once when asked to stop.
   [[nodiscard]] virtual HttpResponse send(const HttpRequest& request,
                                           const std::stop_token& stop) = 0;
 };

@@ -1,0 +1,198 @@
+#include <cstring>
+#include <future>
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+
+#include "Platform/Cancellation.h"
+#include "Platform/Files/FileError.h"
+#include "Platform/Network/HttpClient.h"
+#include "Platform/Network/PrivateAddress.h"
+#include "Support/ErrorKind.h"
+#include "Support/LoopbackServer.h"
+#include "Support/TemporaryFolder.h"
+
+namespace nomely::test {
+namespace {
+
+using Kind = HttpError::Kind;
+using Manner = LoopbackServer::Manner;
+using Method = HttpRequest::Method;
+using namespace std::chrono_literals;
+
+class HttpClientTest : public testing::Test {
+ protected:
+  [[nodiscard]] HttpResponse send(const HttpRequest& request) { return client->send(request, {}); }
+
+  LoopbackServer server;
+  std::unique_ptr<HttpClient> client = makeHttpClient();
+};
+
+TEST_F(HttpClientTest, RequestsAndRepliesAsTheyAre) {
+  const std::string large(3 << 20, 'x');
+  server.answer("/echo", [](const LoopbackServer::Request& request) {
+    return LoopbackServer::Answer{.status = 201, .body = request.method + " " + request.body};
+  });
+  for (const auto& [method, body, reply] :
+       std::vector<std::tuple<Method, std::string, std::string>>{
+           {Method::get, "", "GET "},
+           {Method::post, "", "POST "},
+           {Method::post, std::string("a\0b\n日", 7), std::string("POST a\0b\n日", 12)},
+           {Method::post, large, "POST " + large},
+           {Method::patch, "{}", "PATCH {}"},
+           {Method::remove, "", "DELETE "},
+           {Method::remove, "x", "DELETE x"}}) {
+    const HttpResponse response =
+        send({method, server.url("/echo?a=1"), {{"X-Key", "k y"}, {"Empty", ""}}, body});
+    EXPECT_EQ(response.status, 201);
+    EXPECT_EQ(response.body, reply);
+    const LoopbackServer::Request seen = server.requests().back();
+    EXPECT_EQ(seen.target, "/echo?a=1");
+    EXPECT_EQ(seen.headers.at("x-key"), "k y");
+    EXPECT_EQ(seen.headers.at("empty"), "");
+    EXPECT_FALSE(seen.headers.contains("expect"));
+  }
+  server.answer("/moved", {.status = 302, .body = "there", .headers = {{"Location", "/echo"}}});
+  EXPECT_EQ(send({.url = server.url("/moved")}).status, 302) << "nothing is followed";
+  server.answer("/slow", {.body = std::string(100, 's'), .manner = Manner::byteByByte});
+  EXPECT_EQ(send({.url = server.url("/slow"), .idleTimeout = 5s}).body, std::string(100, 's'));
+  server.answer("/longer", {.body = "abcdef", .saidLength = 3});
+  EXPECT_EQ(send({.url = server.url("/longer")}).body, "abc");
+}
+
+TEST_F(HttpClientTest, PartsAreStreamedFromFiles) {
+  const TemporaryFolder folder;
+  const std::string sound(200'000, '\xAA');
+  writeFile(folder.path() / "a b.m4a", sound);
+  server.answer("/upload", {.body = "{}"});
+  static_cast<void>(send({.url = server.url("/upload"),
+                          .parts = {{.name = "model", .value = "w-1"},
+                                    {.name = "file",
+                                     .file = folder.path() / "a b.m4a",
+                                     .fileName = "audio.m4a",
+                                     .contentType = "audio/mp4"}}}));
+  const LoopbackServer::Request seen = server.awaitRequest();
+  EXPECT_EQ(seen.part("model"), "Content-Disposition: form-data; name=\"model\"\r\n\r\nw-1");
+  EXPECT_EQ(seen.part("file"),
+            "Content-Disposition: form-data; name=\"file\"; filename=\"audio.m4a\"\r\n"
+            "Content-Type: audio/mp4\r\n\r\n" +
+                sound);
+  EXPECT_EQ(kindOf<FileError>([&] {
+              static_cast<void>(send({.url = server.url("/upload"),
+                                      .parts = {{.name = "file", .file = folder.path() / "no"}}}));
+            }),
+            FileError::Kind::notFound);
+}
+
+TEST_F(HttpClientTest, WhatFailsAndHow) {
+  server.answer("/hang", {.manner = Manner::hanging});
+  server.answer("/half", {.body = "abcdef", .manner = Manner::halfHanging});
+  server.answer("/cut", {.body = "abcdef", .manner = Manner::cutOff});
+  server.answer("/short", {.body = "abc", .saidLength = 6});
+  server.answer("/none", {.body = "", .manner = Manner::raw});
+  server.answer("/garbage", {.body = "SSH-2.0-x\r\n", .manner = Manner::raw});
+  server.answer("/huge", {.body = std::string(1 << 20, 'h'), .times = 200});
+  server.answer("/endless", {.body = "HTTP/1.1 200 OK\r\n\r\n" + std::string(2 << 20, 'e'),
+                             .manner = Manner::raw});
+  server.answer("/drip", {.body = std::string(100'000, 'd'), .manner = Manner::byteByByte});
+  const std::string ours = server.url();
+  std::string closed;
+  {
+    const LoopbackServer gone;
+    closed = gone.url();
+  }
+  const std::string tls = "https" + ours.substr(4);
+  for (const auto& [url, kind, cause] : std::vector<std::tuple<std::string, Kind, std::string>>{
+           {ours + "/hang", Kind::timeout, "没有回应"},
+           {ours + "/half", Kind::timeout, "没有回应"},
+           {ours + "/drip", Kind::timeout, "没有回复完"},
+           {ours + "/cut", Kind::connection, "断开"},
+           {ours + "/short", Kind::connection, "断开"},
+           {ours + "/none", Kind::connection, "断开"},
+           {ours + "/garbage", Kind::notHttp, "不是 HTTP"},
+           {ours + "/huge", Kind::tooLarge, "1 MiB"},
+           {ours + "/endless", Kind::tooLarge, "1 MiB"},
+           {closed, Kind::connection, "拒绝了连接"},
+           {tls, Kind::connection, "加密连接"},
+           {"https://no.invalid/secret-path", Kind::connection, "找不到主机 no.invalid"},
+           {"http://8.8.8.8/", Kind::refused, "https://"},
+           {"ftp://127.0.0.1/", Kind::refused, "https://"},
+           {"file:///etc/passwd", Kind::refused, "https://"},
+           {"/v1/messages", Kind::refused, "https://"},
+           {"127.0.0.1:80/v1", Kind::refused, "https://"},
+           {"https://a b/", Kind::badURL, "写法"},
+           {"https://", Kind::badURL, "写法"},
+           {"https://host:99999/", Kind::badURL, "写法"}}) {
+    SCOPED_TRACE(url);
+    try {
+      static_cast<void>(
+          send({.url = url, .idleTimeout = 300ms, .wholeTimeout = 1s, .maxReply = 1 << 20}));
+      ADD_FAILURE() << "no failure";
+    } catch (const HttpError& failure) {
+      const std::string text = failure.what();
+      EXPECT_EQ(failure.kind(), kind) << text;
+      EXPECT_NE(text.find(cause), std::string::npos) << text;
+      EXPECT_EQ(text.find("secret-path"), std::string::npos) << text;
+    }
+  }
+  EXPECT_EQ(kindOf<HttpError>([&] {
+              static_cast<void>(send({.url = ours + "/hang", .headers = {{"Key", "a\r\nb: c"}}}));
+            }),
+            Kind::refused);
+}
+
+TEST_F(HttpClientTest, StopsAtOnce) {
+  server.answer("/hang", {.manner = Manner::hanging});
+  std::stop_source stop;
+  auto sent = std::async(std::launch::async, [&] {
+    return client->send({.url = server.url("/hang")}, stop.get_token());
+  });
+  static_cast<void>(server.awaitRequest());
+  const auto asked = std::chrono::steady_clock::now();
+  stop.request_stop();
+  EXPECT_THROW(sent.get(), CancellationError);
+  EXPECT_LT(std::chrono::steady_clock::now() - asked, 5s);
+  server.awaitQuiet();
+  EXPECT_THROW(static_cast<void>(client->send({.url = server.url("/hang")}, stop.get_token())),
+               CancellationError);
+  EXPECT_EQ(server.requests().size(), 1U);
+}
+
+TEST(PrivateAddress, ByItsNumbers) {
+  for (const auto& [text, isPrivate] : {std::pair("127.0.0.1", true),
+                                        {"127.255.3.4", true},
+                                        {"10.1.2.3", true},
+                                        {"172.15.255.255", false},
+                                        {"172.16.0.1", true},
+                                        {"172.31.255.255", true},
+                                        {"172.32.0.0", false},
+                                        {"192.168.9.9", true},
+                                        {"192.169.0.1", false},
+                                        {"169.254.1.1", true},
+                                        {"0.0.0.0", false},
+                                        {"8.8.8.8", false},
+                                        {"::1", true},
+                                        {"::", false},
+                                        {"fe80::1", true},
+                                        {"fd00::1", true},
+                                        {"fe00::1", false},
+                                        {"2001:db8::1", false},
+                                        {"::ffff:10.0.0.1", true},
+                                        {"::ffff:8.8.8.8", false}}) {
+    sockaddr_storage address{};
+    if (std::strchr(text, ':') == nullptr) {
+      auto& ipv4 = reinterpret_cast<sockaddr_in&>(address);
+      ipv4.sin_family = AF_INET;
+      ASSERT_EQ(::inet_pton(AF_INET, text, &ipv4.sin_addr), 1);
+    } else {
+      auto& ipv6 = reinterpret_cast<sockaddr_in6&>(address);
+      ipv6.sin6_family = AF_INET6;
+      ASSERT_EQ(::inet_pton(AF_INET6, text, &ipv6.sin6_addr), 1);
+    }
+    EXPECT_EQ(isPrivateAddress(reinterpret_cast<const sockaddr&>(address)), isPrivate) << text;
+  }
+}
+
+}  // namespace
+}  // namespace nomely::test

@@ -1,0 +1,247 @@
+#include "Support/LoopbackServer.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <memory>
+#include <stdexcept>
+
+#include <arpa/inet.h>
+#include <fmt/format.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "Support/Deadline.h"
+
+namespace nomely::test {
+namespace {
+
+std::string lowered(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](char c) {
+    return static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+  });
+  return text;
+}
+
+// Until `text` is that long, or has a head when no length is known; false when the client left
+// first, or speaks no HTTP.
+bool receive(int socket, std::string& text, std::size_t length) {
+  std::array<char, 1 << 16> buffer{};
+  while (text.size() < length) {
+    const ssize_t count = ::recv(socket, buffer.data(), buffer.size(), 0);
+    if (count <= 0) return false;
+    text.append(buffer.data(), static_cast<std::size_t>(count));
+    if (text.front() < 'A' || text.front() > 'Z') return false;
+    if (length == std::string::npos && text.find("\r\n\r\n") != std::string::npos) return true;
+  }
+  return true;
+}
+
+LoopbackServer::Request parsedHead(const std::string& head) {
+  LoopbackServer::Request request;
+  const std::size_t lineEnd = head.find("\r\n");
+  const std::size_t blank = head.find(' ');
+  request.method = head.substr(0, blank);
+  request.target = head.substr(blank + 1, head.find(' ', blank + 1) - blank - 1);
+  for (std::size_t begin = lineEnd + 2; begin < head.size();) {
+    const std::size_t end = std::min(head.find("\r\n", begin), head.size());
+    const std::size_t colon = head.find(':', begin);
+    if (colon < end)
+      request.headers[lowered(head.substr(begin, colon - begin))] =
+          head.substr(std::min(colon + 2, end), end - std::min(colon + 2, end));
+    begin = end + 2;
+  }
+  return request;
+}
+
+}  // namespace
+
+// A client's.
+class LoopbackServer::Connection {
+ public:
+  explicit Connection(int accepted) : socket(accepted) {}
+  ~Connection() {
+    thread.join();
+    ::close(socket);
+  }
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+
+  // False when the client has left.
+  [[nodiscard]] bool send(std::string_view bytes) const {
+    while (!bytes.empty()) {
+      const ssize_t count = ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+      if (count <= 0) return false;
+      bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+  }
+  // Until the client leaves or the server ends.
+  void hang() const {
+    char ignored = 0;
+    while (::recv(socket, &ignored, 1, 0) > 0) continue;
+  }
+
+  const int socket;
+  std::thread thread;
+};
+
+LoopbackServer::LoopbackServer() {
+  listening_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof address;
+  auto* const any = reinterpret_cast<sockaddr*>(&address);
+  if (::bind(listening_, any, length) != 0 || ::listen(listening_, 64) != 0 ||
+      ::getsockname(listening_, any, &length) != 0)
+    throw std::runtime_error("no loopback server");
+  port_ = ntohs(address.sin_port);
+  accepting_ = std::jthread([this] { accept(); });
+}
+
+LoopbackServer::~LoopbackServer() {
+  {
+    const std::lock_guard lock(mutex_);
+    closing_ = true;
+    for (const Connection& connection : connections_) ::shutdown(connection.socket, SHUT_RDWR);
+  }
+  ::shutdown(listening_, SHUT_RDWR);
+  accepting_.join();
+  connections_.clear();
+  ::close(listening_);
+}
+
+std::string LoopbackServer::url(std::string_view path) const {
+  return fmt::format("http://127.0.0.1:{}{}", port_, path);
+}
+
+void LoopbackServer::answer(const std::string& path, Answer answer) {
+  answerInTurn(path, {std::move(answer)});
+}
+
+void LoopbackServer::answerInTurn(const std::string& path, std::vector<Answer> answers) {
+  answer(path, [answers = std::move(answers), next = std::make_shared<std::atomic<std::size_t>>(0)](
+                   const Request&) { return answers[std::min((*next)++, answers.size() - 1)]; });
+}
+
+void LoopbackServer::answer(const std::string& path, Answering answering) {
+  const std::lock_guard lock(mutex_);
+  answers_[path] = std::move(answering);
+}
+
+std::vector<LoopbackServer::Request> LoopbackServer::requests() const {
+  const std::lock_guard lock(mutex_);
+  return requests_;
+}
+
+LoopbackServer::Request LoopbackServer::awaitRequest(std::size_t count) const {
+  std::unique_lock lock(mutex_);
+  if (!changed_.wait_for(lock, longestWait, [&] { return requests_.size() >= count; }))
+    throw std::runtime_error("no request came in time");
+  return requests_.back();
+}
+
+void LoopbackServer::awaitQuiet() const {
+  std::unique_lock lock(mutex_);
+  if (!changed_.wait_for(lock, longestWait, [&] { return open_ == 0; }))
+    throw std::runtime_error("a connection stays open");
+}
+
+void LoopbackServer::accept() {
+  for (;;) {
+    const int socket = ::accept4(listening_, nullptr, nullptr, SOCK_CLOEXEC);
+    const std::lock_guard lock(mutex_);
+    if (closing_) {
+      if (socket >= 0) ::close(socket);
+      return;
+    }
+    if (socket < 0) continue;
+    ++open_;
+    Connection& connection = connections_.emplace_back(socket);
+    connection.thread = std::thread([this, &connection] {
+      serve(connection);
+      ::shutdown(connection.socket, SHUT_RDWR);
+      const std::lock_guard ended(mutex_);
+      --open_;
+      changed_.notify_all();
+    });
+  }
+}
+
+void LoopbackServer::serve(const Connection& connection) {
+  std::string text;
+  if (!receive(connection.socket, text, std::string::npos)) return;
+  const std::size_t bodyStart = text.find("\r\n\r\n") + 4;
+  Request request = parsedHead(text.substr(0, bodyStart - 2));
+  if (const auto said = request.headers.find("content-length"); said != request.headers.end())
+    if (!receive(connection.socket, text, bodyStart + std::stoull(said->second))) return;
+  request.body = text.substr(bodyStart);
+  const Answer answer = answerTo(request);
+  {
+    const std::lock_guard lock(mutex_);
+    requests_.push_back(std::move(request));
+    changed_.notify_all();
+  }
+  send(connection, answer);
+}
+
+LoopbackServer::Answer LoopbackServer::answerTo(const Request& request) {
+  Answering answering;
+  {
+    const std::lock_guard lock(mutex_);
+    const auto found = answers_.find(request.target.substr(0, request.target.find('?')));
+    if (found != answers_.end()) answering = found->second;
+  }
+  return answering ? answering(request) : Answer{.status = 404, .body = "nothing here"};
+}
+
+void LoopbackServer::send(const Connection& connection, const Answer& answer) const {
+  if (answer.manner == Manner::hanging) return connection.hang();
+  if (answer.manner == Manner::raw) {
+    static_cast<void>(connection.send(answer.body));
+    return;
+  }
+  std::string head =
+      fmt::format("HTTP/1.1 {} Told\r\nConnection: close\r\nContent-Length: {}\r\n", answer.status,
+                  answer.saidLength.value_or(answer.body.size() * answer.times));
+  for (const auto& [name, value] : answer.headers) head += fmt::format("{}: {}\r\n", name, value);
+  if (!connection.send(head + "\r\n")) return;
+  const std::string_view body = answer.body;
+  switch (answer.manner) {
+    case Manner::byteByByte:
+      for (const char& byte : body) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        if (!connection.send({&byte, 1})) return;
+      }
+      return;
+    case Manner::cutOff:
+      static_cast<void>(connection.send(body.substr(0, body.size() / 2)));
+      return;
+    case Manner::halfHanging:
+      if (connection.send(body.substr(0, body.size() / 2))) connection.hang();
+      return;
+    default:
+      for (std::size_t i = 0; i < answer.times; ++i)
+        if (!connection.send(body)) return;
+  }
+}
+
+std::string LoopbackServer::Request::part(std::string_view name) const {
+  const std::size_t equals = headers.at("content-type").find("boundary=");
+  const std::string boundary = "--" + headers.at("content-type").substr(equals + 9);
+  const std::string sought = fmt::format("name=\"{}\"", name);
+  for (std::size_t begin = body.find(boundary); begin != std::string::npos;) {
+    const std::size_t end = body.find(boundary, begin + 1);
+    const std::string part = body.substr(begin, end == std::string::npos ? end : end - begin);
+    const std::size_t valueStart = part.find("\r\n\r\n");
+    if (valueStart != std::string::npos &&
+        part.substr(0, valueStart).find(sought) != std::string::npos)
+      return part.substr(boundary.size() + 2, part.size() - boundary.size() - 4);
+    begin = end;
+  }
+  return {};
+}
+
+}  // namespace nomely::test
