@@ -4,7 +4,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include "Platform/Text/Unicode.h"
+#include "Platform/Text/Printable.h"
 
 namespace nomely {
 
@@ -38,20 +38,7 @@ Style Terminal::styleFor(ColorMode mode, bool isTerminal, const Environment& env
 }
 
 std::string Terminal::printable(std::string_view text) {
-  std::string shown;
-  shown.reserve(text.size());
-  while (!text.empty()) {
-    const DecodedCharacter character = decodeFirst(text);
-    const char32_t value = character.value;
-    const bool isControl =
-        (value < 0x20 && value != '\n' && value != '\t') || (value >= 0x7F && value < 0xA0);
-    if (isControl)
-      appendUtf8(shown, 0xFFFD);
-    else
-      shown.append(text.substr(0, character.length));
-    text.remove_prefix(character.length);
-  }
-  return shown;
+  return nomely::printable(text);
 }
 
 }  // namespace nomely

@@ -43,8 +43,7 @@ namespace Terminal {
 [[nodiscard]] std::size_t columns();
 [[nodiscard]] Style styleFor(ColorMode mode, bool isTerminal, const Environment& environment);
 
-// `text` fit to be shown: control characters but line feeds and tabs, which could drive the
-// terminal, become U+FFFD.
+// Platform/Text/Printable.h's.
 [[nodiscard]] std::string printable(std::string_view text);
 
 }  // namespace Terminal

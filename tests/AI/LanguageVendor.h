@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+
+#include "AI/AIConfig.h"
+#include "Platform/Network/HttpClient.h"
+#include "Platform/Text/Json.h"
+#include "Support/LoopbackServer.h"
+
+namespace nomely::test {
+
+// A language model's vendor on this machine, in both dialects.
+class LanguageVendor : public LoopbackServer {
+ public:
+  static constexpr const char* claudePath = "/v1/messages";
+  static constexpr const char* openAIPath = "/v1/chat/completions";
+
+  // Settings that lead here.
+  [[nodiscard]] AIConfig config(AIConfig::Provider provider = AIConfig::Provider::custom) const {
+    AIConfig config;
+    config.provider = provider;
+    config.model = "model-1";
+    config.apiKey = "sk-planted";
+    config.baseURL = url();
+    return config;
+  }
+
+  // From here on, every question gets that reply.
+  void replies(const std::string& text, const std::string& finish = "stop") {
+    answer(
+        openAIPath,
+        {.body = Json{{"choices", {{{"message", {{"content", text}}}, {"finish_reason", finish}}}}}
+                     .dump()});
+  }
+
+  const std::unique_ptr<HttpClient> http = makeHttpClient();
+};
+
+}  // namespace nomely::test
