@@ -1,0 +1,67 @@
+// Everything that has to do with sound, in a process of its own: a decoder that crashes over a
+// hostile file takes nothing with it, and the libraries cost no start of the main program.
+//
+//   nomely-media probe          "duration SECONDS" of the file on descriptor 0
+//   nomely-media decode         its samples to 3, 16 kHz, mono, 16 bits
+//   nomely-media remux          the recording on 0, playable everywhere, into the empty file on 3
+//   nomely-media record DEVICE  see Recording.h; into the empty file on 3
+//
+// What has no answer of its own ends with "done". A failure is told as the line "error KIND DETAIL"
+// and gives status 1.
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <string_view>
+
+#include <unistd.h>
+
+#include "Media/Answers.h"
+#include "Media/Confinement.h"
+#include "Media/Decoding.h"
+#include "Media/Failure.h"
+#include "Media/Recording.h"
+#include "Media/RecordingFile.h"
+
+namespace nomely::media {
+namespace {
+
+constexpr int file = 3;
+
+void run(std::string_view job, const std::string& device) {
+  ::av_log_set_level(AV_LOG_QUIET);
+  if (job == "record") return record(device, file, STDIN_FILENO, STDOUT_FILENO);
+  confine();
+  if (job == "probe")
+    Answers(STDOUT_FILENO).line("duration " + std::to_string(durationOf(STDIN_FILENO)));
+  else if (job == "decode")
+    decode(STDIN_FILENO, file);
+  else if (job == "remux")
+    remux(STDIN_FILENO, file);
+  else
+    throw Failure("usage", "probe | decode | remux | record DEVICE");
+}
+
+int runReported(std::string_view job, const std::string& device) {
+  const Answers answers(STDOUT_FILENO);
+  try {
+    run(job, device);
+    if (job == "decode" || job == "remux") answers.line("done");
+    return 0;
+  } catch (const Failure& failure) {
+    answers.line("error " + failure.kind() + " " + failure.what());
+  } catch (const std::exception& error) {
+    answers.line(std::string("error internal ") + error.what());
+  }
+  return 1;
+}
+
+}  // namespace
+}  // namespace nomely::media
+
+int main(int count, char** arguments) {
+  const int status = nomely::media::runReported(count > 1 ? arguments[1] : "",
+                                                count > 2 ? arguments[2] : "default");
+  // A device may still hold the thread that reads it.
+  std::fflush(nullptr);
+  ::_exit(status);
+}

@@ -1,0 +1,90 @@
+#include "Platform/Audio/MediaFile.h"
+
+#include <cerrno>
+#include <charconv>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include "Platform/Files/FileError.h"
+#include "Platform/System/Log.h"
+
+namespace nomely {
+namespace {
+
+constexpr auto program = "nomely-media";
+
+Descriptor openSource(const std::filesystem::path& file) {
+  // Of a pipe nobody writes to, opening alone would wait for ever.
+  Descriptor opened(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  struct stat status {};
+  if (opened.get() < 0 || ::fstat(opened.get(), &status) != 0) throw FileError("读取", file, errno);
+  if (!S_ISREG(status.st_mode)) throw FileError("读取", file, EINVAL);
+  return opened;
+}
+
+// Throws what the line "error KIND DETAIL" tells; an absent line is that of a crash.
+[[noreturn]] void fail(const std::optional<std::string>& line) {
+  Log::error(LogChannel::app, "nomely-media: {}", line.value_or("ended without an answer"));
+  const std::string_view told = line ? std::string_view(*line) : "";
+  if (told.starts_with("error noAudio"))
+    throw MediaError(MediaError::Kind::noAudio, "文件里没有声音");
+  if (told.starts_with("error noSpace"))
+    throw MediaError(MediaError::Kind::noSpace, "磁盘空间不足");
+  if (!line || told.starts_with("error unreadable"))
+    throw MediaError(MediaError::Kind::unreadable, "不是可读的音频文件，或者文件已损坏");
+  throw MediaError(MediaError::Kind::other, "音频处理失败，详情见日志");
+}
+
+void requireSuccess(HelperProcess& process, const std::stop_token& stop) {
+  if (const auto line = process.readLine(stop); !line || *line != "done") fail(line);
+}
+
+}  // namespace
+
+double MediaFile::duration(const std::filesystem::path& file, const std::stop_token& stop) {
+  const Descriptor source = openSource(file);
+  HelperProcess process({.program = program, .arguments = {"probe"}, .input = source.get()});
+  constexpr std::string_view answer = "duration ";
+  const auto line = process.readLine(stop);
+  if (!line || !line->starts_with(answer)) fail(line);
+  double seconds = 0;
+  std::from_chars(line->data() + answer.size(), line->data() + line->size(), seconds);
+  return seconds;
+}
+
+void MediaFile::remux(int source, int target, const std::stop_token& stop) {
+  HelperProcess process(
+      {.program = program, .arguments = {"remux"}, .input = source, .file = target});
+  requireSuccess(process, stop);
+}
+
+SampleStream::SampleStream(const std::filesystem::path& file)
+    : source_(openSource(file)),
+      samples_(makePipe()),
+      process_({.program = program,
+                .arguments = {"decode"},
+                .input = source_.get(),
+                .file = samples_.writing.get()}) {
+  // Else the pipe would never end.
+  samples_.writing.close();
+}
+
+std::size_t SampleStream::read(std::span<std::int16_t> samples, const std::stop_token& stop) {
+  const std::span<char> bytes(reinterpret_cast<char*>(samples.data()), samples.size_bytes());
+  std::size_t filled = 0;
+  while (filled < bytes.size()) {
+    const std::size_t count = readFromPipe(samples_.reading.get(), bytes.subspan(filled), stop);
+    if (count == 0) {
+      if (filled == 0 && !std::exchange(hasEnded_, true)) requireSuccess(process_, stop);
+      break;
+    }
+    filled += count;
+  }
+  return filled / sizeof(std::int16_t);
+}
+
+}  // namespace nomely

@@ -1,0 +1,131 @@
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include "AI/AudioRecorder.h"
+#include "Platform/Audio/MediaFile.h"
+#include "Support/Deadline.h"
+#include "Support/ErrorKind.h"
+#include "Support/ForkedRun.h"
+#include "Support/ManualClock.h"
+#include "Support/Mounts.h"
+#include "Support/Sound.h"
+#include "Support/TemporaryFolder.h"
+
+namespace nomely::test {
+namespace {
+
+using Kind = RecorderError::Kind;
+
+class AudioRecorderTest : public testing::Test {
+ protected:
+  std::filesystem::path start() {
+    return recorder.startRecording(folder.path(), PlayedMicrophone::name);
+  }
+  // Plays until `seconds` more were recorded.
+  void record(double seconds) {
+    const double end = recorder.status().seconds + seconds;
+    microphone.play(seconds + 0.5);
+    const auto deadline = std::chrono::steady_clock::now() + longestWait;
+    while (recorder.status().seconds < end && std::chrono::steady_clock::now() < deadline)
+      std::this_thread::yield();
+    EXPECT_GE(recorder.status().seconds, end);
+    EXPECT_GT(recorder.status().level, 0.4);
+  }
+  void killProgram() {
+    for (const pid_t child : childrenOf(::getpid())) ::kill(child, SIGKILL);
+    const auto deadline = std::chrono::steady_clock::now() + longestWait;
+    while (!recorder.status().hasEnded && std::chrono::steady_clock::now() < deadline)
+      std::this_thread::yield();
+  }
+  [[nodiscard]] std::size_t leftBehind() const {
+    return LockedRecording::leftBehind(folder.path()).size();
+  }
+
+  TemporaryFolder folder;
+  TemporaryFolder home;
+  PlayedMicrophone microphone{home.path()};
+  ManualClock clock{"2026-03-01 09:00:00"};
+  std::unique_ptr<AudioCapture> capture = makeAudioCapture();
+  AudioRecorder recorder{*capture, clock};
+};
+
+TEST_F(AudioRecorderTest, StoppedRecordingIsAPlainFileAndHeldUntilLetGo) {
+  const auto path = start();
+  EXPECT_EQ(path, folder.path() / "voice_2026-03-01_090000.m4a");
+  EXPECT_EQ(kindOf<RecorderError>([&] { (void)start(); }), Kind::alreadyRecording);
+  record(1.5);
+  EXPECT_EQ(leftBehind(), 0U);
+  EXPECT_EQ(recorder.stopRecording(), path);
+  EXPECT_GE(MediaFile::duration(path, {}), 1.5);
+  EXPECT_EQ(readFile(path).find("moof"), std::string::npos);
+  EXPECT_EQ(leftBehind(), 0U);
+  EXPECT_EQ(kindOf<RecorderError>([&] { (void)recorder.stopRecording(); }), Kind::notRecording);
+  recorder.letGo();
+  EXPECT_EQ(leftBehind(), 1U);
+  // The same second again.
+  EXPECT_EQ(start(), folder.path() / "voice_2026-03-01_090000_2.m4a");
+  recorder.cancelRecording();
+  EXPECT_EQ(leftBehind(), 1U);
+}
+
+TEST_F(AudioRecorderTest, KilledRecorderLosesASecondAtMost) {
+  const auto path = start();
+  record(3);
+  killProgram();
+  EXPECT_EQ(recorder.status().failure, "录音程序意外结束了");
+  EXPECT_FALSE(recorder.resumeRecording());
+  EXPECT_GE(MediaFile::duration(path, {}), 2.0);
+  EXPECT_EQ(recorder.stopRecording(), path);
+  EXPECT_GE(MediaFile::duration(path, {}), 2.0);
+}
+
+// Needs root.
+TEST_F(AudioRecorderTest, FullDiskEndsARecordingThatPlays) {
+  const ChildEnd end = runInChild([this] {
+    if (const auto reason = takePrivateMounts()) GTEST_SKIP() << *reason;
+    const Mount disk({.type = "tmpfs", .options = "size=100k"}, folder.path());
+    std::promise<std::string> failure;
+    const auto path = recorder.startRecording(folder.path(), PlayedMicrophone::name,
+                                              [&](const CaptureStatus& status) {
+                                                if (status.hasEnded)
+                                                  failure.set_value(status.failure);
+                                              });
+    microphone.play(20);
+    EXPECT_EQ(inTime(failure), "磁盘空间不足");
+    (void)recorder.stopRecording();
+    EXPECT_GT(MediaFile::duration(path, {}), 4.0);
+    recorder.letGo();
+  });
+  if (end == skippedInChild) GTEST_SKIP();
+  EXPECT_EQ(end, ChildEnd{});
+}
+
+TEST_F(AudioRecorderTest, PausedSoundIsNotRecorded) {
+  const auto path = start();
+  record(1);
+  EXPECT_TRUE(recorder.pauseRecording());
+  microphone.play(20);
+  EXPECT_TRUE(recorder.resumeRecording());
+  record(1);
+  (void)recorder.stopRecording();
+  EXPECT_LT(MediaFile::duration(path, {}), 5.0);
+}
+
+TEST_F(AudioRecorderTest, DeviceThatCantBeUsedLeavesNoFile) {
+  writeFile(
+      microphone.configuration(),
+      "pcm.lost { type file slave.pcm { type null } file /dev/null format raw infile \"/\" }");
+  try {
+    (void)recorder.startRecording(folder.path(), "none");
+    ADD_FAILURE();
+  } catch (const RecorderError& error) {
+    EXPECT_STREQ(error.what(), "录音初始化失败: 找不到麦克风“none”，请接上麦克风或换一个设备");
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+}  // namespace
+}  // namespace nomely::test

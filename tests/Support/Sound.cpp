@@ -1,0 +1,77 @@
+#include "Support/Sound.h"
+
+#include <cmath>
+#include <cstdint>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Support/TemporaryFolder.h"
+
+namespace nomely::test {
+
+void writeSilence(const std::filesystem::path& file, double seconds) {
+  const auto size = static_cast<std::uint32_t>(std::llround(seconds * 16000) * 2);
+  const auto number = [](std::uint32_t value) {
+    return std::string(reinterpret_cast<const char*>(&value), sizeof value);
+  };
+  using namespace std::string_literals;
+  const std::string header = "RIFF" + number(36 + size) + "WAVEfmt " + number(16) + "\1\0\1\0"s +
+                             number(16000) + number(32000) + "\2\0\x10\0"s + "data" + number(size);
+  writeFile(file, header);
+  std::filesystem::resize_file(file, header.size() + size);
+}
+
+PlayedMicrophone::PlayedMicrophone(const std::filesystem::path& folder)
+    : configuration_(folder / "asound.conf") {
+  const std::filesystem::path pipe = folder / "microphone";
+  if (::mkfifo(pipe.c_str(), 0600) != 0) throw std::runtime_error("no pipe");
+  // Open for reading too, so that it never ends.
+  pipe_ = ::open(pipe.c_str(), O_RDWR | O_CLOEXEC);
+  writeFile(configuration_, std::string("pcm.") + name +
+                                " { type file slave.pcm { type null } file /dev/null format raw "
+                                "infile \"" +
+                                pipe.string() + "\" }\n");
+  ::setenv("ALSA_CONFIG_PATH", configuration_.c_str(), 1);
+}
+
+PlayedMicrophone::~PlayedMicrophone() {
+  ::unsetenv("ALSA_CONFIG_PATH");
+  ::close(pipe_);
+}
+
+void PlayedMicrophone::play(double seconds) const {
+  std::vector<std::int16_t> samples(static_cast<std::size_t>(seconds * 44100));
+  for (std::size_t i = 0; i < samples.size(); ++i)
+    samples[i] = static_cast<std::int16_t>(16000 * std::sin(static_cast<double>(i) * 0.06));
+  const auto* bytes = reinterpret_cast<const char*>(samples.data());
+  for (std::size_t left = samples.size() * 2; left > 0;) {
+    const ssize_t count = ::write(pipe_, bytes, left);
+    if (count <= 0) throw std::runtime_error("nobody listens");
+    bytes += count;
+    left -= static_cast<std::size_t>(count);
+  }
+}
+
+std::vector<pid_t> childrenOf(pid_t parent) {
+  std::vector<pid_t> children;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    std::ifstream stream(entry.path() / "stat");
+    std::string text;
+    if (!std::getline(stream, text)) continue;
+    std::istringstream fields(text.substr(text.rfind(')') + 1));
+    char state = 'Z';
+    pid_t itsParent = 0;
+    fields >> state >> itsParent;
+    if (itsParent == parent && state != 'Z')
+      children.push_back(static_cast<pid_t>(std::stoi(entry.path().filename())));
+  }
+  return children;
+}
+
+}  // namespace nomely::test

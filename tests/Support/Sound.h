@@ -1,0 +1,38 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace nomely::test {
+
+// A WAV file of silence, 16 kHz, mono; its samples are a hole that takes no room on the disk.
+void writeSilence(const std::filesystem::path& file, double seconds);
+
+// A device of ALSA's that hears what a test plays to it, as long as this lives. Programs started
+// meanwhile by this process find it under `name`.
+class PlayedMicrophone {
+ public:
+  static constexpr auto name = "played";
+
+  explicit PlayedMicrophone(const std::filesystem::path& folder);
+  ~PlayedMicrophone();
+  PlayedMicrophone(const PlayedMicrophone&) = delete;
+  PlayedMicrophone& operator=(const PlayedMicrophone&) = delete;
+
+  // Returns when all but the last moment of it was heard.
+  void play(double seconds) const;
+  // What ALSA_CONFIG_PATH has to be.
+  [[nodiscard]] const std::filesystem::path& configuration() const { return configuration_; }
+
+ private:
+  std::filesystem::path configuration_;
+  int pipe_ = -1;
+};
+
+// The processes that `parent` has started and that still run.
+[[nodiscard]] std::vector<pid_t> childrenOf(pid_t parent);
+
+}  // namespace nomely::test
