@@ -10,6 +10,8 @@ pkg_check_modules(yaml REQUIRED IMPORTED_TARGET yaml-0.1)
 pkg_check_modules(systemd REQUIRED IMPORTED_TARGET libsystemd)
 pkg_check_modules(cmark REQUIRED IMPORTED_TARGET libcmark-gfm)
 pkg_check_modules(psl REQUIRED IMPORTED_TARGET libpsl)
+# For its headers: it is loaded when first used.
+pkg_check_modules(secret REQUIRED libsecret-1)
 if(NOMELY_TESTS)
   find_package(GTest REQUIRED)
 endif()
