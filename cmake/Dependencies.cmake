@@ -12,6 +12,8 @@ pkg_check_modules(cmark REQUIRED IMPORTED_TARGET libcmark-gfm)
 pkg_check_modules(psl REQUIRED IMPORTED_TARGET libpsl)
 pkg_check_modules(libav REQUIRED IMPORTED_TARGET libavformat libavcodec libswresample libavutil)
 pkg_check_modules(alsa REQUIRED IMPORTED_TARGET alsa)
+# For its headers: it is loaded when first used.
+pkg_check_modules(secret REQUIRED libsecret-1)
 if(NOMELY_TESTS)
   find_package(GTest REQUIRED)
 endif()

@@ -1,7 +1,6 @@
 #include "AI/AIConfig.h"
 
 #include <array>
-#include <string_view>
 
 namespace nomely {
 namespace {
@@ -28,7 +27,17 @@ const Vendor& vendorOf(AIConfig::Provider provider) {
   return vendors.at(static_cast<std::size_t>(provider));
 }
 
+constexpr std::array<std::string_view, vendors.size()> vendorNames = [] {
+  std::array<std::string_view, vendors.size()> names;
+  for (std::size_t i = 0; i < names.size(); ++i) names[i] = vendors[i].name;
+  return names;
+}();
+
 }  // namespace
+
+std::string_view AIConfig::displayName(Provider provider) {
+  return vendorOf(provider).displayName;
+}
 
 std::string AIConfig::effectiveBaseURL() const {
   return baseURL && !baseURL->empty() ? *baseURL : std::string(vendorOf(provider).defaultBaseURL);
@@ -39,6 +48,29 @@ void AIConfig::choose(Provider chosen) {
   provider = chosen;
   model = vendorOf(chosen).defaultModel;
   baseURL = vendorOf(chosen).defaultBaseURL;
+}
+
+ConfigFields configFields(AIConfig& config) {
+  using enum ConfigField::Presence;
+  constexpr double day = 86400;
+  ConfigField::Choice provider = choiceOf(config.provider, vendorNames);
+  provider.choose = [&config](std::size_t index) {
+    config.choose(static_cast<AIConfig::Provider>(index));
+  };
+  return {{.key = "provider", .target = provider},
+          {.key = "model", .target = &config.model},
+          {.key = "apiKey", .target = &config.apiKey, .account = "Nomely.aiAPIKey"},
+          {.key = "baseURL", .target = &config.baseURL, .presence = optional, .isURL = true},
+          {.key = "features.writingAssistant", .target = &config.features.writingAssistant},
+          {.key = "features.beautify", .target = &config.features.beautify},
+          {.key = "timeout",
+           .target = &config.timeout,
+           .presence = optional,
+           .least = 1,
+           .most = day,
+           .whyNot = config.provider == AIConfig::Provider::custom
+                         ? std::string_view()
+                         : "timeout 只在 provider 为 custom 时可以设置"}};
 }
 
 }  // namespace nomely

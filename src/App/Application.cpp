@@ -66,6 +66,8 @@ Application::Application(const ApplicationContext& context)
       userDefaults_(
           isUnitTesting_ ? storage_.paths.rootURL / ".state" : context.environment.stateFolder(),
           storage_.files),
+      settings_(storage_, isUnitTesting_ ? testSecrets_ : context.secrets,
+                isUnitTesting_ ? AppSettings::Source::defaults : AppSettings::Source::files),
       jobs_(jobThreads()),
       searchIndex_(storage_, jobs_),
       startup_(context.executor) {}

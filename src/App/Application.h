@@ -4,12 +4,14 @@
 #include <memory>
 #include <optional>
 
+#include "App/AppSettings.h"
 #include "Core/Lifecycle/StartupCoordinator.h"
 #include "Core/Query/EntryDateIndex.h"
 #include "Core/Query/SearchIndex.h"
 #include "Core/Service/MemoService.h"
 #include "Platform/Concurrency/JobPool.h"
 #include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Settings/MemorySecrets.h"
 #include "Platform/Settings/UserDefaults.h"
 #include "Platform/System/Environment.h"
 #include "Platform/Time/Clock.h"
@@ -25,6 +27,7 @@ struct ApplicationContext {
   MainExecutor& executor;
   const Clock& clock;
   FileSystem& fileSystem;
+  SecretBackend& secrets;
 };
 
 // Builds everything once, in order, and owns it for the life of the process. Lives on the main
@@ -37,7 +40,7 @@ class Application {
   Application(const Application&) = delete;
   Application& operator=(const Application&) = delete;
 
-  // Under a test host the root is a private folder and no setting of the user's is read.
+  // Under a test host the root is a private folder, and no setting or secret of the user's is read.
   [[nodiscard]] bool isUnitTesting() const { return isUnitTesting_; }
   // Set when a restore has replaced the data: start-up jobs then refuse to start.
   [[nodiscard]] bool dataMaintenance() const { return dataMaintenance_; }
@@ -51,6 +54,7 @@ class Application {
   // The models of a user interface, made when first asked for: a single command needs none.
   [[nodiscard]] DayViewModel& dayViewModel();
   [[nodiscard]] EntryDateIndex& entryDateIndex();
+  [[nodiscard]] AppSettings& settings() { return settings_; }
   [[nodiscard]] UserDefaults& userDefaults() { return userDefaults_; }
   [[nodiscard]] StartupCoordinator& startup() { return startup_; }
 
@@ -65,6 +69,8 @@ class Application {
   StoreContext storage_;
   MemoService memos_;
   UserDefaults userDefaults_;
+  MemorySecrets testSecrets_;  // under a test host
+  AppSettings settings_;
   JobPool jobs_;
   SearchIndex searchIndex_;
   std::unique_ptr<DayViewModel> dayViewModel_;

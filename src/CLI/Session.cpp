@@ -31,8 +31,8 @@ std::filesystem::path Session::chosenRoot() const {
 
 Application& Session::application() {
   if (application_) return *application_;
-  application_ = std::make_unique<Application>(
-      ApplicationContext{environment(), chosenRoot(), runLoop_, clock(), machine_.fileSystem});
+  application_ = std::make_unique<Application>(ApplicationContext{
+      environment(), chosenRoot(), runLoop_, clock(), machine_.fileSystem, machine_.secrets});
   const auto root = application_->storage().files.attributes(application_->paths().rootURL);
   if (root && root->type != FileType::directory)
     throw FileError("打开数据目录", application_->paths().rootURL, ENOTDIR);
@@ -45,6 +45,9 @@ Application& Session::application() {
       });
   passedOver_ = NotificationCenter::shared().observe(
       Notifications::memoPassedOver, [this](const std::string& what) { tellUnreadable(what); });
+  application_->settings().onProblem = [this](const std::string& problem) {
+    say(fmt::format("{} {}", errorStyle().warning("设置"), Terminal::printable(problem)));
+  };
   return *application_;
 }
 

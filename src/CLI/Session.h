@@ -38,6 +38,7 @@ struct Machine {
   Environment environment;
   const Clock& clock;
   FileSystem& fileSystem;
+  SecretBackend& secrets;
 };
 
 // One run of a command: its options, its streams, and the application it works on.
@@ -58,6 +59,7 @@ class Session {
   [[nodiscard]] Application& application();
   [[nodiscard]] const DayStore& dayStore() { return application().dayStore(); }
   [[nodiscard]] const MemoService& memos() { return application().memos(); }
+  [[nodiscard]] AppSettings& settings() { return application().settings(); }
 
   // Whether the data root is there. What reads it alone says so when it isn't.
   [[nodiscard]] bool hasRoot();

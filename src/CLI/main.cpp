@@ -1,7 +1,10 @@
 #include "CLI/CommandLine.h"
+#include "Platform/Settings/DesktopSecrets.h"
 
 int main(int count, char** arguments) {
+  const nomely::Environment environment = nomely::Environment::current();
   const nomely::SystemClock clock;
+  nomely::DesktopSecrets secrets(environment, nomely::posixFileSystem());
   return nomely::runCommandLine({arguments + 1, arguments + count},
-                                {nomely::Environment::current(), clock, nomely::posixFileSystem()});
+                                {environment, clock, nomely::posixFileSystem(), secrets});
 }

@@ -26,7 +26,8 @@ class ApplicationTest : public testing::Test {
             .root = std::move(root),
             .executor = loop,
             .clock = clock,
-            .fileSystem = posixFileSystem()};
+            .fileSystem = posixFileSystem(),
+            .secrets = secrets};
   }
 
   TemporaryFolder folder;
@@ -34,6 +35,7 @@ class ApplicationTest : public testing::Test {
   fs::path temporary = folder.path() / "temporary";
   RunLoop loop;
   ManualClock clock;
+  MemorySecrets secrets;
 };
 
 TEST_F(ApplicationTest, RootOfTheEnvironment) {

@@ -235,6 +235,14 @@ void FileManager::createDirectories(const path& directory, unsigned permissions)
   if (fileSystem_.makeDirectory(directory, permissions)) settleNew(directory);
 }
 
+bool FileManager::setPermissions(const path& name, unsigned permissions) const {
+  const auto file = fileSystem_.open(name, FileSystem::OpenMode::read, LinkPolicy::follow);
+  if (!file) throw FileError("修改权限", name, ENOENT);
+  if (file->attributes().permissions == permissions) return false;
+  file->setPermissions(permissions);
+  return true;
+}
+
 void FileManager::copyFile(const path& source, const path& destination, LinkPolicy links) const {
   const auto original = fileSystem_.open(source, FileSystem::OpenMode::read, links);
   if (!original) throw FileError("复制", source, ENOENT);

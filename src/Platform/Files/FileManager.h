@@ -70,6 +70,9 @@ class FileManager {
   // missing parents. Nothing happens when it is there.
   void createDirectories(const std::filesystem::path& path, unsigned permissions = 0777) const;
 
+  // Gives an existing file or folder those permissions. Returns whether it had others.
+  bool setPermissions(const std::filesystem::path& path, unsigned permissions) const;
+
   // Copies one regular file with its metadata; `destination` must be free. With
   // LinkPolicy::noFollow a source that is a symbolic link is refused.
   void copyFile(const std::filesystem::path& source, const std::filesystem::path& destination,

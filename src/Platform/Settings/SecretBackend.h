@@ -12,7 +12,14 @@ namespace nomely {
 struct SecretLookup {
   enum class State { found, none, unavailable };
   State state = State::none;
-  std::string value = {};  // when found
+  std::string value = {};    // when found
+  std::string problem = {};  // when unavailable: why, and what to do about it, in Chinese
+};
+
+// Where a store keeps its secrets.
+enum class SecretPlace {
+  keyring,
+  ownFile,  // a file that its user alone can read, and whoever reads the disk
 };
 
 // A secret could not be kept or removed.
@@ -38,8 +45,8 @@ class SecretBackend {
   // Never throws.
   [[nodiscard]] virtual SecretLookup lookUp(std::string_view service, std::string_view account) = 0;
   // Both throw SecretError. Removing what isn't there is no error.
-  virtual void store(std::string_view service, std::string_view account,
-                     std::string_view value) = 0;
+  virtual SecretPlace store(std::string_view service, std::string_view account,
+                            std::string_view value) = 0;
   virtual void remove(std::string_view service, std::string_view account) = 0;
 };
 

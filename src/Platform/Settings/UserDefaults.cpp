@@ -1,5 +1,6 @@
 #include "Platform/Settings/UserDefaults.h"
 
+#include <algorithm>
 #include <type_traits>
 
 #include <nlohmann/json.hpp>
@@ -21,6 +22,9 @@ bool holds(const Json& json) {
     return json.is_number_integer() &&
            !(json.is_number_unsigned() && json.get<std::uint64_t>() > INT64_MAX);
   if constexpr (std::is_same_v<Value, std::string>) return json.is_string();
+  if constexpr (std::is_same_v<Value, std::vector<std::string>>)
+    return json.is_array() &&
+           std::ranges::all_of(json, [](const Json& item) { return item.is_string(); });
 }
 
 }  // namespace
@@ -75,6 +79,9 @@ std::optional<std::int64_t> UserDefaults::integer(std::string_view key) const {
 std::optional<std::string> UserDefaults::string(std::string_view key) const {
   return value<std::string>(key);
 }
+std::optional<std::vector<std::string>> UserDefaults::strings(std::string_view key) const {
+  return value<std::vector<std::string>>(key);
+}
 
 void UserDefaults::setBoolean(std::string_view key, bool value) {
   change([&](Json& json) { json[std::string(key)] = value; });
@@ -84,6 +91,9 @@ void UserDefaults::setInteger(std::string_view key, std::int64_t value) {
 }
 void UserDefaults::setString(std::string_view key, const std::string& value) {
   change([&](Json& json) { json[std::string(key)] = value; });
+}
+void UserDefaults::setStrings(std::string_view key, const std::vector<std::string>& values) {
+  change([&](Json& json) { json[std::string(key)] = values; });
 }
 void UserDefaults::remove(std::string_view key) {
   change([&](Json& json) { json.erase(std::string(key)); });

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Platform/Files/DirectoryLock.h"
 #include "Platform/Files/FileManager.h"
@@ -26,10 +27,12 @@ class UserDefaults {
   [[nodiscard]] std::optional<bool> boolean(std::string_view key) const;
   [[nodiscard]] std::optional<std::int64_t> integer(std::string_view key) const;
   [[nodiscard]] std::optional<std::string> string(std::string_view key) const;
+  [[nodiscard]] std::optional<std::vector<std::string>> strings(std::string_view key) const;
 
   void setBoolean(std::string_view key, bool value);
   void setInteger(std::string_view key, std::int64_t value);
   void setString(std::string_view key, const std::string& value);
+  void setStrings(std::string_view key, const std::vector<std::string>& values);
   void remove(std::string_view key);
 
  private:

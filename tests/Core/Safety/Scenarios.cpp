@@ -7,9 +7,12 @@
 #include "Core/Safety/Scenario.h"
 #include "Core/Service/MemoService.h"
 #include "Core/Storage/AttachmentManager.h"
+#include "Core/Storage/ConfigSecrets.h"
 #include "Core/Storage/DraftCoding.h"
 #include "Core/Storage/DraftStore.h"
+#include "Core/Storage/TagConfigStore.h"
 #include "Core/Storage/VersionStore.h"
+#include "Platform/Settings/FileSecrets.h"
 #include "Platform/Settings/UserDefaults.h"
 
 namespace nomely::test {
@@ -309,6 +312,47 @@ void addDrafts(Table& table) {
       former);
 }
 
+struct Account {
+  static constexpr std::string_view fileName = "account.yaml";
+  std::string user;
+  std::string apiKey;
+};
+
+ConfigFields configFields(Account& account) {
+  return {{.key = "user", .target = &account.user},
+          {.key = "apiKey", .target = &account.apiKey, .account = "key"}};
+}
+
+void addSettings(Table& table) {
+  const std::string tags = "root/_config/tags.yaml";
+  const auto coloring = always([](Context context) {
+    TagConfigStore store{ConfigStore(context)};
+    store.setColor("#FF8800", "旅行");
+    if (!store.isSaved()) throw std::runtime_error("not saved");
+  });
+  table.add("setTagColor", coloring);
+  table
+      .add("setTagColorOverOthers", coloring,
+           {{tags, "colors: {工作: '#112233'}\nemojis: {}\nsortMode: date\n"}})
+      .destroys = true;
+  table.add("setTagColorOverDamage", coloring, {{tags, "colors: [\n"}});
+  // The line with the secret goes; wherever it is stopped, the secret itself is known.
+  const auto moving = [](Context context, Context sight) {
+    const auto secretsOf = [](Context from) {
+      return std::make_unique<FileSecrets>(from.paths.rootURL, from.files);
+    };
+    const std::string known = KeychainStore(*secretsOf(sight)).string("key").value_or("");
+    Account account = ConfigStore(context).load<Account>(Account::fileName).value();
+    if (known != "sk-1" && account.apiKey != "sk-1") throw std::logic_error("the secret is lost");
+    const auto backend = secretsOf(context);
+    ConfigSecrets(ConfigStore(context), KeychainStore(*backend)).moveOut(account);
+  };
+  table
+      .add("moveSecretOutOfSettings", moving,
+           {{"root/_config/account.yaml", "user: me\napiKey: sk-1\n"}})
+      .destroys = true;
+}
+
 void addOthers(Table& table) {
   table.add("sweepTemporaryFiles",
             always([](Context context) { sweepTemporaryFiles(context, {}); }));
@@ -324,8 +368,8 @@ void addOthers(Table& table) {
 
 std::vector<Scenario> scenarios() {
   Table table;
-  for (const auto add :
-       {addMemos, addAttachments, addHistory, addService, addTrash, addTags, addDrafts, addOthers})
+  for (const auto add : {addMemos, addAttachments, addHistory, addService, addTrash, addTags,
+                         addDrafts, addSettings, addOthers})
     add(table);
   return table.all;
 }

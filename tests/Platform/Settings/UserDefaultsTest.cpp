@@ -33,6 +33,10 @@ TEST_F(UserDefaultsTest, ValuesByTypeAndAcrossInstances) {
   EXPECT_EQ(other.boolean("flag"), false);
   EXPECT_EQ(other.integer("count"), INT64_MIN);
   EXPECT_EQ(defaults.string("name"), "日记\n\"a\"");
+  const std::vector<std::string> list{"工作", ""};
+  defaults.setStrings("list", list);
+  EXPECT_EQ(other.strings("list"), list);
+  EXPECT_FALSE(defaults.strings("name"));
   EXPECT_FALSE(defaults.integer("flag") || defaults.boolean("count") || defaults.string("count"));
   other.setString("flag", "text now");
   EXPECT_FALSE(defaults.boolean("flag"));
@@ -47,13 +51,13 @@ TEST_F(UserDefaultsTest, ForeignContents) {
                                            {"[1]", true},
                                            {"", true},
                                            {"{\"n\": 1, \"s\": \"\xFF\"}", true},
-                                           {R"({"n": 1.5, "s": null})", false},
+                                           {R"({"n": 1.5, "s": null, "l": ["a", 1]})", false},
                                            {R"({"n": 18446744073709551615, "s": {}})", false}}) {
     SCOPED_TRACE(content);
     std::filesystem::remove_all(file.parent_path());
     writeFile(file, content);
     UserDefaults defaults = open();
-    EXPECT_FALSE(defaults.integer("n") || defaults.string("s"));
+    EXPECT_FALSE(defaults.integer("n") || defaults.string("s") || defaults.strings("l"));
     EXPECT_EQ(readFile(file), content);
     defaults.setString("new", "value");
     EXPECT_EQ(defaults.string("new"), "value");

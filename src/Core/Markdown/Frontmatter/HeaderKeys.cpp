@@ -5,110 +5,12 @@
 #include <optional>
 #include <span>
 
-#include <fmt/format.h>
-
-#include "Core/Markdown/Frontmatter/YamlError.h"
-#include "Core/Markdown/Frontmatter/YamlScalar.h"
+#include "Core/Markdown/Frontmatter/YamlReading.h"
 
 namespace nomely {
 namespace {
 
-using Node = YamlDocument::Node;
-using Kind = YamlDocument::Kind;
-
-// What a value has to be, in English for logs and in Chinese for the header's owner.
-struct Wanted {
-  std::string_view english;
-  std::string_view chinese;
-};
-
-[[noreturn]] void failType(const Node& node, std::string_view key, Wanted wanted) {
-  throw YamlError(fmt::format("{} 应当是{}，请改正", key, wanted.chinese),
-                  fmt::format("{}: expected {}", key, wanted.english), node.line());
-}
-
-std::string stringOf(const Node& node, std::string_view key) {
-  if (node.kind() != Kind::scalar)
-    failType(node, key, {"a string", "一段文字，文字里有特殊符号时加上引号"});
-  return std::string(node.text());
-}
-
-std::int64_t integerOf(const Node& node, std::string_view key) {
-  const auto value = node.kind() == Kind::scalar ? YamlScalar::integer(node.text()) : std::nullopt;
-  if (!value) failType(node, key, {"an integer of 64 bits", "整数"});
-  return *value;
-}
-
-bool booleanOf(const Node& node, std::string_view key) {
-  const auto value = node.kind() == Kind::scalar ? YamlScalar::boolean(node.text()) : std::nullopt;
-  if (!value) failType(node, key, {"true or false", " true 或 false"});
-  return *value;
-}
-
-double floatingPointOf(const Node& node, std::string_view key) {
-  const auto value =
-      node.kind() == Kind::scalar ? YamlScalar::floatingPoint(node.text()) : std::nullopt;
-  if (!value) failType(node, key, {"a number", "数字"});
-  return *value;
-}
-
-bool isMergeKey(const Node& key) {
-  return key.kind() == Kind::scalar && key.isPlain() && key.text() == "<<";
-}
-
-enum class Origin { own, merged };
-
-// Calls `visit(name, value, origin)` for every pair, those of merge keys after the mapping's own,
-// which have precedence over them. Keys that are no scalars are passed over.
-template <typename Visit>
-void forEachEntry(const Node& mapping, std::string_view key, Visit visit) {
-  if (mapping.kind() != Kind::mapping) failType(mapping, key, {"a mapping", "“名字: 值”的各行"});
-  const auto visitPairs = [&](const auto& self, const Node& node, Origin origin) -> void {
-    if (node.kind() != Kind::mapping) failType(node, "<<", {"a mapping", "“名字: 值”的各行"});
-    bool merges = false;
-    node.forEachPair([&](const Node& name, const Node& value) {
-      if (isMergeKey(name))
-        merges = true;
-      else if (name.kind() == Kind::scalar)
-        visit(name.text(), value, origin);
-    });
-    if (!merges) return;
-    node.forEachPair([&](const Node& name, const Node& value) {
-      if (!isMergeKey(name)) return;
-      if (value.kind() == Kind::sequence)
-        value.forEachItem([&](const Node& item) { self(self, item, Origin::merged); });
-      else
-        self(self, value, Origin::merged);
-    });
-  };
-  visitPairs(visitPairs, mapping, Origin::own);
-}
-
-// Refuses a key that stands twice: taking one of the two would lose the other with the next write.
-[[noreturn]] void failDuplicate(const Node& value, std::string_view key) {
-  throw YamlError(fmt::format("{} 出现了两次，请只留一个", key),
-                  fmt::format("{}: key stands twice", key), value.line());
-}
-
-std::vector<std::string> stringsOf(const Node& node, std::string_view key) {
-  if (node.kind() != Kind::sequence) failType(node, key, {"a sequence", "列表，各项以 - 开头"});
-  std::vector<std::string> items;
-  node.forEachItem([&](const Node& item) { items.push_back(stringOf(item, key)); });
-  return items;
-}
-
-template <typename Value, typename Decode>
-std::map<std::string, Value> mapOf(const Node& node, std::string_view key, Decode decode) {
-  std::map<std::string, Value> values;
-  forEachEntry(node, key, [&](std::string_view name, const Node& value, Origin origin) {
-    const auto [at, isNew] = values.try_emplace(std::string(name));
-    if (isNew)
-      at->second = decode(value, key);
-    else if (origin == Origin::own)
-      failDuplicate(value, name);
-  });
-  return values;
-}
+using namespace YamlReading;
 
 AudioTranscriptSegment segmentOf(const Node& node, std::string_view key) {
   std::optional<std::string> text;

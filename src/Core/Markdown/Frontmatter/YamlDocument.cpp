@@ -86,7 +86,7 @@ class YamlDocumentBuilder {
       }
     }
     if (document_.entries_.empty())
-      throw YamlError("文件头是空的，请至少写一行 time: '08:00'", "empty document");
+      throw YamlError("里面什么都没有，请至少写一行", "empty document");
   }
 
  private:

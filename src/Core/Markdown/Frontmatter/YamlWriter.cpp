@@ -58,7 +58,7 @@ struct YamlWriter::Emitter {
     if (prepared == 0) throw std::bad_alloc();
     // The emitter owns the event from here, whatever it answers.
     if (yaml_emitter_emit(&emitter, &event) == 0)
-      throw YamlError("文件头写不出来",
+      throw YamlError("写不成 YAML",
                       emitter.problem != nullptr ? emitter.problem : "emitter failed");
   }
 
@@ -115,7 +115,7 @@ std::string YamlWriter::withPlaceholders(std::string_view value) {
 
 void YamlWriter::string(std::string_view value) {
   if (!isValidUtf8(value))
-    throw YamlError("文件头里有不是 UTF-8 的文字，请先转换编码", "value is not valid UTF-8");
+    throw YamlError("有不是 UTF-8 的文字，请先转换编码", "value is not valid UTF-8");
   yaml_scalar_style_t style = YAML_ANY_SCALAR_STYLE;
   if (holdsForeignLineBreak(value) ||
       (emitter_->layout == Layout::singleLine && value.find('\n') != std::string_view::npos))

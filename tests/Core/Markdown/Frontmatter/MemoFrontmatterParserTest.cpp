@@ -173,8 +173,8 @@ TEST(MemoFrontmatterParserTest, UnreadableHeaders) {
     const char* header;
     const char* advice;
   } cases[] = {
-      {"", "文件头是空的"},
-      {"# c\n", "文件头是空的"},
+      {"", "里面什么都没有"},
+      {"# c\n", "里面什么都没有"},
       {"- a\n", "文件头 应当是“名字: 值”的各行"},
       {"time: t\nmood: abc\n", "文件头有误，第 3 行：mood 应当是整数"},
       {"mood: 1.5\n", "mood 应当是整数"},
