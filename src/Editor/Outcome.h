@@ -6,6 +6,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "Platform/Cancellation.h"
+
 namespace nomely {
 
 // What became of work on another thread: its value, or what it threw.
@@ -13,6 +15,18 @@ template <typename Value>
 struct Outcome {
   std::optional<Value> value;
   std::exception_ptr failure;
+
+  // Whether it was asked to stop: nobody is told of that.
+  [[nodiscard]] bool isCancelled() const {
+    try {
+      if (failure) std::rethrow_exception(failure);
+    } catch (const CancellationError&) {
+      return true;
+    } catch (const std::exception&) {
+      return false;
+    }
+    return false;
+  }
 
   // The failure's text for the user.
   [[nodiscard]] std::string message() const {

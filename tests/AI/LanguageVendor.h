@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "AI/AIConfig.h"
@@ -25,12 +26,14 @@ class LanguageVendor : public LoopbackServer {
     return config;
   }
 
+  [[nodiscard]] static std::string reply(const std::string& text,
+                                         const std::string& finish = "stop") {
+    return Json{{"choices", {{{"message", {{"content", text}}}, {"finish_reason", finish}}}}}
+        .dump();
+  }
   // From here on, every question gets that reply.
   void replies(const std::string& text, const std::string& finish = "stop") {
-    answer(
-        openAIPath,
-        {.body = Json{{"choices", {{{"message", {{"content", text}}}, {"finish_reason", finish}}}}}
-                     .dump()});
+    answer(openAIPath, {.body = reply(text, finish)});
   }
 
   const std::unique_ptr<HttpClient> http = makeHttpClient();

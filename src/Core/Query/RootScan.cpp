@@ -5,6 +5,7 @@
 #include <thread>
 #include <tuple>
 
+#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Query/DayReader.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Concurrency/InOrder.h"
@@ -112,6 +113,23 @@ void RootScan::forEach(const MemoFilter& filter, Order order, const Visit& visit
   forEachDay<Memo>(filter, order, make, [&](Day day, std::vector<Memo>&& memos) {
     std::ranges::sort(memos, orderedInList);
     if (order == Order::oldestFirst) std::ranges::reverse(memos);
+    return std::ranges::all_of(memos, [&](Memo& memo) {
+      return visit({day, std::make_shared<const Memo>(std::move(memo))});
+    });
+  });
+}
+
+void RootScan::forEachTagged(const std::string& tag, const Visit& visit) {
+  const auto make = [&](Day, const MemoBytes& file) -> std::optional<Memo> {
+    if (file.bytes.find(tag) == std::string_view::npos &&
+        !MemoFrontmatterParser::mayEscape(file.bytes))
+      return std::nullopt;
+    Memo memo = file.parsed();
+    if (std::ranges::find(memo.tags, tag) == memo.tags.end()) return std::nullopt;
+    return memo;
+  };
+  forEachDay<Memo>({}, Order::oldestFirst, make, [&](Day day, std::vector<Memo>&& memos) {
+    std::ranges::sort(memos, std::greater(), &Memo::seqNumber);
     return std::ranges::all_of(memos, [&](Memo& memo) {
       return visit({day, std::make_shared<const Memo>(std::move(memo))});
     });

@@ -48,6 +48,10 @@ class RootScan {
   // each as timelines order them. Order::oldestFirst is the reverse of all that.
   void forEach(const MemoFilter& filter, Order order, const Visit& visit);
 
+  // Those with exactly that tag, oldest day first, the highest number of a day first. A file whose
+  // bytes already rule the tag out is not looked into further, nor told of when it can't be read.
+  void forEachTagged(const std::string& tag, const Visit& visit);
+
   // What SearchIndex::search finds and in its order, or the reverse of that, without the memos that
   // the filter does not hold. A file whose bytes already rule out a hit is not looked into further,
   // nor told of when it can't be read.

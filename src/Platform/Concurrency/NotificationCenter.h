@@ -37,6 +37,10 @@ namespace Notifications {
 inline constexpr std::string_view dataMaintenance = "NomelyDataMaintenance";
 // Asks whoever plays a recording to stop: what is on the screen is about to change.
 inline constexpr std::string_view stopAudioPlayback = "stopNomelyAudioPlayback";
+// Tags came or went by other ways than an edit.
+inline constexpr std::string_view refreshSidebarTags = "refreshSidebarTags";
+// The writing of a summary has ended, whichever way.
+inline constexpr std::string_view monthlySummaryCompleted = "monthlySummaryCompleted";
 // A memo's file was kept as another program wrote it; the payload is the memo's identity.
 inline constexpr std::string_view originalKept = "NomelyOriginalKept";
 // A list goes on without a memo whose file can't be read; the payload is "<path>：<reason>".
