@@ -86,6 +86,11 @@ EntryDateIndex& Application::entryDateIndex() {
   return *entryDateIndex_;
 }
 
+TagConfigStore& Application::tagConfig() {
+  if (!tagConfig_) tagConfig_.emplace(ConfigStore(storage_));
+  return *tagConfig_;
+}
+
 void Application::startMaintenance(bool ready) {
   if (isUnitTesting_ || dataMaintenance_) return;
   const auto maintenance = [this](const std::stop_token& stop,

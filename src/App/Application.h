@@ -9,6 +9,7 @@
 #include "Core/Query/EntryDateIndex.h"
 #include "Core/Query/SearchIndex.h"
 #include "Core/Service/MemoService.h"
+#include "Core/Storage/TagConfigStore.h"
 #include "Platform/Concurrency/JobPool.h"
 #include "Platform/Concurrency/MainExecutor.h"
 #include "Platform/Settings/MemorySecrets.h"
@@ -54,6 +55,7 @@ class Application {
   // The models of a user interface, made when first asked for: a single command needs none.
   [[nodiscard]] DayViewModel& dayViewModel();
   [[nodiscard]] EntryDateIndex& entryDateIndex();
+  [[nodiscard]] TagConfigStore& tagConfig();
   [[nodiscard]] AppSettings& settings() { return settings_; }
   [[nodiscard]] UserDefaults& userDefaults() { return userDefaults_; }
   [[nodiscard]] StartupCoordinator& startup() { return startup_; }
@@ -75,6 +77,7 @@ class Application {
   SearchIndex searchIndex_;
   std::unique_ptr<DayViewModel> dayViewModel_;
   std::optional<EntryDateIndex> entryDateIndex_;
+  std::optional<TagConfigStore> tagConfig_;
   StartupCoordinator startup_;
 };
 

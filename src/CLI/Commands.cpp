@@ -22,10 +22,12 @@ std::vector<CommandEntry> allCommands() {
   add("history", "列出、显示或恢复一条笔记的历史版本", makeHistoryCommand());
   add("search", "全文搜索", makeSearchCommand());
   add("render", "把 Markdown 画在终端上，或列出各块", makeRenderCommand());
-  add("tags", "列出、改名、合并或删除标签", makeTagsCommand());
+  add("tags", "列出、改名、合并或删除标签，给标签颜色和表情", makeTagsCommand());
   add("month", "一个月的概览：每天的疏密、线索和可疑之处", makeMonthCommand());
   add("paste", "把剪贴板的 HTML 或 RTF 转成 Markdown", makePasteCommand());
   add("export", "导出为网页或 Markdown 文档", makeExportCommand());
+  add("config", "列出和修改设置", makeConfigCommand());
+  add("secret", "存入或删除密钥", makeSecretCommand());
   add("doctor", "检查全部数据，不作改动", makeDoctorCommand());
   add("completion", "输出 shell 补全脚本", makeCompletionCommand());
   add("manual", "", makeManualCommand());  // for the build, which makes the manual page of it

@@ -89,7 +89,8 @@ const Syntax& LineWalk::helpSubject() const {
 }
 
 void LineWalk::take(const Argument& argument, const std::string& value) {
-  if (argument.kind == WordKind::reference || argument.kind == WordKind::pastReference)
+  if (argument.kind == WordKind::reference || argument.kind == WordKind::pastReference ||
+      argument.kind == WordKind::setting)
     reference_ = value;
   if (argument.name == "--root") root_ = value;
 }

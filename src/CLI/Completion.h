@@ -21,7 +21,7 @@ struct Completion {
   std::string before = {};                 // what comes before that in the word: "--tag="
   std::string typed = {};                  // what of it was typed
   std::optional<std::string> root = {};    // the data root that the line names
-  std::string reference = {};              // the last REF on the line; empty without one
+  std::string reference = {};              // the last REF or setting on the line; may be empty
 };
 
 // `words` are those before the word that is being typed, without the program's name; `current` is

@@ -36,7 +36,10 @@ bool findRoot(const Completion& completion, Session& session) {
 }
 
 CompletionCandidates candidates(const Completion& completion, Session& session) {
-  if (completion.kind == WordKind::text || !findRoot(completion, session)) return {};
+  const bool isOfSettings =
+      completion.kind == WordKind::setting || completion.kind == WordKind::settingValue;
+  if (completion.kind == WordKind::text || (!findRoot(completion, session) && !isOfSettings))
+    return {};
   try {
     return candidatesFor(completion, session);
   } catch (const std::exception&) {

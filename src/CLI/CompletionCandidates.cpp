@@ -12,6 +12,7 @@
 #include "CLI/MemoOutput.h"
 #include "Core/Extensions/TagNames.h"
 #include "Core/Storage/TrashStore.h"
+#include "Platform/Settings/MemorySecrets.h"
 #include "Platform/Text/Ascii.h"
 
 namespace nomely {
@@ -199,6 +200,30 @@ CompletionCandidates trashEntries(const std::string& typed, Session& session) {
   return result;
 }
 
+// The settings that there are, without a look into their files.
+std::vector<AppSettings::Setting> knownSettings(Session& session) {
+  MemorySecrets none;
+  return AppSettings(session.application().storage(), none, AppSettings::Source::defaults)
+      .settings();
+}
+
+CompletionCandidates settings(const std::string& typed, Session& session) {
+  CompletionCandidates result;
+  for (const AppSettings::Setting& setting : knownSettings(session))
+    if (setting.key.starts_with(typed) && !setting.isSecret) result.words.push_back({setting.key});
+  return result;
+}
+
+CompletionCandidates settingValues(const Completion& completion, Session& session) {
+  CompletionCandidates result;
+  for (const AppSettings::Setting& setting : knownSettings(session)) {
+    if (setting.key != completion.reference) continue;
+    for (const std::string& choice : setting.choices)
+      if (choice.starts_with(completion.typed)) result.words.push_back({choice});
+  }
+  return result;
+}
+
 }  // namespace
 
 CompletionCandidates candidatesFor(const Completion& completion, Session& session) {
@@ -217,6 +242,10 @@ CompletionCandidates candidatesFor(const Completion& completion, Session& sessio
       return attachments(completion, session);
     case WordKind::trashEntry:
       return trashEntries(typed, session);
+    case WordKind::setting:
+      return settings(typed, session);
+    case WordKind::settingValue:
+      return settingValues(completion, session);
     case WordKind::text:
     case WordKind::command:
     case WordKind::file:

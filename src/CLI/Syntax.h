@@ -22,7 +22,9 @@ enum class WordKind {
   folder,
   attachment,  // of the memo that the REF before it names
   trashEntry,
-  command,  // of this program, then an action of it
+  setting,       // "ai.model"
+  settingValue,  // of the setting before it
+  command,       // of this program, then an action of it
 };
 
 // An option, a flag, or an argument that goes by its place.

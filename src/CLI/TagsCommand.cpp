@@ -4,6 +4,7 @@
 #include "CLI/Arguments.h"
 #include "CLI/PagedOutput.h"
 #include "CLI/Progress.h"
+#include "CLI/TagLooks.h"
 #include "CLI/UsageError.h"
 #include "Core/Extensions/TagNames.h"
 #include "Core/Query/TagManagementStore.h"
@@ -27,6 +28,15 @@ class TagsCommand final : public ActionCommand {
     erasing.add({.name = "--with-memos", .help = "连同笔记移入回收站", .target = &withMemos_});
     add(syntax, "count", "有多少条笔记用这个标签", with(&TagsCommand::count))
         .add(tagArgument("TAG", "标签", tag_));
+    Syntax& coloring = add(syntax, "color", "给标签一种颜色，不写颜色则取消",
+                           [this](Session& session) { color(session); });
+    coloring.add(tagArgument("TAG", "标签", tag_));
+    coloring.add(
+        {.name = "COLOR", .help = "#RRGGBB，或 红 橙 黄 绿 青 蓝 紫 粉 棕 灰", .target = &other_});
+    Syntax& marking = add(syntax, "emoji", "给标签一个表情，不写表情则取消",
+                          [this](Session& session) { emoji(session); });
+    marking.add(tagArgument("TAG", "标签", tag_));
+    marking.add({.name = "EMOJI", .help = "一个表情", .target = &other_});
     syntax.examples = {"nomely tags", "nomely tags rename 跑步 运动/跑步"};
   }
 
@@ -55,17 +65,53 @@ class TagsCommand final : public ActionCommand {
       rows = scan->allTags();
     });
     std::erase_if(rows, [](const TagUse& use) { return TagNames::isHidden(use.tag); });
+    const TagLooks looks(session.application().tagConfig().config().get());
     if (session.isJson()) {
       Json json = Json::array();
-      for (const TagUse& row : rows)
-        json.push_back({{"tag", row.tag}, {"count", row.count}, {"latestDate", row.latestDate}});
+      for (const TagUse& row : rows) {
+        Json& added = json.emplace_back(
+            Json{{"tag", row.tag}, {"count", row.count}, {"latestDate", row.latestDate}});
+        looks.addTo(added, row.tag);
+      }
       return session.printJson(json);
     }
     const PagedOutput pager(session);
     for (const TagUse& row : rows)
-      session.print(fmt::format("{:6}  {}\n", row.count,
-                                session.style().tag("#" + Terminal::printable(row.tag))));
+      session.print(fmt::format("{:6}  {}\n", row.count, looks.text(row.tag, session.style())));
     if (rows.empty() && session.hasRoot()) session.say("还没有标签。");
+  }
+
+  void color(Session& session) const {
+    const std::string tag = Arguments::tag(tag_);
+    TagConfigStore& store = session.application().tagConfig();
+    if (other_.empty())
+      store.removeColor(tag);
+    else
+      store.setColor(TagLooks::colorNamed(other_), tag);
+    tellOfLooks(session, tag);
+  }
+
+  void emoji(Session& session) const {
+    const std::string tag = Arguments::tag(tag_);
+    TagConfigStore& store = session.application().tagConfig();
+    if (other_.empty())
+      store.removeEmoji(tag);
+    else
+      store.setEmoji(TagLooks::checkedEmoji(other_), tag);
+    tellOfLooks(session, tag);
+  }
+
+  static void tellOfLooks(Session& session, const std::string& tag) {
+    const TagConfigStore& store = session.application().tagConfig();
+    if (!store.isSaved())
+      throw Error("tags.unsaved", "没能存下标签的设置，请检查数据目录能否写入，加 -v 可以看到原因");
+    const TagLooks looks(store.config().get());
+    Json json{{"tag", tag}};
+    looks.addTo(json, tag);
+    if (session.isJson())
+      session.printJson(json);
+    else
+      session.print(looks.text(tag, session.style()) + "\n");
   }
 
   void count(Session& session, const TagManagementStore& store) const {

@@ -83,6 +83,8 @@ TEST_P(CompletionTest, LinesAfterTab) {
       {"detach 2025-12-31/1 会\t", "<detach><2025-12-31/1><会议 纪要.pdf>"},
       {"open @3 \t", "<open><@3><会议 纪要.pdf>"},
       {"trash restore 2\t", "<trash><restore><2024-01-01_001>"},
+      {"config set ai.pro\tdeep\t", "<config><set><ai.provider><deepseek>"},
+      {"secret set fei\t", "<secret><set><feishu>"},
       {"attach @ 照\t", "<attach><@><照片 一'.jpg>"},
       {"attach @ \"照\t", "<attach><@><照片 一'.jpg>"},
       {"add x --attach=照\t", "<add><x><--attach=照片 一'.jpg>"},

@@ -57,9 +57,10 @@ bool ConfigStore::read(std::string_view fileName, const ConfigFields& fields) co
   const std::optional<std::string> content = contentOf(fileName);
   if (!content) return false;
   if (const auto fault = faultIn(*content, fields)) {
-    preserveCorrupt(fileName, *content, fields);
+    const std::string copy = preserveCorrupt(fileName, *content, fields);
     throw ConfigError(ConfigError::Kind::invalid,
-                      fmt::format("设置文件 {} 有误，{}", file(fileName).string(), *fault));
+                      fmt::format("设置文件 {} 有误，{}{}", file(fileName).string(), *fault,
+                                  copy.empty() ? "" : fmt::format("（已留副本 {}）", copy)));
   }
   return true;
 }
@@ -89,29 +90,31 @@ void ConfigStore::restrict(std::string_view fileName) const {
   context_.write([&] { context_.files.setPermissions(file(fileName), ownerOnly); });
 }
 
-void ConfigStore::preserveCorrupt(std::string_view fileName, const std::string& content,
-                                  const ConfigFields& fields) const noexcept {
+std::string ConfigStore::preserveCorrupt(std::string_view fileName, const std::string& content,
+                                         const ConfigFields& fields) const noexcept {
   try {
     const ConfigYaml::Blanked blanked = ConfigYaml::withoutSecrets(content, fields);
     if (blanked.heldSecrets) restrict(fileName);
-    context_.write([&] {
+    return context_.write([&] {
       const std::string prefix = fmt::format("{}.corrupt-", fileName);
       const std::filesystem::path folder = context_.paths.configFolder();
       for (const DirectoryEntry& entry : context_.files.listAll(folder))
         if (entry.name.starts_with(prefix) &&
             context_.files.read(folder / entry.name) == blanked.text)
-          return;
+          return entry.name;
       // Another content within the same second has the next name.
       std::int64_t seconds = secondsOf(context_.clock.now());
-      while (!context_.files.createAtomically(folder / (prefix + std::to_string(seconds)),
-                                              blanked.text, ownerOnly))
-        ++seconds;
+      std::string name = prefix + std::to_string(seconds);
+      while (!context_.files.createAtomically(folder / name, blanked.text, ownerOnly))
+        name = prefix + std::to_string(++seconds);
       Log::error(LogChannel::storage,
-                 "⚠️ ConfigStore: 配置 {} 解析失败，已另存损坏副本 {}{}",
-                 fileName, prefix, seconds);
+                 "⚠️ ConfigStore: 配置 {} 解析失败，已另存损坏副本 {}", fileName,
+                 name);
+      return name;
     });
   } catch (const Error&) {
     // Only the evidence is missing; the file itself stays.
+    return {};
   }
 }
 

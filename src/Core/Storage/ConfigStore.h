@@ -94,8 +94,9 @@ class ConfigStore {
   // Inside a write.
   void replace(std::string_view fileName, const ConfigFields& fields,
                const ConfigField::Map& without) const;
-  void preserveCorrupt(std::string_view fileName, const std::string& content,
-                       const ConfigFields& fields) const noexcept;
+  // The name of the copy; empty when none could be made.
+  std::string preserveCorrupt(std::string_view fileName, const std::string& content,
+                              const ConfigFields& fields) const noexcept;
 
   StoreContext context_;
 };

@@ -1,5 +1,7 @@
 #include "Core/Storage/TagConfigStore.h"
 
+#include "Platform/System/Log.h"
+
 namespace nomely {
 
 TagConfigStore::TagConfigStore(ConfigStore configStore) : configStore_(std::move(configStore)) {
@@ -37,7 +39,8 @@ void TagConfigStore::change(Change change) {
       for (const Change& each : unsaved_) each(config);
     }));
     unsaved_.clear();
-  } catch (const Error&) {
+  } catch (const Error& error) {
+    Log::information(LogChannel::storage, "TagConfigStore: {}", error.what());
     config_.modify([&](TagConfig& config) { unsaved_.back()(config); });
   }
 }
