@@ -47,6 +47,7 @@ struct CommandEntry {
 [[nodiscard]] std::unique_ptr<Command> makeMonthCommand();
 [[nodiscard]] std::unique_ptr<Command> makePasteCommand();
 [[nodiscard]] std::unique_ptr<Command> makeExportCommand();
+[[nodiscard]] std::unique_ptr<Command> makeSpeakCommand();
 [[nodiscard]] std::unique_ptr<Command> makeConfigCommand();
 [[nodiscard]] std::unique_ptr<Command> makeSecretCommand();
 [[nodiscard]] std::unique_ptr<Command> makeDoctorCommand();

@@ -4,6 +4,7 @@
 
 #include "CLI/ActionCommand.h"
 #include "CLI/MemoSelection.h"
+#include "CLI/OutputFile.h"
 #include "CLI/Progress.h"
 #include "CLI/UsageError.h"
 #include "Export/HTMLExporter.h"
@@ -29,8 +30,7 @@ class ExportCommand final : public ActionCommand {
   // Where the document goes: a file, or standard output where there is none.
   struct Job {
     Session& session;
-    std::optional<std::filesystem::path> file;
-    Replacement replacement = Replacement::forbid;
+    std::optional<OutputFile> file;
     ExportSelection selection;
   };
   // Writes the document and returns its length in bytes.
@@ -52,26 +52,19 @@ class ExportCommand final : public ActionCommand {
         fmt::format("nomely export {} --all -o 日记.{}", format.name, format.extension)};
   }
 
-  [[nodiscard]] std::optional<std::filesystem::path> target(const Session& session,
-                                                            const Format& format) const {
+  [[nodiscard]] std::optional<OutputFile> target(const Session& session,
+                                                 const Format& format) const {
     if (output_ == "-") return std::nullopt;
-    const std::filesystem::path file = std::filesystem::absolute(output_.value_or(
-        fmt::format("Nomely-导出-{}.{}", session.clock().today().string(), format.extension)));
-    if (session.files().isDirectory(file))
-      throw UsageError(fmt::format("{} 是文件夹，请给出文件名", file.string()));
-    if (!session.files().isDirectory(file.parent_path()))
-      throw NameNotFoundError(fmt::format("没有这个文件夹：{}", file.parent_path().string()));
-    return file;
+    return OutputFile(output_.value_or(fmt::format(
+                          "Nomely-导出-{}.{}", session.clock().today().string(), format.extension)),
+                      session);
   }
 
   void exportAs(const Format& format, Session& session, Write write) const {
-    const auto file = target(session, format);
+    auto file = target(session, format);
     if (!file && session.isJson()) throw UsageError("-o - 不能和 --json 一起用");
+    if (file && !file->confirm(session)) return;
     Job job{.session = session, .file = file, .selection = {}};
-    if (file && session.files().exists(*file)) {
-      job.replacement = Replacement::allow;
-      if (!session.confirm(fmt::format("文件已存在：{}。要替换它吗？", file->string()))) return;
-    }
     std::size_t count = 0;
     std::size_t bytes = 0;
     session.host([&](const std::stop_token& stop) {
@@ -82,8 +75,9 @@ class ExportCommand final : public ActionCommand {
     });
     if (!file) return;
     if (session.isJson())
-      return session.printJson({{"file", file->string()}, {"memos", count}, {"bytes", bytes}});
-    session.say(fmt::format("已导出 {} 条笔记，{} 字节：{}", count, bytes, file->string()));
+      return session.printJson(
+          {{"file", file->path().string()}, {"memos", count}, {"bytes", bytes}});
+    session.say(fmt::format("已导出 {} 条笔记，{} 字节：{}", count, bytes, file->path().string()));
   }
 
   std::size_t writeCounted(Job& job, std::size_t count, const std::stop_token& stop,
@@ -113,23 +107,20 @@ class ExportCommand final : public ActionCommand {
                                 sink(piece);
                               });
     };
-    const FileManager files = job.session.files();
-    if (!job.file)
+    if (job.file)
+      job.file->write(job.session.files(), page);
+    else
       page([&](std::string_view piece) { job.session.print(piece); });
-    else if (job.replacement == Replacement::allow)
-      files.writeAtomically(*job.file, page);
-    else if (!files.createAtomically(*job.file, page))
-      throw Error("export.exists", fmt::format("文件已存在：{}", job.file->string()));
     return bytes;
   }
 
   [[nodiscard]] std::size_t markdown(const Job& job) const {
     const StoreContext& storage = job.session.application().storage();
-    const auto result =
-        job.file ? MarkdownExporter::exportTo(*job.file, job.selection, storage, job.replacement)
-                 : MarkdownExporter::write(job.selection, storage, [&](std::string_view piece) {
-                     job.session.print(piece);
-                   });
+    const auto result = job.file ? MarkdownExporter::exportTo(job.file->path(), job.selection,
+                                                              storage, job.file->replacement())
+                                 : MarkdownExporter::write(
+                                       job.selection, storage,
+                                       [&](std::string_view piece) { job.session.print(piece); });
     if (result.missing > 0)
       job.session.say(fmt::format("有 {} 个附件读不出，文档里标明了。", result.missing));
     return result.bytes;

@@ -17,6 +17,7 @@
 #include "Core/Query/RootScan.h"
 #include "Platform/Concurrency/RunLoop.h"
 #include "Platform/Concurrency/Subscription.h"
+#include "Platform/Network/HttpClient.h"
 #include "Platform/System/Environment.h"
 #include "Platform/Text/Json.h"
 
@@ -39,6 +40,7 @@ struct Machine {
   const Clock& clock;
   FileSystem& fileSystem;
   SecretBackend& secrets;
+  HttpClient& http;
 };
 
 // One run of a command: its options, its streams, and the application it works on.
@@ -53,6 +55,7 @@ class Session {
 
   [[nodiscard]] const Environment& environment() const { return machine_.environment; }
   [[nodiscard]] const Clock& clock() const { return machine_.clock; }
+  [[nodiscard]] HttpClient& http() const { return machine_.http; }
   [[nodiscard]] FileManager files() const { return FileManager(machine_.fileSystem); }
 
   // Built when first asked for. Throws FileError for a root that is no folder.
