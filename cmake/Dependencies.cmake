@@ -14,6 +14,10 @@ pkg_check_modules(libav REQUIRED IMPORTED_TARGET libavformat libavcodec libswres
 pkg_check_modules(alsa REQUIRED IMPORTED_TARGET alsa)
 # For its headers: it is loaded when first used.
 pkg_check_modules(secret REQUIRED libsecret-1)
+if(NOMELY_POCKETSPHINX)
+  # No imported target: one of the folders that it names is not there on Debian.
+  pkg_check_modules(pocketsphinx REQUIRED pocketsphinx)
+endif()
 if(NOMELY_TESTS)
   find_package(GTest REQUIRED)
 endif()

@@ -67,10 +67,14 @@ void AudioRecorder::cancelRecording() {
   recording_.reset();
 }
 
-void AudioRecorder::discardRecording() {
+void AudioRecorder::discardRecording() noexcept {
   const std::lock_guard lock(mutex_);
   if (session_ || !recording_) return;
-  recording_->remove();
+  try {
+    recording_->remove();
+  } catch (const std::exception& error) {
+    Log::error(LogChannel::app, "⚠️ AudioRecorder.discardRecording: {}", error.what());
+  }
   recording_.reset();
 }
 

@@ -46,8 +46,8 @@ class AudioRecorder {
   // Stops and deletes the file. Nothing happens when none is recorded.
   void cancelRecording();
 
-  // Deletes the file that was recorded last, which is in a memo by now.
-  void discardRecording();
+  // Deletes the file that was recorded last, which is in a memo by now. A failure is logged.
+  void discardRecording() noexcept;
   // Unlocks it: the next look for recordings left behind finds it.
   void letGo();
 

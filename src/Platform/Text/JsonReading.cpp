@@ -19,6 +19,9 @@ Json readJson(std::string_view bytes) {
       throw JsonError("json.page", "收到的是网页而不是数据，请检查设置里的地址");
     throw JsonError("json.syntax",
                     fmt::format("收到的不是有效的 JSON（第 {} 字节处）", error.byte));
+  } catch (const Json::exception&) {
+    // A number that no double holds; the library's own text would quote it.
+    throw JsonError("json.number", "收到的 JSON 里有过大的数，没有读取");
   }
 }
 
