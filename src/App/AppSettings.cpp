@@ -214,8 +214,12 @@ void AppSettings::set(std::string_view key, const std::string& text) {
       for (const ConfigField& each : configFields(record))
         if (each.key == field.key) return setFromText(each, text);
     };
-    Record tried = found.record;
-    apply(tried);  // before anything is written
+    try {
+      Record tried = found.record;
+      apply(tried);  // before anything is written
+    } catch (const ConfigError& error) {
+      throw ConfigError(error.kind(), fmt::format("{}.{}", found.section, error.what()));
+    }
     found.record = configs_.change(Record::fileName, found.record, apply);
   });
 }

@@ -60,9 +60,7 @@ class AddCommand final : public Command {
     const bool isNewRoot = !session.hasRoot();
     const Memo memo = session.memos().create(day, std::move(content), files);
     input.accept();
-    if (isNewRoot)
-      session.say(fmt::format("新建了数据目录：{}",
-                              Terminal::printable(session.dayStore().paths().rootURL.string())));
+    if (isNewRoot) session.tellOfNewRoot();
     MemoOutput::printStored({day, memo}, session);
   }
 

@@ -76,11 +76,13 @@ class ConfigCommand final : public ActionCommand {
       for (const Setting& setting : settings) json[setting.key] = jsonOf(setting.value);
       return session.printJson(json);
     }
+    std::size_t width = 0;
+    for (const Setting& setting : settings) width = std::max(width, setting.key.size());
     const PagedOutput pager(session);
     const Style style = session.style();
     for (const Setting& setting : settings)
       session.print(
-          fmt::format("{} {}\n", style.bold(fmt::format("{:28}", setting.key)),
+          fmt::format("{} {}\n", style.bold(fmt::format("{:{}}", setting.key, width)),
                       isEmpty(setting.value) ? style.dim("（未设置）") : textOf(setting.value)));
     session.flush();
     session.say("密钥另见 nomely secret。");
@@ -116,12 +118,14 @@ class ConfigCommand final : public ActionCommand {
   void set(Session& session) const {
     const Setting before = named(session);
     if (before.isSecret) refuseSecret();
+    const bool isNewRoot = !session.hasRoot();
     try {
       session.settings().set(key_, value_);
     } catch (const ConfigError& error) {
       if (error.kind() == ConfigError::Kind::badValue) throw UsageError(error.what());
       throw;
     }
+    if (isNewRoot) session.tellOfNewRoot();
     tellOfChange(session);
   }
 

@@ -46,7 +46,7 @@ Application& Session::application() {
   passedOver_ = NotificationCenter::shared().observe(
       Notifications::memoPassedOver, [this](const std::string& what) { tellUnreadable(what); });
   application_->settings().onProblem = [this](const std::string& problem) {
-    say(fmt::format("{} {}", errorStyle().warning("设置"), Terminal::printable(problem)));
+    say(fmt::format("{} {}", errorStyle().warning("注意"), Terminal::printable(problem)));
   };
   return *application_;
 }
@@ -110,6 +110,10 @@ void Session::tellOfMissingRoot() {
     say(fmt::format(
         "数据目录不存在：{}。用 --root 或 NOMELY_ROOT 指定，或用 nomely add 写下第一条。",
         Terminal::printable(dayStore().paths().rootURL.string())));
+}
+
+void Session::tellOfNewRoot() {
+  say(fmt::format("新建了数据目录：{}", Terminal::printable(dayStore().paths().rootURL.string())));
 }
 
 std::unique_ptr<RootScan> Session::scan(std::stop_token stop) {

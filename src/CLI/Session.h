@@ -68,6 +68,8 @@ class Session {
   [[nodiscard]] bool hasRoot();
   // Once.
   void tellOfMissingRoot();
+  // By what made it.
+  void tellOfNewRoot();
   // Reads the root without an index, and tells of each file that can't be read, once.
   [[nodiscard]] std::unique_ptr<RootScan> scan(std::stop_token stop = {});
   // The same for one; `what` is "<path>：<reason>". Any thread.

@@ -33,8 +33,12 @@ class SpeakCommand final : public Command {
     if (output_.empty()) throw UsageError("请用 -o 给出声音文件，例如 -o 日记.mp3");
     OutputFile file(output_, session);
     const std::string text = spoken(session);
+    if (!isValidUtf8(text)) throw UsageError("文字不是有效的 UTF-8，请先转换编码");
     if (trimSpaceAndBreaks(text).empty()) throw UsageError("没有可以朗读的文字");
-    const TTSService service(session.settings().tts(), session.http(), session.environment());
+    const TTSConfig config = session.settings().tts();
+    if (config.appid.empty() || config.apiKey.empty())
+      session.say("先用 nomely secret set tts-appid 和 nomely secret set tts-key 存入。");
+    const TTSService service(config, session.http(), session.environment());
     if (!file.confirm(session)) return;
     session.host([&](const std::stop_token& stop) {
       Progress progress(session, "合成");

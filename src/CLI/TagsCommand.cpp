@@ -29,12 +29,12 @@ class TagsCommand final : public ActionCommand {
     add(syntax, "count", "有多少条笔记用这个标签", with(&TagsCommand::count))
         .add(tagArgument("TAG", "标签", tag_));
     Syntax& coloring = add(syntax, "color", "给标签一种颜色，不写颜色则取消",
-                           [this](Session& session) { color(session); });
+                           [this](Session& session) { dress(session, &TagsCommand::color); });
     coloring.add(tagArgument("TAG", "标签", tag_));
     coloring.add(
         {.name = "COLOR", .help = "#RRGGBB，或 红 橙 黄 绿 青 蓝 紫 粉 棕 灰", .target = &other_});
     Syntax& marking = add(syntax, "emoji", "给标签一个表情，不写表情则取消",
-                          [this](Session& session) { emoji(session); });
+                          [this](Session& session) { dress(session, &TagsCommand::emoji); });
     marking.add(tagArgument("TAG", "标签", tag_));
     marking.add({.name = "EMOJI", .help = "一个表情", .target = &other_});
     syntax.examples = {"nomely tags", "nomely tags rename 跑步 运动/跑步"};
@@ -81,30 +81,29 @@ class TagsCommand final : public ActionCommand {
     if (rows.empty() && session.hasRoot()) session.say("还没有标签。");
   }
 
-  void color(Session& session) const {
-    const std::string tag = Arguments::tag(tag_);
-    TagConfigStore& store = session.application().tagConfig();
+  void color(TagConfigStore& store, const std::string& tag) const {
     if (other_.empty())
       store.removeColor(tag);
     else
       store.setColor(TagLooks::colorNamed(other_), tag);
-    tellOfLooks(session, tag);
   }
 
-  void emoji(Session& session) const {
-    const std::string tag = Arguments::tag(tag_);
-    TagConfigStore& store = session.application().tagConfig();
+  void emoji(TagConfigStore& store, const std::string& tag) const {
     if (other_.empty())
       store.removeEmoji(tag);
     else
       store.setEmoji(TagLooks::checkedEmoji(other_), tag);
-    tellOfLooks(session, tag);
   }
 
-  static void tellOfLooks(Session& session, const std::string& tag) {
-    const TagConfigStore& store = session.application().tagConfig();
+  void dress(Session& session,
+             void (TagsCommand::*change)(TagConfigStore&, const std::string&) const) const {
+    const std::string tag = Arguments::tag(tag_);
+    const bool isNewRoot = !session.hasRoot();
+    TagConfigStore& store = session.application().tagConfig();
+    (this->*change)(store, tag);
     if (!store.isSaved())
       throw Error("tags.unsaved", "没能存下标签的设置，请检查数据目录能否写入，加 -v 可以看到原因");
+    if (isNewRoot) session.tellOfNewRoot();
     const TagLooks looks(store.config().get());
     Json json{{"tag", tag}};
     looks.addTo(json, tag);

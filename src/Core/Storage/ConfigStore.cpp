@@ -6,6 +6,7 @@
 
 #include "Core/Markdown/Frontmatter/YamlError.h"
 #include "Core/Storage/ConfigYaml.h"
+#include "Core/Storage/SecretBlanking.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
 #include "Platform/Text/Unicode.h"
@@ -68,12 +69,11 @@ bool ConfigStore::read(std::string_view fileName, const ConfigFields& fields) co
 void ConfigStore::replace(std::string_view fileName, const ConfigFields& fields,
                           const ConfigField::Map& without) const {
   const std::string present = contentOf(fileName).value_or("");
-  const ConfigField::Map held = ConfigYaml::secretsIn(present, fields);
-  if (held.empty() && ConfigYaml::withoutSecrets(present, fields).heldSecrets)
-    throw ConfigError(
-        ConfigError::Kind::holdsSecret,
-        fmt::format("设置文件 {} 读不出，里面又有密钥，请先改正它或删除它，再修改设置",
-                    file(fileName).string()));
+  const auto [held, areElsewhere] = SecretBlanking::secretsIn(present, fields);
+  if (areElsewhere)
+    throw ConfigError(ConfigError::Kind::holdsSecret,
+                      fmt::format("设置文件 {} 里有密钥写错了地方，请先改正它或删除它，再修改设置",
+                                  file(fileName).string()));
   for (const ConfigField& field : fields) {
     if (!field.isSecret()) continue;
     const auto kept = held.find(std::string(field.key));
@@ -93,7 +93,7 @@ void ConfigStore::restrict(std::string_view fileName) const {
 std::string ConfigStore::preserveCorrupt(std::string_view fileName, const std::string& content,
                                          const ConfigFields& fields) const noexcept {
   try {
-    const ConfigYaml::Blanked blanked = ConfigYaml::withoutSecrets(content, fields);
+    const SecretBlanking::Blanked blanked = SecretBlanking::withoutSecrets(content, fields);
     if (blanked.heldSecrets) restrict(fileName);
     return context_.write([&] {
       const std::string prefix = fmt::format("{}.corrupt-", fileName);

@@ -76,7 +76,7 @@ void FileSecrets::change(const std::function<void(Json& secrets)>& apply) {
         if (lock != nullptr) lock->unlock();
       }
     } const unlock{isLocked ? &lock_ : nullptr};
-    files_.sweepTemporaries(folder_);
+    if (isLocked) files_.sweepTemporaries(folder_);
     const std::optional<Json> before = read();
     Json secrets = before.value_or(Json::object());
     apply(secrets);

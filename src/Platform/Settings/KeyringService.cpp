@@ -252,7 +252,12 @@ bool KeyringService::ask(std::string_view service, std::string_view account, Bod
   try {
     Call call(service, account);
     silentSince_.reset();
-    if (call.hasKeyring()) body(call);
+    try {
+      if (call.hasKeyring()) body(call);
+    } catch (const SecretError&) {
+      if (call.isSilent()) silentSince_ = now;
+      throw;
+    }
     if (call.isSilent()) silentSince_ = now;
     if (call.hasKeyring()) return true;
   } catch (const LazyLibrary::MissingError& error) {

@@ -1,9 +1,9 @@
 #include <gmock/gmock.h>
 
 #include "Core/Storage/ConfigSecrets.h"
-#include "Core/Storage/ConfigYaml.h"
 #include "Core/Storage/DisplayConfig.h"
 #include "Core/Storage/MemoTemplate.h"
+#include "Core/Storage/SecretBlanking.h"
 #include "Core/Storage/TagConfigStore.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/Settings/MemorySecrets.h"
@@ -156,21 +156,39 @@ TEST_F(ConfigStoreTest, DamagedFilesShowNoSecretInTheirCopies) {
            {"name: x\ntoken: sk-12\xFF\n", "name: x"},
        }) {
     SCOPED_TRACE(text);
-    const ConfigYaml::Blanked blanked = ConfigYaml::withoutSecrets(text, fields);
+    const SecretBlanking::Blanked blanked = SecretBlanking::withoutSecrets(text, fields);
     EXPECT_THAT(blanked.text, AllOf(Not(HasSubstr("sk-12")), HasSubstr(left)));
     EXPECT_TRUE(blanked.heldSecrets);
   }
-  const std::string harmless = "apiKey: ''\ntokens: 3\nmyapiKey: x\n";
-  EXPECT_EQ(ConfigYaml::withoutSecrets(harmless, fields).text, harmless);
-  EXPECT_FALSE(ConfigYaml::withoutSecrets(harmless, fields).heldSecrets);
+  // Every slip of the hand outside the names.
+  const std::string whole = "name: x\napiKey: sk-12\ntoken: sk-12\nurl: y\n";
+  for (std::size_t at = 0; at < whole.size(); ++at)
+    for (const char* slip : {"", "\n", ":", "\"", "'", "{", "#", "|", " ", "- ", "x"})
+      for (const std::size_t replaced : {0U, 1U}) {
+        std::string text = whole;
+        text.replace(at, replaced, slip);
+        if (text.find("apiKey") == text.npos || text.find("token") == text.npos) continue;
+        const std::string left = SecretBlanking::withoutSecrets(text, fields).text;
+        EXPECT_THAT(left, Not(HasSubstr("12"))) << text;
+      }
+  const std::string harmless = "apiKey: ''\ntokn: 3\nkey: x\n";
+  EXPECT_EQ(SecretBlanking::withoutSecrets(harmless, fields).text, harmless);
+  EXPECT_FALSE(SecretBlanking::withoutSecrets(harmless, fields).heldSecrets);
 
+  for (const char* lost : {"name: [x\napiKey: sk-12\n", "api_key: sk-12\n", "- apiKey: sk-12\n",
+                           "apiKey: x\napiKey: sk-12\n", "a: {token: [sk-12]}\n"}) {
+    write(Sample::fileName, lost);
+    EXPECT_EQ(kindOf<ConfigError>([&] { configs.save(Sample(), Sample::fileName); }),
+              ConfigError::Kind::holdsSecret);
+    EXPECT_EQ(read(Sample::fileName), lost) << "nothing was lost";
+  }
   write(Sample::fileName, "name: [x\napiKey: sk-12\n");
   EXPECT_THROW((void)configs.load<Sample>(Sample::fileName), ConfigError);
   EXPECT_THAT(readFile(copies().at(0)), Not(HasSubstr("sk-12")));
   EXPECT_EQ(permissionsOf(config / Sample::fileName), ownerOnly);
-  EXPECT_EQ(kindOf<ConfigError>([&] { configs.save(Sample(), Sample::fileName); }),
-            ConfigError::Kind::holdsSecret);
-  EXPECT_THAT(read(Sample::fileName), HasSubstr("sk-12")) << "nothing was lost";
+  // A name in a comment is no secret.
+  write(Sample::fileName, "# apiKey: 在密钥环里\nname: x\ngroup: {active: true}\n");
+  configs.save(Sample(), Sample::fileName);
 }
 
 TEST_F(ConfigStoreTest, SecretsMoveOutOfTheFile) {
