@@ -1,10 +1,12 @@
 #include "CLI/CommandLine.h"
+#include "Platform/Network/HttpClient.h"
 #include "Platform/Settings/DesktopSecrets.h"
 
 int main(int count, char** arguments) {
   const nomely::Environment environment = nomely::Environment::current();
   const nomely::SystemClock clock;
   nomely::DesktopSecrets secrets(environment, nomely::posixFileSystem());
+  const std::unique_ptr<nomely::HttpClient> http = nomely::makeHttpClient();
   return nomely::runCommandLine({arguments + 1, arguments + count},
-                                {environment, clock, nomely::posixFileSystem(), secrets});
+                                {environment, clock, nomely::posixFileSystem(), secrets, *http});
 }
