@@ -10,6 +10,7 @@
 
 #include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Editor/DayViewModel.h"
+#include "Editor/SummaryGeneration.h"
 #include "Platform/System/Uuid.h"
 #include "Platform/Text/Unicode.h"
 
@@ -59,6 +60,7 @@ std::size_t jobThreads() {
 
 Application::Application(const ApplicationContext& context)
     : executor_(context.executor),
+      http_(context.http),
       isUnitTesting_(isUiTesting(context.environment) || isTestHost(context.environment)),
       storage_(choosePaths(context, FileManager(context.fileSystem)),
                FileManager(context.fileSystem), context.clock),
@@ -79,6 +81,16 @@ DayViewModel& Application::dayViewModel() {
     dayViewModel_ = std::make_unique<DayViewModel>(DayViewModel::Context{
         .service = memos_, .searchIndex = &searchIndex_, .executor = executor_, .jobs = jobs_});
   return *dayViewModel_;
+}
+
+SummaryGeneration& Application::summaries() {
+  if (!summaries_)
+    summaries_ = std::make_unique<SummaryGeneration>(
+        memos_, AIAccess{[this] { return settings_.ai(); }, http_, executor_, storage_.clock},
+        SummaryGeneration::Shown{
+            .reload = [this] { dayViewModel().loadAllMemos(); },
+            .failure = [this](const std::string& text) { dayViewModel().lastError.set(text); }});
+  return *summaries_;
 }
 
 EntryDateIndex& Application::entryDateIndex() {

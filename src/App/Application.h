@@ -12,6 +12,7 @@
 #include "Core/Storage/TagConfigStore.h"
 #include "Platform/Concurrency/JobPool.h"
 #include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Network/HttpClient.h"
 #include "Platform/Settings/MemorySecrets.h"
 #include "Platform/Settings/UserDefaults.h"
 #include "Platform/System/Environment.h"
@@ -20,6 +21,7 @@
 namespace nomely {
 
 class DayViewModel;
+class SummaryGeneration;
 
 // What the outside world gives an application. What is referred to must outlive it.
 struct ApplicationContext {
@@ -29,6 +31,7 @@ struct ApplicationContext {
   const Clock& clock;
   FileSystem& fileSystem;
   SecretBackend& secrets;
+  HttpClient& http;
 };
 
 // Builds everything once, in order, and owns it for the life of the process. Lives on the main
@@ -54,9 +57,11 @@ class Application {
   [[nodiscard]] SearchIndex& searchIndex() { return searchIndex_; }
   // The models of a user interface, made when first asked for: a single command needs none.
   [[nodiscard]] DayViewModel& dayViewModel();
+  [[nodiscard]] SummaryGeneration& summaries();
   [[nodiscard]] EntryDateIndex& entryDateIndex();
   [[nodiscard]] TagConfigStore& tagConfig();
   [[nodiscard]] AppSettings& settings() { return settings_; }
+  [[nodiscard]] HttpClient& http() { return http_; }
   [[nodiscard]] UserDefaults& userDefaults() { return userDefaults_; }
   [[nodiscard]] StartupCoordinator& startup() { return startup_; }
 
@@ -66,6 +71,7 @@ class Application {
 
  private:
   MainExecutor& executor_;
+  HttpClient& http_;
   bool isUnitTesting_;
   bool dataMaintenance_ = false;
   StoreContext storage_;
@@ -76,6 +82,7 @@ class Application {
   JobPool jobs_;
   SearchIndex searchIndex_;
   std::unique_ptr<DayViewModel> dayViewModel_;
+  std::unique_ptr<SummaryGeneration> summaries_;
   std::optional<EntryDateIndex> entryDateIndex_;
   std::optional<TagConfigStore> tagConfig_;
   StartupCoordinator startup_;

@@ -47,6 +47,8 @@ struct CommandEntry {
 [[nodiscard]] std::unique_ptr<Command> makeMonthCommand();
 [[nodiscard]] std::unique_ptr<Command> makePasteCommand();
 [[nodiscard]] std::unique_ptr<Command> makeExportCommand();
+[[nodiscard]] std::unique_ptr<Command> makeAiCommand();
+[[nodiscard]] std::unique_ptr<Command> makeSummaryCommand();
 [[nodiscard]] std::unique_ptr<Command> makeSpeakCommand();
 [[nodiscard]] std::unique_ptr<Command> makeConfigCommand();
 [[nodiscard]] std::unique_ptr<Command> makeSecretCommand();

@@ -1,4 +1,5 @@
 #include "CLI/CommandLine.h"
+#include "Platform/Network/HttpClient.h"
 #include "Platform/Settings/DesktopSecrets.h"
 
 int main(int count, char** arguments) {

@@ -27,7 +27,8 @@ class ApplicationTest : public testing::Test {
             .executor = loop,
             .clock = clock,
             .fileSystem = posixFileSystem(),
-            .secrets = secrets};
+            .secrets = secrets,
+            .http = *http};
   }
 
   TemporaryFolder folder;
@@ -36,6 +37,7 @@ class ApplicationTest : public testing::Test {
   RunLoop loop;
   ManualClock clock;
   MemorySecrets secrets;
+  std::unique_ptr<HttpClient> http = makeHttpClient();
 };
 
 TEST_F(ApplicationTest, RootOfTheEnvironment) {
