@@ -16,7 +16,7 @@
 namespace nomely {
 namespace {
 
-constexpr std::string_view sphinxScheme = "pocketsphinx:";
+constexpr std::string_view sphinxModel = "pocketsphinx";
 constexpr auto sphinxProgram = "nomely-sphinx";
 constexpr auto usualModel = "/usr/share/pocketsphinx/model/en-us";
 
@@ -39,7 +39,8 @@ class SphinxRecognizer final : public SpeechRecognizer {
       const auto line = process.readLine(stop);
       if (line == "done") return heard;
       if (!line || !line->starts_with("word ")) {
-        Log::error(LogChannel::app, "nomely-sphinx: {}", line.value_or("ended without an answer"));
+        Log::information(LogChannel::app, "nomely-sphinx: {}",
+                         line.value_or("ended without an answer"));
         throw TranscriberError(TranscriberError::Kind::recognitionFailed,
                                "PocketSphinx 无法使用模型 " + model_);
       }
@@ -60,11 +61,11 @@ class SphinxRecognizer final : public SpeechRecognizer {
 
 std::shared_ptr<SpeechRecognizer> makeSpeechRecognizer(const TranscriptionConfig& config,
                                                        HttpClient& http) {
+  if (config.model == sphinxModel) return std::make_shared<SphinxRecognizer>(usualModel);
+  if (config.model.starts_with(std::string(sphinxModel) + ":"))
+    return std::make_shared<SphinxRecognizer>(config.model.substr(sphinxModel.size() + 1));
   if (config.baseURL.empty()) return nullptr;
-  if (!config.baseURL.starts_with(sphinxScheme))
-    return std::make_shared<TranscriptionClient>(config, http);
-  const std::string model = config.baseURL.substr(sphinxScheme.size());
-  return std::make_shared<SphinxRecognizer>(model.empty() ? usualModel : model);
+  return std::make_shared<TranscriptionClient>(config, http);
 }
 
 }  // namespace nomely

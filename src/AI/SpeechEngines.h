@@ -8,8 +8,8 @@
 
 namespace nomely {
 
-// The recogniser that the settings name: "pocketsphinx:" or "pocketsphinx:/folder/of/a/model" as
-// base URL is the engine on this machine, every other one a server. Null when there is none.
+// The recogniser that the settings name: the model "pocketsphinx" or "pocketsphinx:/its/folder" is
+// the engine on this machine, every other one is asked of the server. Null when none was chosen.
 // `http` must outlive it.
 [[nodiscard]] std::shared_ptr<SpeechRecognizer> makeSpeechRecognizer(
     const TranscriptionConfig& config, HttpClient& http);

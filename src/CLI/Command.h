@@ -52,6 +52,8 @@ struct CommandEntry {
 [[nodiscard]] std::unique_ptr<Command> makeSpeakCommand();
 [[nodiscard]] std::unique_ptr<Command> makeConfigCommand();
 [[nodiscard]] std::unique_ptr<Command> makeSecretCommand();
+[[nodiscard]] std::unique_ptr<Command> makeRecordCommand();
+[[nodiscard]] std::unique_ptr<Command> makeTranscribeCommand();
 [[nodiscard]] std::unique_ptr<Command> makeDoctorCommand();
 [[nodiscard]] std::unique_ptr<Command> makeCompletionCommand();
 [[nodiscard]] std::unique_ptr<Command> makeManualCommand();

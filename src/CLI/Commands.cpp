@@ -31,6 +31,8 @@ std::vector<CommandEntry> allCommands() {
   add("speak", "朗读笔记或文字，存成声音文件", makeSpeakCommand());
   add("config", "列出和修改设置", makeConfigCommand());
   add("secret", "存入或删除密钥", makeSecretCommand());
+  add("record", "录一段音，存成笔记并转成文字", makeRecordCommand());
+  add("transcribe", "把录音转成文字", makeTranscribeCommand());
   add("doctor", "检查全部数据，不作改动", makeDoctorCommand());
   add("completion", "输出 shell 补全脚本", makeCompletionCommand());
   add("manual", "", makeManualCommand());  // for the build, which makes the manual page of it

@@ -73,7 +73,7 @@ class Recovery {
       const LockedRecording& recording) const {
     const Day day = Day::of(recording.begun());
     const auto copy = copyIn(day, recording);
-    if (!copy) return RecordingRecovery::intoMemo(recording, memos_);
+    if (!copy) return RecordingRecovery::intoMemo(recording.path(), recording.begun(), memos_);
     const auto inMemos = memos_.days().filesNamed(day);
     const auto inDrafts = DraftStore(context_).pendingAttachmentReferences();
     // Where that can't be told, the sound is safe in the day's folder and a look later decides.
@@ -110,13 +110,12 @@ std::vector<RecordingRecovery::Recovered> RecordingRecovery::run(const MemoServi
   return all;
 }
 
-RecordingRecovery::Recovered RecordingRecovery::intoMemo(const LockedRecording& recording,
-                                                         const MemoService& memos) {
-  const Moment begun = recording.begun();
+RecordingRecovery::Recovered RecordingRecovery::intoMemo(const std::filesystem::path& recording,
+                                                         Moment begun, const MemoService& memos) {
   const Day day = Day::of(begun);
   DayStore::NewMemo content{.tags = {tag}};
   content.time = DateFormatters::timeOnly.format(begun);
-  return {day, memos.create(day, std::move(content), {recording.path()})};
+  return {day, memos.create(day, std::move(content), {recording})};
 }
 
 }  // namespace nomely

@@ -25,8 +25,9 @@ struct Recovered {
 // FileError, WriteError, and CancellationError between two of them when asked to stop.
 [[nodiscard]] std::vector<Recovered> run(const MemoService& memos, const std::stop_token& stop);
 
-// Creates a memo of the day and time at which the recording was begun.
-[[nodiscard]] Recovered intoMemo(const LockedRecording& recording, const MemoService& memos);
+// Creates a memo with a copy of the recording, of the day and time at which that was begun.
+[[nodiscard]] Recovered intoMemo(const std::filesystem::path& recording, Moment begun,
+                                 const MemoService& memos);
 
 }  // namespace RecordingRecovery
 

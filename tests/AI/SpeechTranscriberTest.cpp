@@ -176,7 +176,7 @@ TEST_F(SpeechTranscriberTest, StopsAtOnceAndLeavesNothing) {
 
 #ifdef NOMELY_POCKETSPHINX
 TEST_F(SpeechTranscriberTest, PocketSphinxHearsWordsWithTheirTimes) {
-  config.baseURL = "pocketsphinx:";
+  config.model = "pocketsphinx";
   const TranscriptionResult result =
       SpeechTranscriber(makeSpeechRecognizer(config, *http), temporary.path())
           .transcribeWithTimeline(
@@ -190,7 +190,7 @@ TEST_F(SpeechTranscriberTest, PocketSphinxHearsWordsWithTheirTimes) {
   EXPECT_NEAR(result.transcript.segments[0].start, 0.2, 0.1);
   EXPECT_NEAR(result.transcript.segments.back().start, 2.35, 0.15);
 
-  config.baseURL = "pocketsphinx:/nonexistent";
+  config.model = "pocketsphinx:/nonexistent";
   EXPECT_EQ(failure(1), "语音识别失败: PocketSphinx 无法使用模型 /nonexistent");
 }
 #endif

@@ -32,7 +32,8 @@ std::string failureText(std::string_view kind) {
 }
 
 [[noreturn]] void failToStart(const std::optional<std::string>& line, const std::string& device) {
-  Log::error(LogChannel::app, "nomely-media record: {}", line.value_or("ended without an answer"));
+  Log::information(LogChannel::app, "nomely-media record: {}",
+                   line.value_or("ended without an answer"));
   const std::string kind = kindOf(line);
   using Kind = AudioCapture::DeviceError::Kind;
   if (kind == "deviceMissing")
@@ -108,7 +109,7 @@ class MediaSession final : public AudioCapture::Session {
         status.hasEnded = true;
       });
     if (word == "error") {
-      Log::error(LogChannel::app, "nomely-media record: {}", line);
+      Log::information(LogChannel::app, "nomely-media record: {}", line);
       update([&](CaptureStatus& status) {
         status.hasEnded = true;
         status.failure = failureText(kindOf(line));

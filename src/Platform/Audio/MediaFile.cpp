@@ -28,7 +28,7 @@ Descriptor openSource(const std::filesystem::path& file) {
 
 // Throws what the line "error KIND DETAIL" tells; an absent line is that of a crash.
 [[noreturn]] void fail(const std::optional<std::string>& line) {
-  Log::error(LogChannel::app, "nomely-media: {}", line.value_or("ended without an answer"));
+  Log::information(LogChannel::app, "nomely-media: {}", line.value_or("ended without an answer"));
   const std::string_view told = line ? std::string_view(*line) : "";
   if (told.starts_with("error noAudio"))
     throw MediaError(MediaError::Kind::noAudio, "文件里没有声音");
