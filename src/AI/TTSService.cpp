@@ -135,7 +135,7 @@ std::filesystem::path TTSService::synthesizeLongText(std::string_view text,
                                                      const FileManager& files,
                                                      const std::filesystem::path& folder,
                                                      const std::stop_token& stop) const {
-  const std::filesystem::path file = folder / fmt::format("tts_{}.mp3", Uuid::random().string());
+  std::filesystem::path file = folder / fmt::format("tts_{}.mp3", Uuid::random().string());
   files.writeAtomically(
       file, [&](const FileManager::Sink& sink) { synthesizeLongText(text, sink, stop); });
   return file;

@@ -60,7 +60,9 @@ class SecretCommand final : public ActionCommand {
   }
 
   void set(Session& session) const {
-    const bool isTyped = Terminal::isInput() && !session.options.noInput;
+    const bool isTyped = Terminal::isInput();
+    if (isTyped && session.options.noInput)
+      throw UsageError("请从标准输入给出密钥，或去掉 --no-input 再输入");
     const std::string secret =
         checkedSecret(isTyped ? readHidden(fmt::format("{} 的密钥（输入时不显示）：", name_))
                               : InputFile::readStandardInput());
