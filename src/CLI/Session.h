@@ -63,7 +63,6 @@ class Session {
   [[nodiscard]] const DayStore& dayStore() { return application().dayStore(); }
   [[nodiscard]] const MemoService& memos() { return application().memos(); }
   [[nodiscard]] AppSettings& settings() { return application().settings(); }
-  [[nodiscard]] HttpClient& http() const { return machine_.http; }
 
   // Whether the data root is there. What reads it alone says so when it isn't.
   [[nodiscard]] bool hasRoot();
