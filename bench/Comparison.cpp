@@ -14,7 +14,7 @@ namespace {
 using Seconds = std::chrono::duration<double>;
 
 struct Samples {
-  std::vector<double> floor;  // seconds for each step
+  std::vector<double> floor;  // seconds for each step, or bytes
   std::vector<double> ours;
 };
 
@@ -25,6 +25,7 @@ struct Result {
   std::size_t units = 1;
   double bytes = 0;
   std::string note = {};
+  bool isMemory = false;
   std::string skipped = {};
   std::string cut = {};  // why it took fewer turns than it should
 };
@@ -65,6 +66,7 @@ void takeTurns(const Steps& steps, Result& result) {
     if (!step) return;
     times.push_back(timed(step, turn));
     seconds += times.back();
+    if (steps.bytesTaken) times.back() = steps.bytesTaken();
     if (steps.tidy) steps.tidy();
   };
   while (!isEnough(result, seconds)) {
@@ -86,6 +88,7 @@ void measure(benchmark::State& state, Result& result) {
     result.units = steps.units;
     result.bytes = steps.bytes;
     result.note = steps.note;
+    result.isMemory = static_cast<bool>(steps.bytesTaken);
     for (auto iteration : state) {
       (void)iteration;
       takeTurns(steps, result);
@@ -100,7 +103,8 @@ void measure(benchmark::State& state, Result& result) {
   }
 }
 
-std::string duration(double seconds) {
+std::string figure(const Result& result, double seconds) {
+  if (result.isMemory) return fmt::format("{:.1f} MB", seconds / 1e6);
   return seconds < 1e-3 ? fmt::format("{:.1f} us", seconds * 1e6)
                         : fmt::format("{:.2f} ms", seconds * 1e3);
 }
@@ -144,7 +148,7 @@ bool printRow(const Result& result) {
   if (!result.note.empty()) verdict.tell(result.note);
   if (!result.cut.empty()) verdict.tell(result.cut);
   fmt::print("{:<52} {:>11} {:>11} {:>6}  {}\n", result.comparison.what,
-             floor ? duration(*floor) : "-", duration(ours),
+             floor ? figure(result, *floor) : "-", figure(result, ours),
              floor ? fmt::format("{:.2f}", ours / *floor) : "-", verdict.text);
   return verdict.met;
 }

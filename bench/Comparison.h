@@ -25,6 +25,8 @@ struct Steps {
   std::size_t units = 1;         // how many of what is measured a step does
   double bytes = 0;              // that a step goes through, where that is of interest
   std::string note{};            // to be told beside the times
+  // The memory that the latest step took, where that is measured in place of its time.
+  std::function<double()> bytesTaken{};
 };
 
 // Bounds that a result is held to; absent: told for information.
@@ -59,6 +61,7 @@ void registerSearching();
 void registerColdReading();
 void registerMarkdown();
 void registerPages();
+void registerMedia();
 
 // A row for each comparison that was run, and how many were skipped or cut short. Returns whether
 // none was cut and all their goals are met.

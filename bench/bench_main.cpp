@@ -15,6 +15,7 @@ int main(int argc, char** argv) {
   registerColdReading();
   registerMarkdown();
   registerPages();
+  registerMedia();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return printTable() ? 0 : 1;

@@ -1,5 +1,6 @@
 #include "Media/DescriptorIO.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 
@@ -14,6 +15,14 @@ constexpr int bufferSize = 64 * 1024;
 }  // namespace
 
 DescriptorIO::DescriptorIO(int descriptor, Use use) : descriptor_(descriptor) {
+  makeContext(use);
+}
+
+DescriptorIO::DescriptorIO(std::string_view bytes) : bytes_(bytes) {
+  makeContext(Use::read);
+}
+
+void DescriptorIO::makeContext(Use use) {
   const bool writes = use == Use::write;
   auto* const buffer = static_cast<unsigned char*>(require(::av_malloc(bufferSize)));
   context_ = require(::avio_alloc_context(
@@ -29,9 +38,15 @@ DescriptorIO::~DescriptorIO() {
 int DescriptorIO::read(void* self, std::uint8_t* buffer, int size) {
   auto& io = *static_cast<DescriptorIO*>(self);
   ssize_t count = -1;
-  do {
-    count = ::pread(io.descriptor_, buffer, static_cast<std::size_t>(size), io.position_);
-  } while (count < 0 && errno == EINTR);
+  if (io.descriptor_ < 0) {
+    const auto begin = std::min(static_cast<std::size_t>(io.position_), io.bytes_.size());
+    count = static_cast<ssize_t>(
+        io.bytes_.copy(reinterpret_cast<char*>(buffer), static_cast<std::size_t>(size), begin));
+  } else {
+    do {
+      count = ::pread(io.descriptor_, buffer, static_cast<std::size_t>(size), io.position_);
+    } while (count < 0 && errno == EINTR);
+  }
   if (count < 0) return AVERROR(errno);
   if (count == 0) return AVERROR_EOF;
   io.position_ += count;
@@ -51,20 +66,24 @@ int DescriptorIO::write(void* self, std::uint8_t* buffer, int size) {
   return size;
 }
 
+std::int64_t DescriptorIO::size() const {
+  if (descriptor_ < 0) return static_cast<std::int64_t>(bytes_.size());
+  struct stat status {};
+  return ::fstat(descriptor_, &status) == 0 ? status.st_size : AVERROR(errno);
+}
+
 std::int64_t DescriptorIO::seek(void* self, std::int64_t offset, int whence) {
   auto& io = *static_cast<DescriptorIO*>(self);
-  struct stat status {};
-  if (::fstat(io.descriptor_, &status) != 0) return AVERROR(errno);
   switch (whence & ~AVSEEK_FORCE) {
     case AVSEEK_SIZE:
-      return status.st_size;
+      return io.size();
     case SEEK_SET:
       break;
     case SEEK_CUR:
       offset += io.position_;
       break;
     case SEEK_END:
-      offset += status.st_size;
+      offset += io.size();
       break;
     default:
       return AVERROR(EINVAL);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "Media/Libav.h"
 
@@ -13,6 +14,8 @@ class DescriptorIO {
   enum class Use { read, write };
 
   DescriptorIO(int descriptor, Use use);
+  // Bytes in memory to be read, which have to outlive this.
+  explicit DescriptorIO(std::string_view bytes);
   ~DescriptorIO();
   DescriptorIO(const DescriptorIO&) = delete;
   DescriptorIO& operator=(const DescriptorIO&) = delete;
@@ -20,11 +23,14 @@ class DescriptorIO {
   [[nodiscard]] AVIOContext* context() { return context_; }
 
  private:
+  void makeContext(Use use);
+  [[nodiscard]] std::int64_t size() const;
   static int read(void* self, std::uint8_t* buffer, int size);
   static int write(void* self, std::uint8_t* buffer, int size);
   static std::int64_t seek(void* self, std::int64_t offset, int whence);
 
-  int descriptor_;
+  int descriptor_ = -1;
+  std::string_view bytes_;  // without a descriptor
   std::int64_t position_ = 0;
   AVIOContext* context_ = nullptr;
 };

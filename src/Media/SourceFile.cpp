@@ -15,7 +15,10 @@ constexpr auto encodings =
 
 }  // namespace
 
-SourceFile::SourceFile(int descriptor) : io_(descriptor, DescriptorIO::Use::read) {
+SourceFile::SourceFile(int descriptor)
+    : table_(SampleTable::ofLongFile(descriptor)),
+      io_(table_ ? DescriptorIO(table_->header())
+                 : DescriptorIO(descriptor, DescriptorIO::Use::read)) {
   format_ = require(::avformat_alloc_context());
   format_->pb = io_.context();
   format_->io_open = &refuseToOpen;
@@ -25,21 +28,25 @@ SourceFile::SourceFile(int descriptor) : io_(descriptor, DescriptorIO::Use::read
   // Frees the context when it fails.
   require(::avformat_open_input(&format_, nullptr, nullptr, nullptr), "unreadable", "open");
   try {
-    for (unsigned i = 0; i < format_->nb_streams; ++i)
-      if (format_->streams[i]->codecpar->codec_type != AVMEDIA_TYPE_AUDIO)
-        format_->streams[i]->discard = AVDISCARD_ALL;
-    require(::avformat_find_stream_info(format_, nullptr), "unreadable", "streams");
-    const int chosen = ::av_find_best_stream(format_, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
-    if (chosen < 0) throw Failure("noAudio", describe(chosen));
-    for (unsigned i = 0; i < format_->nb_streams; ++i)
-      if (i != static_cast<unsigned>(chosen)) format_->streams[i]->discard = AVDISCARD_ALL;
-    audio_ = format_->streams[chosen];
-    if (format_->start_time != AV_NOPTS_VALUE)
-      origin_ = static_cast<double>(format_->start_time) / AV_TIME_BASE;
+    choose();
   } catch (...) {
     ::avformat_close_input(&format_);
     throw;
   }
+}
+
+void SourceFile::choose() {
+  for (unsigned i = 0; i < format_->nb_streams; ++i)
+    if (format_->streams[i]->codecpar->codec_type != AVMEDIA_TYPE_AUDIO)
+      format_->streams[i]->discard = AVDISCARD_ALL;
+  require(::avformat_find_stream_info(format_, nullptr), "unreadable", "streams");
+  const int chosen = ::av_find_best_stream(format_, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
+  if (chosen < 0) throw Failure("noAudio", describe(chosen));
+  for (unsigned i = 0; i < format_->nb_streams; ++i)
+    if (i != static_cast<unsigned>(chosen)) format_->streams[i]->discard = AVDISCARD_ALL;
+  audio_ = format_->streams[chosen];
+  if (format_->start_time != AV_NOPTS_VALUE)
+    origin_ = static_cast<double>(format_->start_time) / AV_TIME_BASE;
 }
 
 SourceFile::~SourceFile() {
@@ -47,6 +54,11 @@ SourceFile::~SourceFile() {
 }
 
 bool SourceFile::next(AVPacket& packet) {
+  if (table_) {
+    const bool isMore = table_->next(packet);
+    packet.stream_index = audio_->index;
+    return isMore;
+  }
   for (;;) {
     ::av_packet_unref(&packet);
     const int result = ::av_read_frame(format_, &packet);

@@ -2,6 +2,7 @@
 
 #include "Media/DescriptorIO.h"
 #include "Media/Libav.h"
+#include "Media/SampleTable.h"
 
 namespace nomely::media {
 
@@ -22,6 +23,9 @@ class SourceFile {
   [[nodiscard]] double seconds(std::int64_t timestamp) const;
 
  private:
+  void choose();
+
+  std::unique_ptr<SampleTable> table_;  // of a long file, in place of the demuxer's
   DescriptorIO io_;
   AVFormatContext* format_ = nullptr;
   const AVStream* audio_ = nullptr;

@@ -13,6 +13,7 @@
 #include "Support/Mounts.h"
 #include "Support/Sound.h"
 #include "Support/TemporaryFolder.h"
+#include "bench/LongRecording.h"
 
 namespace nomely::test {
 namespace {
@@ -80,6 +81,29 @@ TEST_F(AudioRecorderTest, KilledRecorderLosesASecondAtMost) {
   EXPECT_GE(MediaFile::duration(path, {}), 2.0);
   EXPECT_EQ(recorder.stopRecording(), path);
   EXPECT_GE(MediaFile::duration(path, {}), 2.0);
+}
+
+// The tables of a file with hours of sound are read piecewise.
+TEST_F(AudioRecorderTest, HoursAreHeardAsMinutesAre) {
+  (void)start();
+  record(2);
+  const auto path = recorder.stopRecording();
+  std::vector<std::vector<std::int16_t>> beginnings;
+  for (const double hours : {0.5, 1.0}) {
+    const auto file = home.path() / "long.m4a";
+    bench::writeLongRecording(path, hours, file);
+    EXPECT_NEAR(MediaFile::duration(file, {}), hours * 3600, 5);
+    SampleStream stream(file);
+    (void)stream.read(beginnings.emplace_back(5 * SampleStream::rate), {});
+    // Cut off in the middle of its tables, and of its sound.
+    for (const double part : {0.9, 0.01}) {
+      std::filesystem::resize_file(
+          file, static_cast<std::uintmax_t>(static_cast<double>(std::filesystem::file_size(file)) *
+                                            part));
+      EXPECT_THROW((void)MediaFile::duration(file, {}), MediaError);
+    }
+  }
+  EXPECT_EQ(beginnings[0], beginnings[1]);
 }
 
 // Needs root.
