@@ -62,6 +62,7 @@ void registerColdReading();
 void registerMarkdown();
 void registerPages();
 void registerMedia();
+void registerSummaries();
 
 // A row for each comparison that was run, and how many were skipped or cut short. Returns whether
 // none was cut and all their goals are met.

@@ -16,6 +16,7 @@ int main(int argc, char** argv) {
   registerMarkdown();
   registerPages();
   registerMedia();
+  registerSummaries();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return printTable() ? 0 : 1;
