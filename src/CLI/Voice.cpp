@@ -45,8 +45,7 @@ std::string withParagraph(const std::string& body, const std::string& paragraph)
 
 TranscriptionResult Voice::transcribe(const std::filesystem::path& file, Session& session) {
   const TranscriptionConfig config = session.application().settings().transcription();
-  const std::unique_ptr<HttpClient> http = makeHttpClient();
-  SpeechTranscriber transcriber(makeSpeechRecognizer(config, *http),
+  SpeechTranscriber transcriber(makeSpeechRecognizer(config, session.http()),
                                 session.environment().temporaryFolder());
   TranscriptionResult result;
   session.host([&](const std::stop_token& stop) {

@@ -10,11 +10,10 @@
 namespace nomely::media {
 namespace {
 
-// Fewer cost the library's demuxer a few megabytes: the sound of forty minutes.
-constexpr std::uint64_t leastSamples = 100'000;
 constexpr std::uint64_t largestSample = std::uint64_t{1} << 20U;
 constexpr std::uint64_t largestCopiedBox = std::uint64_t{1} << 16U;
 constexpr std::size_t mostBoxes = 1000;
+constexpr int deepestBox = 4;  // moov, trak, mdia, minf, stbl
 
 std::size_t readAt(int file, void* to, std::size_t size, std::uint64_t offset) {
   ssize_t count = -1;
@@ -81,12 +80,12 @@ std::vector<SampleTable::Box> SampleTable::boxesIn(int file, std::uint64_t begin
   return boxes;
 }
 
-std::unique_ptr<SampleTable> SampleTable::ofLongFile(int file) {
+std::unique_ptr<SampleTable> SampleTable::ofLongFile(int file, std::uint64_t least) {
   std::unique_ptr<SampleTable> table(new SampleTable(file));
-  return table->read() ? std::move(table) : nullptr;
+  return table->read(least) ? std::move(table) : nullptr;
 }
 
-bool SampleTable::read() {
+bool SampleTable::read(std::uint64_t least) {
   struct stat status {};
   if (::fstat(file_, &status) != 0) return false;
   const auto all = boxesIn(file_, 0, static_cast<std::uint64_t>(status.st_size));
@@ -100,8 +99,7 @@ bool SampleTable::read() {
     return false;
   const Box track = *std::ranges::find_if(parts, isSoundTrack);
   // Samples of one size are bare numbers, thousands of which make a packet.
-  if (!readTables(track, 0) || sizeOfAll_ != 0 || sizes_.count() < leastSamples ||
-      chunkRuns_.count() == 0)
+  if (!readTables(track, 0) || sizeOfAll_ != 0 || sizes_.count() < least || chunkRuns_.count() == 0)
     return false;
   appendEmptied(all.front(), track, header_);
   appendEmptied(*movie, track, header_);
@@ -142,13 +140,14 @@ bool SampleTable::readTables(const Box& track, int depth) {
   return !isUnknown;
 }
 
-void SampleTable::appendEmptied(const Box& box, const Box& track, std::string& to) const {
-  if (box.type == "trak" && box.begin != track.begin) return;
+void SampleTable::appendEmptied(const Box& box, const Box& track, std::string& to,
+                                int depth) const {
+  if (depth > deepestBox + 1 || (box.type == "trak" && box.begin != track.begin)) return;
   if (isOneOf(box.type, {"udta", "meta", "edts", "free", "skip", "stss", "ctts", "sdtp"})) return;
   std::string content;
   if (isOneOf(box.type, {"moov", "trak", "mdia", "minf", "stbl"})) {
     for (const Box& inner : boxesIn(file_, box.payload, box.end))
-      appendEmptied(inner, track, content);
+      appendEmptied(inner, track, content, depth + 1);
   } else if (isOneOf(box.type, {"stts", "stsc", "stco", "co64"})) {
     content.assign(8, '\0');
   } else if (box.type == "stsz") {

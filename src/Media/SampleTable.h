@@ -37,8 +37,12 @@ class TableReader {
 // the file's own tables a window at a time.
 class SampleTable {
  public:
-  // Null for any other file.
-  [[nodiscard]] static std::unique_ptr<SampleTable> ofLongFile(int file);
+  // Fewer samples cost the library's demuxer a few megabytes: the sound of forty minutes.
+  static constexpr std::uint64_t usualLeast = 100'000;
+
+  // Null for a file with fewer than `least` samples, and for any other kind of file.
+  [[nodiscard]] static std::unique_ptr<SampleTable> ofLongFile(int file,
+                                                               std::uint64_t least = usualLeast);
 
   // A file with the same sound track and no samples, from which the demuxer learns the encoding.
   [[nodiscard]] const std::string& header() const { return header_; }
@@ -52,10 +56,10 @@ class SampleTable {
 
   explicit SampleTable(int file) : file_(file) {}
   [[nodiscard]] static std::vector<Box> boxesIn(int file, std::uint64_t begin, std::uint64_t end);
-  [[nodiscard]] bool read();
+  [[nodiscard]] bool read(std::uint64_t least);
   [[nodiscard]] bool readTables(const Box& track, int depth);
   [[nodiscard]] bool isSound(const Box& track) const;
-  void appendEmptied(const Box& box, const Box& track, std::string& to) const;
+  void appendEmptied(const Box& box, const Box& track, std::string& to, int depth = 0) const;
   [[nodiscard]] bool beginChunk();
 
   int file_;
