@@ -25,7 +25,7 @@ bool isThisMachine(std::string host) {
 
 std::string vendorRoot(const Environment& environment, std::string_view variable,
                        std::string_view usual) {
-  const std::string root = environment.get(variable).value_or("");
+  std::string root = environment.get(variable).value_or("");
   if (root.empty()) return std::string(usual);
   const HttpTarget target = HttpTarget::of(root);
   if (target.scheme == HttpTarget::Scheme::http && !isThisMachine(target.host))

@@ -4,6 +4,7 @@
 #include <memory>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include <libsecret/secret.h>
 
@@ -247,8 +248,8 @@ bool KeyringService::ask(std::string_view service, std::string_view account, Bod
   if (!hasBus_) return false;
   const std::lock_guard guard(mutex_);
   const auto now = std::chrono::steady_clock::now();
-  const SecretError silent(SecretError::Kind::unavailable, silentText);
-  if (silentSince_ && now - *silentSince_ < rest) throw silent;
+  const auto silent = [] { return SecretError(SecretError::Kind::unavailable, silentText); };
+  if (silentSince_ && now - *silentSince_ < rest) throw silent();
   try {
     Call call(service, account);
     silentSince_.reset();
@@ -263,7 +264,7 @@ bool KeyringService::ask(std::string_view service, std::string_view account, Bod
   } catch (const LazyLibrary::MissingError& error) {
     Log::information(LogChannel::app, "Keyring: {}", error.what());
   }
-  if (silentSince_) throw silent;
+  if (silentSince_) throw silent();
   return false;
 }
 
