@@ -4,6 +4,7 @@
 #include <array>
 #include <atomic>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 
 #include <arpa/inet.h>
@@ -12,17 +13,12 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "Platform/Text/Ascii.h"
+#include "Platform/Text/Unicode.h"
 #include "Support/Deadline.h"
 
 namespace nomely::test {
 namespace {
-
-std::string lowered(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](char c) {
-    return static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
-  });
-  return text;
-}
 
 // Until `text` is that long, or has a head when no length is known; false when the client left
 // first, or speaks no HTTP.
@@ -40,18 +36,12 @@ bool receive(int socket, std::string& text, std::size_t length) {
 
 LoopbackServer::Request parsedHead(const std::string& head) {
   LoopbackServer::Request request;
-  const std::size_t lineEnd = head.find("\r\n");
-  const std::size_t blank = head.find(' ');
-  request.method = head.substr(0, blank);
-  request.target = head.substr(blank + 1, head.find(' ', blank + 1) - blank - 1);
-  for (std::size_t begin = lineEnd + 2; begin < head.size();) {
-    const std::size_t end = std::min(head.find("\r\n", begin), head.size());
-    const std::size_t colon = head.find(':', begin);
-    if (colon < end)
-      request.headers[lowered(head.substr(begin, colon - begin))] =
-          head.substr(std::min(colon + 2, end), end - std::min(colon + 2, end));
-    begin = end + 2;
-  }
+  std::istringstream lines(head);
+  lines >> request.method >> request.target;
+  for (std::string line; std::getline(lines, line);)
+    if (const std::size_t colon = line.find(':'); colon != std::string::npos)
+      request.headers[loweredAscii(line.substr(0, colon))] =
+          trimSpaceAndBreaks(std::string_view(line).substr(colon + 1));
   return request;
 }
 
@@ -223,8 +213,7 @@ void LoopbackServer::send(const Connection& connection, const Answer& answer) co
       if (connection.send(body.substr(0, body.size() / 2))) connection.hang();
       return;
     default:
-      for (std::size_t i = 0; i < answer.times; ++i)
-        if (!connection.send(body)) return;
+      for (std::size_t i = 0; i < answer.times && connection.send(body); ++i) continue;
   }
 }
 

@@ -1,5 +1,5 @@
-#include <cstring>
 #include <future>
+#include <sstream>
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
@@ -160,37 +160,23 @@ TEST_F(HttpClientTest, StopsAtOnce) {
 }
 
 TEST(PrivateAddress, ByItsNumbers) {
-  for (const auto& [text, isPrivate] : {std::pair("127.0.0.1", true),
-                                        {"127.255.3.4", true},
-                                        {"10.1.2.3", true},
-                                        {"172.15.255.255", false},
-                                        {"172.16.0.1", true},
-                                        {"172.31.255.255", true},
-                                        {"172.32.0.0", false},
-                                        {"192.168.9.9", true},
-                                        {"192.169.0.1", false},
-                                        {"169.254.1.1", true},
-                                        {"0.0.0.0", false},
-                                        {"8.8.8.8", false},
-                                        {"::1", true},
-                                        {"::", false},
-                                        {"fe80::1", true},
-                                        {"fd00::1", true},
-                                        {"fe00::1", false},
-                                        {"2001:db8::1", false},
-                                        {"::ffff:10.0.0.1", true},
-                                        {"::ffff:8.8.8.8", false}}) {
-    sockaddr_storage address{};
-    if (std::strchr(text, ':') == nullptr) {
-      auto& ipv4 = reinterpret_cast<sockaddr_in&>(address);
-      ipv4.sin_family = AF_INET;
-      ASSERT_EQ(::inet_pton(AF_INET, text, &ipv4.sin_addr), 1);
-    } else {
-      auto& ipv6 = reinterpret_cast<sockaddr_in6&>(address);
-      ipv6.sin6_family = AF_INET6;
-      ASSERT_EQ(::inet_pton(AF_INET6, text, &ipv6.sin6_addr), 1);
+  constexpr const char* ours =
+      "127.0.0.1 127.255.3.4 10.1.2.3 172.16.0.1 172.31.255.255 192.168.9.9 169.254.1.1 "
+      "::1 fe80::1 fd00::1 ::ffff:10.0.0.1";
+  constexpr const char* others =
+      "172.15.255.255 172.32.0.0 192.169.0.1 0.0.0.0 8.8.8.8 :: fe00::1 2001:db8::1 ::ffff:8.8.8.8";
+  for (const auto& [list, isPrivate] : {std::pair(ours, true), {others, false}}) {
+    std::istringstream words(list);
+    for (std::string word; words >> word;) {
+      sockaddr_storage address{};
+      const bool isIPv4 = word.find(':') == std::string::npos;
+      address.ss_family = isIPv4 ? AF_INET : AF_INET6;
+      void* const number =
+          isIPv4 ? static_cast<void*>(&reinterpret_cast<sockaddr_in&>(address).sin_addr)
+                 : &reinterpret_cast<sockaddr_in6&>(address).sin6_addr;
+      ASSERT_EQ(::inet_pton(address.ss_family, word.c_str(), number), 1);
+      EXPECT_EQ(isPrivateAddress(reinterpret_cast<const sockaddr&>(address)), isPrivate) << word;
     }
-    EXPECT_EQ(isPrivateAddress(reinterpret_cast<const sockaddr&>(address)), isPrivate) << text;
   }
 }
 
