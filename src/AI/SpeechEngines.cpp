@@ -17,6 +17,7 @@ namespace nomely {
 namespace {
 
 constexpr std::string_view sphinxModel = "pocketsphinx";
+constexpr std::string_view sphinxPrefix = "pocketsphinx:";
 constexpr auto sphinxProgram = "nomely-sphinx";
 constexpr auto usualModel = "/usr/share/pocketsphinx/model/en-us";
 
@@ -57,15 +58,22 @@ class SphinxRecognizer final : public SpeechRecognizer {
   std::string model_;
 };
 
+bool isSphinx(const TranscriptionConfig& config) {
+  return config.model == sphinxModel || config.model.starts_with(sphinxPrefix);
+}
+
 }  // namespace
+
+bool asksServer(const TranscriptionConfig& config) {
+  return !isSphinx(config) && !config.baseURL.empty();
+}
 
 std::shared_ptr<SpeechRecognizer> makeSpeechRecognizer(const TranscriptionConfig& config,
                                                        HttpClient& http) {
-  if (config.model == sphinxModel) return std::make_shared<SphinxRecognizer>(usualModel);
-  if (config.model.starts_with(std::string(sphinxModel) + ":"))
-    return std::make_shared<SphinxRecognizer>(config.model.substr(sphinxModel.size() + 1));
-  if (config.baseURL.empty()) return nullptr;
-  return std::make_shared<TranscriptionClient>(config, http);
+  if (asksServer(config)) return std::make_shared<TranscriptionClient>(config, http);
+  if (!isSphinx(config)) return nullptr;
+  return std::make_shared<SphinxRecognizer>(
+      config.model == sphinxModel ? usualModel : config.model.substr(sphinxPrefix.size()));
 }
 
 }  // namespace nomely

@@ -44,7 +44,8 @@ std::string withParagraph(const std::string& body, const std::string& paragraph)
 }  // namespace
 
 TranscriptionResult Voice::transcribe(const std::filesystem::path& file, Session& session) {
-  const TranscriptionConfig config = session.application().settings().transcription();
+  auto config = session.settings().withoutSecrets<TranscriptionConfig>();
+  if (asksServer(config)) config = session.settings().transcription();
   SpeechTranscriber transcriber(makeSpeechRecognizer(config, session.http()),
                                 session.environment().temporaryFolder());
   TranscriptionResult result;

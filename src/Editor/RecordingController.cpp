@@ -60,6 +60,10 @@ void RecordingController::began(const std::filesystem::path& file) {
   activeDraftRecordingPath.set(file.string());
   tick();
   draftChanged();
+  if (std::exchange(isCancelledAtStart_, false)) return cancelRecording();
+  // A device may be gone before this was told of its coming.
+  if (const CaptureStatus status = context_.recorder.status(); !status.failure.empty())
+    endedByItself(status);
 }
 
 void RecordingController::tick() {
@@ -179,6 +183,7 @@ void RecordingController::becomeIdle() {
 }
 
 void RecordingController::cancelRecording() {
+  isCancelledAtStart_ = isStarting_;
   if (!isRecording.get()) return;
   stopTimer();
   isRecording.set(false);

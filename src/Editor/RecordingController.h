@@ -71,6 +71,7 @@ class RecordingController {
   void resumeRecording();
   void finishRecordingRequest() { stopRecordingAndTranscribe(); }
   void stopRecordingAndTranscribe();
+  // Also one that is about to begin.
   void cancelRecording();
 
  private:
@@ -95,6 +96,7 @@ class RecordingController {
 
   Context context_;
   bool isStarting_ = false;
+  bool isCancelledAtStart_ = false;
   Timers::Timer timer_;
   std::stop_source stop_;
   Lifetime lifetime_;

@@ -121,6 +121,10 @@ TEST_F(RecordingControllerTest, SecondsStandStillWhilePaused) {
   EXPECT_EQ(controller->recordingSeconds.get(), 3);
   controller->cancelRecording();
   await([this] { return log.back() == "draft-"; });
+  controller->startRecording();
+  controller->cancelRecording();  // before it has begun
+  await([this] { return log.size() == 4; });
+  EXPECT_THAT(log, ElementsAre("draft+", "draft-", "draft+", "draft-"));
   EXPECT_TRUE(std::filesystem::is_empty(recordings.path()));
   EXPECT_EQ(timers.waiting(), 0U);
 }
