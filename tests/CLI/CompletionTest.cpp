@@ -58,7 +58,7 @@ TEST_P(CompletionTest, LinesAfterTab) {
     const char* words;  // with which the line then runs
   } cases[] = {
       {"appe\t", "<append>"},
-      {"--no-i\ttra\tem\t", "<--no-input><trash><empty>"},
+      {"--no-i\ttras\tem\t", "<--no-input><trash><empty>"},
       {"list --onel\t--unt\t", "<list><--oneline><--untagged>"},
       {"history 2025-12-31/1 orig\t", "<history><2025-12-31/1><original>"},
       {"help hist\trest\t", "<help><history><restore>"},
