@@ -35,6 +35,14 @@ std::string_view find(std::string_view boxes, std::string_view type) {
   throw std::runtime_error("no plain recording");
 }
 
+// Of each sample, where a table of silence says that all have the same, too.
+std::string sizesIn(std::string_view table) {
+  if (number(table, 4) == 0) return std::string(table.substr(12));
+  std::string sizes;
+  for (std::uint32_t i = 0; i < number(table, 8); ++i) sizes += table.substr(4, 4);
+  return sizes;
+}
+
 // The tables of `count` samples, which are those of `sizes` over and over, all at `offset`.
 std::string table(std::string_view type, std::string_view sizes, std::uint64_t count,
                   std::size_t offset) {
@@ -79,7 +87,7 @@ void writeLongRecording(const std::filesystem::path& source, double hours,
   const std::string_view movie = find(bytes, "moov");
   std::string_view tables = movie;
   for (const char* inner : {"trak", "mdia", "minf", "stbl"}) tables = find(tables, inner);
-  const std::string_view sizes = find(tables, "stsz").substr(12);
+  const std::string sizes = sizesIn(find(tables, "stsz"));
   const std::uint64_t once = sizes.size() / 4;
   const auto wanted = static_cast<std::uint64_t>(hours * samplesOfHour);
   const std::uint64_t count = (wanted + once - 1) / once * once;

@@ -83,7 +83,7 @@ class Transcription {
     try {
       const auto samples = samplesOf(range);
       if (samples.empty()) return {};
-      const std::filesystem::path piece = folder_.path() / fmt::format("segment_{}.wav", index);
+      std::filesystem::path piece = folder_.path() / fmt::format("segment_{}.wav", index);
       FileManager(posixFileSystem()).writeAtomically(piece, waveOf(samples));
       return piece;
     } catch (const CancellationError&) {
