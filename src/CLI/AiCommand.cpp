@@ -5,6 +5,7 @@
 #include "AI/BeautifyPreset.h"
 #include "CLI/ActionCommand.h"
 #include "CLI/Arguments.h"
+#include "CLI/ConfiguredAI.h"
 #include "CLI/TextInput.h"
 #include "CLI/UsageError.h"
 #include "CLI/Waiting.h"
@@ -16,9 +17,10 @@ namespace {
 class AiCommand final : public ActionCommand {
  public:
   void declare(Syntax& syntax) override {
-    add(syntax, "test", "试一试设置里的 AI 能否使用", [this](Session& session) { test(session); });
+    add(syntax, "test", "试一试设置里的 AI 能否使用", test);
     for (const InputAIActionInfo& info : InputAIActionInfo::all()) {
-      Syntax& action = add(syntax, std::string(info.name), std::string(info.title),
+      Syntax& action = add(syntax, std::string(info.name),
+                           std::string(info.heading.empty() ? info.title : info.heading),
                            [this, &info](Session& session) { perform(info.action, session); });
       if (info.action != InputAIAction::greeting) action.add(textArgument());
     }
@@ -57,7 +59,7 @@ class AiCommand final : public ActionCommand {
   static void ask(Session& session, const Asking& asking) {
     AIService::Reply reply;
     session.host([&](const std::stop_token& stop) {
-      const AIConfig config = session.settings().ai();
+      const AIConfig config = configuredAI(session);
       const Waiting waiting(
           session, fmt::format("正在等 {} 的回复", AIConfig::displayName(config.provider)));
       reply = asking(config, stop);

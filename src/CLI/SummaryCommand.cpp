@@ -2,10 +2,10 @@
 
 #include <fmt/format.h>
 
-#include "AI/AIError.h"
 #include "AI/AIMonthlySummarizer.h"
 #include "CLI/ActionCommand.h"
 #include "CLI/Arguments.h"
+#include "CLI/ConfiguredAI.h"
 #include "CLI/MemoOutput.h"
 #include "CLI/UsageError.h"
 #include "CLI/Waiting.h"
@@ -68,10 +68,14 @@ class SummaryCommand final : public ActionCommand {
 
   void addArguments(Syntax& syntax, Argument time) {
     std::vector<std::string> names;
-    for (const SummaryStyleInfo& info : SummaryStyleInfo::all()) names.emplace_back(info.name);
+    std::string help = "视角，默认 diary：";
+    for (const SummaryStyleInfo& info : SummaryStyleInfo::all()) {
+      help += fmt::format("{}{} {}", names.empty() ? "" : "、", info.name, info.titleSuffix);
+      names.emplace_back(info.name);
+    }
     syntax.add(std::move(time));
     syntax.add({.name = "--style",
-                .help = "视角：日记版、温情版、模式洞察、价值澄清、二阶思考；一年的只有前三种",
+                .help = help + "；一年的只有前三种",
                 .target = &style_,
                 .value = "S",
                 .choices = names});
@@ -96,8 +100,7 @@ class SummaryCommand final : public ActionCommand {
     Question question;
     session.host([&](const std::stop_token& stop) { question = kind.question(summarizer, stop); });
     if (isDryRun_) return print(question, session);
-    const AIConfig config = session.settings().ai();
-    if (config.apiKey.empty()) throw AIError(AIError::Kind::notConfigured);
+    const AIConfig config = configuredAI(session);
     if (!mayLeave(question, config, session)) return;
 
     std::optional<Memo> memo;

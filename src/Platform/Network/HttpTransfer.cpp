@@ -126,7 +126,7 @@ void HttpTransfer::setHeaders() {
   for (const auto& [name, value] : request_.headers) {
     if (!isHeaderText(name) || !isHeaderText(value))
       throw HttpError(Kind::refused, "密钥或设置里有换行等控制字符，请重新填写");
-    add(value.empty() ? name + ";" : name + ": " + value);
+    add(value.empty() ? name + ";" : fmt::format("{}: {}", name, value));
   }
   add("User-Agent: nomely");
   // A large body would first wait a second for servers that don't know this question.
