@@ -75,18 +75,6 @@ class SpawnSettings {
 
 }  // namespace
 
-Descriptor::Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-  close();
-  number_ = std::exchange(other.number_, -1);
-  return *this;
-}
-
-void Descriptor::close() noexcept {
-  if (number_ >= 0) ::close(std::exchange(number_, -1));
-}
-
 HelperProcess::MissingError::MissingError(const std::string& program)
     : Error("helper.missing", fmt::format("找不到程序 {}，请重新安装 Nomely", program)) {}
 

@@ -11,23 +11,9 @@
 #include <sys/types.h>
 
 #include "Platform/Error.h"
+#include "Platform/System/Descriptor.h"
 
 namespace nomely {
-
-// An open file descriptor, closed with its owner; -1 for none.
-class Descriptor {
- public:
-  explicit Descriptor(int number = -1) noexcept : number_(number) {}
-  ~Descriptor() { close(); }
-  Descriptor(Descriptor&& other) noexcept;
-  Descriptor& operator=(Descriptor&& other) noexcept;
-
-  [[nodiscard]] int get() const noexcept { return number_; }
-  void close() noexcept;
-
- private:
-  int number_;
-};
 
 // A program of ours that works for this one: it answers in lines. It has no terminal signals of its
 // own and is killed when the object goes. One thread reads; any may send.

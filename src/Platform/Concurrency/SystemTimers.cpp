@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include "Platform/Concurrency/Timers.h"
+#include "Platform/System/Descriptor.h"
 #include "Platform/System/Log.h"
 
 namespace nomely {
@@ -32,19 +33,10 @@ Nanoseconds bootTime() {
 }
 
 // What the thread waits on.
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {
-    if (number < 0) throw std::system_error(errno, std::generic_category(), "timers");
-  }
-  ~Descriptor() { ::close(number_); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  [[nodiscard]] int number() const { return number_; }
-
- private:
-  int number_;
-};
+Descriptor opened(int number) {
+  if (number < 0) throw std::system_error(errno, std::generic_category(), "timers");
+  return Descriptor(number);
+}
 
 // The calls to come, by the time when they are due and the order in which they were asked for.
 class Agenda {
@@ -100,11 +92,11 @@ class Agenda {
         }
         setAlarm();
       }
-      std::array<pollfd, 2> waited{{{.fd = alarm_.number(), .events = POLLIN, .revents = 0},
-                                    {.fd = wakeup_.number(), .events = POLLIN, .revents = 0}}};
+      std::array<pollfd, 2> waited{{{.fd = alarm_.get(), .events = POLLIN, .revents = 0},
+                                    {.fd = wakeup_.get(), .events = POLLIN, .revents = 0}}};
       ::poll(waited.data(), waited.size(), -1);
       std::uint64_t count = 0;
-      if (waited[1].revents != 0) (void)!::read(wakeup_.number(), &count, sizeof count);
+      if (waited[1].revents != 0) (void)!::read(wakeup_.get(), &count, sizeof count);
     }
   }
 
@@ -115,20 +107,20 @@ class Agenda {
       const auto seconds = std::chrono::floor<std::chrono::seconds>(due);
       when.it_value = {.tv_sec = seconds.count(), .tv_nsec = (due - seconds).count()};
     }
-    ::timerfd_settime(alarm_.number(), TFD_TIMER_ABSTIME, &when, nullptr);
+    ::timerfd_settime(alarm_.get(), TFD_TIMER_ABSTIME, &when, nullptr);
   }
 
   void wake() const {
     const std::uint64_t one = 1;
-    (void)!::write(wakeup_.number(), &one, sizeof one);
+    (void)!::write(wakeup_.get(), &one, sizeof one);
   }
 
   std::mutex mutex_;
   std::map<Key, std::function<void()>> calls_;
   std::uint64_t next_ = 0;
   bool closing_ = false;
-  Descriptor alarm_{::timerfd_create(clockThatCountsSleep, TFD_CLOEXEC | TFD_NONBLOCK)};
-  Descriptor wakeup_{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
+  Descriptor alarm_ = opened(::timerfd_create(clockThatCountsSleep, TFD_CLOEXEC | TFD_NONBLOCK));
+  Descriptor wakeup_ = opened(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
 };
 
 class SystemTimers final : public Timers {

@@ -13,6 +13,7 @@
 
 #include "Platform/Files/FileError.h"
 #include "Platform/Files/OpenFolder.h"
+#include "Platform/System/Descriptor.h"
 
 namespace nomely {
 namespace {
@@ -40,21 +41,6 @@ FileAttributes fromStat(const struct stat& info) {
   attributes.permissions = info.st_mode & 07777U;
   return attributes;
 }
-
-class Descriptor {
- public:
-  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-  ~Descriptor() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  [[nodiscard]] int get() const { return descriptor_; }
-  int release() { return std::exchange(descriptor_, -1); }
-
- private:
-  int descriptor_;
-};
 
 class PosixFile final : public File {
  public:
