@@ -7,7 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "AI/AudioRecorder.h"
+#include "AI/Voice/AudioRecorder.h"
 #include "bench/Comparison.h"
 #include "bench/LongRecording.h"
 #include "bench/Workspace.h"

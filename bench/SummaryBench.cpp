@@ -6,8 +6,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "AI/AIMonthlySummarizer.h"
-#include "bench/BareParse.h"
+#include "AI/Summaries/AIMonthlySummarizer.h"
 #include "bench/Comparison.h"
 #include "bench/LargeRoot.h"
 #include "bench/Workspace.h"
@@ -15,14 +14,12 @@
 namespace nomely::bench {
 namespace {
 
-// As a program that knows nothing of memos would read one.
-void readMemo(const char* name) {
+void readFile(const char* name) {
   static std::array<char, 1 << 20> buffer;
   const int file = ::open(name, O_RDONLY | O_CLOEXEC);
   const ssize_t size = ::read(file, buffer.data(), buffer.size());
   ::close(file);
   if (size < 0) throw std::runtime_error("unreadable memo");
-  readEvents(headerOf({buffer.data(), static_cast<std::size_t>(size)}));
 }
 
 Steps corpusSteps() {
@@ -36,7 +33,7 @@ Steps corpusSteps() {
               [=, &root](std::size_t) {
                 for (const auto& day : std::filesystem::directory_iterator(root.folder))
                   if (day.path().filename().string().starts_with(year))
-                    forEachMemoFile(day.path(), readMemo);
+                    forEachMemoFile(day.path(), readFile);
               },
           .ours =
               [=](std::size_t) {
@@ -49,7 +46,7 @@ Steps corpusSteps() {
 }  // namespace
 
 void registerSummaries() {
-  registerComparison({.what = "a year's notes for a summary (floor: read, YAML events)",
+  registerComparison({.what = "a year's notes for a summary (floor: bare reads of its files)",
                       .prepare = corpusSteps,
                       .goal = {.ratio = 2.0}});
 }

@@ -8,9 +8,9 @@
 #include <tuple>
 #include <vector>
 
-#include "AI/AIConfig.h"
-#include "AI/TTSConfig.h"
-#include "AI/TranscriptionConfig.h"
+#include "AI/Transcription/TranscriptionConfig.h"
+#include "AI/Vendor/AIConfig.h"
+#include "AI/Voice/TTSConfig.h"
 #include "Core/Storage/ConfigSecrets.h"
 #include "Core/Storage/ConfigValue.h"
 #include "Core/Storage/DisplayConfig.h"

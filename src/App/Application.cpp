@@ -9,8 +9,8 @@
 #include <unistd.h>
 
 #include "Core/Lifecycle/TemporaryFileSweep.h"
-#include "Editor/DayViewModel.h"
-#include "Editor/SummaryGeneration.h"
+#include "Editor/Intelligence/SummaryGeneration.h"
+#include "Editor/Timeline/DayViewModel.h"
 #include "Platform/System/Uuid.h"
 #include "Platform/Text/Unicode.h"
 

@@ -1,8 +1,8 @@
 #include <fmt/format.h>
 
-#include "AI/AIBeautifier.h"
-#include "AI/AIWritingAssistant.h"
-#include "AI/BeautifyPreset.h"
+#include "AI/Writing/AIBeautifier.h"
+#include "AI/Writing/AIWritingAssistant.h"
+#include "AI/Writing/BeautifyPreset.h"
 #include "CLI/ActionCommand.h"
 #include "CLI/Arguments.h"
 #include "CLI/ConfiguredAI.h"

@@ -1,6 +1,6 @@
 #include "CLI/ConfiguredAI.h"
 
-#include "AI/AIError.h"
+#include "AI/Vendor/AIError.h"
 
 namespace nomely {
 

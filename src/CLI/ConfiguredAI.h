@@ -1,6 +1,6 @@
 #pragma once
 
-#include "AI/AIConfig.h"
+#include "AI/Vendor/AIConfig.h"
 #include "CLI/Session.h"
 
 namespace nomely {

@@ -5,14 +5,14 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include "AI/AudioRecorder.h"
+#include "AI/Voice/AudioRecorder.h"
 #include "CLI/Arguments.h"
 #include "CLI/Command.h"
 #include "CLI/Interruption.h"
 #include "CLI/MemoOutput.h"
 #include "CLI/Voice.h"
 #include "Core/Storage/DraftStore.h"
-#include "Editor/RecordingRecovery.h"
+#include "Editor/Recording/RecordingRecovery.h"
 #include "Platform/Audio/MediaFile.h"
 #include "Platform/Cancellation.h"
 

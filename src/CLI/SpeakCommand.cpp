@@ -1,6 +1,6 @@
 #include <fmt/format.h>
 
-#include "AI/TTSService.h"
+#include "AI/Voice/TTSService.h"
 #include "CLI/Arguments.h"
 #include "CLI/Command.h"
 #include "CLI/InputFile.h"

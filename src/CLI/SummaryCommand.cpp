@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "AI/AIMonthlySummarizer.h"
+#include "AI/Summaries/AIMonthlySummarizer.h"
 #include "CLI/ActionCommand.h"
 #include "CLI/Arguments.h"
 #include "CLI/ConfiguredAI.h"

@@ -4,11 +4,11 @@
 
 #include <fmt/format.h>
 
-#include "AI/SpeechEngines.h"
+#include "AI/Transcription/SpeechEngines.h"
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Markdown/Text/MemoTextUtilities.h"
 #include "Core/Models/MemoJson.h"
-#include "Editor/RecordingRecovery.h"
+#include "Editor/Recording/RecordingRecovery.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "AI/SpeechTranscriber.h"
+#include "AI/Transcription/SpeechTranscriber.h"
 #include "CLI/Session.h"
 #include "Core/Query/TimelineQueryStore.h"
 

@@ -1,9 +1,9 @@
 #include <gmock/gmock.h>
 
-#include "AI/AIMonthlySummarizer.h"
 #include "AI/GoldenRequest.h"
 #include "AI/LanguageVendor.h"
-#include "AI/SummarizerError.h"
+#include "AI/Summaries/AIMonthlySummarizer.h"
+#include "AI/Summaries/SummarizerError.h"
 #include "Core/Markdown/Text/MemoTextUtilities.h"
 #include "Core/Storage/WriteError.h"
 #include "Support/ErrorKind.h"

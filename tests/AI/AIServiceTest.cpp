@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include "AI/AIBeautifier.h"
-#include "AI/AIError.h"
-#include "AI/AIWritingAssistant.h"
 #include "AI/GoldenRequest.h"
 #include "AI/LanguageVendor.h"
+#include "AI/Vendor/AIError.h"
+#include "AI/Writing/AIBeautifier.h"
+#include "AI/Writing/AIWritingAssistant.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Text/JsonReading.h"
 #include "Support/ErrorKind.h"

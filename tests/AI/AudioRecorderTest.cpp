@@ -4,7 +4,7 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include "AI/AudioRecorder.h"
+#include "AI/Voice/AudioRecorder.h"
 #include "Platform/Audio/MediaFile.h"
 #include "Support/Deadline.h"
 #include "Support/ErrorKind.h"

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "AI/AIConfig.h"
+#include "AI/Vendor/AIConfig.h"
 #include "Platform/Network/HttpClient.h"
 #include "Platform/Text/Json.h"
 #include "Support/LoopbackServer.h"

@@ -2,8 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include "AI/SpeechEngines.h"
-#include "AI/SpeechTranscriber.h"
+#include "AI/Transcription/SpeechEngines.h"
+#include "AI/Transcription/SpeechTranscriber.h"
 #include "Platform/Cancellation.h"
 #include "Support/LoopbackServer.h"
 #include "Support/Sound.h"

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
-#include "AI/SpeechPieces.h"
-#include "AI/TTSService.h"
+#include "AI/Voice/SpeechPieces.h"
+#include "AI/Voice/TTSService.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Text/Base64.h"
 #include "Platform/Text/Json.h"

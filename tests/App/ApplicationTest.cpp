@@ -2,7 +2,7 @@
 #include <unistd.h>
 
 #include "App/Application.h"
-#include "Editor/DayViewModel.h"
+#include "Editor/Timeline/DayViewModel.h"
 #include "Platform/Concurrency/RunLoop.h"
 #include "Support/ManualClock.h"
 #include "Support/TemporaryFolder.h"

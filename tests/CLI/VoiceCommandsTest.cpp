@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 
-#include "AI/LockedRecording.h"
+#include "AI/Voice/LockedRecording.h"
 #include "CLI/CommandTest.h"
 #include "Support/Deadline.h"
 #include "Support/LoopbackServer.h"

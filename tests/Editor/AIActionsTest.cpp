@@ -1,9 +1,9 @@
 #include <gmock/gmock.h>
 
 #include "AI/LanguageVendor.h"
-#include "Editor/BeautifyChat.h"
-#include "Editor/InputAI.h"
-#include "Editor/SummaryGeneration.h"
+#include "Editor/Intelligence/BeautifyChat.h"
+#include "Editor/Intelligence/InputAI.h"
+#include "Editor/Intelligence/SummaryGeneration.h"
 #include "Platform/Concurrency/NotificationCenter.h"
 #include "Platform/Concurrency/RunLoop.h"
 #include "Support/Deadline.h"

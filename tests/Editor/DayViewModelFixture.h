@@ -9,7 +9,7 @@
 
 #include <gmock/gmock.h>
 
-#include "Editor/DayViewModel.h"
+#include "Editor/Timeline/DayViewModel.h"
 #include "Platform/Concurrency/RunLoop.h"
 #include "Support/PausingFileSystem.h"
 #include "Support/StoreFixture.h"

@@ -2,7 +2,7 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include "Editor/RecordingController.h"
+#include "Editor/Recording/RecordingController.h"
 #include "Platform/Audio/MediaFile.h"
 #include "Platform/Concurrency/RunLoop.h"
 #include "Support/ManualTimers.h"

@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include "Core/Storage/DraftStore.h"
-#include "Editor/RecordingRecovery.h"
+#include "Editor/Recording/RecordingRecovery.h"
 #include "Support/FaultyFileSystem.h"
 #include "Support/ForkedRun.h"
 #include "Support/StoreFixture.h"

@@ -3,7 +3,7 @@
 
 #include <gmock/gmock.h>
 
-#include "Editor/TimelineListModel.h"
+#include "Editor/Timeline/TimelineListModel.h"
 
 namespace nomely::test {
 namespace {

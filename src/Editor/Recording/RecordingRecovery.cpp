@@ -1,0 +1,121 @@
+#include "Editor/Recording/RecordingRecovery.h"
+
+#include <algorithm>
+#include <optional>
+#include <set>
+
+#include "Core/Extensions/DateFormatters.h"
+#include "Core/Query/RootScan.h"
+#include "Core/Storage/DraftStore.h"
+#include "Platform/Cancellation.h"
+#include "Platform/Files/FileError.h"
+#include "Platform/System/Log.h"
+
+namespace nomely {
+namespace {
+
+class Recovery {
+ public:
+  Recovery(const MemoService& memos, const std::stop_token& stop)
+      : memos_(memos), context_(memos.context()), stop_(stop) {}
+
+  std::optional<RecordingRecovery::Recovered> take(LockedRecording& recording) {
+    if (recording.isEmpty() || isInMemo(recording)) {
+      recording.remove();
+      return std::nullopt;
+    }
+    try {
+      recording.makePlain(stop_);
+    } catch (const CancellationError&) {
+      throw;
+    } catch (const Error& error) {
+      Log::error(LogChannel::app, "⚠️ RecordingRecovery: {}", error.what());
+    }
+    auto recovered = context_.write([&] { return memoOf(recording); });
+    recording.remove();
+    return recovered;
+  }
+
+ private:
+  // Whether its process died after it had given the recording to a memo, of whatever day.
+  [[nodiscard]] bool isInMemo(const LockedRecording& recording) const {
+    const std::string name = recording.path().filename().string();
+    bool isFound = false;
+    RootScan(context_, stop_)
+        .forEach({.audio = true}, RootScan::Order::newestFirst, [&](const MemoEntry& entry) {
+          for (const auto& [stored, original] : entry.memo->originalNames)
+            isFound = isFound || (original == name && isCopy(recording, entry.date, stored));
+          return !isFound;
+        });
+    return isFound;
+  }
+
+  [[nodiscard]] bool isCopy(const LockedRecording& recording, Day day,
+                            const std::string& name) const {
+    const std::filesystem::path file = context_.paths.dayFolder(day) / name;
+    return AttachmentManager::isSafeName(name) && context_.files.exists(file) &&
+           context_.files.contentsEqual(file, recording.path());
+  }
+
+  // Or the copy that it had made for one. Inside a write.
+  [[nodiscard]] std::optional<std::string> copyIn(Day day, const LockedRecording& recording) const {
+    const std::filesystem::path folder = context_.paths.dayFolder(day);
+    if (!context_.files.exists(folder)) return std::nullopt;
+    for (const DirectoryEntry& entry : context_.files.listVisible(folder))
+      if (entry.type == FileType::regular && entry.name.ends_with(".m4a") &&
+          isCopy(recording, day, entry.name))
+        return entry.name;
+    return std::nullopt;
+  }
+
+  // Absent when a memo or a draft names a copy of it.
+  [[nodiscard]] std::optional<RecordingRecovery::Recovered> memoOf(
+      const LockedRecording& recording) const {
+    const Day day = Day::of(recording.begun());
+    const auto copy = copyIn(day, recording);
+    if (!copy) return RecordingRecovery::intoMemo(recording.path(), recording.begun(), memos_);
+    const auto inMemos = memos_.days().filesNamed(day);
+    const auto inDrafts = DraftStore(context_).pendingAttachmentReferences();
+    // Where that can't be told, the sound is safe in the day's folder and a look later decides.
+    if (!inMemos || !inDrafts) throw FileError("读取", context_.paths.dayFolder(day), EIO);
+    if (inMemos->contains(*copy) || inDrafts->contains(*copy)) return std::nullopt;
+    DayStore::NewMemo content{.tags = {RecordingRecovery::tag}, .attachments = {*copy}};
+    content.time = DateFormatters::timeOnly.format(recording.begun());
+    content.originalNames[*copy] = recording.path().filename().string();
+    return RecordingRecovery::Recovered{day, memos_.create(day, std::move(content))};
+  }
+
+  const MemoService& memos_;
+  const StoreContext& context_;
+  const std::stop_token& stop_;
+};
+
+}  // namespace
+
+std::vector<RecordingRecovery::Recovered> RecordingRecovery::run(const MemoService& memos,
+                                                                 const std::stop_token& stop) {
+  std::vector<Recovered> all;
+  const auto folder = DraftStore(memos.context()).ensureRecordingsDir();
+  for (LockedRecording& recording : LockedRecording::leftBehind(folder)) {
+    throwIfStopped(stop);
+    try {
+      if (auto recovered = Recovery(memos, stop).take(recording))
+        all.push_back(std::move(*recovered));
+    } catch (const CancellationError&) {
+      throw;
+    } catch (const Error& error) {
+      Log::error(LogChannel::app, "录音恢复失败：{}", error.what());
+    }
+  }
+  return all;
+}
+
+RecordingRecovery::Recovered RecordingRecovery::intoMemo(const std::filesystem::path& recording,
+                                                         Moment begun, const MemoService& memos) {
+  const Day day = Day::of(begun);
+  DayStore::NewMemo content{.tags = {tag}};
+  content.time = DateFormatters::timeOnly.format(begun);
+  return {day, memos.create(day, std::move(content), {recording})};
+}
+
+}  // namespace nomely
