@@ -84,13 +84,17 @@ void declare(const Argument& argument, CLI::App& app) {
 // The library's own places, each with what it was made of.
 using Places = std::map<const CLI::App*, Syntax*>;
 
-void declare(Syntax& syntax, CLI::App& app, Places& places) {
+// Of commands and actions those alone that may be named by one of the words: the library would
+// take longer over the rest than everything else does that a start is made of.
+void declare(Syntax& syntax, const Words& words, CLI::App& app, Places& places) {
   places[&app] = &syntax;
   app.set_help_flag("-h,--help");
   for (const Argument& argument : syntax.arguments)
     if (!argument.isAnsweredByParsing()) declare(argument, app);
   if (!syntax.parts.empty()) app.require_subcommand(0, 1);
-  for (Syntax& part : syntax.parts) declare(part, *app.add_subcommand(part.name), places);
+  for (Syntax& part : syntax.parts)
+    if (std::ranges::count(words, part.name) > 0)
+      declare(part, words, *app.add_subcommand(part.name), places);
 }
 
 // The program, the command and its action, as far as they were named.
@@ -182,7 +186,7 @@ ParsedAs parseWords(Syntax& program, const Words& words) {
   CLI::App app("", program.name);
   app.fallthrough();
   Places places;
-  declare(program, app, places);
+  declare(program, words, app, places);
   app.set_version_flag("--version", "");
   try {
     // In the order in which the library takes them.
