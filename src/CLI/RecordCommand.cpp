@@ -87,8 +87,7 @@ class RecordCommand final : public Command {
                               Terminal::printable(session.dayStore().paths().rootURL.string())));
     recover(session);
 
-    const std::unique_ptr<AudioCapture> capture = makeAudioCapture();
-    AudioRecorder recorder(*capture, session.clock());
+    AudioRecorder recorder(session.audio(), session.clock());
     const Moment begun = session.clock().now();
     recorder.startRecording(folder, device_);
     followToItsEnd(recorder, session);

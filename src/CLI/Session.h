@@ -15,6 +15,7 @@
 #include "App/Application.h"
 #include "CLI/Terminal.h"
 #include "Core/Query/RootScan.h"
+#include "Platform/Audio/AudioCapture.h"
 #include "Platform/Concurrency/RunLoop.h"
 #include "Platform/Concurrency/Subscription.h"
 #include "Platform/Network/HttpClient.h"
@@ -41,6 +42,7 @@ struct Machine {
   FileSystem& fileSystem;
   SecretBackend& secrets;
   HttpClient& http;
+  AudioCapture& audio;
 };
 
 // One run of a command: its options, its streams, and the application it works on.
@@ -56,6 +58,7 @@ class Session {
   [[nodiscard]] const Environment& environment() const { return machine_.environment; }
   [[nodiscard]] const Clock& clock() const { return machine_.clock; }
   [[nodiscard]] HttpClient& http() const { return machine_.http; }
+  [[nodiscard]] AudioCapture& audio() const { return machine_.audio; }
   [[nodiscard]] FileManager files() const { return FileManager(machine_.fileSystem); }
 
   // Built when first asked for. Throws FileError for a root that is no folder.

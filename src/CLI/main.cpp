@@ -1,4 +1,5 @@
 #include "CLI/CommandLine.h"
+#include "Platform/Audio/AudioCapture.h"
 #include "Platform/Network/HttpClient.h"
 #include "Platform/Settings/DesktopSecrets.h"
 
@@ -7,6 +8,8 @@ int main(int count, char** arguments) {
   const nomely::SystemClock clock;
   nomely::DesktopSecrets secrets(environment, nomely::posixFileSystem());
   const std::unique_ptr<nomely::HttpClient> http = nomely::makeHttpClient();
-  return nomely::runCommandLine({arguments + 1, arguments + count},
-                                {environment, clock, nomely::posixFileSystem(), secrets, *http});
+  const std::unique_ptr<nomely::AudioCapture> audio = nomely::makeAudioCapture();
+  return nomely::runCommandLine(
+      {arguments + 1, arguments + count},
+      {environment, clock, nomely::posixFileSystem(), secrets, *http, *audio});
 }
