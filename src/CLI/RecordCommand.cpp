@@ -1,5 +1,4 @@
 #include <array>
-#include <cstdio>
 
 #include <fmt/format.h>
 #include <poll.h>
@@ -11,6 +10,7 @@
 #include "CLI/Interruption.h"
 #include "CLI/MemoOutput.h"
 #include "CLI/Voice.h"
+#include "CLI/Waiting.h"
 #include "Core/Storage/DraftStore.h"
 #include "Editor/Recording/RecordingRecovery.h"
 #include "Platform/Audio/MediaFile.h"
@@ -23,27 +23,19 @@ namespace {
 class RecordingLine {
  public:
   explicit RecordingLine(const Session& session)
-      : isShown_(!session.options.quiet && Terminal::isError()),
-        isRead_(!session.options.noInput && Terminal::isInput()) {
-    if (isShown_)
+      : line_(session), isRead_(!session.options.noInput && Terminal::isInput()) {
+    if (line_.isShown())
       session.say(isRead_ ? "正在录音：回车暂停或继续，Ctrl-C 结束并保存。"
                           : "正在录音：Ctrl-C 结束并保存。");
   }
-  ~RecordingLine() {
-    if (isShown_) fmt::print(stderr, "\r\x1B[K");
-  }
-  RecordingLine(const RecordingLine&) = delete;
-  RecordingLine& operator=(const RecordingLine&) = delete;
 
   void show(const CaptureStatus& status) const {
-    if (!isShown_) return;
     constexpr double width = 20;
     const auto whole = static_cast<int>(status.seconds);
     std::string level;
     for (int i = 0; i < static_cast<int>(status.level * width); ++i) level += "▇";
-    fmt::print(stderr, "\r\x1B[K{} {:02}:{:02}  {}", status.isPaused ? "‖" : "●", whole / 60,
-               whole % 60, level);
-    std::fflush(stderr);
+    line_.show(fmt::format("{} {:02}:{:02}  {}", status.isPaused ? "‖" : "●", whole / 60,
+                           whole % 60, level));
   }
 
   // Waits for a moment; true when the user has pressed return meanwhile.
@@ -58,7 +50,7 @@ class RecordingLine {
   }
 
  private:
-  bool isShown_;
+  Waiting line_;
   bool isRead_;
 };
 

@@ -1,10 +1,9 @@
 #include "CLI/Voice.h"
 
-#include <cstdio>
-
-#include <fmt/format.h>
+#include <algorithm>
 
 #include "AI/Transcription/SpeechEngines.h"
+#include "CLI/Waiting.h"
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Markdown/Text/MemoTextUtilities.h"
 #include "Core/Models/MemoJson.h"
@@ -12,36 +11,6 @@
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
-namespace {
-
-// The line is taken away at the end.
-class ProgressLine {
- public:
-  explicit ProgressLine(const Session& session)
-      : isShown_(!session.options.quiet && Terminal::isError()) {}
-  ~ProgressLine() { print("\r\x1B[K"); }
-  ProgressLine(const ProgressLine&) = delete;
-  ProgressLine& operator=(const ProgressLine&) = delete;
-
-  void show(const std::string& text) const { print("\r\x1B[K" + text); }
-
- private:
-  void print(const std::string& text) const {
-    if (!isShown_) return;
-    fmt::print(stderr, "{}", text);
-    std::fflush(stderr);
-  }
-
-  bool isShown_;
-};
-
-std::string withParagraph(const std::string& body, const std::string& paragraph) {
-  std::string text = MemoTextUtilities::textForEditing(body);
-  if (!text.empty()) text += text.ends_with('\n') ? "\n" : "\n\n";
-  return MemoTextUtilities::editedBody(body, text + paragraph);
-}
-
-}  // namespace
 
 TranscriptionResult Voice::transcribe(const std::filesystem::path& file, Session& session) {
   auto config = session.settings().withoutSecrets<TranscriptionConfig>();
@@ -50,7 +19,7 @@ TranscriptionResult Voice::transcribe(const std::filesystem::path& file, Session
                                 session.environment().temporaryFolder());
   TranscriptionResult result;
   session.host([&](const std::stop_token& stop) {
-    const ProgressLine line(session);
+    const Waiting line(session);
     result = transcriber.transcribeWithTimeline(
         file, [&](const TranscriptionProgress& progress) { line.show(progress.message()); }, stop);
   });
@@ -73,7 +42,8 @@ std::optional<Memo> Voice::keep(const TranscriptionResult& result, const std::st
     if (!result.transcript.isEmpty()) memo.audioTranscripts[attachment] = result.transcript;
     if (!result.text.empty()) {
       if (trimSpaceAndBreaks(memo.body).empty()) std::erase(memo.tags, RecordingRecovery::tag);
-      memo.body = withParagraph(memo.body, result.text);
+      memo.body = MemoTextUtilities::editedBody(
+          memo.body, MemoTextUtilities::textWithParagraph(memo.body, result.text));
     }
     memo.updatedAt = DateFormatters::timestamp(session.clock().now());
     return true;

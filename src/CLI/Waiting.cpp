@@ -6,15 +6,21 @@
 
 namespace nomely {
 
-Waiting::Waiting(const Session& session, const std::string& what)
-    : shown_(!session.options.quiet && Terminal::isError()) {
-  if (!shown_) return;
-  fmt::print(stderr, "{}…（按 Ctrl-C 取消）", what);
-  std::fflush(stderr);
+Waiting::Waiting(const Session& session)
+    : isShown_(!session.options.quiet && Terminal::isError()) {}
+
+Waiting::Waiting(const Session& session, const std::string& what) : Waiting(session) {
+  show(what + "…（按 Ctrl-C 取消）");
 }
 
 Waiting::~Waiting() {
-  if (shown_) fmt::print(stderr, "\r\x1B[K");
+  show("");
+}
+
+void Waiting::show(std::string_view text) const {
+  if (!isShown_) return;
+  fmt::print(stderr, "\r\x1B[K{}", text);
+  std::fflush(stderr);
 }
 
 }  // namespace nomely

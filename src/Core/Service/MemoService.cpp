@@ -84,9 +84,7 @@ Memo MemoService::edit(Day day, const Memo& original, std::string_view text) con
 }
 
 Memo MemoService::append(Day day, const Memo& original, std::string_view paragraph) const {
-  std::string text = MemoTextUtilities::textForEditing(original.body);
-  if (!text.empty()) text += text.ends_with('\n') ? "\n" : "\n\n";
-  return edit(day, original, text.append(paragraph));
+  return edit(day, original, MemoTextUtilities::textWithParagraph(original.body, paragraph));
 }
 
 Memo MemoService::withImported(

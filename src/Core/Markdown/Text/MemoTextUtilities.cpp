@@ -136,4 +136,11 @@ std::string MemoTextUtilities::editedBody(std::string_view body, std::string_vie
   return appendOriginal(*original, editedText);
 }
 
+std::string MemoTextUtilities::textWithParagraph(std::string_view body,
+                                                 std::string_view paragraph) {
+  std::string text = textForEditing(body);
+  if (!text.empty()) text += text.ends_with('\n') ? "\n" : "\n\n";
+  return text.append(paragraph);
+}
+
 }  // namespace nomely

@@ -30,6 +30,8 @@ namespace MemoTextUtilities {
 // What that editor saves: `editedText` with the comment of `body` put back after it. The older text
 // in the comment is never replaced by a later one.
 [[nodiscard]] std::string editedBody(std::string_view body, std::string_view editedText);
+// What such an editor holds once `paragraph` has been added at the end.
+[[nodiscard]] std::string textWithParagraph(std::string_view body, std::string_view paragraph);
 
 }  // namespace MemoTextUtilities
 
