@@ -11,11 +11,11 @@
 
 #include <fmt/format.h>
 
-#include "AI/Transcription/TranscriptionFolder.h"
 #include "Platform/Audio/MediaFile.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/Files/FileManager.h"
+#include "Platform/Files/PrivateFolder.h"
 #include "Platform/System/Log.h"
 #include "Platform/Text/Unicode.h"
 
@@ -65,7 +65,10 @@ class Transcription {
  public:
   Transcription(const std::filesystem::path& source, SpeechRecognizer& recognizer,
                 const std::filesystem::path& temporaryFolder, const std::stop_token& stop)
-      : recognizer_(recognizer), folder_(temporaryFolder), samples_(source), stop_(stop) {}
+      : recognizer_(recognizer),
+        folder_(temporaryFolder, "transcription"),
+        samples_(source),
+        stop_(stop) {}
 
   // Throws TranscriberError.
   [[nodiscard]] Recognition recognize(std::size_t index, const SegmentRange& range) {
@@ -121,7 +124,7 @@ class Transcription {
   }
 
   SpeechRecognizer& recognizer_;
-  TranscriptionFolder folder_;
+  PrivateFolder folder_;
   SampleStream samples_;
   const std::stop_token& stop_;
   std::vector<std::int16_t> buffer_;

@@ -1,8 +1,9 @@
-#include "AI/Transcription/TranscriptionFolder.h"
+#include "Platform/Files/PrivateFolder.h"
 
 #include <cerrno>
 #include <string>
 
+#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,8 +13,6 @@
 namespace nomely {
 namespace {
 
-constexpr auto prefix = "nomely_transcription_";
-
 // The parent is everybody's: a link, or a folder of another user's, is none of ours.
 bool isOwn(const std::filesystem::path& folder) {
   struct stat status {};
@@ -21,7 +20,7 @@ bool isOwn(const std::filesystem::path& folder) {
          status.st_uid == ::geteuid();
 }
 
-void sweep(const std::filesystem::path& parent) {
+void sweep(const std::filesystem::path& parent, const std::string& prefix) {
   std::error_code ignored;
   for (std::filesystem::directory_iterator entry(parent, ignored), end; entry != end;
        entry.increment(ignored)) {
@@ -37,8 +36,9 @@ void sweep(const std::filesystem::path& parent) {
 
 }  // namespace
 
-TranscriptionFolder::TranscriptionFolder(const std::filesystem::path& parent) {
-  sweep(parent);
+PrivateFolder::PrivateFolder(const std::filesystem::path& parent, std::string_view purpose) {
+  const std::string prefix = fmt::format("nomely_{}_", purpose);
+  sweep(parent, prefix);
   constexpr int attempts = 3;  // somebody may sweep it before it is locked
   for (int i = 0; i < attempts; ++i) {
     path_ = parent / (prefix + Uuid::random().string());
@@ -51,7 +51,7 @@ TranscriptionFolder::TranscriptionFolder(const std::filesystem::path& parent) {
   }
 }
 
-TranscriptionFolder::~TranscriptionFolder() {
+PrivateFolder::~PrivateFolder() {
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
 }
