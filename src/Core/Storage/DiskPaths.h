@@ -37,7 +37,7 @@ struct DiskPaths {
   [[nodiscard]] std::filesystem::path versionsByIdFolder() const {
     return versionsFolder() / "by-id";
   }
-
+  [[nodiscard]] std::filesystem::path metaFolder() const { return rootURL / ".meta"; }
   [[nodiscard]] std::filesystem::path draftsFolder() const { return rootURL / ".drafts"; }
 
   // The name by which a memo's history and draft are filed: "a/b" → "612f62".

@@ -32,9 +32,14 @@ bool DirectoryLock::lock(const std::function<void()>& onWait) {
   }
 }
 
-bool DirectoryLock::tryLock() {
+DirectoryLock::Attempt DirectoryLock::attempt() {
   if (descriptor_ < 0 || owner_ != ::getpid()) open();
-  return ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0 && namesOpenDirectory();
+  while (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
+    if (errno == EWOULDBLOCK) return Attempt::busy;
+    if (errno != EINTR) return Attempt::unsupported;
+  }
+  // One that was replaced meanwhile is somebody's at this moment.
+  return namesOpenDirectory() ? Attempt::locked : Attempt::busy;
 }
 
 void DirectoryLock::unlock() noexcept {

@@ -23,8 +23,10 @@ class DirectoryLock {
   // Returns false, holding nothing, where the file system has no such locks. Throws FileError when
   // the directory can't be opened.
   [[nodiscard]] bool lock(const std::function<void()>& onWait);
-  // The same without waiting: false while another process holds it, too.
-  [[nodiscard]] bool tryLock();
+  // The same without waiting.
+  enum class Attempt { locked, busy, unsupported };
+  [[nodiscard]] Attempt attempt();
+  [[nodiscard]] bool tryLock() { return attempt() == Attempt::locked; }
   void unlock() noexcept;
 
  private:
