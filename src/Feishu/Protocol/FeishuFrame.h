@@ -1,19 +1,14 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace nomely {
+#include "Feishu/Protocol/FeishuHeader.h"
 
-struct FeishuHeader {
-  std::string key;
-  std::string value;
-  friend bool operator==(const FeishuHeader&, const FeishuHeader&) = default;
-};
+namespace nomely {
 
 // A message of the long connection: Protocol Buffers' encoding of the nine fields below, numbered
 // from 1 in their order. A value.
