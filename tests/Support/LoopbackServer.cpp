@@ -75,6 +75,7 @@ class LoopbackServer::Connection {
 
   const int socket;
   std::thread thread;
+  bool hasEnded = false;  // by the server's lock
 };
 
 LoopbackServer::LoopbackServer() {
@@ -148,16 +149,23 @@ void LoopbackServer::accept() {
       return;
     }
     if (socket < 0) continue;
+    dropEnded();
     ++open_;
     Connection& connection = connections_.emplace_back(socket);
     connection.thread = std::thread([this, &connection] {
       serve(connection);
       ::shutdown(connection.socket, SHUT_RDWR);
       const std::lock_guard ended(mutex_);
+      connection.hasEnded = true;
       --open_;
       changed_.notify_all();
     });
   }
+}
+
+// A server that answers thousands of requests would otherwise run out of descriptors.
+void LoopbackServer::dropEnded() {
+  connections_.remove_if([](const Connection& connection) { return connection.hasEnded; });
 }
 
 void LoopbackServer::serve(const Connection& connection) {
@@ -181,13 +189,19 @@ LoopbackServer::Answer LoopbackServer::answerTo(const Request& request) {
   Answering answering;
   {
     const std::lock_guard lock(mutex_);
-    const auto found = answers_.find(request.target.substr(0, request.target.find('?')));
+    std::string path = request.target.substr(0, request.target.find('?'));
+    auto found = answers_.find(path);
+    while (found == answers_.end() && path.size() > 1) {
+      path.resize(path.rfind('/', path.size() - 2) + 1);
+      found = answers_.find(path);
+    }
     if (found != answers_.end()) answering = found->second;
   }
   return answering ? answering(request) : Answer{.status = 404, .body = "nothing here"};
 }
 
 void LoopbackServer::send(const Connection& connection, const Answer& answer) const {
+  if (answer.takeOver) return answer.takeOver(connection.socket);
   if (answer.manner == Manner::hanging) return connection.hang();
   if (answer.manner == Manner::raw) {
     static_cast<void>(connection.send(answer.body));

@@ -51,6 +51,9 @@ class LoopbackServer {
     Manner manner = Manner::whole;
     std::size_t times = 1;                         // how often the body is sent
     std::optional<std::uint64_t> saidLength = {};  // Content-Length, where it is wrong
+    // Called with the connection's socket in place of any answer, on the connection's thread; when
+    // it returns the connection ends.
+    std::function<void(int socket)> takeOver = {};
   };
   using Answering = std::function<Answer(const Request&)>;
 
@@ -63,7 +66,8 @@ class LoopbackServer {
   // "http://127.0.0.1:40123", with `path` after it.
   [[nodiscard]] std::string url(std::string_view path = {}) const;
 
-  // What `path` (without what follows a "?") answers from here on.
+  // What `path` (without what follows a "?") answers from here on; one that ends in "/" answers for
+  // everything below it.
   void answer(const std::string& path, Answer answer);
   // One after the other; the last one stays.
   void answerInTurn(const std::string& path, std::vector<Answer> answers);
@@ -81,6 +85,7 @@ class LoopbackServer {
   class Connection;
 
   void accept();
+  void dropEnded();
   void serve(const Connection& connection);
   [[nodiscard]] Answer answerTo(const Request& request);
   void send(const Connection& connection, const Answer& answer) const;
