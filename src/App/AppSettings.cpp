@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "AI/Transcription/SpeechEngines.h"
 #include "Platform/System/Log.h"
 
 namespace nomely {
@@ -23,6 +24,17 @@ std::string_view keyOfSecret(std::string_view name) {
   const auto found = std::ranges::find(names, name, &AppSettings::SecretName::name);
   if (found == names.end()) throw UnknownSettingError(fmt::format("没有这个密钥：{}", name));
   return found->key;
+}
+
+std::string stampOf(const StoreContext& storage, std::string_view fileName) {
+  try {
+    const auto file = storage.files.attributes(storage.paths.configFolder() / fileName);
+    if (!file) return "-;";
+    return fmt::format("{},{},{};", file->fileNumber, file->size,
+                       file->modified.time_since_epoch().count());
+  } catch (const Error&) {
+    return "?;";
+  }
 }
 
 }  // namespace
@@ -50,15 +62,32 @@ class AppSettings::Access {
 };
 
 AppSettings::AppSettings(const StoreContext& storage, SecretBackend& secrets, Source source)
-    : source_(source), configs_(storage), keychain_(secrets) {}
+    : source_(source), storage_(storage), configs_(storage), keychain_(secrets) {}
+
+void AppSettings::reload() {
+  const Access access(*this);
+  forEachSlot([](auto& each) {
+    each.wasLoaded |= each.isLoaded;
+    each.isLoaded = false;
+  });
+}
+
+std::string AppSettings::stamp() const {
+  std::string stamp;
+  std::apply(
+      [&](const auto&... each) { ((stamp += stampOf(storage_, each.record.fileName)), ...); },
+      slots_);
+  return stamp;
+}
 
 template <typename Record>
 void AppSettings::read(Slot<Record>& slot) {
   if (std::exchange(slot.isLoaded, true) || source_ == Source::defaults) return;
   try {
-    if (auto stored = configs_.load<Record>(Record::fileName)) slot.record = *std::move(stored);
+    slot.record = configs_.load<Record>(Record::fileName).value_or(Record());
   } catch (const Error& error) {
-    problems_.push_back(fmt::format("{}。这次用默认设置", error.what()));
+    problems_.push_back(
+        fmt::format("{}。{}", error.what(), slot.wasLoaded ? "沿用之前的设置" : "这次用默认设置"));
     return;
   }
   Record moved = slot.record;
@@ -97,7 +126,8 @@ TTSConfig AppSettings::tts() {
   return withSecrets<TTSConfig>();
 }
 TranscriptionConfig AppSettings::transcription() {
-  return withSecrets<TranscriptionConfig>();
+  auto config = withoutSecrets<TranscriptionConfig>();
+  return asksServer(config) ? withSecrets<TranscriptionConfig>() : config;
 }
 FeishuConfig AppSettings::feishu() {
   return withSecrets<FeishuConfig>();

@@ -44,13 +44,19 @@ class AppSettings {
   enum class Source { files, defaults };
   AppSettings(const StoreContext& storage, SecretBackend& secrets, Source source);
 
-  // Told, once for each file, what is wrong with it, in Chinese.
+  // For a process that stays while others change the files: each is read again when its record is
+  // next needed. One that can't be read by then leaves its record as it was.
+  void reload();
+  // Changes with every change of a file.
+  [[nodiscard]] std::string stamp() const;
+
+  // Told, once for each reading of a file, what is wrong with it, in Chinese.
   std::function<void(const std::string& problem)> onProblem;
 
   // With their secrets. Throw SecretError when one can't be known.
   [[nodiscard]] AIConfig ai();
   [[nodiscard]] TTSConfig tts();
-  [[nodiscard]] TranscriptionConfig transcription();
+  [[nodiscard]] TranscriptionConfig transcription();  // without the key where no server is asked
   [[nodiscard]] FeishuConfig feishu();
   [[nodiscard]] DisplayConfig display();
   // Without the keychain being asked: a secret is empty unless it could not leave the file.
@@ -95,8 +101,9 @@ class AppSettings {
   struct Slot {
     std::string_view section;  // the first part of its keys
     bool isLoaded = false;
-    Record record = {};     // as the file has it
-    Record lastShown = {};  // as records() gave it out last
+    bool wasLoaded = false;  // before a reload
+    Record record = {};      // as the file has it
+    Record lastShown = {};   // as records() gave it out last
   };
   class Access;
 
@@ -126,6 +133,7 @@ class AppSettings {
   void takeOutOfFile(Slot<Record>& slot, std::string_view fieldKey);
 
   Source source_;
+  StoreContext storage_;
   ConfigStore configs_;
   KeychainStore keychain_;
   ConfigSecrets secrets_{configs_, keychain_};

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "App/ResidentBot.h"
 #include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Editor/Intelligence/SummaryGeneration.h"
 #include "Editor/Timeline/DayViewModel.h"
@@ -61,6 +62,9 @@ std::size_t jobThreads() {
 Application::Application(const ApplicationContext& context)
     : executor_(context.executor),
       http_(context.http),
+      webSockets_(context.webSockets),
+      timers_(context.timers),
+      environment_(context.environment),
       isUnitTesting_(isUiTesting(context.environment) || isTestHost(context.environment)),
       storage_(choosePaths(context, FileManager(context.fileSystem)),
                FileManager(context.fileSystem), context.clock),
@@ -72,6 +76,7 @@ Application::Application(const ApplicationContext& context)
                 isUnitTesting_ ? AppSettings::Source::defaults : AppSettings::Source::files),
       jobs_(jobThreads()),
       searchIndex_(storage_, jobs_),
+      residentLock_(storage_),
       startup_(context.executor) {}
 
 Application::~Application() = default;
@@ -103,6 +108,25 @@ TagConfigStore& Application::tagConfig() {
   return *tagConfig_;
 }
 
+bool Application::becomeResident() {
+  if (residentBot_) return true;
+  if (!residentLock_.acquire()) return false;
+  residentBot_ = std::make_unique<ResidentBot>(ResidentBot::Context{.environment = environment_,
+                                                                    .memos = memos_,
+                                                                    .searchIndex = searchIndex_,
+                                                                    .settings = settings_,
+                                                                    .http = http_,
+                                                                    .webSockets = webSockets_,
+                                                                    .timers = timers_,
+                                                                    .jobs = jobs_,
+                                                                    .executor = executor_});
+  return true;
+}
+
+void Application::endResidence() {
+  residentBot_.reset();
+}
+
 void Application::startMaintenance(bool ready) {
   if (isUnitTesting_ || dataMaintenance_) return;
   const auto maintenance = [this](const std::stop_token& stop,
@@ -119,7 +143,12 @@ void Application::startMaintenance(bool ready) {
         },
         JobPool::Priority::utility);
   };
-  startup_.start(ready, {{"存储维护", maintenance}});
+  const auto connection = [this](const std::stop_token&,
+                                 const StartupCoordinator::Completion& completion) {
+    if (residentBot_) residentBot_->start();
+    completion(nullptr);
+  };
+  startup_.start(ready, {{"存储维护", maintenance}, {"连接", connection}});
 }
 
 }  // namespace nomely

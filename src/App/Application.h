@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "App/AppSettings.h"
+#include "App/ResidentLock.h"
 #include "Core/Lifecycle/StartupCoordinator.h"
 #include "Core/Query/EntryDateIndex.h"
 #include "Core/Query/SearchIndex.h"
@@ -12,7 +13,9 @@
 #include "Core/Storage/TagConfigStore.h"
 #include "Platform/Concurrency/JobPool.h"
 #include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Concurrency/Timers.h"
 #include "Platform/Network/HttpClient.h"
+#include "Platform/Network/WebSocketClient.h"
 #include "Platform/Settings/MemorySecrets.h"
 #include "Platform/Settings/UserDefaults.h"
 #include "Platform/System/Environment.h"
@@ -21,6 +24,7 @@
 namespace nomely {
 
 class DayViewModel;
+class ResidentBot;
 class SummaryGeneration;
 
 // What the outside world gives an application. What is referred to must outlive it.
@@ -32,6 +36,8 @@ struct ApplicationContext {
   FileSystem& fileSystem;
   SecretBackend& secrets;
   HttpClient& http;
+  WebSocketClient& webSockets;
+  Timers& timers;
 };
 
 // Builds everything once, in order, and owns it for the life of the process. Lives on the main
@@ -65,6 +71,14 @@ class Application {
   [[nodiscard]] UserDefaults& userDefaults() { return userDefaults_; }
   [[nodiscard]] StartupCoordinator& startup() { return startup_; }
 
+  // Whether this process is the one of the root that stays: asked before the jobs below, it runs
+  // the chat bot with them. False while another process is. Throws FileError, WriteError.
+  [[nodiscard]] bool becomeResident();
+  // Of the process that stays.
+  [[nodiscard]] ResidentBot& residentBot() { return *residentBot_; }
+  // Ends the bot; returns when it has ended.
+  void endResidence();
+
   // Starts the jobs that follow the first content, once, when `ready`. Called at each change of
   // that condition.
   void startMaintenance(bool ready);
@@ -72,6 +86,9 @@ class Application {
  private:
   MainExecutor& executor_;
   HttpClient& http_;
+  WebSocketClient& webSockets_;
+  Timers& timers_;
+  Environment environment_;
   bool isUnitTesting_;
   bool dataMaintenance_ = false;
   StoreContext storage_;
@@ -85,6 +102,8 @@ class Application {
   std::unique_ptr<SummaryGeneration> summaries_;
   std::optional<EntryDateIndex> entryDateIndex_;
   std::optional<TagConfigStore> tagConfig_;
+  ResidentLock residentLock_;
+  std::unique_ptr<ResidentBot> residentBot_;
   StartupCoordinator startup_;
 };
 

@@ -54,6 +54,8 @@ struct CommandEntry {
 [[nodiscard]] std::unique_ptr<Command> makeSecretCommand();
 [[nodiscard]] std::unique_ptr<Command> makeRecordCommand();
 [[nodiscard]] std::unique_ptr<Command> makeTranscribeCommand();
+[[nodiscard]] std::unique_ptr<Command> makeBotCommand();
+[[nodiscard]] std::unique_ptr<Command> makeRunCommand();
 [[nodiscard]] std::unique_ptr<Command> makeDoctorCommand();
 [[nodiscard]] std::unique_ptr<Command> makeCompletionCommand();
 [[nodiscard]] std::unique_ptr<Command> makeManualCommand();

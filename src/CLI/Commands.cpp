@@ -33,6 +33,8 @@ std::vector<CommandEntry> allCommands() {
   add("secret", "存入或删除密钥", makeSecretCommand());
   add("record", "录一段音，存成笔记并转成文字", makeRecordCommand());
   add("transcribe", "把录音转成文字", makeTranscribeCommand());
+  add("bot", "聊天机器人：情况、绑定、测试、往来记录", makeBotCommand());
+  add("run", "留在前台运行：聊天机器人和后台维护，Ctrl-C 结束", makeRunCommand());
   add("doctor", "检查全部数据，不作改动", makeDoctorCommand());
   add("completion", "输出 shell 补全脚本", makeCompletionCommand());
   add("manual", "", makeManualCommand());  // for the build, which makes the manual page of it

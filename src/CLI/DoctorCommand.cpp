@@ -25,13 +25,19 @@ class DoctorCommand final : public Command {
     RootInspector::Report report = inspect(session);
     if (fix_ && mend(report, session)) report = inspect(session);
     const DoctorReport told{std::move(report), session.application().paths().rootURL,
-                            EditorDraft::leftBehind(session)};
+                            EditorDraft::leftBehind(session), bot(session)};
     if (session.isJson()) return session.printJson(told.json());
     session.tellOfMissingRoot();
     session.print(told.text(session.style()));
   }
 
  private:
+  static DoctorReport::Bot bot(Session& session) {
+    const auto config = session.settings().withoutSecrets<FeishuConfig>();
+    return {.isOpenToAll = config.enabled && config.allowedOpenID.empty(),
+            .inbox = FeishuInbox::counts(session.application().storage())};
+  }
+
   static RootInspector::Report inspect(Session& session) {
     RootInspector::Report report;
     session.host([&](const std::stop_token& stop) {

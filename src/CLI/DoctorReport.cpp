@@ -77,6 +77,17 @@ void addHistory(Lines& lines, const RootInspector::Report& report) {
   for (const auto& folder : report.unreadableTrash) lines.add("读不出的回收站文件夹", folder);
 }
 
+void addBot(Lines& lines, const DoctorReport::Bot& bot) {
+  if (bot.isOpenToAll)
+    lines.say("聊天机器人还没有绑定，任何人都能写进日记，也能查到日记。绑定：nomely bot pair");
+  if (bot.inbox.waiting > 0)
+    lines.say(
+        fmt::format("{} 条发给机器人的消息还没写成笔记，nomely run 会再试。", bot.inbox.waiting));
+  if (bot.inbox.aside > 0)
+    lines.say(fmt::format("{} 条发给机器人的消息没能写成笔记，留在 .meta/feishu-inbox/aside。",
+                          bot.inbox.aside));
+}
+
 }  // namespace
 
 Json DoctorReport::json() const {
@@ -96,7 +107,11 @@ Json DoctorReport::json() const {
             {"danglingLinks", jsonOf(report.danglingLinks)},
             {"staleTemporaryFiles", jsonOf(report.staleTemporaryFiles)},
             {"unreadableFolders", jsonOf(report.unreadableFolders)},
-            {"drafts", jsonOf(drafts)}};
+            {"drafts", jsonOf(drafts)},
+            {"bot",
+             {{"openToAll", bot.isOpenToAll},
+              {"waiting", bot.inbox.waiting},
+              {"keptAside", bot.inbox.aside}}}};
   for (const auto& memo : report.unreadableMemos)
     json["unreadableMemos"].push_back(
         {{"file", memo.path.string()}, {"reason", memo.reason}, {"mends", memo.mends}});
@@ -129,7 +144,8 @@ std::string DoctorReport::text(const Style& style) const {
   lines.add("没有存成笔记的文字", drafts);
   if (!drafts.empty())
     lines.say("这些是编辑器意外结束时留下的。存成笔记：nomely add - < 文件；不要了就删除它。");
-  if (report.isClean() && drafts.empty()) lines.say("一切正常。");
+  addBot(lines, bot);
+  if (report.isClean() && drafts.empty() && bot.isFine()) lines.say("一切正常。");
   return fmt::format("{}：{} 天，{} 条笔记可读\n", Terminal::printable(root.string()), report.days,
                      report.memos) +
          lines.text();

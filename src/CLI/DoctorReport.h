@@ -5,6 +5,7 @@
 
 #include "CLI/Session.h"
 #include "Core/Lifecycle/RootInspector.h"
+#include "Feishu/Messages/FeishuInbox.h"
 
 namespace nomely {
 
@@ -13,6 +14,14 @@ struct DoctorReport {
   RootInspector::Report found;
   std::filesystem::path root;
   std::vector<std::filesystem::path> drafts;  // files with texts that an editor left behind
+  struct Bot {
+    bool isOpenToAll = false;  // it is on, and nobody has been paired
+    FeishuInbox::Counts inbox;
+    [[nodiscard]] bool isFine() const {
+      return !isOpenToAll && inbox.waiting == 0 && inbox.aside == 0;
+    }
+  };
+  Bot bot = {};
 
   [[nodiscard]] Json json() const;
   [[nodiscard]] std::string text(const Style& style) const;

@@ -33,7 +33,7 @@ Application& Session::application() {
   if (application_) return *application_;
   application_ = std::make_unique<Application>(
       ApplicationContext{environment(), chosenRoot(), runLoop_, clock(), machine_.fileSystem,
-                         machine_.secrets, machine_.http});
+                         machine_.secrets, machine_.http, machine_.webSockets, machine_.timers});
   const auto root = application_->storage().files.attributes(application_->paths().rootURL);
   if (root && root->type != FileType::directory)
     throw FileError("打开数据目录", application_->paths().rootURL, ENOTDIR);
@@ -53,9 +53,21 @@ Application& Session::application() {
 }
 
 void Session::host(const std::function<void(const std::stop_token&)>& work) {
-  (void)application();  // lives on the main executor
-  std::stop_source stop;
+  const std::stop_source stop;
   const Interruption interruption(stop);
+  runBesides(work, stop);
+}
+
+void Session::hostResident(const std::function<void(const std::stop_token&)>& work,
+                           const std::function<void()>& onReload) {
+  const std::stop_source stop;
+  const Interruption interruption(stop, [this, onReload] { runLoop_.post(onReload); });
+  runBesides(work, stop);
+}
+
+void Session::runBesides(const std::function<void(const std::stop_token&)>& work,
+                         const std::stop_source& stop) {
+  (void)application();  // lives on the main executor
   std::exception_ptr failure;
   {
     const std::jthread worker([&] {

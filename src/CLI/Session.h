@@ -18,7 +18,9 @@
 #include "Platform/Audio/AudioCapture.h"
 #include "Platform/Concurrency/RunLoop.h"
 #include "Platform/Concurrency/Subscription.h"
+#include "Platform/Concurrency/Timers.h"
 #include "Platform/Network/HttpClient.h"
+#include "Platform/Network/WebSocketClient.h"
 #include "Platform/System/Environment.h"
 #include "Platform/Text/Json.h"
 
@@ -42,6 +44,8 @@ struct Machine {
   FileSystem& fileSystem;
   SecretBackend& secrets;
   HttpClient& http;
+  WebSocketClient& webSockets;
+  Timers& timers;
   AudioCapture& audio;
 };
 
@@ -82,6 +86,10 @@ class Session {
   // as it does. An interrupt stops its token; work that ends with CancellationError then ends the
   // program with status 130.
   void host(const std::function<void(const std::stop_token& stop)>& work);
+  // The same for work that goes on until it is asked to stop, by SIGINT or SIGTERM. SIGHUP calls
+  // `onReload` on the main executor.
+  void hostResident(const std::function<void(const std::stop_token& stop)>& work,
+                    const std::function<void()>& onReload);
 
   [[nodiscard]] bool isJson() const { return options.json; }
   [[nodiscard]] Style style() const;
@@ -105,6 +113,8 @@ class Session {
 
  private:
   [[nodiscard]] std::filesystem::path chosenRoot() const;
+  void runBesides(const std::function<void(const std::stop_token& stop)>& work,
+                  const std::stop_source& stop);
   [[nodiscard]] ColorMode colorMode() const;
 
   Machine machine_;

@@ -13,10 +13,9 @@
 namespace nomely {
 
 TranscriptionResult Voice::transcribe(const std::filesystem::path& file, Session& session) {
-  auto config = session.settings().withoutSecrets<TranscriptionConfig>();
-  if (asksServer(config)) config = session.settings().transcription();
-  SpeechTranscriber transcriber(makeSpeechRecognizer(config, session.http()),
-                                session.environment().temporaryFolder());
+  SpeechTranscriber transcriber(
+      makeSpeechRecognizer(session.settings().transcription(), session.http()),
+      session.environment().temporaryFolder());
   TranscriptionResult result;
   session.host([&](const std::stop_token& stop) {
     const Waiting line(session);
