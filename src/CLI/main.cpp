@@ -1,6 +1,8 @@
 #include "CLI/CommandLine.h"
 #include "Platform/Audio/AudioCapture.h"
+#include "Platform/Concurrency/Timers.h"
 #include "Platform/Network/HttpClient.h"
+#include "Platform/Network/WebSocketClient.h"
 #include "Platform/Settings/DesktopSecrets.h"
 
 int main(int count, char** arguments) {
@@ -8,8 +10,10 @@ int main(int count, char** arguments) {
   const nomely::SystemClock clock;
   nomely::DesktopSecrets secrets(environment, nomely::posixFileSystem());
   const std::unique_ptr<nomely::HttpClient> http = nomely::makeHttpClient();
+  const std::unique_ptr<nomely::WebSocketClient> webSockets = nomely::makeWebSocketClient();
+  const std::unique_ptr<nomely::Timers> timers = nomely::makeSystemTimers();
   const std::unique_ptr<nomely::AudioCapture> audio = nomely::makeAudioCapture();
-  return nomely::runCommandLine(
-      {arguments + 1, arguments + count},
-      {environment, clock, nomely::posixFileSystem(), secrets, *http, *audio});
+  return nomely::runCommandLine({arguments + 1, arguments + count},
+                                {environment, clock, nomely::posixFileSystem(), secrets, *http,
+                                 *webSockets, *timers, *audio});
 }

@@ -1,46 +1,18 @@
 #include <gmock/gmock.h>
 
 #include "App/AppSettings.h"
-#include "Platform/Settings/MemorySecrets.h"
+#include "App/LockableSecrets.h"
 #include "Support/ErrorKind.h"
 #include "Support/StoreFixture.h"
 
 namespace nomely::test {
 namespace {
 
+namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 using Source = AppSettings::Source;
-
-// A keyring that its user may lock.
-class LockableSecrets final : public SecretBackend {
- public:
-  SecretLookup lookUp(std::string_view service, std::string_view account) override {
-    ++calls;
-    if (isLocked) return {.state = SecretLookup::State::unavailable, .problem = "锁着"};
-    return inner.lookUp(service, account);
-  }
-  SecretPlace store(std::string_view service, std::string_view account,
-                    std::string_view value) override {
-    throwIfLocked();
-    return inner.store(service, account, value);
-  }
-  void remove(std::string_view service, std::string_view account) override {
-    throwIfLocked();
-    inner.remove(service, account);
-  }
-
-  bool isLocked = false;
-  int calls = 0;
-  MemorySecrets inner;
-
- private:
-  void throwIfLocked() {
-    ++calls;
-    if (isLocked) throw SecretError(SecretError::Kind::locked, "锁着");
-  }
-};
 
 class AppSettingsTest : public StoreTest {
  protected:
@@ -175,6 +147,28 @@ TEST_F(AppSettingsTest, SettingsOneByOne) {
   EXPECT_EQ(all.front().key, "ai.provider");
   EXPECT_EQ(all.front().choices.size(), 7U);
   EXPECT_EQ(backend.calls, 0) << "no setting needs the keychain";
+}
+
+TEST_F(AppSettingsTest, AProcessThatStaysFollowsTheFiles) {
+  AppSettings settings = open();
+  collect(settings);
+  std::string stamp = settings.stamp();
+  const auto hasChanged = [&] { return std::exchange(stamp, settings.stamp()) != stamp; };
+  EXPECT_EQ(settings.display().bodyFontSize, 14);
+  AppSettings(context, backend, Source::files).set("display.bodyFontSize", "18");
+  EXPECT_TRUE(hasChanged());
+  EXPECT_FALSE(hasChanged());
+  EXPECT_EQ(settings.display().bodyFontSize, 14);
+  settings.reload();
+  EXPECT_EQ(settings.display().bodyFontSize, 18);
+  write("display-config.yaml", "bodyFontSize: [\n");
+  settings.reload();
+  EXPECT_EQ(settings.display().bodyFontSize, 18);
+  EXPECT_THAT(problems, ElementsAre(HasSubstr("沿用之前的设置")));
+  fs::remove(folder.path() / "_config/display-config.yaml");
+  EXPECT_TRUE(hasChanged());
+  settings.reload();
+  EXPECT_EQ(settings.display().bodyFontSize, 14);
 }
 
 TEST_F(AppSettingsTest, WhatFollowsFromARecord) {

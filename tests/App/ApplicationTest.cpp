@@ -28,7 +28,9 @@ class ApplicationTest : public testing::Test {
             .clock = clock,
             .fileSystem = posixFileSystem(),
             .secrets = secrets,
-            .http = *http};
+            .http = *http,
+            .webSockets = *webSockets,
+            .timers = *timers};
   }
 
   TemporaryFolder folder;
@@ -38,6 +40,8 @@ class ApplicationTest : public testing::Test {
   ManualClock clock;
   MemorySecrets secrets;
   std::unique_ptr<HttpClient> http = makeHttpClient();
+  std::unique_ptr<WebSocketClient> webSockets = makeWebSocketClient();
+  std::unique_ptr<Timers> timers = makeSystemTimers();
 };
 
 TEST_F(ApplicationTest, RootOfTheEnvironment) {
