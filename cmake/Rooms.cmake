@@ -31,11 +31,14 @@ function(nomely_precompile name more)
   endif()
 endfunction()
 
-# nomely_tests(<name> FOLDER <dir> LINK <lib>...): one test program per room, every case known to
-# ctest by its own name.
+# nomely_tests(<name> FOLDER <dir> [WITHOUT <regex>] LINK <lib>...): one test program per room, every
+# case known to ctest by its own name.
 function(nomely_tests name)
-  cmake_parse_arguments(TESTS "" "FOLDER" "LINK" ${ARGN})
+  cmake_parse_arguments(TESTS "" "FOLDER;WITHOUT" "LINK" ${ARGN})
   file(GLOB_RECURSE files CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${TESTS_FOLDER}/*.cpp)
+  if(TESTS_WITHOUT)
+    list(FILTER files EXCLUDE REGEX ${TESTS_WITHOUT})
+  endif()
   # Paths of this checkout stand in a file of their own, so that a compiler cache serves every other
   # file of tests in all checkouts.
   set(paths ${CMAKE_CURRENT_BINARY_DIR}/${name}_paths.cpp)

@@ -1,52 +1,22 @@
 #include "Media/Decoding.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdint>
+#include <cstddef>
 #include <vector>
 
 #include <unistd.h>
 
 #include "Media/Failure.h"
-#include "Media/SourceFile.h"
 #include "Media/Timeline.h"
 
 namespace nomely::media {
 namespace {
 
-constexpr int outputRate = 16000;
-
-// Sends samples on.
-class SampleSink {
- public:
-  explicit SampleSink(int descriptor) : descriptor_(descriptor) {}
-
-  void write(const std::int16_t* samples, std::size_t count) {
-    written_ += static_cast<std::int64_t>(count);
-    const auto* bytes = reinterpret_cast<const char*>(samples);
-    for (std::size_t left = count * sizeof *samples; left > 0;) {
-      const ssize_t sent = ::write(descriptor_, bytes, left);
-      if (sent < 0 && errno == EINTR) continue;
-      if (sent < 0) throw Failure("output", "nobody takes the samples");
-      bytes += sent;
-      left -= static_cast<std::size_t>(sent);
-    }
-  }
-  void writeSilence(std::int64_t count) {
-    static const std::vector<std::int16_t> silence(outputRate);
-    for (; count > 0; count -= outputRate)
-      write(silence.data(), static_cast<std::size_t>(std::min<std::int64_t>(count, outputRate)));
-  }
-  [[nodiscard]] std::int64_t written() const { return written_; }
-
- private:
-  int descriptor_;
-  std::int64_t written_ = 0;
-};
-
 // Converts frames of any form, which may change from one to the next.
 class Converter {
  public:
-  explicit Converter(SampleSink& sink) : sink_(sink) {}
+  Converter(int rate, const SampleSink& sink) : outputRate_(rate), sink_(sink) {}
 
   void take(const AVFrame& frame) {
     if (!resampler_ || !isAsBefore(frame)) restart(frame);
@@ -56,6 +26,15 @@ class Converter {
   void drain() {
     if (resampler_) convert(nullptr, 0);
   }
+  void addSilence(double seconds) {
+    const std::vector<std::int16_t> silence(static_cast<std::size_t>(outputRate_));
+    for (auto left = static_cast<std::size_t>(seconds * outputRate_); left > 0;) {
+      const std::size_t count = std::min(left, silence.size());
+      send(Samples(silence).first(count));
+      left -= count;
+    }
+  }
+  [[nodiscard]] double seconds() const { return static_cast<double>(sent_) / outputRate_; }
 
  private:
   [[nodiscard]] bool isAsBefore(const AVFrame& frame) const {
@@ -73,7 +52,7 @@ class Converter {
     AVChannelLayout mono{};
     ::av_channel_layout_default(&mono, 1);
     SwrContext* made = nullptr;
-    const int result = ::swr_alloc_set_opts2(&made, &mono, AV_SAMPLE_FMT_S16, outputRate, &input,
+    const int result = ::swr_alloc_set_opts2(&made, &mono, AV_SAMPLE_FMT_S16, outputRate_, &input,
                                              static_cast<AVSampleFormat>(frame.format),
                                              frame.sample_rate, 0, nullptr);
     ::av_channel_layout_uninit(&input);
@@ -92,10 +71,17 @@ class Converter {
     auto* out = reinterpret_cast<std::uint8_t*>(buffer_.data());
     const int count = require(::swr_convert(resampler_.get(), &out, room, data, samples),
                               "unreadable", "resampling");
-    sink_.write(buffer_.data(), static_cast<std::size_t>(count));
+    send(Samples(buffer_).first(static_cast<std::size_t>(count)));
   }
 
-  SampleSink& sink_;
+  void send(Samples samples) {
+    sent_ += samples.size();
+    sink_(samples);
+  }
+
+  int outputRate_;
+  const SampleSink& sink_;
+  std::size_t sent_ = 0;
   Resampler resampler_;
   int rate_ = 0;
   int format_ = -1;
@@ -103,24 +89,25 @@ class Converter {
   std::vector<std::int16_t> buffer_;
 };
 
+// One way through the file.
 class Decoding {
  public:
-  Decoding(int source, int output)
-      : file_(source), codec_(openDecoder(file_.audio())), sink_(output) {}
+  Decoding(SourceFile& file, AVCodecContext& codec, int rate, const SampleSink& sink)
+      : file_(file), codec_(codec), converter_(rate, sink) {}
 
   void run() {
     const Packet packet(require(::av_packet_alloc()));
     while (file_.next(*packet))
       // A damaged packet loses itself alone.
-      if (::avcodec_send_packet(codec_.get(), packet.get()) >= 0) receive();
-    if (::avcodec_send_packet(codec_.get(), nullptr) >= 0) receive();
+      if (::avcodec_send_packet(&codec_, packet.get()) >= 0) receive();
+    if (::avcodec_send_packet(&codec_, nullptr) >= 0) receive();
     converter_.drain();
-    if (sink_.written() == 0) throw Failure("noAudio", "nothing could be decoded");
+    if (converter_.seconds() == 0) throw Failure("noAudio", "nothing could be decoded");
   }
 
  private:
   void receive() {
-    while (::avcodec_receive_frame(codec_.get(), frame_.get()) >= 0) {
+    while (::avcodec_receive_frame(&codec_, frame_.get()) >= 0) {
       if (frame_->sample_rate > 0) place();
       ::av_frame_unref(frame_.get());
     }
@@ -131,33 +118,57 @@ class Decoding {
     const double start =
         timeline_.add(told == AV_NOPTS_VALUE ? Timeline::unknown : file_.seconds(told),
                       static_cast<double>(frame_->nb_samples) / frame_->sample_rate);
-    const double gap = start - static_cast<double>(sink_.written()) / outputRate;
-    if (gap > Timeline::tolerance) sink_.writeSilence(static_cast<std::int64_t>(gap * outputRate));
+    const double gap = start - converter_.seconds();
+    if (gap > Timeline::tolerance) converter_.addSilence(gap);
     converter_.take(*frame_);
   }
 
-  SourceFile file_;
-  Codec codec_;
-  SampleSink sink_;
-  Converter converter_{sink_};
+  SourceFile& file_;
+  AVCodecContext& codec_;
+  Converter converter_;
   Timeline timeline_;
   Frame frame_{require(::av_frame_alloc())};
 };
 
+void writeAll(int descriptor, Samples samples) {
+  const auto* bytes = reinterpret_cast<const char*>(samples.data());
+  for (std::size_t left = samples.size_bytes(); left > 0;) {
+    const ssize_t sent = ::write(descriptor, bytes, left);
+    if (sent < 0 && errno == EINTR) continue;
+    if (sent < 0) throw Failure("output", "nobody takes the samples");
+    bytes += sent;
+    left -= static_cast<std::size_t>(sent);
+  }
+}
+
 }  // namespace
+
+SoundDecoder::SoundDecoder(int source) : file_(source), codec_(openDecoder(file_.audio())) {}
+
+int SoundDecoder::rate() const {
+  return file_.audio().codecpar->sample_rate;
+}
+
+void SoundDecoder::run(int rate, const SampleSink& sink) {
+  Decoding(file_, *codec_, rate, sink).run();
+}
 
 double durationOf(int source) {
   SourceFile file(source);
   const Packet packet(require(::av_packet_alloc()));
   Timeline timeline;
-  while (file.next(*packet))
+  while (file.next(*packet)) {
+    // What an encoder put before the beginning is not heard.
+    if ((packet->flags & AV_PKT_FLAG_DISCARD) != 0) continue;
     timeline.add(packet->pts == AV_NOPTS_VALUE ? Timeline::unknown : file.seconds(packet->pts),
                  static_cast<double>(packet->duration) * ::av_q2d(file.audio().time_base));
+  }
   return timeline.end();
 }
 
 void decode(int source, int output) {
-  Decoding(source, output).run();
+  constexpr int rate = 16000;
+  SoundDecoder(source).run(rate, [output](Samples samples) { writeAll(output, samples); });
 }
 
 }  // namespace nomely::media

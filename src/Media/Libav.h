@@ -27,9 +27,13 @@ struct FreeCodec {
 struct FreeResampler {
   void operator()(SwrContext* resampler) const { ::swr_free(&resampler); }
 };
+struct FreeParameters {
+  void operator()(AVCodecParameters* parameters) const { ::avcodec_parameters_free(&parameters); }
+};
 using Packet = std::unique_ptr<AVPacket, FreePacket>;
 using Frame = std::unique_ptr<AVFrame, FreeFrame>;
 using Codec = std::unique_ptr<AVCodecContext, FreeCodec>;
+using Parameters = std::unique_ptr<AVCodecParameters, FreeParameters>;
 using Resampler = std::unique_ptr<SwrContext, FreeResampler>;
 
 // The library's word for one of its (negative) errors.

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 #include <span>
-#include <vector>
 
+#include "Media/AacEncoder.h"
 #include "Media/DescriptorIO.h"
 #include "Media/Libav.h"
 
@@ -29,25 +29,17 @@ class RecordingFile {
   [[nodiscard]] double seconds() const;
 
  private:
-  void encode(const AVFrame* frame);
+  void put(AVPacket& packet);
   void endFragment();
   void cutOffDamage() noexcept;
 
   int descriptor_;
   DescriptorIO io_;
   AVFormatContext* format_ = nullptr;
-  Codec codec_;
-  Packet packet_{require(::av_packet_alloc())};
-  Frame frame_{require(::av_frame_alloc())};
-  std::vector<float> pending_;
-  std::int64_t samples_ = 0;      // encoded
+  AacEncoder encoder_;
   std::int64_t safeSamples_ = 0;  // in fragments that are on the disk
   std::int64_t safeSize_ = 0;     // bytes up to their end
   int packets_ = 0;               // in the fragment under way
 };
-
-// Puts the sound of the recording on `source` into `output`, an empty file open for reading too, as
-// a plain file whose index stands at its beginning, and makes it durable. Throws Failure.
-void remux(int source, int output);
 
 }  // namespace nomely::media

@@ -4,6 +4,7 @@
 //   nomely-media probe          "duration SECONDS" of the file on descriptor 0
 //   nomely-media decode         its samples to 3, 16 kHz, mono, 16 bits
 //   nomely-media remux          the recording on 0, playable everywhere, into the empty file on 3
+//   nomely-media convert        any sound on 0, as AAC in an m4a, into the empty file on 3
 //   nomely-media record DEVICE  see Recording.h; into the empty file on 3
 //
 // What has no answer of its own ends with "done". A failure is told as the line "error KIND DETAIL"
@@ -20,7 +21,7 @@
 #include "Media/Decoding.h"
 #include "Media/Failure.h"
 #include "Media/Recording.h"
-#include "Media/RecordingFile.h"
+#include "Media/Rewriting.h"
 
 namespace nomely::media {
 namespace {
@@ -37,15 +38,17 @@ void run(std::string_view job, const std::string& device) {
     decode(STDIN_FILENO, file);
   else if (job == "remux")
     remux(STDIN_FILENO, file);
+  else if (job == "convert")
+    convert(STDIN_FILENO, file);
   else
-    throw Failure("usage", "probe | decode | remux | record DEVICE");
+    throw Failure("usage", "probe | decode | remux | convert | record DEVICE");
 }
 
 int runReported(std::string_view job, const std::string& device) {
   const Answers answers(STDOUT_FILENO);
   try {
     run(job, device);
-    if (job == "decode" || job == "remux") answers.line("done");
+    if (job == "decode" || job == "remux" || job == "convert") answers.line("done");
     return 0;
   } catch (const Failure& failure) {
     answers.line("error " + failure.kind() + " " + failure.what());

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdint>
 #include <fstream>
+#include <numbers>
 #include <sstream>
 #include <stdexcept>
 
@@ -15,16 +16,35 @@
 
 namespace nomely::test {
 
+namespace {
+
+std::string waveHeader(std::uint32_t rate, std::uint32_t channels, std::uint32_t size) {
+  const auto number = [](std::uint32_t value, std::size_t bytes = 4) {
+    return std::string(reinterpret_cast<const char*>(&value), bytes);
+  };
+  return "RIFF" + number(36 + size) + "WAVEfmt " + number(16) + number(1, 2) + number(channels, 2) +
+         number(rate) + number(rate * channels * 2) + number(channels * 2, 2) + number(16, 2) +
+         "data" + number(size);
+}
+
+}  // namespace
+
 void writeSilence(const std::filesystem::path& file, double seconds) {
   const auto size = static_cast<std::uint32_t>(std::llround(seconds * 16000) * 2);
-  const auto number = [](std::uint32_t value) {
-    return std::string(reinterpret_cast<const char*>(&value), sizeof value);
-  };
-  using namespace std::string_literals;
-  const std::string header = "RIFF" + number(36 + size) + "WAVEfmt " + number(16) + "\1\0\1\0"s +
-                             number(16000) + number(32000) + "\2\0\x10\0"s + "data" + number(size);
+  const std::string header = waveHeader(16000, 1, size);
   writeFile(file, header);
   std::filesystem::resize_file(file, header.size() + size);
+}
+
+void writeTone(const std::filesystem::path& file, const Tone& tone) {
+  std::vector<std::int16_t> samples(tone.rate * tone.channels * tone.seconds);
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    const double moment = static_cast<double>(i / tone.channels) / tone.rate;
+    samples[i] = static_cast<std::int16_t>(16000 * std::sin(2 * std::numbers::pi * 440 * moment));
+  }
+  const std::string bytes(reinterpret_cast<const char*>(samples.data()), samples.size() * 2);
+  const auto size = static_cast<std::uint32_t>(bytes.size());
+  writeFile(file, waveHeader(tone.rate, tone.channels, size) + bytes);
 }
 
 PlayedMicrophone::PlayedMicrophone(const std::filesystem::path& folder)

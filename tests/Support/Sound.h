@@ -11,6 +11,14 @@ namespace nomely::test {
 // A WAV file of silence, 16 kHz, mono; its samples are a hole that takes no room on the disk.
 void writeSilence(const std::filesystem::path& file, double seconds);
 
+// A WAV file with a tone of 440 Hz on each channel.
+struct Tone {
+  unsigned rate = 16000;
+  unsigned channels = 1;
+  unsigned seconds = 1;
+};
+void writeTone(const std::filesystem::path& file, const Tone& tone);
+
 // A device of ALSA's that hears what a test plays to it, as long as this lives. Programs started
 // meanwhile by this process find it under `name`.
 class PlayedMicrophone {

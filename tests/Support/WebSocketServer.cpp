@@ -180,12 +180,11 @@ bool WebSocketPeer::read(std::string& bytes, std::size_t length) {
   return true;
 }
 
-WebSocketServer::WebSocketServer(LoopbackServer& server, std::string path,
-                                 WebSocketPeer::OnFrame onFrame)
+WebSocketServer::WebSocketServer(LoopbackServer& server, std::string path, Handlers handlers)
     : server_(server), path_(std::move(path)) {
   server.answer(path_, [state = state_,
-                        onFrame = std::move(onFrame)](const LoopbackServer::Request& request) {
-    return LoopbackServer::Answer{.takeOver = [state, onFrame, request](int socket) {
+                        handlers = std::move(handlers)](const LoopbackServer::Request& request) {
+    return LoopbackServer::Answer{.takeOver = [state, handlers, request](int socket) {
       const auto key = request.headers.find("sec-websocket-key");
       if (key == request.headers.end()) return;
       const std::string head = fmt::format(
@@ -199,7 +198,8 @@ WebSocketServer::WebSocketServer(LoopbackServer& server, std::string path,
         state->peers.push_back(peer);
         state->changed.notify_all();
       }
-      peer->serve(onFrame);
+      if (handlers.onOpen) handlers.onOpen(peer);
+      peer->serve(handlers.onFrame);
     }};
   });
 }

@@ -86,8 +86,16 @@ class WebSocketPeer {
 //   sockets.awaitPeer()->sendText("hello");
 class WebSocketServer {
  public:
-  // `onFrame` is called on the connection's thread, with no lock held, for each frame.
-  WebSocketServer(LoopbackServer& server, std::string path, WebSocketPeer::OnFrame onFrame = {});
+  // Called on the connection's thread with no lock held, before anything is read and for each
+  // frame.
+  struct Handlers {
+    std::function<void(const std::shared_ptr<WebSocketPeer>&)> onOpen = {};
+    WebSocketPeer::OnFrame onFrame = {};
+  };
+
+  WebSocketServer(LoopbackServer& server, std::string path, Handlers handlers);
+  WebSocketServer(LoopbackServer& server, std::string path)
+      : WebSocketServer(server, std::move(path), Handlers()) {}
   // Thaws what is frozen, for the loopback server to end.
   ~WebSocketServer();
   WebSocketServer(const WebSocketServer&) = delete;

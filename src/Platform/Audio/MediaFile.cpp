@@ -7,10 +7,13 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <sys/stat.h>
 
 #include "Platform/Files/FileError.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/System/Log.h"
+#include "Platform/System/Uuid.h"
 
 namespace nomely {
 namespace {
@@ -36,6 +39,7 @@ Descriptor openSource(const std::filesystem::path& file) {
     throw MediaError(MediaError::Kind::noSpace, "磁盘空间不足");
   if (!line || told.starts_with("error unreadable"))
     throw MediaError(MediaError::Kind::unreadable, "不是可读的音频文件，或者文件已损坏");
+  if (told.starts_with("error tooLong")) throw MediaError(MediaError::Kind::other, "声音太长");
   throw MediaError(MediaError::Kind::other, "音频处理失败，详情见日志");
 }
 
@@ -60,6 +64,24 @@ void MediaFile::remux(int source, int target, const std::stop_token& stop) {
   HelperProcess process(
       {.program = program, .arguments = {"remux"}, .input = source, .file = target});
   requireSuccess(process, stop);
+}
+
+void MediaFile::convertToM4A(const std::filesystem::path& source,
+                             const std::filesystem::path& target, const std::stop_token& stop) {
+  const Descriptor foreign = openSource(source);
+  const auto hidden = target.parent_path() / fmt::format(".{}.part", Uuid::random().compact());
+  const Descriptor made(::open(hidden.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (made.get() < 0) throw FileError("写入", target, errno);
+  try {
+    HelperProcess process(
+        {.program = program, .arguments = {"convert"}, .input = foreign.get(), .file = made.get()});
+    requireSuccess(process, stop);
+    posixFileSystem().rename(hidden, target, Replacement::allow);
+    posixFileSystem().syncDirectory(target.parent_path());
+  } catch (...) {
+    ::unlink(hidden.c_str());
+    throw;
+  }
 }
 
 SampleStream::SampleStream(const std::filesystem::path& file)

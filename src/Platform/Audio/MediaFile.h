@@ -34,6 +34,11 @@ namespace MediaFile {
 // a plain m4a that is on the disk when this returns.
 void remux(int source, int target, const std::stop_token& stop);
 
+// Makes an m4a of the sound in `source`, of one channel, and puts it in the place of `target`:
+// there and on the disk, or not there. Throws MediaError for more than six hours of it.
+void convertToM4A(const std::filesystem::path& source, const std::filesystem::path& target,
+                  const std::stop_token& stop);
+
 }  // namespace MediaFile
 
 // The sound of a file from its beginning to its end, in memory that doesn't grow with it.

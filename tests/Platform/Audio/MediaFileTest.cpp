@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -7,8 +9,10 @@
 #include "Platform/Audio/MediaFile.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
+#include "Support/ErrorKind.h"
 #include "Support/Sound.h"
 #include "Support/TemporaryFolder.h"
+#include "Support/TestPaths.h"
 
 namespace nomely::test {
 namespace {
@@ -18,6 +22,17 @@ using Kind = MediaError::Kind;
 class MediaFileTest : public testing::Test {
  protected:
   [[nodiscard]] std::filesystem::path file(const char* name) const { return folder.path() / name; }
+  void convert(const std::filesystem::path& source, const std::stop_token& stop = {}) const {
+    MediaFile::convertToM4A(source, file("made.m4a"), stop);
+  }
+  // Names of what is there, less `ours`.
+  [[nodiscard]] std::set<std::string> others(const char* ours) const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+      names.insert(entry.path().filename());
+    names.erase(ours);
+    return names;
+  }
 
   TemporaryFolder folder;
 };
@@ -31,6 +46,30 @@ TEST_F(MediaFileTest, DurationIsThatOfTheSoundThatIsThere) {
   for (const std::size_t size : {4, 40}) claims.replace(size, 4, "\xFF\xFF\xFF\x7F");
   writeFile(file("claims.wav"), claims);
   EXPECT_DOUBLE_EQ(MediaFile::duration(file("claims.wav"), {}), 1.0);
+  convert(file("claims.wav"));
+  EXPECT_NEAR(MediaFile::duration(file("made.m4a"), {}), 1.0, 0.05);
+}
+
+TEST_F(MediaFileTest, ATwoSecondToneOutlivesItsConversion) {
+  writeTone(file("telephone.wav"), {.rate = 8000, .seconds = 2});
+  writeTone(file("stereo.wav"), {.rate = 44100, .channels = 2, .seconds = 2});
+  writeTone(file("studio.wav"), {.rate = 96000, .seconds = 2});
+  for (const auto& source : {std::filesystem::path(TestPaths::fixtures + "/voice.ogg"),
+                             file("telephone.wav"), file("stereo.wav"), file("studio.wav")}) {
+    SCOPED_TRACE(source.filename());
+    convert(source);
+    EXPECT_NEAR(MediaFile::duration(file("made.m4a"), {}), 2.0, 0.05);
+    EXPECT_EQ(readFile(file("made.m4a")).substr(4, 8), "ftypM4A ");
+
+    SampleStream stream(file("made.m4a"));
+    std::vector<std::int16_t> second(SampleStream::rate);
+    ASSERT_EQ(stream.read(second, {}), second.size());
+    int waves = 0;
+    for (std::size_t i = 1; i < second.size(); ++i)
+      if (second[i - 1] < 0 && second[i] >= 0) ++waves;
+    EXPECT_NEAR(waves, 440, 5);
+    EXPECT_GT(*std::ranges::max_element(second), 12000);
+  }
 }
 
 TEST_F(MediaFileTest, WhatIsNoSoundIsRefusedWhateverItsName) {
@@ -46,15 +85,15 @@ TEST_F(MediaFileTest, WhatIsNoSoundIsRefusedWhateverItsName) {
            {"header.wav", std::string("RIFF\0\0\0\0WAVE", 12)}}) {
     SCOPED_TRACE(name);
     writeFile(file(name), content);
-    try {
-      (void)MediaFile::duration(file(name), {});
-      ADD_FAILURE() << "it was read";
-    } catch (const MediaError& error) {
-      EXPECT_EQ(error.kind(), Kind::unreadable);
-    }
+    EXPECT_EQ(kindOf<MediaError>([&] { (void)MediaFile::duration(file(name), {}); }),
+              Kind::unreadable);
+    EXPECT_EQ(kindOf<MediaError>([&] { convert(file(name)); }), Kind::unreadable);
+    std::filesystem::remove(file(name));
   }
   EXPECT_THROW((void)MediaFile::duration(file("none.wav"), {}), FileError);
   EXPECT_THROW((void)MediaFile::duration("/dev/zero", {}), FileError);
+  EXPECT_THROW(convert("/dev/zero"), FileError);
+  EXPECT_THAT(others("secret.wav"), testing::IsEmpty());
 }
 
 TEST_F(MediaFileTest, SamplesComeInOrderUntilTheEnd) {
@@ -68,9 +107,14 @@ TEST_F(MediaFileTest, SamplesComeInOrderUntilTheEnd) {
 
 TEST_F(MediaFileTest, StopsAtOnce) {
   writeSilence(file("long.wav"), 36000);
-  std::stop_source stop;
-  const std::jthread asks([&] { stop.request_stop(); });
-  EXPECT_THROW((void)MediaFile::duration(file("long.wav"), stop.get_token()), CancellationError);
+  const auto stopped = [](const auto& work) {
+    std::stop_source stop;
+    const std::jthread asks([&] { stop.request_stop(); });
+    EXPECT_THROW(work(stop.get_token()), CancellationError);
+  };
+  stopped([&](auto stop) { (void)MediaFile::duration(file("long.wav"), stop); });
+  stopped([&](auto stop) { convert(file("long.wav"), stop); });
+  EXPECT_THAT(others("long.wav"), testing::IsEmpty());
   EXPECT_TRUE(childrenOf(::getpid()).empty());
 }
 
