@@ -1,0 +1,147 @@
+#include <gmock/gmock.h>
+
+#include "App/LockableSecrets.h"
+#include "App/ResidentBot.h"
+#include "App/ResidentLock.h"
+#include "Feishu/Platform/FeishuPlatform.h"
+#include "Platform/Concurrency/RunLoop.h"
+#include "Support/Deadline.h"
+#include "Support/ManualTimers.h"
+#include "Support/StoreFixture.h"
+
+namespace nomely::test {
+namespace {
+
+using Kind = ConnectionStatus::Kind;
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using namespace std::chrono_literals;
+
+class ResidentBotTest : public StoreTest {
+ protected:
+  ResidentBotTest() {
+    const FeishuConfig config = platform.config();
+    settings.set("feishu.appId", config.appId);
+    settings.set("feishu.enabled", "true");
+    keep(config.appSecret);
+    bot.onNotice = [this](const std::string& notice) { notices.push_back(notice); };
+    bot.onStatus = [this](const ConnectionStatus& status) { statuses.push_back(status.text); };
+  }
+
+  void keep(const std::string& secret) { (void)settings.setSecret("feishu", secret); }
+
+  // Lets a second pass at a time until it holds.
+  void awaitWhileTimePasses(const std::function<bool()>& condition) {
+    const auto deadline = std::chrono::steady_clock::now() + longestWait;
+    while (!loop.runUntil(condition, 20ms)) {
+      ASSERT_LT(std::chrono::steady_clock::now(), deadline) << bot.status().json();
+      timers.advance(1s);
+    }
+  }
+  void await(Kind kind) {
+    awaitWhileTimePasses([&] { return bot.status().connection.kind == kind; });
+  }
+  [[nodiscard]] std::optional<BotStatus> saved() const {
+    return BotStatus::read(BotStatus::folder(environment, folder.path()), context.files);
+  }
+
+  FeishuPlatform platform;
+  Environment environment{{{"HOME", (folder.path() / "home").string()},
+                           {"TMPDIR", folder.path().string()},
+                           {"NOMELY_FEISHU_ROOT", platform.root()}}};
+  RunLoop loop;
+  ManualTimers timers{clock};
+  LockableSecrets backend;
+  std::unique_ptr<HttpClient> http = makeHttpClient();
+  std::unique_ptr<WebSocketClient> webSockets = makeWebSocketClient();
+  AppSettings settings{context, backend, AppSettings::Source::files};
+  MemoService memos{context};
+  JobPool jobs;
+  SearchIndex index{context, jobs};
+  std::vector<std::string> notices;
+  std::vector<std::string> statuses;
+  ResidentBot bot{{.environment = environment,
+                   .memos = memos,
+                   .searchIndex = index,
+                   .settings = settings,
+                   .http = *http,
+                   .webSockets = *webSockets,
+                   .timers = timers,
+                   .jobs = jobs,
+                   .executor = loop}};
+};
+
+TEST_F(ResidentBotTest, ALockedKeyringIsWaitedFor) {
+  backend.isLocked = true;
+  bot.start();
+  await(Kind::error);
+  EXPECT_THAT(statuses, ElementsAre(AllOf(HasSubstr("拿不到机器人的密钥"), HasSubstr("锁着"))));
+  EXPECT_THAT(notices, IsEmpty()) << "nothing is missing";
+  backend.isLocked = false;
+  await(Kind::connected);
+  EXPECT_THAT(notices, ElementsAre(HasSubstr("nomely bot pair")));
+  platform.send(phone::text("om_1", "早上好"));
+  platform.awaitAck("om_1");
+  awaitWhileTimePasses([&] { return bot.status().recorded == 1; });
+  awaitWhileTimePasses([&] { return saved() && saved()->recorded == 1; });
+  EXPECT_EQ(saved()->connection.kind, Kind::connected);
+}
+
+TEST_F(ResidentBotTest, WithoutANetworkItTriesAgainForever) {
+  const auto noNetwork = LoopbackServer::Answer{.status = 502};
+  platform.fail(FeishuPlatform::Call::endpoint, noNetwork, 20);
+  bot.start();
+  awaitWhileTimePasses([&] { return bot.status().connection.text == FeishuBridge::gaveUp; });
+  const std::size_t before = platform.calls(FeishuPlatform::Call::endpoint);
+  EXPECT_EQ(before, 7U);
+  const Moment gaveUpAt = clock.now();
+  awaitWhileTimePasses([&] { return platform.calls(FeishuPlatform::Call::endpoint) > before; });
+  EXPECT_GE(clock.now() - gaveUpAt, ResidentBot::retryAfterGivingUp);
+  await(Kind::connected);
+}
+
+TEST_F(ResidentBotTest, FollowsTheSettingsAndTheSecret) {
+  AppSettings elsewhere(context, backend, AppSettings::Source::files);
+  bot.start();
+  await(Kind::connected);
+  elsewhere.set("feishu.enabled", "false");
+  await(Kind::disconnected);
+  EXPECT_THAT(notices, Contains(HasSubstr("没有启用")));
+  elsewhere.set("feishu.enabled", "true");
+  await(Kind::connected);
+
+  platform.setSecret("changed");
+  platform.cut();
+  await(Kind::error);
+  keep("changed");
+  await(Kind::connected);
+
+  // A right given elsewhere holds at once, on the same connection.
+  const std::size_t connections = platform.connections();
+  elsewhere.set("feishu.allowedOpenID", "ou_somebody");
+  awaitWhileTimePasses([&] { return settings.feishu().allowedOpenID == "ou_somebody"; });
+  awaitWhileTimePasses([&] {
+    const std::string id = "om_" + std::to_string(clock.now().time_since_epoch().count());
+    const std::int64_t recorded = bot.status().recorded;
+    platform.send(phone::text(id, id));
+    platform.awaitAck(id);
+    (void)loop.runUntil([&] { return bot.status().recorded > recorded; }, 50ms);
+    return bot.status().recorded == recorded;
+  });
+  EXPECT_EQ(platform.connections(), connections);
+}
+
+TEST_F(ResidentBotTest, OneProcessOfARootStays) {
+  ResidentLock lock(context);
+  EXPECT_FALSE(ResidentLock::isHeld(context));
+  EXPECT_TRUE(lock.acquire());
+  EXPECT_TRUE(ResidentLock::isHeld(context));
+  EXPECT_FALSE(ResidentLock(context).acquire());
+}
+
+}  // namespace
+}  // namespace nomely::test
