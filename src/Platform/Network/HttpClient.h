@@ -54,6 +54,9 @@ struct HttpRequest {
   std::chrono::milliseconds idleTimeout = std::chrono::seconds(60);  // without a byte either way
   std::chrono::milliseconds wholeTimeout = std::chrono::seconds(180);
   std::uint64_t maxReply = std::uint64_t{16} << 20;  // bytes of the body
+  // Where the reply's body goes, whatever its status, in place of `HttpResponse::body`: a file that
+  // is made anew, readable by the user alone. When the request fails there is none.
+  std::optional<std::filesystem::path> into = {};
 };
 
 struct HttpResponse {
@@ -66,8 +69,8 @@ struct HttpResponse {
 class HttpClient {
  public:
   virtual ~HttpClient() = default;
-  // Blocks until the reply is there. Throws HttpError, FileError when a part's file can't be read,
-  // and CancellationError at once when asked to stop.
+  // Blocks until the reply is there. Throws HttpError, FileError when a part's file can't be read
+  // or the one for the body not written, and CancellationError at once when asked to stop.
   [[nodiscard]] virtual HttpResponse send(const HttpRequest& request,
                                           const std::stop_token& stop) = 0;
 };

@@ -71,7 +71,8 @@ HttpTransfer::HttpTransfer(const HttpRequest& request, HttpTarget target)
       multi_(curl_.curl_multi_init(), curl_.curl_multi_cleanup),
       easy_(curl_.curl_easy_init(), curl_.curl_easy_cleanup),
       mime_(nullptr, curl_.curl_mime_free),
-      headers_(nullptr, curl_.curl_slist_free_all) {
+      headers_(nullptr, curl_.curl_slist_free_all),
+      body_(request.maxReply, request.into) {
   if (!multi_ || !easy_) throw std::bad_alloc();
   setConnection();
   setHeaders();
@@ -173,7 +174,8 @@ HttpResponse HttpTransfer::run(const std::stop_token& stop) {
     perform(stop);
   }
   const CURLcode code = outcome();
-  if (isTooLarge_ || code == CURLE_FILESIZE_EXCEEDED)
+  body_.throwIfUnwritten();
+  if (body_.isTooLarge() || code == CURLE_FILESIZE_EXCEEDED)
     throw HttpError(Kind::tooLarge, fmt::format("{} 的回复超过了 {}，没有读完", target_.host,
                                                 inWords(request_.maxReply)));
   if (code == CURLE_COULDNT_CONNECT && wasPublic_)
@@ -183,8 +185,7 @@ HttpResponse HttpTransfer::run(const std::stop_token& stop) {
                     target_.host));
   if (code != CURLE_OK)
     throw httpFailure(code, static_cast<int>(info<long>(CURLINFO_OS_ERRNO)), target_.host);
-  response_.status = static_cast<int>(info<long>(CURLINFO_RESPONSE_CODE));
-  return std::move(response_);
+  return {static_cast<int>(info<long>(CURLINFO_RESPONSE_CODE)), body_.finished()};
 }
 
 void HttpTransfer::perform(const std::stop_token& stop) const {
@@ -231,14 +232,8 @@ CURLcode HttpTransfer::outcome() const {
 
 std::size_t HttpTransfer::receive(const char* bytes, std::size_t size, std::size_t count,
                                   void* self) {
-  auto& transfer = *static_cast<HttpTransfer*>(self);
   const std::size_t length = size * count;
-  if (transfer.response_.body.size() + length > transfer.request_.maxReply) {
-    transfer.isTooLarge_ = true;
-    return 0;
-  }
-  transfer.response_.body.append(bytes, length);
-  return length;
+  return static_cast<HttpTransfer*>(self)->body_.take({bytes, length}) ? length : 0;
 }
 
 curl_socket_t HttpTransfer::openSocket(void* self, curlsocktype /*purpose*/,

@@ -7,6 +7,7 @@
 #include "Platform/Network/Curl.h"
 #include "Platform/Network/HttpClient.h"
 #include "Platform/Network/HttpTarget.h"
+#include "Platform/Network/ReplyBody.h"
 
 namespace nomely {
 
@@ -51,8 +52,7 @@ class HttpTransfer {
   std::unique_ptr<CURL, decltype(&::curl_easy_cleanup)> easy_;
   std::unique_ptr<curl_mime, decltype(&::curl_mime_free)> mime_;
   std::unique_ptr<curl_slist, decltype(&::curl_slist_free_all)> headers_;
-  HttpResponse response_;
-  bool isTooLarge_ = false;
+  ReplyBody body_;
   bool wasPublic_ = false;  // http to an address that it may not go to
 };
 

@@ -1,9 +1,11 @@
+#include <csignal>
 #include <future>
 #include <sstream>
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <sys/resource.h>
 
 #include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
@@ -81,6 +83,38 @@ TEST_F(HttpClientTest, PartsAreStreamedFromFiles) {
   EXPECT_EQ(kindOf<FileError>([&] {
               static_cast<void>(send({.url = server.url("/upload"),
                                       .parts = {{.name = "file", .file = folder.path() / "no"}}}));
+            }),
+            FileError::Kind::notFound);
+}
+
+TEST_F(HttpClientTest, RepliesIntoFiles) {
+  const TemporaryFolder folder;
+  const std::filesystem::path file = folder.path() / "reply";
+  const std::string elsewhere = (folder.path() / "elsewhere").string();
+  writeFile(elsewhere, "kept");
+  std::filesystem::create_symlink(elsewhere, file);
+  server.answer("/large", {.status = 500, .body = std::string(3 << 20, 'x')});
+  const HttpResponse response = send({.url = server.url("/large"), .into = file});
+  EXPECT_EQ(response.status, 500);
+  EXPECT_EQ(response.body, "");
+  EXPECT_EQ(readFile(file), std::string(3 << 20, 'x'));
+  EXPECT_EQ(readFile(elsewhere), "kept");
+  EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0600));
+
+  // A file that may not grow is like a full disk.
+  const auto bySignal = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+  const rlimit little{1 << 20, before.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &little), 0);
+  EXPECT_EQ(kindOf<FileError>(
+                [&] { static_cast<void>(send({.url = server.url("/large"), .into = file})); }),
+            FileError::Kind::tooLarge);
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+  static_cast<void>(std::signal(SIGXFSZ, bySignal));
+  EXPECT_FALSE(std::filesystem::exists(file));
+  EXPECT_EQ(kindOf<FileError>([&] {
+              static_cast<void>(send({.url = server.url("/large"), .into = file / "no"}));
             }),
             FileError::Kind::notFound);
 }
