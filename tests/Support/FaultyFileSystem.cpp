@@ -95,7 +95,8 @@ bool FaultyFileSystem::canBePartial(const Call& call) {
 
 std::unique_ptr<File> FaultyFileSystem::open(const std::filesystem::path& path, OpenMode mode,
                                              LinkPolicy links) {
-  return guarded(mode == OpenMode::read ? "open" : "create", path, [&]() -> std::unique_ptr<File> {
+  static constexpr std::array names{"open", "create", "append"};
+  return guarded(names[static_cast<std::size_t>(mode)], path, [&]() -> std::unique_ptr<File> {
     auto inner = inner_.open(path, mode, links);
     if (!inner) return nullptr;
     return std::make_unique<FaultyFile>(*this, std::move(inner), path);

@@ -41,6 +41,8 @@ inline constexpr std::string_view stopAudioPlayback = "stopNomelyAudioPlayback";
 inline constexpr std::string_view refreshSidebarTags = "refreshSidebarTags";
 // The writing of a summary has ended, whichever way.
 inline constexpr std::string_view monthlySummaryCompleted = "monthlySummaryCompleted";
+// The conversation log has another entry, or none any more.
+inline constexpr std::string_view feishuLogChanged = "feishuLogChanged";
 // A memo's file was kept as another program wrote it; the payload is the memo's identity.
 inline constexpr std::string_view originalKept = "NomelyOriginalKept";
 // A list goes on without a memo whose file can't be read; the payload is "<path>：<reason>".

@@ -22,6 +22,10 @@ path folderOf(const path& file) {
   return folder.empty() ? path(".") : folder;
 }
 
+void writeAll(File& file, std::string_view bytes) {
+  while (!bytes.empty()) bytes.remove_prefix(file.write(bytes));
+}
+
 // The failure that leads here is the one to report, not that of taking away.
 void takeAway(FileSystem& fileSystem, const path& name) noexcept {
   try {
@@ -56,9 +60,7 @@ class FileManager::Temporary {
 
   [[nodiscard]] File& file() { return *file_; }
 
-  void write(std::string_view bytes) {
-    while (!bytes.empty()) bytes.remove_prefix(file_->write(bytes));
-  }
+  void write(std::string_view bytes) { writeAll(*file_, bytes); }
 
   // Writes what `produce` gives, small pieces together.
   void write(const Producer& produce) {
@@ -79,8 +81,8 @@ class FileManager::Temporary {
     flush();
   }
 
-  void place(const path& target, Replacement replacement) {
-    file_->sync();
+  void place(const path& target, Replacement replacement, Durability durability) {
+    if (durability == Durability::now) file_->sync();
     file_.reset();
     fileSystem_.rename(path_, target, replacement);
     placed_ = true;
@@ -90,7 +92,7 @@ class FileManager::Temporary {
   void placeNew(const path& target) {
     const FileAttributes own = file_->attributes();
     try {
-      place(target, Replacement::forbid);
+      place(target, Replacement::forbid, Durability::now);
     } catch (const FileError& error) {
       // It may have been renamed although that was reported to have failed.
       if (error.kind() != FileError::Kind::alreadyExists && isAt(target, own))
@@ -183,13 +185,13 @@ bool FileManager::contentsEqual(const path& left, const path& right) const {
   }
 }
 
-void FileManager::replace(const path& target, Temporary& written) const {
+void FileManager::replace(const path& target, Temporary& written, Durability durability) const {
   if (const auto replaced = fileSystem_.attributes(target, LinkPolicy::noFollow);
       replaced && replaced->type == FileType::regular &&
       replaced->permissions != written.file().attributes().permissions)
     written.file().setPermissions(replaced->permissions);
-  written.place(target, Replacement::allow);
-  syncParent(target);
+  written.place(target, Replacement::allow, durability);
+  if (durability == Durability::now) syncParent(target);
 }
 
 bool FileManager::putNew(const path& target, Temporary& written) const {
@@ -203,16 +205,17 @@ bool FileManager::putNew(const path& target, Temporary& written) const {
   return true;
 }
 
-void FileManager::writeAtomically(const path& target, std::string_view bytes) const {
+void FileManager::writeAtomically(const path& target, std::string_view bytes,
+                                  Durability durability) const {
   Temporary temporary(fileSystem_, folderOf(target));
   temporary.write(bytes);
-  replace(target, temporary);
+  replace(target, temporary, durability);
 }
 
 void FileManager::writeAtomically(const path& target, const Producer& produce) const {
   Temporary temporary(fileSystem_, folderOf(target));
   temporary.write(produce);
-  replace(target, temporary);
+  replace(target, temporary, Durability::now);
 }
 
 bool FileManager::createAtomically(const path& target, std::string_view bytes,
@@ -227,6 +230,14 @@ bool FileManager::createAtomically(const path& target, const Producer& produce) 
   Temporary temporary(fileSystem_, folderOf(target));
   temporary.write(produce);
   return putNew(target, temporary);
+}
+
+bool FileManager::append(const path& name, std::string_view bytes) const {
+  const std::unique_ptr<File> file =
+      fileSystem_.open(name, FileSystem::OpenMode::append, LinkPolicy::noFollow);
+  if (!file) return false;
+  writeAll(*file, bytes);
+  return true;
 }
 
 void FileManager::createDirectories(const path& directory, unsigned permissions) const {

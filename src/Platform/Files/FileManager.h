@@ -52,7 +52,12 @@ class FileManager {
                                    const std::filesystem::path& right) const;
 
   // Puts `bytes` under `path`, replacing what is there; a replaced file's permissions are kept.
-  void writeAtomically(const std::filesystem::path& path, std::string_view bytes) const;
+  enum class Durability {
+    now,
+    later,  // doesn't wait for the disk: a power cut may take the new contents and the old ones
+  };
+  void writeAtomically(const std::filesystem::path& path, std::string_view bytes,
+                       Durability durability = Durability::now) const;
   // Puts `bytes` under `path` unless the name is taken. Returns whether it did. With `permissions`,
   // those of a file whose contents these are, the new one has them before its name can be seen.
   [[nodiscard]] bool createAtomically(const std::filesystem::path& path, std::string_view bytes,
@@ -65,6 +70,10 @@ class FileManager {
   void writeAtomically(const std::filesystem::path& path, const Producer& produce) const;
   [[nodiscard]] bool createAtomically(const std::filesystem::path& path,
                                       const Producer& produce) const;
+
+  // Adds `bytes` at the end of a file, without waiting for the disk; a failure may leave a part of
+  // them. False when there is no such file.
+  [[nodiscard]] bool append(const std::filesystem::path& path, std::string_view bytes) const;
 
   // Creates the directory, with those permissions less the process's file mode mask, and its
   // missing parents. Nothing happens when it is there.
@@ -97,7 +106,8 @@ class FileManager {
  private:
   class Temporary;
 
-  void replace(const std::filesystem::path& target, Temporary& written) const;
+  void replace(const std::filesystem::path& target, Temporary& written,
+               Durability durability) const;
   bool putNew(const std::filesystem::path& target, Temporary& written) const;
   void removeContents(const std::filesystem::path& path) const;
   // Makes the entry of a new file or folder durable, or takes it away: left standing, the next

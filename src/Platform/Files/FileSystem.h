@@ -59,10 +59,11 @@ class OpenFolder;
 // fail. Everything throws FileError. Safe to use from any thread at once.
 class FileSystem {
  public:
-  enum class OpenMode { read, createNew };
+  // append: to write at the end of an existing file, wherever that is by then
+  enum class OpenMode { read, createNew, append };
 
   virtual ~FileSystem() = default;
-  // OpenMode::read gives null when there is no such file; createNew fails with alreadyExists.
+  // createNew fails with alreadyExists; the others give null when there is no such file.
   [[nodiscard]] virtual std::unique_ptr<File> open(const std::filesystem::path& path, OpenMode mode,
                                                    LinkPolicy links) = 0;
   // Absent when nothing is there.

@@ -210,17 +210,28 @@ class PosixFolder final : public OpenFolder {
   bool isListed_ = false;
 };
 
+int accessOf(FileSystem::OpenMode mode) {
+  switch (mode) {
+    case FileSystem::OpenMode::read:
+      return O_RDONLY;
+    case FileSystem::OpenMode::createNew:
+      return O_WRONLY | O_CREAT | O_EXCL;
+    case FileSystem::OpenMode::append:
+      return O_WRONLY | O_APPEND;
+  }
+  return O_RDONLY;
+}
+
 class PosixFileSystem final : public FileSystem {
  public:
   std::unique_ptr<File> open(const path& name, OpenMode mode, LinkPolicy links) override {
-    const int access = mode == OpenMode::read ? O_RDONLY : O_WRONLY | O_CREAT | O_EXCL;
     // O_NONBLOCK: a FIFO that somebody left in a day folder must not hang its reader.
     const int flags =
-        access | O_CLOEXEC | O_NONBLOCK | (links == LinkPolicy::noFollow ? O_NOFOLLOW : 0);
+        accessOf(mode) | O_CLOEXEC | O_NONBLOCK | (links == LinkPolicy::noFollow ? O_NOFOLLOW : 0);
     const int descriptor = retryInterrupted([&] { return ::open(name.c_str(), flags, 0666); });
     if (descriptor >= 0) return std::make_unique<PosixFile>(descriptor, name);
-    if (mode == OpenMode::read && errno == ENOENT) return nullptr;
-    throw FileError(mode == OpenMode::read ? "打开" : "新建", name, errno);
+    if (mode != OpenMode::createNew && errno == ENOENT) return nullptr;
+    throw FileError(mode != OpenMode::createNew ? "打开" : "新建", name, errno);
   }
 
   std::optional<FileAttributes> attributes(const path& name, LinkPolicy links) override {

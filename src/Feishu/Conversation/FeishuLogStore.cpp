@@ -1,0 +1,167 @@
+#include "Feishu/Conversation/FeishuLogStore.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <exception>
+#include <iterator>
+#include <map>
+#include <string_view>
+#include <utility>
+
+#include "Platform/Concurrency/NotificationCenter.h"
+#include "Platform/System/Log.h"
+#include "Platform/System/Uuid.h"
+
+namespace nomely {
+namespace {
+
+constexpr unsigned ownerOnly = 0600;
+constexpr std::uint64_t mostBytes = std::uint64_t{256} << 20;
+
+bool isSame(const std::optional<FileAttributes>& left, const std::optional<FileAttributes>& right) {
+  if (!left || !right) return !left && !right;
+  return left->device == right->device && left->fileNumber == right->fileNumber &&
+         left->size == right->size && left->modified == right->modified;
+}
+
+void keepLatest(std::vector<FeishuLogEntry>& entries) {
+  if (entries.size() > FeishuLogStore::mostEntries)
+    entries.erase(entries.begin(), entries.end() - FeishuLogStore::mostEntries);
+}
+
+std::vector<FeishuLogEntry> entriesIn(std::string_view bytes) {
+  std::vector<FeishuLogEntry> entries;
+  while (!bytes.empty()) {
+    const std::string_view line = bytes.substr(0, bytes.find('\n'));
+    if (auto entry = FeishuLogEntry::fromLine(line)) entries.push_back(*std::move(entry));
+    bytes.remove_prefix(std::min(line.size() + 1, bytes.size()));
+  }
+  keepLatest(entries);
+  return entries;
+}
+
+std::string linesOf(const std::vector<FeishuLogEntry>& entries) {
+  std::string lines;
+  for (const FeishuLogEntry& entry : entries) lines += entry.line() + '\n';
+  return lines;
+}
+
+void announce() {
+  NotificationCenter::shared().post(Notifications::feishuLogChanged);
+}
+
+}  // namespace
+
+std::shared_ptr<FeishuLogStore> FeishuLogStore::of(const StoreContext& storage) {
+  using Stores = std::map<const DataWriteCoordinator*, std::weak_ptr<FeishuLogStore>>;
+  static std::mutex registryLock;
+  static auto* const stores = new Stores;  // logging may outlive the statics of other files
+
+  const std::lock_guard lock(registryLock);
+  std::weak_ptr<FeishuLogStore>& known = (*stores)[&storage.gate];
+  auto store = known.lock();
+  if (!store) {
+    store.reset(new FeishuLogStore(storage));
+    known = store;
+  }
+  return store;
+}
+
+FeishuLogStore::FeishuLogStore(const StoreContext& storage)
+    : storage_(storage), file_(storage.paths.metaFolder() / "feishu-log.jsonl") {}
+
+void FeishuLogStore::logIncoming(const std::string& text) {
+  log(FeishuLogEntry::Direction::incoming, text);
+}
+
+void FeishuLogStore::logOutgoing(const std::string& text) {
+  log(FeishuLogEntry::Direction::outgoing, text);
+}
+
+void FeishuLogStore::log(FeishuLogEntry::Direction direction, const std::string& text) {
+  append({.id = Uuid::random().string(),
+          .direction = direction,
+          .timestamp = storage_.clock.now(),
+          .text = text});
+}
+
+void FeishuLogStore::append(FeishuLogEntry entry) {
+  {
+    const std::lock_guard lock(pendingLock_);
+    pending_.push_back(std::move(entry));
+    // While a disk hangs, a chat that goes on must not fill the memory.
+    keepLatest(pending_);
+    if (pending_.size() > 1) return;  // whoever came first has asked for the writing
+  }
+  queue_.async([this] { writePending(); });
+}
+
+void FeishuLogStore::writePending() {
+  std::vector<FeishuLogEntry> added;
+  {
+    const std::lock_guard lock(pendingLock_);
+    added = std::exchange(pending_, {});
+  }
+  try {
+    storage_.write([&] { write(std::move(added)); });
+  } catch (const std::exception& error) {
+    cache_.reset();  // the file may hold a part of a line
+    return Log::error(LogChannel::feishu, "日志追加失败：{}", error.what());
+  }
+  announce();
+}
+
+void FeishuLogStore::write(std::vector<FeishuLogEntry> added) {
+  storage_.prepareFolder(storage_.paths.metaFolder());
+  refresh();
+  const FileManager& files = storage_.files;
+  if (seen_ && seen_->permissions != ownerOnly) files.setPermissions(file_, ownerOnly);
+  std::string lines = linesOf(added);
+  std::vector<FeishuLogEntry> entries = *cache_;
+  entries.insert(entries.end(), std::move_iterator(added.begin()), std::move_iterator(added.end()));
+  if (entries.size() > mostEntries) {
+    keepLatest(entries);
+    files.writeAtomically(file_, linesOf(entries), FileManager::Durability::later);
+  } else if (!files.append(file_, endsInHalfLine_ ? "\n" + lines : lines)) {
+    (void)files.createAtomically(file_, lines, ownerOnly);
+  }
+  seen_ = files.attributes(file_);
+  endsInHalfLine_ = false;
+  cache_ = std::move(entries);
+}
+
+void FeishuLogStore::refresh() {
+  // Taken before reading: what is added meanwhile is then seen to be new.
+  const auto found = storage_.files.attributes(file_);
+  if (cache_ && isSame(found, seen_)) return;
+  cache_.reset();
+  const std::string bytes = storage_.files.read(file_, mostBytes).value_or("");
+  endsInHalfLine_ = !bytes.empty() && bytes.back() != '\n';
+  seen_ = found;
+  cache_ = entriesIn(bytes);
+}
+
+// Those who are told of a change are told on the queue, and may call from there.
+template <typename Body>
+decltype(auto) FeishuLogStore::onQueue(Body body) {
+  return queue_.isCurrent() ? body() : queue_.sync(body);
+}
+
+std::vector<FeishuLogEntry> FeishuLogStore::load() {
+  return onQueue([this] {
+    refresh();
+    return *cache_;
+  });
+}
+
+void FeishuLogStore::clear() {
+  onQueue([this] {
+    storage_.write([this] { storage_.files.removeFile(file_); });
+    seen_.reset();
+    endsInHalfLine_ = false;
+    cache_.emplace();
+  });
+  announce();
+}
+
+}  // namespace nomely
