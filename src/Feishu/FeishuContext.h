@@ -30,10 +30,13 @@ struct FeishuContext {
   // Makes that sender the bot's only user, in the settings file; returns when it is on the disk.
   // Throws. Any thread.
   std::function<void(const std::string& openID)> saveAllowedOpenID;
-  // Told of what the bot did. Any thread; must not block.
+  // Told of what the bot did. Any thread; must not block. May be empty.
   std::function<void(const BotEvent&)> onEvent;
 
   [[nodiscard]] const StoreContext& storage() const { return memos.context(); }
+  void tell(const BotEvent& event) const {
+    if (onEvent) onEvent(event);
+  }
 };
 
 }  // namespace nomely

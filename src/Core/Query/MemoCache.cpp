@@ -1,6 +1,8 @@
 #include "Core/Query/MemoCache.h"
 
 #include <algorithm>
+#include <functional>
+#include <ranges>
 
 namespace nomely {
 namespace {
@@ -31,6 +33,17 @@ IndexedMemo::IndexedMemo(Memo&& memo)
 MemoCache::DayMemos::DayMemos(Day date, Memos memos) : date_(date), memos_(std::move(memos)) {
   texts_.reserve(memos_.size());
   for (const auto& memo : memos_) texts_.push_back(memo->text());
+  const auto number = [](const auto& memo) { return memo->memo().seqNumber; };
+  if (memos_.empty()) return;
+  lowest_ = std::ranges::min(memos_ | std::views::transform(number));
+  highest_ = std::ranges::max(memos_ | std::views::transform(number));
+}
+
+std::size_t MemoCache::DayMemos::indexOf(std::int64_t seqNumber) const {
+  if (seqNumber < lowest_ || seqNumber > highest_) return memos_.size();
+  const auto at =
+      std::ranges::find(memos_, seqNumber, [](const auto& memo) { return memo->memo().seqNumber; });
+  return static_cast<std::size_t>(at - memos_.begin());
 }
 
 void MemoCache::DayMemos::makeFilter() const {
@@ -55,47 +68,60 @@ MemoCache::MemoCache(Days days) : days_(std::move(days)) {
   std::erase_if(days_, [](const auto& day) { return !day || day->memos().empty(); });
 }
 
-MemoCache::Days::const_iterator MemoCache::position(Day date) const {
-  return std::ranges::lower_bound(days_, date, std::greater(),
-                                  [](const auto& day) { return day->date(); });
+std::span<const std::shared_ptr<const MemoCache::DayMemos>> MemoCache::piecesOf(Day date) const {
+  const auto pieces = std::ranges::equal_range(days_, date, std::greater(),
+                                               [](const auto& piece) { return piece->date(); });
+  return {pieces.begin(), pieces.end()};
 }
 
-MemoCache::Memos MemoCache::memosOf(Day date) const {
-  const auto at = position(date);
-  return at != days_.end() && (*at)->date() == date ? (*at)->memos() : Memos();
-}
-
-std::shared_ptr<const MemoCache> MemoCache::withDay(Day date, Memos memos) const {
-  const auto at = position(date);
-  const bool isThere = at != days_.end() && (*at)->date() == date;
+std::shared_ptr<const MemoCache> MemoCache::replacing(
+    std::span<const std::shared_ptr<const DayMemos>> pieces, Day date, const Memos& memos) const {
+  // One that has grown too large is halved, and one that was built large is cut up.
+  const std::size_t size = memos.size() > largestPiece ? largestPiece / 2 : largestPiece;
+  const auto begin = days_.begin() + (pieces.data() - days_.data());
   Days days;
-  days.reserve(days_.size() + 1);
-  days.insert(days.end(), days_.begin(), at);
-  if (!memos.empty()) days.push_back(std::make_shared<const DayMemos>(date, std::move(memos)));
-  days.insert(days.end(), isThere ? at + 1 : at, days_.end());
+  days.reserve(days_.size() + memos.size() / size + 1);
+  days.insert(days.end(), days_.begin(), begin);
+  for (std::size_t at = 0; at < memos.size(); at += size) {
+    const std::span piece = std::span(memos).subspan(at, std::min(size, memos.size() - at));
+    days.push_back(std::make_shared<const DayMemos>(date, Memos(piece.begin(), piece.end())));
+  }
+  days.insert(days.end(), begin + static_cast<std::ptrdiff_t>(pieces.size()), days_.end());
   auto changed = std::make_shared<MemoCache>(std::move(days));
   changed->filtersClaimed_ = filtersClaimed_.load();
   return changed;
 }
 
 std::shared_ptr<const MemoCache> MemoCache::with(Memo memo, Day date) const {
-  Memos memos = memosOf(date);
-  const auto sameNumber = std::ranges::find_if(
-      memos, [&](const auto& other) { return other->memo().seqNumber == memo.seqNumber; });
-  const auto later = std::ranges::find_if(
-      memos, [&](const auto& other) { return orderedBeforeInDay(memo, other->memo()); });
-  auto indexed = std::make_shared<IndexedMemo>(std::move(memo));
-  if (sameNumber != memos.end())
-    *sameNumber = std::move(indexed);
-  else
-    memos.insert(later, std::move(indexed));
-  return withDay(date, std::move(memos));
+  const auto pieces = piecesOf(date);
+  for (std::size_t i = 0; i < pieces.size(); ++i) {
+    const std::size_t at = pieces[i]->indexOf(memo.seqNumber);
+    if (at == pieces[i]->memos().size()) continue;
+    Memos memos = pieces[i]->memos();
+    memos[at] = std::make_shared<IndexedMemo>(std::move(memo));
+    return replacing(pieces.subspan(i, 1), date, memos);
+  }
+  const auto isLater = [&](const auto& other) { return orderedBeforeInDay(memo, other->memo()); };
+  auto piece = std::ranges::find_if(
+      pieces, [&](const auto& each) { return std::ranges::any_of(each->memos(), isLater); });
+  if (piece == pieces.end() && !pieces.empty()) --piece;
+  const bool isFirst = pieces.empty();
+  Memos memos = isFirst ? Memos() : (*piece)->memos();
+  const auto place = std::ranges::find_if(memos, isLater);
+  memos.insert(place, std::make_shared<IndexedMemo>(std::move(memo)));
+  return replacing(isFirst ? pieces : std::span(piece, 1), date, memos);
 }
 
 std::shared_ptr<const MemoCache> MemoCache::without(Day date, std::int64_t seqNumber) const {
-  Memos memos = memosOf(date);
-  std::erase_if(memos, [&](const auto& memo) { return memo->memo().seqNumber == seqNumber; });
-  return withDay(date, std::move(memos));
+  const auto pieces = piecesOf(date);
+  for (std::size_t i = 0; i < pieces.size(); ++i) {
+    const std::size_t at = pieces[i]->indexOf(seqNumber);
+    if (at == pieces[i]->memos().size()) continue;
+    Memos memos = pieces[i]->memos();
+    memos.erase(memos.begin() + static_cast<std::ptrdiff_t>(at));
+    return replacing(pieces.subspan(i, 1), date, memos);
+  }
+  return replacing(pieces.subspan(0, 0), date, {});
 }
 
 }  // namespace nomely

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,12 +39,13 @@ class IndexedMemo {
   std::string foldedTags_;
 };
 
-// Every memo, newest first. Immutable: a change gives a new cache that shares all days but one, so
-// that readers go through theirs without a lock.
+// Every memo, newest first. Immutable: a change gives a new cache that shares all but the piece in
+// which it lies, so that readers go through theirs without a lock.
 class MemoCache {
  public:
   using Memos = std::vector<std::shared_ptr<const IndexedMemo>>;
 
+  // Memos of one day: all of them, or a piece of a day that has been changed while it held many.
   class DayMemos {
    public:
     DayMemos(Day date, Memos memos);
@@ -53,6 +55,8 @@ class MemoCache {
 
     [[nodiscard]] Day date() const { return date_; }
     [[nodiscard]] const Memos& memos() const { return memos_; }
+    // Where that number stands among them, else their count; reads them only if it may be there.
+    [[nodiscard]] std::size_t indexOf(std::int64_t seqNumber) const;
     // What is searched of each of them, side by side: a search passes over most memos having read
     // nothing else of them.
     [[nodiscard]] const std::vector<SearchableText>& texts() const { return texts_; }
@@ -65,12 +69,17 @@ class MemoCache {
     Day date_;
     Memos memos_;
     std::vector<SearchableText> texts_;
+    std::int64_t lowest_ = 0;  // of their numbers
+    std::int64_t highest_ = 0;
     mutable std::atomic<const BigramFilter*> filter_{nullptr};  // owned; set once
   };
   using Days = std::vector<std::shared_ptr<const DayMemos>>;
 
   // The memos of a day in their order.
   [[nodiscard]] static std::shared_ptr<const DayMemos> sortedDay(Day date, Memos memos);
+
+  // A changed piece holds no more: changing one costs the same whatever the day holds.
+  static constexpr std::size_t largestPiece = 256;
 
   // Newest day first; a null pointer stands for a day without memos.
   explicit MemoCache(Days days);
@@ -94,11 +103,11 @@ class MemoCache {
   [[nodiscard]] std::shared_ptr<const MemoCache> without(Day date, std::int64_t seqNumber) const;
 
  private:
-  // The position of that day in `days_`, or the one where it would be inserted.
-  [[nodiscard]] Days::const_iterator position(Day date) const;
-  [[nodiscard]] Memos memosOf(Day date) const;
-  // A copy of the cache in which `date` has these memos and no others.
-  [[nodiscard]] std::shared_ptr<const MemoCache> withDay(Day date, Memos memos) const;
+  // The pieces of that day in `days_`; where it would be inserted when there is none.
+  [[nodiscard]] std::span<const std::shared_ptr<const DayMemos>> piecesOf(Day date) const;
+  // A copy of the cache that has these memos, in pieces, in place of `pieces`.
+  [[nodiscard]] std::shared_ptr<const MemoCache> replacing(
+      std::span<const std::shared_ptr<const DayMemos>> pieces, Day date, const Memos& memos) const;
 
   Days days_;
   mutable std::atomic<bool> filtersClaimed_ = false;

@@ -22,6 +22,13 @@ void forget(Memo& memo, const std::string& filename) {
   memo.audioTranscripts.erase(filename);
 }
 
+std::vector<MemoService::IncomingFile> incoming(const std::vector<std::filesystem::path>& files) {
+  std::vector<MemoService::IncomingFile> all;
+  all.reserve(files.size());
+  for (const std::filesystem::path& file : files) all.push_back({file});
+  return all;
+}
+
 }  // namespace
 
 MemoService::MemoService(StoreContext context)
@@ -88,16 +95,19 @@ Memo MemoService::append(Day day, const Memo& original, std::string_view paragra
 }
 
 Memo MemoService::withImported(
-    Day day, const std::vector<std::filesystem::path>& files,
+    Day day, const std::vector<IncomingFile>& files,
     const std::function<Memo(const std::function<void(Memo&)>&)>& save) const {
   std::vector<AttachmentManager::ImportResult> imported;
   try {
-    for (const std::filesystem::path& file : files)
-      imported.push_back(attachments_.importFile(file, day));
+    for (const IncomingFile& file : files)
+      imported.push_back(attachments_.importFile(file.path, day, file.extension));
     return save([&](Memo& memo) {
-      for (const auto& [filename, originalName] : imported) {
+      for (std::size_t i = 0; i < files.size(); ++i) {
+        const auto& [filename, ownName] = imported[i];
         memo.attachments.push_back(filename);
-        memo.originalNames[filename] = originalName;
+        const std::string originalName = files[i].originalName.value_or(ownName);
+        if (!originalName.empty()) memo.originalNames[filename] = originalName;
+        if (files[i].transcript) memo.audioTranscripts[filename] = *files[i].transcript;
       }
     });
   } catch (...) {
@@ -123,6 +133,11 @@ Memo MemoService::create(Day day, DayStore::NewMemo content,
                          const std::vector<std::filesystem::path>& files) const {
   if (!content.source) content.source = typedHere;
   addTagsIn(content.body, content.tags);
+  return receive(day, std::move(content), incoming(files));
+}
+
+Memo MemoService::receive(Day day, DayStore::NewMemo content,
+                          const std::vector<IncomingFile>& files) const {
   return context_.write([&] {
     return withImported(day, files, [&](const auto& name) {
       Memo named;
@@ -130,6 +145,7 @@ Memo MemoService::create(Day day, DayStore::NewMemo content,
       content.attachments.insert(content.attachments.end(), named.attachments.begin(),
                                  named.attachments.end());
       content.originalNames.merge(named.originalNames);
+      content.audioTranscripts.merge(named.audioTranscripts);
       return days_.createMemo(day, std::move(content));
     });
   });
@@ -146,7 +162,8 @@ Memo MemoService::create(DayStore::NewMemo content,
 Memo MemoService::attach(Day day, const Memo& original,
                          const std::vector<std::filesystem::path>& files) const {
   return context_.write([&] {
-    return withImported(day, files, [&](const auto& name) { return change(day, original, name); });
+    return withImported(day, incoming(files),
+                        [&](const auto& name) { return change(day, original, name); });
   });
 }
 

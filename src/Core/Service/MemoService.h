@@ -49,6 +49,18 @@ class MemoService {
   [[nodiscard]] Memo create(DayStore::NewMemo content,
                             const AttachmentManager::PendingPlaces& places) const;
 
+  // A file that is to be copied in.
+  struct IncomingFile {
+    std::filesystem::path path;
+    // Of one whose own name says nothing.
+    std::optional<std::string> extension = {};
+    std::optional<std::string> originalName = {};  // empty: the memo tells none
+    std::optional<AudioTranscript> transcript = {};
+  };
+  // Creates a memo as it was received elsewhere: its tags are those of `content` alone.
+  [[nodiscard]] Memo receive(Day day, DayStore::NewMemo content,
+                             const std::vector<IncomingFile>& files) const;
+
   // Replaces the memo that has `memo.seqNumber`; with `expected` only if that is still what is
   // stored.
   Memo commit(Day day, const Memo& memo, const std::optional<Memo>& expected) const;
@@ -127,7 +139,7 @@ class MemoService {
   void keepOriginal(Day day, std::int64_t seqNumber, const std::string& memoId) const;
   // Imports the files and lets `save` write the memo that names them; the copies go again when it
   // throws.
-  Memo withImported(Day day, const std::vector<std::filesystem::path>& files,
+  Memo withImported(Day day, const std::vector<IncomingFile>& files,
                     const std::function<Memo(const std::function<void(Memo&)>& name)>& save) const;
   void takeBack(const std::vector<AttachmentManager::ImportResult>& imported,
                 Day day) const noexcept;

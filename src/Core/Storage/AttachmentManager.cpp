@@ -51,14 +51,15 @@ AttachmentManager::ImportError::ImportError(Kind kind, const std::string& text)
     : Error(kind == Kind::copyFailed ? "attachment.copyFailed" : "attachment.fileNotFound", text),
       kind_(kind) {}
 
-AttachmentManager::ImportResult AttachmentManager::importFile(const std::filesystem::path& source,
-                                                              Day day) const {
+AttachmentManager::ImportResult AttachmentManager::importFile(
+    const std::filesystem::path& source, Day day,
+    const std::optional<std::string>& extension) const {
   return context_.write([&] {
     if (!context_.files.attributes(source)) throw notFound(source.string());
     const std::filesystem::path folder = context_.paths.dayFolder(day);
     context_.prepareFolder(folder);
     const std::string original = readableName(lastComponent(source.native()));
-    std::string name = shortName(lowerCaseExtension(original));
+    std::string name = shortName(extension ? *extension : lowerCaseExtension(original));
     try {
       context_.files.copyFile(source, folder / name);
     } catch (const FileError& error) {

@@ -42,8 +42,10 @@ class AttachmentManager {
 
   explicit AttachmentManager(StoreContext context) : context_(std::move(context)) {}
 
-  // Copies a file into a day under a fresh short name; the source stays. Throws ImportError.
-  [[nodiscard]] ImportResult importFile(const std::filesystem::path& source, Day day) const;
+  // Copies a file into a day under a fresh short name; the source stays. The copy's extension is
+  // the source's unless one is told ("" for none). Throws ImportError.
+  [[nodiscard]] ImportResult importFile(const std::filesystem::path& source, Day day,
+                                        const std::optional<std::string>& extension = {}) const;
 
   // Deletes a copy that importFile made and that no memo names yet: for good, as the source still
   // exists.

@@ -121,7 +121,7 @@ void DayStore::place(Memo& memo, Day day, Create create) const {
 Memo DayStore::createMemo(Day day, NewMemo content) const {
   return context_.write([&] {
     Memo memo;
-    memo.seqNumber = nextSeqNumber(day);
+    memo.seqNumber = content.nextNumber ? *content.nextNumber : nextSeqNumber(day);
     memo.createdAt = DateFormatters::timestamp(context_.clock.now());
     memo.updatedAt = memo.createdAt;
     memo.memoId = Memo::makeMemoId();

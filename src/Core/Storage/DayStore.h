@@ -30,6 +30,9 @@ class DayStore {
     std::optional<std::string> sourceId = {};
     std::map<std::string, std::string> originalNames = {};
     std::map<std::string, AudioTranscript> audioTranscripts = {};
+    // By who knows the day's next number and saves the look; taken ones are passed over. Absent:
+    // nextSeqNumber.
+    std::optional<std::int64_t> nextNumber = {};
   };
 
   explicit DayStore(StoreContext context);

@@ -1,7 +1,11 @@
 #include <atomic>
 #include <future>
+#include <map>
+#include <random>
+#include <ranges>
 #include <thread>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include "Core/Query/SearchIndex.h"
@@ -14,6 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 using Call = PausingFileSystem::Call;
 
 class SearchIndexTest : public StoreTest {
@@ -61,6 +66,43 @@ TEST_F(SearchIndexTest, NewestFirstHoweverItCame) {
                                          {yesterday, "00:00", "de"}})
     index.indexMemo(write(date, body, {}, time), date);
   EXPECT_THAT(bodies(), ElementsAre("0", "a", "ab", "b", "c", "cd", "d", "de", "", "z"));
+}
+
+TEST_F(SearchIndexTest, ADayOfManyMemosChangesInPieces) {
+  // Straight to the index: no file is needed for what it is told.
+  const auto put = [&](std::int64_t number, int minute, const std::string& body) {
+    Memo memo;
+    memo.seqNumber = number;
+    memo.time = fmt::format("{:02}:{:02}", minute / 60, minute % 60);
+    memo.body = body;
+    index.indexMemo(memo, today);
+  };
+  write(yesterday, "昨天");
+  write(day("2026-03-06"), "明天");
+  EXPECT_THAT(bodies(), SizeIs(2));
+  std::map<std::pair<int, std::int64_t>, std::string> expected;  // by minute and number
+  std::mt19937 random(1);
+  constexpr std::int64_t most = 1500;
+  for (std::int64_t number = 1; number <= most; ++number) {
+    const int minute = static_cast<int>(number % 3 == 0 ? random() % 1440 : 720 + number / 10);
+    expected[{minute, number}] = std::to_string(number);
+    put(number, minute, std::to_string(number));
+  }
+  for (auto at = expected.begin(); at != expected.end();) {
+    const auto [minute, number] = at->first;
+    if (random() % 3 == 0) put(number, minute, at->second += "改");
+    if (number % 5 != 0) {
+      ++at;
+      continue;
+    }
+    index.removeMemo(today, number);
+    at = expected.erase(at);
+  }
+  std::vector<std::string> all{"明天"};
+  for (const auto& [place, body] : expected | std::views::reverse) all.push_back(body);
+  all.emplace_back("昨天");
+  EXPECT_EQ(bodies(), all);
+  EXPECT_THAT(found("749"), ElementsAre(expected.at({720 + 74, 749})));
 }
 
 TEST_F(SearchIndexTest, FindsWords) {

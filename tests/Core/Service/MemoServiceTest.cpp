@@ -115,6 +115,27 @@ TEST_F(MemoServiceTest, AttachmentsComeInWholeOrNotAtAll) {
   fs::remove_all(gbk.parent_path());
 }
 
+TEST_F(MemoServiceTest, AReceivedMemoIsAsItsMakerSays) {
+  const fs::path source = folder.path() / "outside";
+  writeFile(source, "bytes");
+  const AudioTranscript transcript{.text = "字", .segments = {}};
+  const Memo memo = service.receive(
+      today, {.body = "正文 #标签 #_x", .tags = {"飞书"}, .source = "feishu", .nextNumber = 7},
+      {{.path = source, .extension = "m4a", .originalName = "", .transcript = transcript},
+       {.path = source, .extension = "", .originalName = "报告.pdf"},
+       {.path = source, .extension = "../x", .originalName = ""}});
+  EXPECT_EQ(memo.seqNumber, 7);
+  EXPECT_THAT(memo.tags, ElementsAre("飞书"));
+  ASSERT_THAT(memo.attachments, SizeIs(3));
+  const std::string& voice = memo.attachments[0];
+  EXPECT_TRUE(voice.ends_with(".m4a")) << voice;
+  EXPECT_EQ(memo.audioTranscripts.at(voice).text, "字");
+  EXPECT_THAT(memo.originalNames, ElementsAre(testing::Pair(memo.attachments[1], "报告.pdf")));
+  for (const std::size_t bare : {1, 2}) EXPECT_THAT(memo.attachments[bare], SizeIs(8));
+  EXPECT_EQ(read(7), memo);
+  EXPECT_EQ(service.create(today, {.nextNumber = 7}).seqNumber, 8) << "a taken one is passed over";
+}
+
 TEST_F(MemoServiceTest, AFileTooLargeForANoteHidesNoOther) {
   (void)service.create(today, {.body = "一"});
   writeFile(fileOf(2), "---\ntime: 08:00\n---\n");

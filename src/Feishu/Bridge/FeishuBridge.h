@@ -2,19 +2,12 @@
 
 #include <functional>
 #include <memory>
-#include <string>
 
+#include "Feishu/Connection/ConnectionStatus.h"
 #include "Feishu/FeishuConfig.h"
 #include "Feishu/FeishuContext.h"
 
 namespace nomely {
-
-struct ConnectionStatus {
-  enum class Kind { error, disconnected, connecting, connected };
-  Kind kind = Kind::disconnected;
-  std::string text = {};  // of an error, in Chinese
-  friend bool operator==(const ConnectionStatus&, const ConnectionStatus&) = default;
-};
 
 // The chat bot: a long connection to the open platform, kept open while it is started, and what
 // becomes of the messages that come over it. Calls return at once and may come from any thread;
@@ -22,8 +15,8 @@ struct ConnectionStatus {
 class FeishuBridge {
  public:
   // Six failures in a row end the attempts, until `start` after `stop`.
-  static constexpr const char* gaveUp = "连接失败，已停止重试。请重启 Nomely。";
-  static constexpr const char* notConfigured = "未配置 App ID / Secret";
+  static constexpr const char* gaveUp = ConnectionStatus::gaveUp;
+  static constexpr const char* notConfigured = ConnectionStatus::notConfigured;
 
   FeishuBridge(FeishuConfig config, FeishuContext context);
   // Ends the connection, and what is under way; returns when that has happened.

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <stdexcept>
+
+#include "Core/Query/SearchIndex.h"
+#include "Core/Service/MemoService.h"
+#include "Feishu/Conversation/FeishuReplies.h"
+#include "Feishu/Platform/FeishuPlatform.h"
+#include "Support/ManualTimers.h"
+#include "Support/StoreFixture.h"
+
+namespace nomely::test {
+
+// A diary and a platform that a bot could talk with, were it connected.
+class BotTest : public StoreTest {
+ protected:
+  [[nodiscard]] std::vector<std::string> logged() const {
+    std::vector<std::string> texts;
+    for (const FeishuLogEntry& entry : log->load()) texts.push_back(entry.text);
+    return texts;
+  }
+
+  struct NoSockets final : WebSocketClient {
+    std::shared_ptr<WebSocket> connect(const std::string&, const std::stop_token&) override {
+      throw std::logic_error("nobody connects");
+    }
+  };
+
+  FeishuPlatform platform;
+  MemoService memos{context};
+  JobPool jobs{1};
+  SearchIndex index{context, jobs};
+  std::unique_ptr<HttpClient> http = makeHttpClient();
+  NoSockets sockets;
+  ManualTimers timers{clock};
+  std::atomic<int> answered = 0;
+  FeishuContext bot{.memos = memos,
+                    .searchIndex = index,
+                    .http = *http,
+                    .webSockets = sockets,
+                    .timers = timers,
+                    .platformRoot = platform.root(),
+                    .temporaryFolder = folder.path(),
+                    .stateFolder = folder.path() / "state",
+                    .makeTranscriber = {},
+                    .saveAllowedOpenID = {},
+                    .onEvent = [this](const BotEvent& event) {
+                      if (event.kind == BotEvent::Kind::answered) ++answered;
+                    }};
+  FeishuAccount account{platform.config()};
+  std::shared_ptr<FeishuLogStore> log = FeishuLogStore::of(context);
+};
+
+}  // namespace nomely::test
