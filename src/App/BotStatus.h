@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "Feishu/FeishuBridge.h"
+#include "Feishu/Connection/ConnectionStatus.h"
 #include "Platform/Files/FileManager.h"
 #include "Platform/System/Environment.h"
 #include "Platform/Text/Json.h"

@@ -107,7 +107,7 @@ void ResidentBot::apply(const FeishuConfig& config) {
     makeBridge(config);
   if (beginsAgain && bridge_) {
     again_.reset();
-    if (status_.connection.text == FeishuBridge::gaveUp) bridge_->stop();
+    if (status_.connection.text == ConnectionStatus::gaveUp) bridge_->stop();
     bridge_->start();
   }
   if (!config.enabled) return tell(isOff);
@@ -160,9 +160,9 @@ void ResidentBot::connectionChanged(const ConnectionStatus& status) {
   save();
   if (onStatus) onStatus(status);
   if (status.kind != Kind::error || !bridge_) return;
-  if (status.text == FeishuBridge::gaveUp)
+  if (status.text == ConnectionStatus::gaveUp)
     again_ = later(retryAfterGivingUp, &ResidentBot::beginAgain);
-  else if (status.text != FeishuBridge::notConfigured)
+  else if (status.text != ConnectionStatus::notConfigured)
     load(Reason::look);  // it may be the secret, which no file tells of
 }
 

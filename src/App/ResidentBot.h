@@ -11,7 +11,7 @@
 #include "App/BotStatus.h"
 #include "Core/Query/SearchIndex.h"
 #include "Core/Service/MemoService.h"
-#include "Feishu/FeishuBridge.h"
+#include "Feishu/Bridge/FeishuBridge.h"
 #include "Platform/Concurrency/JobGroup.h"
 #include "Platform/Concurrency/JobPool.h"
 #include "Platform/Concurrency/Lifetime.h"

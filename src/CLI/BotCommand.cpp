@@ -86,7 +86,7 @@ void BotCommand::status(Session& session) {
   const Known known = Known::of(session);
   if (session.isJson()) return session.printJson(known.json());
   const Style style = session.style();
-  const auto line = [&](const char* name, const std::string& text) {
+  const auto line = [&](const char* name, std::string_view text) {
     session.print(fmt::format("{}  {}\n", style.bold(name), Terminal::printable(text)));
   };
   line("启用", known.config.enabled ? "是" : "否");

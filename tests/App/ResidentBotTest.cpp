@@ -95,7 +95,7 @@ TEST_F(ResidentBotTest, WithoutANetworkItTriesAgainForever) {
   const auto noNetwork = LoopbackServer::Answer{.status = 502};
   platform.fail(FeishuPlatform::Call::endpoint, noNetwork, 20);
   bot.start();
-  awaitWhileTimePasses([&] { return bot.status().connection.text == FeishuBridge::gaveUp; });
+  awaitWhileTimePasses([&] { return bot.status().connection.text == ConnectionStatus::gaveUp; });
   const std::size_t before = platform.calls(FeishuPlatform::Call::endpoint);
   EXPECT_EQ(before, 7U);
   const Moment gaveUpAt = clock.now();
