@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "Core/Extensions/LatestDay.h"
 #include "Core/Extensions/TextNumbers.h"
 #include "Platform/Text/Ascii.h"
 #include "Platform/Text/Unicode.h"
@@ -61,12 +62,7 @@ std::optional<Day> latestMonthAndDay(std::string_view text, Day today) {
   const auto month = upTo(text.substr(0, dash), 12);
   const auto day = upTo(text.substr(dash + 1), 31);
   if (!month || !day) return std::nullopt;
-  const int year = static_cast<int>(today.civil().year());
-  // A 29 February can be eight years away.
-  for (int back = 0; back <= 8; ++back)
-    if (const auto found = Day::from(year - back, *month, *day); found && *found <= today)
-      return found;
-  return std::nullopt;
+  return latestDay(*month, *day, today);
 }
 
 // "-3", "3天前", "3 days ago"

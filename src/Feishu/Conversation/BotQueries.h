@@ -1,38 +1,40 @@
 #pragma once
 
+#include <functional>
 #include <optional>
+#include <stop_token>
 #include <string>
-#include <string_view>
+#include <vector>
 
 #include "Feishu/Conversation/FeishuReplies.h"
-#include "Platform/Time/Day.h"
+#include "Feishu/Conversation/MemoQuery.h"
 
 namespace nomely {
-
-// A question for one's own memos: "发我昨天的读书日记".
-struct MemoQuery {
-  Day startDate;
-  Day endDate;  // exclusive
-  std::optional<std::string> tag = {};
-  std::string label;  // for the reply: "昨天"
-  friend bool operator==(const MemoQuery&, const MemoQuery&) = default;
-};
-// A date without a year is the latest such day that is not in the future.
-[[nodiscard]] std::optional<MemoQuery> parseMemoQuery(std::string_view text, Day today);
-
-// "今日一句：天气真好" → "天气真好".
-[[nodiscard]] std::optional<std::string> extractTodaySentence(std::string_view text);
 
 // Messages that ask instead of telling.
 class BotQueries {
  public:
   // What is referred to must outlive it.
-  BotQueries(const FeishuContext& context, FeishuReplies& replies);
-  // Waits for the answers under way.
-  ~BotQueries();
+  BotQueries(const FeishuContext& context, FeishuReplies& replies)
+      : storage_(context.storage()), replies_(replies) {}
 
-  // Whether the trimmed text is a question; its answer goes out from a background job.
+  // Whether the trimmed text is a question; its answer goes out from a background job, which the
+  // end of this object stops.
   bool answer(const std::string& text, const std::string& messageId);
+
+ private:
+  using Messages = std::vector<std::string>;
+
+  void inBackground(const std::string& messageId,
+                    std::function<Messages(const std::stop_token&)> find);
+  [[nodiscard]] Messages memosFor(const MemoQuery& query, const std::stop_token& stop) const;
+  [[nodiscard]] Messages randomMemory() const;
+  // Before today; absent without a root.
+  [[nodiscard]] std::optional<std::vector<Day>> pastDays() const;
+
+  const StoreContext& storage_;
+  FeishuReplies& replies_;
+  JobPool jobs_{1};
 };
 
 }  // namespace nomely

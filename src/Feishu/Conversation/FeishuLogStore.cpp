@@ -1,6 +1,7 @@
 #include "Feishu/Conversation/FeishuLogStore.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <exception>
 #include <iterator>
@@ -9,6 +10,7 @@
 #include <utility>
 
 #include "Platform/Concurrency/NotificationCenter.h"
+#include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
 #include "Platform/System/Uuid.h"
 
@@ -103,6 +105,8 @@ void FeishuLogStore::writePending() {
     added = std::exchange(pending_, {});
   }
   try {
+    // The gate would make it: of a disk that isn't mounted, as a root that looks empty.
+    if (!storage_.files.isDirectory(storage_.paths.rootURL)) throw FileError("写入", file_, ENOENT);
     storage_.write([&] { write(std::move(added)); });
   } catch (const std::exception& error) {
     cache_.reset();  // the file may hold a part of a line
