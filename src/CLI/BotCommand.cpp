@@ -141,7 +141,7 @@ std::string awaitPairing(const BotPairing& pairing, Session& session, const std:
   }
   session.settings().reload();
   std::string openID = session.settings().withoutSecrets<FeishuConfig>().allowedOpenID;
-  if (!pairing.wasUsed() || openID.empty())
+  if (pairing.hasRunOut() || openID.empty())
     throw Error("bot.notPaired", "没有绑定：过了十分钟，或者发错了五次。请再运行 nomely bot pair");
   return openID;
 }

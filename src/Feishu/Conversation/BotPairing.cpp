@@ -83,6 +83,10 @@ bool BotPairing::isWaiting() const {
   }
 }
 
+bool BotPairing::hasRunOut() const {
+  return files_.exists(file_) && !isWaiting();
+}
+
 bool BotPairing::matches(std::string_view text) const {
   if (!isCode(text) || !isWaiting()) return false;
   try {

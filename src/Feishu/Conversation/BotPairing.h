@@ -29,6 +29,8 @@ class BotPairing {
   [[nodiscard]] std::string begin() const;
   // Whether a code is awaited.
   [[nodiscard]] bool isWaiting() const;
+  // Whether the last one was begun and neither used nor called off in its time.
+  [[nodiscard]] bool hasRunOut() const;
   // Whether `text` is the code that is awaited. Six digits that are not it count as a guess, and
   // end the code for this process where that can't be put on the disk.
   [[nodiscard]] bool matches(std::string_view text) const;
