@@ -7,7 +7,8 @@ int main(int count, char** arguments) {
   const nomely::Environment environment = nomely::Environment::current();
   const nomely::SystemClock clock;
   nomely::DesktopSecrets secrets(environment, nomely::posixFileSystem());
-  const std::unique_ptr<nomely::HttpClient> http = nomely::makeHttpClient();
+  const std::unique_ptr<nomely::HttpClient> http =
+      nomely::makeHttpClient(nomely::NetworkOptions::of(environment));
   const std::unique_ptr<nomely::AudioCapture> audio = nomely::makeAudioCapture();
   return nomely::runCommandLine(
       {arguments + 1, arguments + count},
