@@ -157,12 +157,16 @@ void FeishuConnection::scheduleReconnect() {
   const seconds delay = reconnectDelay(failures_++);
   Log::information(LogChannel::feishu, "{}秒后重连（第{}次，上限{}次）", delay.count(), failures_,
                    mostAttempts);
-  reconnectTimer_ = timers_.after(delay, [this] { connect(); });
+  reconnectTimer_ = timers_.after(delay, [this] {
+    // It may have been on its way here when the timer went.
+    if (isStarted_ && current_ == nullptr) connect();
+  });
 }
 
-void FeishuConnection::ping(milliseconds interval) {
+void FeishuConnection::ping(const Attempt& attempt, milliseconds interval) {
+  if (current_ != &attempt) return;
   sender_->send({.service = serviceID_, .method = 0, .headers = {{"type", "ping"}}});
-  pingTimer_ = timers_.after(interval, [this, interval] { ping(interval); });
+  pingTimer_ = timers_.after(interval, [this, &attempt, interval] { ping(attempt, interval); });
 }
 
 template <typename Body>
@@ -207,7 +211,7 @@ void FeishuConnection::run(Attempt& attempt, const std::stop_token& stop) {
       failures_ = 0;
       setStatus({Kind::connected});
       Log::information(LogChannel::feishu, "WebSocket 已连接，开始收消息");
-      ping(pingInterval_);
+      ping(attempt, pingInterval_);
     });
     if (isOpen) receive(attempt, *socket, stop);
   } catch (const CancellationError&) {

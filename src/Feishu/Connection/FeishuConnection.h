@@ -64,7 +64,7 @@ class FeishuConnection {
   void failNow(ConnectionStatus status);
   void scheduleReconnect();
   void handleDisconnect();
-  void ping(std::chrono::milliseconds interval);
+  void ping(const Attempt& attempt, std::chrono::milliseconds interval);
   void setStatus(ConnectionStatus status);
 
   // On the attempt's thread.

@@ -10,14 +10,13 @@
 #include <utility>
 
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/timerfd.h>
 #include <time.h>
-#include <unistd.h>
 
 #include "Platform/Concurrency/Timers.h"
 #include "Platform/System/Descriptor.h"
 #include "Platform/System/Log.h"
+#include "Platform/System/WakeUp.h"
 
 namespace nomely {
 namespace {
@@ -47,7 +46,7 @@ class Agenda {
     const std::lock_guard lock(mutex_);
     const Key key(due, next_++);
     calls_.emplace(key, std::move(call));
-    if (calls_.begin()->first == key) wake();
+    if (calls_.begin()->first == key) wakeUp_.wake();
     return key;
   }
 
@@ -64,7 +63,7 @@ class Agenda {
   void close() {
     const std::lock_guard lock(mutex_);
     closing_ = true;
-    wake();
+    wakeUp_.wake();
   }
 
   // Runs what is due until `close`.
@@ -93,10 +92,9 @@ class Agenda {
         setAlarm();
       }
       std::array<pollfd, 2> waited{{{.fd = alarm_.get(), .events = POLLIN, .revents = 0},
-                                    {.fd = wakeup_.get(), .events = POLLIN, .revents = 0}}};
+                                    {.fd = wakeUp_.descriptor(), .events = POLLIN, .revents = 0}}};
       ::poll(waited.data(), waited.size(), -1);
-      std::uint64_t count = 0;
-      if (waited[1].revents != 0) (void)!::read(wakeup_.get(), &count, sizeof count);
+      wakeUp_.clear();
     }
   }
 
@@ -110,17 +108,12 @@ class Agenda {
     ::timerfd_settime(alarm_.get(), TFD_TIMER_ABSTIME, &when, nullptr);
   }
 
-  void wake() const {
-    const std::uint64_t one = 1;
-    (void)!::write(wakeup_.get(), &one, sizeof one);
-  }
-
   std::mutex mutex_;
   std::map<Key, std::function<void()>> calls_;
   std::uint64_t next_ = 0;
   bool closing_ = false;
   Descriptor alarm_ = opened(::timerfd_create(clockThatCountsSleep, TFD_CLOEXEC | TFD_NONBLOCK));
-  Descriptor wakeup_ = opened(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+  WakeUp wakeUp_;
 };
 
 class SystemTimers final : public Timers {

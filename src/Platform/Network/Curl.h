@@ -22,6 +22,8 @@ class Curl {
   NOMELY_CURL(curl_easy_init);
   NOMELY_CURL(curl_easy_setopt);
   NOMELY_CURL(curl_easy_getinfo);
+  NOMELY_CURL(curl_easy_recv);
+  NOMELY_CURL(curl_easy_send);
   NOMELY_CURL(curl_easy_cleanup);
   NOMELY_CURL(curl_mime_init);
   NOMELY_CURL(curl_mime_addpart);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Platform/Error.h"
+#include "Platform/Network/NetworkOptions.h"
 
 namespace nomely {
 
@@ -76,6 +77,6 @@ class HttpClient {
 };
 
 // libcurl's, loaded with the first request.
-[[nodiscard]] std::unique_ptr<HttpClient> makeHttpClient();
+[[nodiscard]] std::unique_ptr<HttpClient> makeHttpClient(const NetworkOptions& options = {});
 
 }  // namespace nomely

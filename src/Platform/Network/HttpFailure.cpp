@@ -37,11 +37,13 @@ HttpError httpFailure(CURLcode code, int osError, const std::string& host) {
       return {Kind::connection,
               fmt::format("{} 的安全证书无法验证，为保护内容没有发送，请检查地址和系统时间", host)};
     case CURLE_SSL_CONNECT_ERROR:
-    case CURLE_SSL_CACERT_BADFILE:
     case CURLE_SSL_CIPHER:
     case CURLE_SSL_CERTPROBLEM:
       return {Kind::connection,
               fmt::format("与 {} 建立加密连接失败，请检查地址，或稍后重试", host)};
+    case CURLE_SSL_CACERT_BADFILE:
+      return {Kind::connection,
+              "读不了可信证书的文件，请检查环境变量 SSL_CERT_FILE，或安装 ca-certificates"};
     case CURLE_OPERATION_TIMEDOUT:
       return {Kind::timeout, fmt::format("连接 {} 超时，请检查网络后重试", host)};
     case CURLE_UNSUPPORTED_PROTOCOL:

@@ -31,7 +31,10 @@ HttpTarget HttpTarget::of(const std::string& url) {
   const std::string port = part(curl, parsed.get(), CURLUPART_PORT);
   std::string host = part(curl, parsed.get(), CURLUPART_HOST);
   if (!port.empty()) host += ":" + port;
-  return {scheme == "https" ? Scheme::https : Scheme::http, std::move(host)};
+  std::string path = part(curl, parsed.get(), CURLUPART_PATH);
+  const std::string query = part(curl, parsed.get(), CURLUPART_QUERY);
+  if (!query.empty()) path += "?" + query;
+  return {scheme == "https" ? Scheme::https : Scheme::http, std::move(host), std::move(path)};
 }
 
 }  // namespace nomely

@@ -9,6 +9,7 @@ struct HttpTarget {
   enum class Scheme { http, https };
   Scheme scheme = Scheme::https;
   std::string host;  // with the port where the URL names one; what error texts quote
+  std::string path;  // with what follows a "?"
 
   // Throws HttpError: badURL, refused.
   [[nodiscard]] static HttpTarget of(const std::string& url);

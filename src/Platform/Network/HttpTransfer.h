@@ -4,7 +4,7 @@
 #include <memory>
 #include <stop_token>
 
-#include "Platform/Network/Curl.h"
+#include "Platform/Network/CurlHandle.h"
 #include "Platform/Network/HttpClient.h"
 #include "Platform/Network/HttpTarget.h"
 #include "Platform/Network/ReplyBody.h"
@@ -15,8 +15,7 @@ namespace nomely {
 class HttpTransfer {
  public:
   // `request` must outlive it. Throws as HttpClient::send does.
-  HttpTransfer(const HttpRequest& request, HttpTarget target);
-  ~HttpTransfer();
+  HttpTransfer(const HttpRequest& request, const HttpTarget& target, const NetworkOptions& options);
   HttpTransfer(const HttpTransfer&) = delete;
   HttpTransfer& operator=(const HttpTransfer&) = delete;
 
@@ -27,33 +26,22 @@ class HttpTransfer {
 
   // What libcurl calls back.
   static std::size_t receive(const char* bytes, std::size_t size, std::size_t count, void* self);
-  static curl_socket_t openSocket(void* self, curlsocktype purpose, curl_sockaddr* address);
 
-  template <typename Value>
-  void set(CURLoption option, Value value) const;
-  template <typename Value>
-  [[nodiscard]] Value info(CURLINFO which) const;
   void setConnection();
   void setHeaders();
   void setBody();
   void setParts();
 
-  // Until libcurl is done with it; throws when a limit passes.
-  void perform(const std::stop_token& stop) const;
   [[nodiscard]] std::chrono::milliseconds untilLimit(Time begun, Time lastMoved) const;
   // Grows with every byte of the request and the reply.
   [[nodiscard]] curl_off_t bytesMoved() const;
-  [[nodiscard]] CURLcode outcome() const;
 
   const Curl& curl_ = Curl::loaded();
   const HttpRequest& request_;
-  const HttpTarget target_;
-  std::unique_ptr<CURLM, decltype(&::curl_multi_cleanup)> multi_;
-  std::unique_ptr<CURL, decltype(&::curl_easy_cleanup)> easy_;
+  ReplyBody body_;
   std::unique_ptr<curl_mime, decltype(&::curl_mime_free)> mime_;
   std::unique_ptr<curl_slist, decltype(&::curl_slist_free_all)> headers_;
-  ReplyBody body_;
-  bool wasPublic_ = false;  // http to an address that it may not go to
+  const CurlHandle handle_;
 };
 
 }  // namespace nomely

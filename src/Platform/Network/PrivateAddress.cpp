@@ -2,42 +2,52 @@
 
 #include <cstdint>
 #include <cstring>
+#include <optional>
 
 #include <netinet/in.h>
 
 namespace nomely {
 namespace {
 
-bool isPrivate(std::uint32_t ipv4) {
-  const std::uint32_t first = ipv4 >> 24;
-  return first == 127 || first == 10 || ipv4 >> 20 == (172 << 4 | 1) ||
-         ipv4 >> 16 == (192 << 8 | 168) || ipv4 >> 16 == (169 << 8 | 254);
+in6_addr ipv6Of(const sockaddr& address) {
+  sockaddr_in6 whole{};
+  std::memcpy(&whole, &address, sizeof whole);
+  return whole.sin6_addr;
 }
 
-bool isPrivate(const in6_addr& ipv6) {
-  if (IN6_IS_ADDR_V4MAPPED(&ipv6)) {
-    std::uint32_t ipv4 = 0;
-    std::memcpy(&ipv4, ipv6.s6_addr + 12, sizeof ipv4);
-    return isPrivate(ntohl(ipv4));
+std::optional<std::uint32_t> ipv4Of(const sockaddr& address) {
+  std::uint32_t number = 0;
+  if (address.sa_family == AF_INET) {
+    sockaddr_in whole{};
+    std::memcpy(&whole, &address, sizeof whole);
+    number = whole.sin_addr.s_addr;
+  } else if (address.sa_family == AF_INET6) {
+    const in6_addr ipv6 = ipv6Of(address);
+    if (!IN6_IS_ADDR_V4MAPPED(&ipv6)) return std::nullopt;
+    std::memcpy(&number, ipv6.s6_addr + 12, sizeof number);
+  } else {
+    return std::nullopt;
   }
-  return IN6_IS_ADDR_LOOPBACK(&ipv6) || IN6_IS_ADDR_LINKLOCAL(&ipv6) ||
-         (ipv6.s6_addr[0] & 0xFE) == 0xFC;
+  return ntohl(number);
 }
 
 }  // namespace
 
+bool isLoopbackAddress(const sockaddr& address) {
+  if (const auto ipv4 = ipv4Of(address)) return *ipv4 >> 24 == 127;
+  if (address.sa_family != AF_INET6) return false;
+  const in6_addr ipv6 = ipv6Of(address);
+  return IN6_IS_ADDR_LOOPBACK(&ipv6);
+}
+
 bool isPrivateAddress(const sockaddr& address) {
-  if (address.sa_family == AF_INET) {
-    sockaddr_in ipv4{};
-    std::memcpy(&ipv4, &address, sizeof ipv4);
-    return isPrivate(ntohl(ipv4.sin_addr.s_addr));
-  }
-  if (address.sa_family == AF_INET6) {
-    sockaddr_in6 ipv6{};
-    std::memcpy(&ipv6, &address, sizeof ipv6);
-    return isPrivate(ipv6.sin6_addr);
-  }
-  return false;
+  if (isLoopbackAddress(address)) return true;
+  if (const auto ipv4 = ipv4Of(address))
+    return *ipv4 >> 24 == 10 || *ipv4 >> 20 == (172 << 4 | 1) || *ipv4 >> 16 == (192 << 8 | 168) ||
+           *ipv4 >> 16 == (169 << 8 | 254);
+  if (address.sa_family != AF_INET6) return false;
+  const in6_addr ipv6 = ipv6Of(address);
+  return IN6_IS_ADDR_LINKLOCAL(&ipv6) || (ipv6.s6_addr[0] & 0xFE) == 0xFC;
 }
 
 }  // namespace nomely

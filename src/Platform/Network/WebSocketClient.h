@@ -6,6 +6,7 @@
 #include <string>
 
 #include "Platform/Error.h"
+#include "Platform/Network/NetworkOptions.h"
 
 namespace nomely {
 
@@ -66,6 +67,7 @@ class WebSocketClient {
 
 // libcurl's connection with wslay's frames, both loaded with the first one. Data that the other
 // side does not acknowledge for 30 seconds (TCP_USER_TIMEOUT) ends it.
-[[nodiscard]] std::unique_ptr<WebSocketClient> makeWebSocketClient();
+[[nodiscard]] std::unique_ptr<WebSocketClient> makeWebSocketClient(
+    const NetworkOptions& options = {});
 
 }  // namespace nomely

@@ -1,25 +1,15 @@
 #include "Platform/System/Uuid.h"
 
 #include <atomic>
-#include <cerrno>
 #include <cstring>
 #include <span>
-#include <system_error>
 
 #include <pthread.h>
-#include <sys/random.h>
+
+#include "Platform/System/RandomBytes.h"
 
 namespace nomely {
 namespace {
-
-void fillFromKernel(std::span<std::uint8_t> bytes) {
-  while (!bytes.empty()) {
-    const ssize_t count = ::getrandom(bytes.data(), bytes.size(), 0);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) throw std::system_error(errno, std::generic_category(), "getrandom");
-    bytes = bytes.subspan(static_cast<std::size_t>(count));
-  }
-}
 
 // A forked child has its parent's buffer and must not draw the same identities from it.
 std::atomic<unsigned>& forkGeneration() {
@@ -39,7 +29,7 @@ std::array<std::uint8_t, 16> randomBytes() {
   std::array<std::uint8_t, 16> result{};
   if (const unsigned generation = forkGeneration().load(std::memory_order_relaxed);
       buffer.used + result.size() > buffer.bytes.size() || buffer.generation != generation) {
-    fillFromKernel(buffer.bytes);
+    fillWithRandom(buffer.bytes);
     buffer.used = 0;
     buffer.generation = generation;
   }

@@ -194,12 +194,13 @@ TEST_F(HttpClientTest, StopsAtOnce) {
 }
 
 TEST(PrivateAddress, ByItsNumbers) {
-  constexpr const char* ours =
-      "127.0.0.1 127.255.3.4 10.1.2.3 172.16.0.1 172.31.255.255 192.168.9.9 169.254.1.1 "
-      "::1 fe80::1 fd00::1 ::ffff:10.0.0.1";
+  constexpr const char* machine = "127.0.0.1 127.255.3.4 ::1 ::ffff:127.0.0.1";
+  constexpr const char* network =
+      "10.1.2.3 172.16.0.1 172.31.255.255 192.168.9.9 169.254.1.1 fe80::1 fd00::1 ::ffff:10.0.0.1";
   constexpr const char* others =
       "172.15.255.255 172.32.0.0 192.169.0.1 0.0.0.0 8.8.8.8 :: fe00::1 2001:db8::1 ::ffff:8.8.8.8";
-  for (const auto& [list, isPrivate] : {std::pair(ours, true), {others, false}}) {
+  for (const auto& [list, isLoopback, isPrivate] :
+       {std::tuple(machine, true, true), {network, false, true}, {others, false, false}}) {
     std::istringstream words(list);
     for (std::string word; words >> word;) {
       sockaddr_storage address{};
@@ -209,7 +210,9 @@ TEST(PrivateAddress, ByItsNumbers) {
           isIPv4 ? static_cast<void*>(&reinterpret_cast<sockaddr_in&>(address).sin_addr)
                  : &reinterpret_cast<sockaddr_in6&>(address).sin6_addr;
       ASSERT_EQ(::inet_pton(address.ss_family, word.c_str(), number), 1);
-      EXPECT_EQ(isPrivateAddress(reinterpret_cast<const sockaddr&>(address)), isPrivate) << word;
+      const auto& plain = reinterpret_cast<const sockaddr&>(address);
+      EXPECT_EQ(isPrivateAddress(plain), isPrivate) << word;
+      EXPECT_EQ(isLoopbackAddress(plain), isLoopback) << word;
     }
   }
 }

@@ -1,0 +1,172 @@
+#include "Support/TlsEntrance.h"
+
+#include <array>
+#include <stdexcept>
+
+#include <arpa/inet.h>
+#include <fmt/format.h>
+#include <netinet/in.h>
+#include <openssl/pem.h>
+#include <openssl/ssl.h>
+#include <openssl/x509v3.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "Platform/Network/WithoutPipeSignal.h"
+
+namespace nomely::test {
+namespace {
+
+template <typename Made, typename Free>
+std::unique_ptr<Made, Free> owned(Made* made, Free free) {
+  if (made == nullptr) throw std::runtime_error("OpenSSL refuses");
+  return {made, free};
+}
+
+sockaddr_in onLoopback(std::uint16_t port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(port);
+  return address;
+}
+
+bool sendAll(int socket, const char* bytes, std::size_t length) {
+  while (length > 0) {
+    const ssize_t count = ::send(socket, bytes, length, MSG_NOSIGNAL);
+    if (count <= 0) return false;
+    bytes += count;
+    length -= static_cast<std::size_t>(count);
+  }
+  return true;
+}
+
+}  // namespace
+
+class TlsEntrance::Context {
+ public:
+  explicit Context(const std::filesystem::path& certificateFile) {
+    const auto key = owned(EVP_EC_gen("P-256"), EVP_PKEY_free);
+    const auto certificate = owned(X509_new(), X509_free);
+    X509_set_version(certificate.get(), X509_VERSION_3);
+    ASN1_INTEGER_set(X509_get_serialNumber(certificate.get()), 1);
+    X509_gmtime_adj(X509_getm_notBefore(certificate.get()), -3600);
+    X509_gmtime_adj(X509_getm_notAfter(certificate.get()), 3600);
+    X509_set_pubkey(certificate.get(), key.get());
+    X509_NAME* const name = X509_get_subject_name(certificate.get());
+    X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC,
+                               reinterpret_cast<const unsigned char*>("localhost"), -1, -1, 0);
+    X509_set_issuer_name(certificate.get(), name);
+    for (const auto& [kind, value] : {std::pair(NID_subject_alt_name, "DNS:localhost"),
+                                      {NID_basic_constraints, "critical,CA:TRUE"}}) {
+      const auto extension =
+          owned(X509V3_EXT_conf_nid(nullptr, nullptr, kind, value), X509_EXTENSION_free);
+      X509_add_ext(certificate.get(), extension.get(), -1);
+    }
+    X509_sign(certificate.get(), key.get(), EVP_sha256());
+    SSL_CTX_use_certificate(context_.get(), certificate.get());
+    SSL_CTX_use_PrivateKey(context_.get(), key.get());
+    const auto file = owned(std::fopen(certificateFile.c_str(), "w"), std::fclose);
+    PEM_write_X509(file.get(), certificate.get());
+  }
+  [[nodiscard]] auto accept(int socket) const {
+    auto ssl = owned(SSL_new(context_.get()), SSL_free);
+    SSL_set_fd(ssl.get(), socket);
+    if (SSL_accept(ssl.get()) != 1) ssl.reset();
+    return ssl;
+  }
+
+ private:
+  const std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> context_ =
+      owned(SSL_CTX_new(TLS_server_method()), SSL_CTX_free);
+};
+
+// A client's connection and the one that it leads to.
+struct TlsEntrance::Passage {
+  ~Passage() {
+    thread.join();
+    ::close(outer);
+    ::close(inner);
+  }
+  void end() const {
+    ::shutdown(outer, SHUT_RDWR);
+    ::shutdown(inner, SHUT_RDWR);
+  }
+
+  int outer;
+  int inner;
+  std::thread thread{};
+};
+
+TlsEntrance::TlsEntrance(std::uint16_t to)
+    : context_(std::make_unique<Context>(certificates())), to_(to) {
+  listening_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address = onLoopback(0);
+  socklen_t length = sizeof address;
+  auto* const any = reinterpret_cast<sockaddr*>(&address);
+  if (::bind(listening_, any, length) != 0 || ::listen(listening_, 64) != 0 ||
+      ::getsockname(listening_, any, &length) != 0)
+    throw std::runtime_error("no TLS entrance");
+  port_ = ntohs(address.sin_port);
+  accepting_ = std::jthread([this] { accept(); });
+}
+
+TlsEntrance::~TlsEntrance() {
+  {
+    const std::lock_guard lock(mutex_);
+    closing_ = true;
+    for (const Passage& passage : passages_) passage.end();
+  }
+  ::shutdown(listening_, SHUT_RDWR);
+  accepting_.join();
+  passages_.clear();
+  ::close(listening_);
+}
+
+std::string TlsEntrance::authority() const {
+  return fmt::format("localhost:{}", port_);
+}
+
+void TlsEntrance::accept() {
+  for (;;) {
+    const int outer = ::accept4(listening_, nullptr, nullptr, SOCK_CLOEXEC);
+    const std::lock_guard lock(mutex_);
+    if (closing_) {
+      if (outer >= 0) ::close(outer);
+      return;
+    }
+    if (outer < 0) continue;
+    Passage& passage =
+        passages_.emplace_back(outer, ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    passage.thread = std::thread([this, &passage] {
+      carry(passage);
+      passage.end();
+    });
+  }
+}
+
+void TlsEntrance::carry(const Passage& passage) const {
+  const WithoutPipeSignal quiet;
+  const auto tls = context_->accept(passage.outer);
+  const sockaddr_in address = onLoopback(to_);
+  if (!tls ||
+      ::connect(passage.inner, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+    return;
+  std::array<char, 1 << 14> buffer{};
+  for (;;) {
+    std::array<pollfd, 2> waited{{{passage.outer, POLLIN, 0}, {passage.inner, POLLIN, 0}}};
+    if (SSL_pending(tls.get()) == 0) ::poll(waited.data(), waited.size(), -1);
+    if (SSL_pending(tls.get()) > 0 || waited[0].revents != 0) {
+      const int count = SSL_read(tls.get(), buffer.data(), static_cast<int>(buffer.size()));
+      if (count <= 0 || !sendAll(passage.inner, buffer.data(), static_cast<std::size_t>(count)))
+        return;
+    }
+    if (waited[1].revents != 0) {
+      const ssize_t count = ::recv(passage.inner, buffer.data(), buffer.size(), 0);
+      if (count <= 0 || SSL_write(tls.get(), buffer.data(), static_cast<int>(count)) <= 0) return;
+    }
+  }
+}
+
+}  // namespace nomely::test
