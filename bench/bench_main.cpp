@@ -17,6 +17,7 @@ int main(int argc, char** argv) {
   registerPages();
   registerMedia();
   registerSummaries();
+  registerBot();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return printTable() ? 0 : 1;
