@@ -18,6 +18,7 @@ int main(int argc, char** argv) {
   registerMedia();
   registerSummaries();
   registerFrames();
+  registerBot();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return printTable() ? 0 : 1;
