@@ -63,6 +63,8 @@ void registerMarkdown();
 void registerPages();
 void registerMedia();
 void registerSummaries();
+void registerFrames();
+void registerBot();
 
 // A row for each comparison that was run, and how many were skipped or cut short. Returns whether
 // none was cut and all their goals are met.

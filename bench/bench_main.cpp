@@ -17,6 +17,8 @@ int main(int argc, char** argv) {
   registerPages();
   registerMedia();
   registerSummaries();
+  registerFrames();
+  registerBot();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return printTable() ? 0 : 1;

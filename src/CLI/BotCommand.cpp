@@ -17,6 +17,7 @@
 #include "Feishu/Messages/FeishuInbox.h"
 #include "Feishu/Protocol/FeishuAPI.h"
 #include "Platform/Cancellation.h"
+#include "Platform/Text/Replacing.h"
 
 namespace nomely {
 namespace {
@@ -203,10 +204,12 @@ void BotCommand::log(Session& session) const {
   }
   const PagedOutput pager(session);
   const Style style = session.style();
+  constexpr auto indented = "\n                       ";
   for (const FeishuLogEntry& entry : entries)
     session.print(fmt::format("{}  {} {}\n",
                               style.dim(DateFormatters::isoDateTime.format(entry.timestamp)),
-                              isIncoming(entry) ? "→" : "←", Terminal::printable(entry.text)));
+                              isIncoming(entry) ? "→" : "←",
+                              replacingAll(Terminal::printable(entry.text), "\n", indented)));
   session.flush();
   if (entries.empty()) session.say("还没有往来消息。");
 }

@@ -18,7 +18,8 @@ std::string_view firstHalf(std::string_view bytes) {
 bool FaultyFileSystem::strikes(std::string_view name, const std::filesystem::path& path) {
   const std::uint64_t number = ++calls_;
   if (observer_) observer_({name, path});
-  return number == fault_.atCall;
+  if (number <= fault_.atCall || fault_.every == 0) return number == fault_.atCall;
+  return (number - fault_.atCall) % fault_.every == 0;
 }
 
 void FaultyFileSystem::fail(const std::filesystem::path& path) const {

@@ -28,6 +28,7 @@ class FaultyFileSystem : public FileSystem {
     Mode mode = Mode::fail;
     std::uint64_t atCall = 0;  // 0: never
     int errorNumber = EIO;
+    std::uint64_t every = 0;  // after how many calls it strikes again; 0: it does not
   };
 
   struct Call {

@@ -25,13 +25,13 @@ void FeishuReplies::reactCry(const std::string& messageId) {
 void FeishuReplies::react(const std::string& messageId, const char* emoji, const char* logged) {
   if (messageId.empty()) return;
   log_.logOutgoing(logged);
-  inBackground("表情标记失败", [this, messageId, emoji](const std::stop_token& stop) {
+  inBackground(reacting_, "表情标记失败", [this, messageId, emoji](const std::stop_token& stop) {
     FeishuAPI::addReaction(platform_, {messageId, token(stop)}, emoji, stop);
   });
 }
 
 void FeishuReplies::replyMessage(const std::string& messageId, std::vector<std::string> texts) {
-  inBackground("回复失败",
+  inBackground(replying_, "回复失败",
                [this, messageId, texts = std::move(texts)](const std::stop_token& stop) {
                  for (const std::string& text : texts) {
                    log_.logOutgoing(text);
@@ -40,9 +40,9 @@ void FeishuReplies::replyMessage(const std::string& messageId, std::vector<std::
                });
 }
 
-void FeishuReplies::inBackground(const char* failed,
+void FeishuReplies::inBackground(JobPool& jobs, const char* failed,
                                  std::function<void(const std::stop_token&)> work) {
-  jobs_.submit([failed, work = std::move(work)](const std::stop_token& stop) {
+  jobs.submit([failed, work = std::move(work)](const std::stop_token& stop) {
     try {
       work(stop);
     } catch (const CancellationError&) {

@@ -31,12 +31,15 @@ class FeishuReplies {
 
  private:
   void react(const std::string& messageId, const char* emoji, const char* logged);
-  void inBackground(const char* failed, std::function<void(const std::stop_token&)> work);
+  static void inBackground(JobPool& jobs, const char* failed,
+                           std::function<void(const std::stop_token&)> work);
 
   FeishuAPI::Platform platform_;
   FeishuLogStore& log_;
   PlatformToken token_;
-  JobPool jobs_{4};
+  // A year of notes may be an hour of replies, for which no reaction waits.
+  JobPool reacting_{2};
+  JobPool replying_{2};
 };
 
 }  // namespace nomely

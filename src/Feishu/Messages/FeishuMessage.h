@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Feishu/Protocol/FeishuAPI.h"
@@ -23,6 +25,11 @@ struct FeishuMessage {
   std::string text = {};       // of a text or post; of a file its name
   std::vector<Resource> resources = {};
 
+  // What log lines call it: "图片".
+  [[nodiscard]] std::string_view noun() const {
+    constexpr std::array<std::string_view, 5> nouns{"消息", "图片", "语音", "图文", "文件"};
+    return nouns[static_cast<std::size_t>(kind)];
+  }
   // Whether it takes no more than a write to the disk to record it.
   [[nodiscard]] bool isTextAlone() const { return resources.empty(); }
 

@@ -1,9 +1,9 @@
 #include "Feishu/Messages/FeishuMessages.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 
+#include "Feishu/Connection/LoggedName.h"
 #include "Platform/System/Log.h"
 #include "Platform/Text/JsonReading.h"
 
@@ -12,17 +12,6 @@ namespace {
 
 using Kind = FeishuMessage::Kind;
 using WriteResult = FeishuMemoWriter::WriteResult;
-
-// What a log line shows of a name that came from outside.
-std::string_view shown(const std::string& name) {
-  return name.empty() || FeishuAPI::isSafeName(name) ? std::string_view(name) : "?";
-}
-
-// What log lines call a message with media.
-std::string_view nounOf(Kind kind) {
-  constexpr std::array<std::string_view, 5> nouns{"消息", "图片", "语音", "图文", "文件"};
-  return nouns[static_cast<std::size_t>(kind)];
-}
 
 }  // namespace
 
@@ -55,13 +44,13 @@ void FeishuMessages::handle(const FeishuEventPayload& event, const Acknowledge& 
   const std::string& messageId = event.messageId;
   if (event.chatType != "p2p") {
     Log::information(LogChannel::feishu, "忽略群聊消息 chat_type={} msg_id={}",
-                     shown(event.chatType), messageId);
+                     loggedName(event.chatType), messageId);
     return acknowledge();
   }
   if (pairs(event, acknowledge)) return;
   const std::string allowed = account_.config().allowedOpenID;
   if (!allowed.empty() && event.openId != allowed) {
-    Log::information(LogChannel::feishu, "忽略非白名单发送者 open_id={}", shown(event.openId));
+    Log::information(LogChannel::feishu, "忽略非白名单发送者 open_id={}", loggedName(event.openId));
     return acknowledge();
   }
   if (hasSeen(messageId)) {
@@ -80,10 +69,16 @@ void FeishuMessages::handle(const FeishuEventPayload& event, const Acknowledge& 
   }
   const StoreContext& storage = context_.storage();
   const Moment date = event.eventCreateTime(storage.clock).value_or(storage.clock.now());
-  if (message->isTextAlone())
-    recordText(std::move(*message), date, acknowledge);
-  else
-    recordMedia(*message, date, acknowledge);
+  try {
+    if (message->isTextAlone())
+      recordText(std::move(*message), date, acknowledge);
+    else
+      recordMedia(*message, date, acknowledge);
+  } catch (...) {
+    // A fault of the program's: the message has to come again.
+    forget(messageId);
+    throw;
+  }
 }
 
 bool FeishuMessages::pairs(const FeishuEventPayload& event, const Acknowledge& acknowledge) {
@@ -149,7 +144,7 @@ void FeishuMessages::recordText(FeishuMessage message, Moment date,
 
 void FeishuMessages::recordMedia(const FeishuMessage& message, Moment date,
                                  const Acknowledge& acknowledge) {
-  const std::string_view noun = nounOf(message.kind);
+  const std::string_view noun = message.noun();
   if (writer_.isDuplicateMessageId(message.messageId, Day::of(date))) {
     Log::information(LogChannel::feishu, "跳过重复{} msg_id={}", noun, message.messageId);
     return acknowledge();

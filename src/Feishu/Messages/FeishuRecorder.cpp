@@ -22,12 +22,6 @@ using Kind = FeishuMessage::Kind;
 using WriteResult = FeishuMemoWriter::WriteResult;
 using IncomingFile = MemoService::IncomingFile;
 
-// What log lines call a message of this kind.
-std::string_view nounOf(Kind kind) {
-  constexpr std::array<std::string_view, 5> nouns{"", "图片", "语音", "图文", "文件"};
-  return nouns[static_cast<std::size_t>(kind)];
-}
-
 // By its first bytes, else the usual one.
 std::string extensionOf(const std::filesystem::path& file, const char* usual) {
   std::array<char, 12> first{};
@@ -38,16 +32,17 @@ std::string extensionOf(const std::filesystem::path& file, const char* usual) {
   return FileTypeDetector::magicExtension({first.data(), size}).value_or(usual);
 }
 
-void logResult(Kind kind, const WriteResult& result) {
-  const std::string_view noun = nounOf(kind);
+void logResult(const FeishuMessage& message, const WriteResult& result) {
+  const bool isText = message.kind == Kind::text;
   if (result.kind == WriteResult::Kind::attachmentFailed)
-    Log::error(LogChannel::feishu, "{}落地失败", noun);
-  else if (result.kind == WriteResult::Kind::failure && kind == Kind::text)
+    Log::error(LogChannel::feishu, "{}落地失败", message.noun());
+  else if (result.kind == WriteResult::Kind::failure && isText)
     Log::error(LogChannel::feishu, "写 memo 失败：{}", result.reason);
   else if (result.kind == WriteResult::Kind::failure)
-    Log::error(LogChannel::feishu, "{} memo 写失败：{}", noun, result.reason);
-  else if (result.place && kind != Kind::text)
-    Log::information(LogChannel::feishu, "已记录{} seq={}", noun, result.place->seqNumber);
+    Log::error(LogChannel::feishu, "{} memo 写失败：{}", message.noun(), result.reason);
+  else if (result.place && !isText)
+    Log::information(LogChannel::feishu, "已记录{} seq={}", message.noun(),
+                     result.place->seqNumber);
 }
 
 }  // namespace
@@ -84,8 +79,8 @@ class FeishuRecorder::Attempt {
       if (message_.kind == Kind::image)
         Log::error(LogChannel::feishu, "图片下载失败 image_key={}：{}", resource.key, error.what());
       else
-        Log::error(LogChannel::feishu, "{}下载失败 file_key={} msg_id={}：{}",
-                   nounOf(message_.kind), resource.key, message_.messageId, error.what());
+        Log::error(LogChannel::feishu, "{}下载失败 file_key={} msg_id={}：{}", message_.noun(),
+                   resource.key, message_.messageId, error.what());
       throw;
     }
   }
@@ -187,7 +182,7 @@ WriteResult FeishuRecorder::write(const FeishuInbox::Entry& entry,
     }
     return written;
   });
-  logResult(entry.message.kind, result);
+  logResult(entry.message, result);
   return result;
 }
 

@@ -1,6 +1,7 @@
 #include "Feishu/Messages/InboxWork.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "Platform/Cancellation.h"
@@ -67,12 +68,17 @@ void InboxWork::readInbox() {
 
 void InboxWork::attempt(const Attempt& attempt) {
   jobs_.submit([this, attempt](const std::stop_token& stop) {
+    FeishuMemoWriter::WriteResult result;
     try {
-      const auto result = recorder_.record(attempt.entry, stop);
-      post([this, attempt, result] { ended(attempt, result); });
+      result = recorder_.record(attempt.entry, stop);
     } catch (const CancellationError&) {
-      // The next start goes on with it.
+      return;  // the next start goes on with it
+    } catch (const std::exception&) {
+      // Its text may quote what came.
+      result = {.kind = FeishuMemoWriter::WriteResult::Kind::failure, .reason = "程序内部错误"};
+      Log::error(LogChannel::feishu, "记录 {} 时出现意外错误", attempt.entry.name);
     }
+    post([this, attempt, result] { ended(attempt, result); });
   });
 }
 

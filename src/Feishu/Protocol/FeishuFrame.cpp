@@ -1,12 +1,17 @@
 #include "Feishu/Protocol/FeishuFrame.h"
 
+#include <array>
+#include <bit>
+#include <cstring>
+#include <utility>
+
 #include "Feishu/Protocol/ProtoReader.h"
 
 namespace nomely {
 namespace {
 
 // A field's number, shifted left by three, and its wire type: 0 a varint, 2 a length and bytes.
-enum Tag : std::uint64_t {
+enum Tag : std::uint8_t {
   seqIDTag = 1 << 3,
   logIDTag = 2 << 3,
   serviceTag = 3 << 3,
@@ -16,8 +21,10 @@ enum Tag : std::uint64_t {
   payloadTypeTag = 7 << 3 | 2,
   payloadTag = 8 << 3 | 2,
   logIDNewTag = 9 << 3 | 2,
+  // Of a header's own fields.
+  keyTag = 1 << 3 | 2,
+  valueTag = 2 << 3 | 2,
 };
-enum HeaderTag : std::uint64_t { keyTag = 1 << 3 | 2, valueTag = 2 << 3 | 2 };
 
 using End = std::optional<std::size_t>;
 
@@ -76,33 +83,52 @@ End readField(FeishuFrame& frame, std::uint64_t tag, std::string_view buffer, st
   }
 }
 
-constexpr std::size_t mostVarint = 10;
-
-void appendVarint(std::string& out, std::uint64_t value) {
-  for (; value >= 0x80; value >>= 7U) out += static_cast<char>(value | 0x80U);
-  out += static_cast<char>(value);
+std::size_t sizeOf(std::uint64_t varint) {
+  return (static_cast<std::size_t>(std::bit_width(varint | 1U)) + 6) / 7;
 }
 
-void appendNumber(std::string& out, std::uint64_t tag, std::uint64_t value) {
-  appendVarint(out, tag);
-  appendVarint(out, value);
+std::size_t sizeOf(std::string_view bytes) {
+  return sizeOf(bytes.size()) + bytes.size();
 }
 
-void appendBytes(std::string& out, std::uint64_t tag, std::string_view value) {
-  appendNumber(out, tag, value.size());
-  out += value;
+std::size_t sizeOf(const FeishuHeader& header) {
+  return 2 + sizeOf(header.key) + sizeOf(header.value);
 }
 
-std::size_t varintSize(std::uint64_t value) {
-  std::size_t size = 1;
-  while (value >>= 7U) ++size;
-  return size;
+// A negative number goes as the 64 bits that it stands for.
+std::uint64_t extended(std::int32_t number) {
+  return static_cast<std::uint64_t>(std::int64_t{number});
 }
 
-std::size_t encodedSize(const FeishuHeader& header) {
-  return 2 + varintSize(header.key.size()) + header.key.size() + varintSize(header.value.size()) +
-         header.value.size();
-}
+// Writes field after field into a text that has room for them.
+class FieldWriter {
+ public:
+  explicit FieldWriter(std::string& out) : at_(out.data()) {}
+
+  void number(Tag tag, std::uint64_t value) {
+    *at_++ = static_cast<char>(tag);
+    varint(value);
+  }
+  void bytes(Tag tag, std::string_view value) {
+    *at_++ = static_cast<char>(tag);
+    varint(value.size());
+    std::memcpy(at_, value.data(), value.size());
+    at_ += value.size();
+  }
+  void header(const FeishuHeader& header) {
+    number(headerTag, sizeOf(header));
+    bytes(keyTag, header.key);
+    bytes(valueTag, header.value);
+  }
+
+ private:
+  void varint(std::uint64_t value) {
+    for (; value >= 0x80; value >>= 7U) *at_++ = static_cast<char>(value | 0x80U);
+    *at_++ = static_cast<char>(value);
+  }
+
+  char* at_;
+};
 
 }  // namespace
 
@@ -119,25 +145,29 @@ std::optional<FeishuFrame> FeishuFrame::decode(std::string_view protoData) {
 }
 
 std::string FeishuFrame::encode() const {
-  std::size_t most = 9 * (1 + mostVarint) + payloadEncoding.size() + payloadType.size() +
-                     payload.size() + logIDNew.size();
-  for (const FeishuHeader& header : headers) most += 1 + mostVarint + encodedSize(header);
-  std::string out;
-  out.reserve(most);
-  appendNumber(out, seqIDTag, seqID);
-  appendNumber(out, logIDTag, logID);
-  // A negative number goes as the 64 bits that it stands for.
-  appendNumber(out, serviceTag, static_cast<std::uint64_t>(std::int64_t{service}));
-  appendNumber(out, methodTag, static_cast<std::uint64_t>(std::int64_t{method}));
+  const std::array<std::pair<Tag, const std::string*>, 4> last{
+      {{payloadEncodingTag, &payloadEncoding},
+       {payloadTypeTag, &payloadType},
+       {payloadTag, &payload},
+       {logIDNewTag, &logIDNew}}};
+  std::size_t size =
+      4 + sizeOf(seqID) + sizeOf(logID) + sizeOf(extended(service)) + sizeOf(extended(method));
   for (const FeishuHeader& header : headers) {
-    appendNumber(out, headerTag, encodedSize(header));
-    appendBytes(out, keyTag, header.key);
-    appendBytes(out, valueTag, header.value);
+    const std::size_t length = sizeOf(header);
+    size += 1 + sizeOf(length) + length;
   }
-  if (!payloadEncoding.empty()) appendBytes(out, payloadEncodingTag, payloadEncoding);
-  if (!payloadType.empty()) appendBytes(out, payloadTypeTag, payloadType);
-  if (!payload.empty()) appendBytes(out, payloadTag, payload);
-  if (!logIDNew.empty()) appendBytes(out, logIDNewTag, logIDNew);
+  for (const auto& [tag, value] : last)
+    if (!value->empty()) size += 1 + sizeOf(*value);
+
+  std::string out(size, '\0');
+  FieldWriter writer(out);
+  writer.number(seqIDTag, seqID);
+  writer.number(logIDTag, logID);
+  writer.number(serviceTag, extended(service));
+  writer.number(methodTag, extended(method));
+  for (const FeishuHeader& header : headers) writer.header(header);
+  for (const auto& [tag, value] : last)
+    if (!value->empty()) writer.bytes(tag, *value);
   return out;
 }
 

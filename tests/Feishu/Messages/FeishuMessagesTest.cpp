@@ -28,6 +28,11 @@ class FeishuMessagesTest : public MessagesTest {
     platform.setMedia("empty", "");
     platform.setMedia("playlist", "#EXTM3U\nfile:///etc/passwd\n");
   }
+
+  void emptyRoot() const {
+    fs::remove_all(folder.path());
+    fs::create_directory(folder.path());
+  }
 };
 
 TEST_F(FeishuMessagesTest, EventsInMemosAndAnswersOut) {
@@ -125,7 +130,7 @@ TEST_F(FeishuMessagesTest, EventsInMemosAndAnswersOut) {
     EXPECT_EQ(memosInDiary(), each.memos);
     EXPECT_EQ(waiting(), 0U);
     run.reset();
-    fs::remove_all(folder.path());
+    emptyRoot();
     run.emplace(bot, account);
   }
   EXPECT_EQ(platform.calls(Call::resource), 9U) << "none for a stranger";
@@ -192,6 +197,32 @@ TEST_F(FeishuMessagesTest, AVoiceWithoutWordsIsRecordedAllTheSame) {
   run->awaitEvents(1);
   EXPECT_EQ(memosInDiary(), "01 09:30 “🎙️ 来自飞书的语音” .m4a\n");
   EXPECT_EQ(said(), "< [语音]\n> 👍 已记录\n");
+}
+
+TEST_F(FeishuMessagesTest, WhoSendsTheCodeIsTheOnlyUser) {
+  std::string saved;
+  bool canSave = false;
+  bot.saveAllowedOpenID = [&](const std::string& openID) {
+    if (!canSave) throw FileError("写入", "feishu-config.yaml", EIO);
+    saved = openID;
+  };
+  restart();
+  const BotPairing pairing(bot.stateFolder, context.files, clock);
+  const std::string code = pairing.begin();
+  EXPECT_TRUE(run->deliver(phone::text("group", code).inGroup()));
+  EXPECT_FALSE(run->deliver(phone::text("a", code))) << "it could not be saved";
+  EXPECT_EQ(run->awaitEvents(1)[0].kind, BotEvent::Kind::failed);
+  canSave = true;
+  EXPECT_TRUE(run->deliver(phone::text("a", code)));
+  EXPECT_EQ(run->awaitEvents(2)[1].kind, BotEvent::Kind::paired);
+  EXPECT_EQ(saved, "ou_me");
+  EXPECT_EQ(account.config().allowedOpenID, "ou_me");
+  EXPECT_FALSE(pairing.isWaiting());
+  EXPECT_TRUE(run->deliver(phone::text("a", code)));
+  EXPECT_TRUE(run->deliver(phone::text("b", code).by("ou_you")));
+  EXPECT_EQ(platform.awaitReply("a"), "已绑定，以后只有你能使用这个机器人。");
+  EXPECT_EQ(said(), "> 😢 记录失败\n> 已绑定，以后只有你能使用这个机器人。\n");
+  EXPECT_EQ(memosInDiary(), "");
 }
 
 TEST_F(FeishuMessagesTest, TheOldestIdsAreForgotten) {
@@ -308,7 +339,7 @@ TEST_F(DiskTest, NothingIsLostAndNothingTwice) {
   };
   const auto begin = [&] {
     run.reset();
-    fs::remove_all(folder.path());
+    emptyRoot();
     run.emplace(failing, account);
   };
   int failingCall = 0;
@@ -341,7 +372,7 @@ TEST_F(DiskTest, NothingIsLostAndNothingTwice) {
   beforeCall = {};
   for (std::size_t i = 0; i < moments.size() && !HasFailure(); ++i) {
     run.reset();
-    fs::remove_all(folder.path());
+    emptyRoot();
     writeTree(folder.path(), moments[i].tree);
     run.emplace(failing, account);
     for (const PhoneMessage& message : messages)

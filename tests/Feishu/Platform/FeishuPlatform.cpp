@@ -7,6 +7,8 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "Support/Deadline.h"
+
 namespace nomely::test {
 namespace {
 
@@ -424,10 +426,9 @@ void FeishuPlatform::tell(const std::string& line) const {
 }
 
 template <typename Condition>
-void FeishuPlatform::await(const std::string& what, Condition condition,
-                           std::chrono::seconds longest) const {
+void FeishuPlatform::await(const std::string& what, Condition condition) const {
   std::unique_lock lock(mutex_);
-  if (changed_.wait_for(lock, longest, condition)) return;
+  if (changed_.wait_for(lock, longestWait, condition)) return;
   std::string complaints;
   for (const std::string& complaint : complaints_) complaints += "; " + complaint;
   throw std::runtime_error(fmt::format("{} did not come in time{}", what, complaints));
@@ -458,9 +459,10 @@ void FeishuPlatform::awaitPings(std::size_t count) const {
   await("ping", [&] { return pings_ >= count; });
 }
 
-void FeishuPlatform::awaitNothingUnacknowledged(std::chrono::seconds longest) const {
-  await(
-      "the last ack", [&] { return unacknowledged_.empty(); }, longest);
+void FeishuPlatform::awaitUnacknowledged(std::size_t atMost,
+                                         std::chrono::milliseconds longest) const {
+  std::unique_lock lock(mutex_);
+  changed_.wait_for(lock, longest, [&] { return unacknowledged_.size() <= atMost; });
 }
 
 }  // namespace nomely::test

@@ -105,7 +105,8 @@ class FeishuPlatform {
   std::string awaitReply(const std::string& id, std::size_t count = 1) const;
   void awaitCalls(Call call, std::size_t count) const;
   void awaitPings(std::size_t count) const;
-  void awaitNothingUnacknowledged(std::chrono::seconds longest) const;
+  // Until no more than so many messages are unacknowledged, or that time is over.
+  void awaitUnacknowledged(std::size_t atMost, std::chrono::milliseconds longest) const;
   // The `count`-th WebSocket, open or not by then.
   [[nodiscard]] std::shared_ptr<WebSocketPeer> awaitConnection(std::size_t count = 1) const {
     return sockets_.awaitPeer(count);
@@ -156,8 +157,7 @@ class FeishuPlatform {
   void complain(const std::string& text);
   void tell(const std::string& line) const;
   template <typename Condition>
-  void await(const std::string& what, Condition condition,
-             std::chrono::seconds longest = std::chrono::seconds(30)) const;
+  void await(const std::string& what, Condition condition) const;
   [[nodiscard]] const Record& record(const std::string& id) const;
 
   mutable std::mutex mutex_;

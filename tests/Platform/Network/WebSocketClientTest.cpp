@@ -175,21 +175,6 @@ TEST_F(WebSocketClientTest, StopsAtOnce) {
   server.awaitQuiet();
 }
 
-// Who asks without end and takes no answer is not listened to, rather than filling the memory.
-TEST_F(WebSocketClientTest, AnswersNobodyWhoDoesNotListen) {
-  const auto socket = connected();
-  const auto peer = nextPeer();
-  peer->freeze();
-  std::jthread pinging([&] {
-    for (int i = 0; i < 400'000; ++i) peer->sendRaw("\x89\x01p");
-  });
-  auto receiving = std::async(std::launch::async, [&] { return endOf(*socket); });
-  EXPECT_EQ(receiving.wait_for(300ms), std::future_status::timeout);
-  socket->close(1001);
-  EXPECT_EQ(receiving.get(), Kind::closed);
-  peer->cut();
-}
-
 TEST(HttpClientOverTls, TrustsWhomItIsTold) {
   LoopbackServer server;
   server.answer("/", {.body = "secret"});
