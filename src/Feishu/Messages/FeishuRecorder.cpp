@@ -171,7 +171,7 @@ FeishuMemoWriter::WriteResult FeishuRecorder::record(const FeishuInbox::Entry& e
 WriteResult FeishuRecorder::write(const FeishuInbox::Entry& entry,
                                   const FeishuMemoWriter::Content& content) const {
   FeishuMemoWriter& writer = parts_.writer;
-  const WriteResult result = parts_.context.storage().write([&] {
+  WriteResult result = parts_.context.storage().write([&] {
     WriteResult written = content.files.empty() ? writer.writeMemo(content)
                                                 : writer.writeMemoWithAttachments(content);
     try {

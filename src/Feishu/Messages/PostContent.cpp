@@ -43,7 +43,7 @@ class Reading {
  private:
   std::string textFor(const Json& element) {
     const std::string tag = textOf(element, "tag");
-    const std::string text = textOf(element, "text");
+    std::string text = textOf(element, "text");
     if (tag == "a") return link(text, textOf(element, "href"));
     if (tag == "at") return at(textOf(element, "user_name"));
     if (tag == "img") return show(textOf(element, "image_key"), FeishuAPI::Resource::image);

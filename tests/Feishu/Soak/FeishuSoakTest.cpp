@@ -109,7 +109,7 @@ class FeishuSoakTest : public testing::Test {
       ++counts.cuts;
     }
     if (oneIn(30)) platform.redeliver(messages[random() % messages.size()].message.id());
-    if (oneIn(100)) platform.expireTokens();
+    if (oneIn(300)) platform.expireTokens();
     for (const Call call : {Call::resource, Call::endpoint, Call::token, Call::reaction})
       if (oneIn(150)) {
         platform.fail(call, {.status = 500, .body = "{"}, 2);
@@ -123,7 +123,7 @@ class FeishuSoakTest : public testing::Test {
   }
 
   // From a disk that fails with every third message to one that hardly does.
-  std::uint64_t faultEvery() { return 90 + random() % (random() % 2 == 0 ? 200 : 2000); }
+  std::uint64_t faultEvery() { return 40 + random() % (random() % 2 == 0 ? 200 : 2000); }
 
   void sendOne() {
     messages.push_back(soakMessage(messages.size(), platform, sound));
@@ -207,7 +207,7 @@ class FeishuSoakTest : public testing::Test {
   const StoreContext storage{{folder.path() / "root"}, FileManager(posixFileSystem()), clock};
   FeishuPlatform platform;
   Bot bot{folder.path(), platform.root()};
-  std::minstd_rand random{7};
+  std::mt19937 random{7};
   std::string sound;
   std::vector<SoakMessage> messages;
   std::size_t voiceSize = 0;

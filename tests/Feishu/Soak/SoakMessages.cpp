@@ -7,7 +7,7 @@
 namespace nomely::test {
 
 SoakMessage soakMessage(std::size_t number, FeishuPlatform& platform, const std::string& sound) {
-  std::minstd_rand random(static_cast<unsigned>(number + 1));
+  std::mt19937 random(static_cast<unsigned>(number));
   const std::string id = fmt::format("om_{}", number);
   const std::string text = fmt::format("第 {} 条 #标签{}", number, number % 7);
   std::vector<std::string> files;
