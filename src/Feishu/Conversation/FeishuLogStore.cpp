@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <exception>
-#include <iterator>
 #include <map>
 #include <string_view>
 #include <utility>
@@ -26,26 +25,28 @@ bool isSame(const std::optional<FileAttributes>& left, const std::optional<FileA
          left->size == right->size && left->modified == right->modified;
 }
 
-void keepLatest(std::vector<FeishuLogEntry>& entries) {
-  if (entries.size() > FeishuLogStore::mostEntries)
-    entries.erase(entries.begin(), entries.end() - FeishuLogStore::mostEntries);
+template <typename Item>
+void keepLatest(std::vector<Item>& items) {
+  if (items.size() > FeishuLogStore::mostEntries)
+    items.erase(items.begin(), items.end() - FeishuLogStore::mostEntries);
 }
 
-std::vector<FeishuLogEntry> entriesIn(std::string_view bytes) {
-  std::vector<FeishuLogEntry> entries;
+// The latest that are whole.
+std::vector<std::string> linesIn(std::string_view bytes) {
+  std::vector<std::string> lines;
   while (!bytes.empty()) {
     const std::string_view line = bytes.substr(0, bytes.find('\n'));
-    if (auto entry = FeishuLogEntry::fromLine(line)) entries.push_back(*std::move(entry));
+    if (FeishuLogEntry::fromLine(line)) lines.emplace_back(line);
     bytes.remove_prefix(std::min(line.size() + 1, bytes.size()));
   }
-  keepLatest(entries);
-  return entries;
+  keepLatest(lines);
+  return lines;
 }
 
-std::string linesOf(const std::vector<FeishuLogEntry>& entries) {
-  std::string lines;
-  for (const FeishuLogEntry& entry : entries) lines += entry.line() + '\n';
-  return lines;
+std::string joined(const std::vector<std::string>& lines) {
+  std::string bytes;
+  for (const std::string& line : lines) bytes.append(line) += '\n';
+  return bytes;
 }
 
 void announce() {
@@ -107,7 +108,10 @@ void FeishuLogStore::writePending() {
   try {
     // The gate would make it: of a disk that isn't mounted, as a root that looks empty.
     if (!storage_.files.isDirectory(storage_.paths.rootURL)) throw FileError("写入", file_, ENOENT);
-    storage_.write([&] { write(std::move(added)); });
+    std::vector<std::string> lines;
+    lines.reserve(added.size());
+    for (const FeishuLogEntry& entry : added) lines.push_back(entry.line());
+    storage_.write([&] { write(lines); });
   } catch (const std::exception& error) {
     cache_.reset();  // the file may hold a part of a line
     return Log::error(LogChannel::feishu, "日志追加失败：{}", error.what());
@@ -115,23 +119,21 @@ void FeishuLogStore::writePending() {
   announce();
 }
 
-void FeishuLogStore::write(std::vector<FeishuLogEntry> added) {
+void FeishuLogStore::write(const std::vector<std::string>& added) {
   storage_.prepareFolder(storage_.paths.metaFolder());
   refresh();
   const FileManager& files = storage_.files;
   if (seen_ && seen_->permissions != ownerOnly) files.setPermissions(file_, ownerOnly);
-  std::string lines = linesOf(added);
-  std::vector<FeishuLogEntry> entries = *cache_;
-  entries.insert(entries.end(), std::move_iterator(added.begin()), std::move_iterator(added.end()));
-  if (entries.size() > mostEntries) {
-    keepLatest(entries);
-    files.writeAtomically(file_, linesOf(entries), FileManager::Durability::later);
-  } else if (!files.append(file_, endsInHalfLine_ ? "\n" + lines : lines)) {
-    (void)files.createAtomically(file_, lines, ownerOnly);
+  std::vector<std::string>& lines = *cache_;
+  lines.insert(lines.end(), added.begin(), added.end());
+  if (lines.size() > mostEntries) {
+    keepLatest(lines);
+    files.writeAtomically(file_, joined(lines), FileManager::Durability::later);
+  } else if (!files.append(file_, (endsInHalfLine_ ? "\n" : "") + joined(added))) {
+    (void)files.createAtomically(file_, joined(added), ownerOnly);
   }
   seen_ = files.attributes(file_);
   endsInHalfLine_ = false;
-  cache_ = std::move(entries);
 }
 
 void FeishuLogStore::refresh() {
@@ -142,7 +144,7 @@ void FeishuLogStore::refresh() {
   const std::string bytes = storage_.files.read(file_, mostBytes).value_or("");
   endsInHalfLine_ = !bytes.empty() && bytes.back() != '\n';
   seen_ = found;
-  cache_ = entriesIn(bytes);
+  cache_ = linesIn(bytes);
 }
 
 // Those who are told of a change are told on the queue, and may call from there.
@@ -154,7 +156,11 @@ decltype(auto) FeishuLogStore::onQueue(Body body) {
 std::vector<FeishuLogEntry> FeishuLogStore::load() {
   return onQueue([this] {
     refresh();
-    return *cache_;
+    std::vector<FeishuLogEntry> entries;
+    entries.reserve(cache_->size());
+    for (const std::string& line : *cache_)
+      entries.push_back(FeishuLogEntry::fromLine(line).value());
+    return entries;
   });
 }
 

@@ -49,7 +49,7 @@ class FeishuLogStore {
   template <typename Body>
   decltype(auto) onQueue(Body body);
   // Inside a write of the gate.
-  void write(std::vector<FeishuLogEntry> added);
+  void write(const std::vector<std::string>& added);
   // Makes `cache_` what the file holds.
   void refresh();
 
@@ -58,7 +58,7 @@ class FeishuLogStore {
   std::mutex pendingLock_;
   std::vector<FeishuLogEntry> pending_;  // guarded by pendingLock_
   // The rest is touched on the queue only.
-  std::optional<std::vector<FeishuLogEntry>> cache_;
+  std::optional<std::vector<std::string>> cache_;  // lines; encoding 200 each time would be slow
   std::optional<FileAttributes> seen_;  // the file that `cache_` is of; absent when there was none
   bool endsInHalfLine_ = false;
   SerialQueue queue_{"Nomely.feishu.log"};
