@@ -13,20 +13,8 @@ using Manner = LoopbackServer::Manner;
 using FeishuBridgeTest = BotTest;
 
 TEST_F(FeishuBridgeTest, WhatWasUnderWayAtItsEndGoesOnWithTheNext) {
-  const std::unique_ptr<WebSocketClient> webSockets = makeWebSocketClient();
   const auto started = [&] {
-    auto bridge = std::make_unique<FeishuBridge>(
-        platform.config(), FeishuContext{.memos = memos,
-                                         .searchIndex = index,
-                                         .http = *http,
-                                         .webSockets = *webSockets,
-                                         .timers = timers,
-                                         .platformRoot = platform.root(),
-                                         .temporaryFolder = folder.path(),
-                                         .stateFolder = folder.path() / "state",
-                                         .makeTranscriber = {},
-                                         .saveAllowedOpenID = {},
-                                         .onEvent = {}});
+    auto bridge = std::make_unique<FeishuBridge>(platform.config(), bot);
     bridge->start();
     return bridge;
   };

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <stdexcept>
 
 #include "Core/Query/SearchIndex.h"
 #include "Core/Service/MemoService.h"
@@ -12,7 +11,7 @@
 
 namespace nomely::test {
 
-// A diary and a platform that a bot could talk with, were it connected.
+// A diary and a platform that a bot can talk with.
 class BotTest : public StoreTest {
  protected:
   [[nodiscard]] std::vector<std::string> logged() const {
@@ -21,23 +20,17 @@ class BotTest : public StoreTest {
     return texts;
   }
 
-  struct NoSockets final : WebSocketClient {
-    std::shared_ptr<WebSocket> connect(const std::string&, const std::stop_token&) override {
-      throw std::logic_error("nobody connects");
-    }
-  };
-
   FeishuPlatform platform;
   MemoService memos{context};
   JobPool jobs{1};
   SearchIndex index{context, jobs};
   std::unique_ptr<HttpClient> http = makeHttpClient();
-  NoSockets sockets;
+  std::unique_ptr<WebSocketClient> sockets = makeWebSocketClient();
   ManualTimers timers{clock};
   FeishuContext bot{.memos = memos,
                     .searchIndex = index,
                     .http = *http,
-                    .webSockets = sockets,
+                    .webSockets = *sockets,
                     .timers = timers,
                     .platformRoot = platform.root(),
                     .temporaryFolder = folder.path(),

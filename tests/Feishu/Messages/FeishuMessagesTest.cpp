@@ -269,7 +269,7 @@ class DiskTest : public FeishuMessagesTest {
   FeishuContext failing{.memos = onFailingDisk,
                         .searchIndex = index,
                         .http = *http,
-                        .webSockets = sockets,
+                        .webSockets = *sockets,
                         .timers = timers,
                         .platformRoot = platform.root(),
                         .temporaryFolder = bot.temporaryFolder,
