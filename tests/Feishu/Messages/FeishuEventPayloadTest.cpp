@@ -43,7 +43,6 @@ TEST(FeishuEventPayloadTest, WhatIsToBeRecorded) {
   }();
   const std::pair<std::string, std::string> cases[] = {
       {phone::text("om_1", " \n 你好\u3000").payload(), "text om_1 “你好”"},
-      {phone::text("om_1", " \n\u3000").payload(), "-"},
       {phone::text("../om", "x").payload(), "text  “x”"},
       {phone::text(std::string(201, 'a'), "x").payload(), "text  “x”"},
       {typed("text", "not json"), "-"},
@@ -51,15 +50,11 @@ TEST(FeishuEventPayloadTest, WhatIsToBeRecorded) {
       {typed("text", nested(70)), "-"},
       {phone::image("om_1", "img_v2-1").payload(), "image om_1 “” img_v2-1(image)"},
       {phone::image("om_1", "a/../b").payload(), "-"},
-      {phone::image("", "img_1").payload(), "-"},
       {phone::voice("om_1", "file_1").payload(), "audio om_1 “” file_1(file)"},
-      {typed("audio", "{}"), "-"},
       {phone::file("om_1", "f", "年度\n报告.PDF").payload(), "file om_1 “年度 报告.PDF” f(file)"},
       {phone::file("om_1", "f", "../../etc/pass\x7Fwd ").payload(), "file om_1 “pass wd” f(file)"},
       {typed("file", R"({"file_key":"f"})"), "file om_1 “” f(file)"},
-      {typed("media", R"({"file_key":"f","image_key":"i"})"), "-"},
       {typed("sticker", R"({"file_key":"f"})"), "-"},
-      // Rich text.
       {phone::post("om_1", "周末", {"第一行", "img:i1", "第二行"}).payload(),
        "post om_1 “周末\n第一行\n\n第二行” i1(image)"},
       {phone::post("om_1", "", {"img:i1", "img:i1", "img:../x"}).payload(),
@@ -77,12 +72,9 @@ TEST(FeishuEventPayloadTest, WhatIsToBeRecorded) {
        "post om_1 “题\n**粗**新” f1(file)"},
       {post(R"({"tag":"code_block","language":"GO","text":"a\n````\nb"})"),
        "post om_1 “题\n`````GO\na\n````\nb\n`````”"},
-      {post(R"(7,null,"x",[1],{"tag":3,"text":{}})"), "post om_1 “题”"},
       {post(pictures), "-"},
       {typed("post", R"({"title":[],"content":{"a":1}})"), "-"},
-      // No event.
       {"", "refused"},
-      {"{", "refused"},
       {"[]", "refused"},
       {"\"\xFF\"", "refused"},
       {nested(100000), "refused"},
@@ -95,41 +87,26 @@ TEST(FeishuEventPayloadTest, WhatIsToBeRecorded) {
     EXPECT_EQ(outcomeOf(payload), expected) << payload.substr(0, 300);
 }
 
-TEST(FeishuEventPayloadTest, SenderAndChat) {
-  const auto event = FeishuEventPayload::decode(phone::text("om_1", "x").by("ou_2").payload());
-  EXPECT_EQ(event.openId, "ou_2");
-  EXPECT_EQ(event.chatType, "p2p");
-  const std::string odd = R"({"event":{"sender":{"sender_id":{"open_id":{}}},"message":{}}})";
-  EXPECT_EQ(FeishuEventPayload::decode(odd).openId, "");
-}
-
 TEST(FeishuEventPayloadTest, MomentsFrom2000ToTomorrow) {
   const ManualClock clock("2026-03-01 09:30:05");
   const auto textOf = [](const char* local) {
     const Moment moment = DateFormatters::isoDateTime.parse(local).value();
     return std::to_string(moment.time_since_epoch().count() / 1000);
   };
-  const std::pair<std::string, bool> cases[] = {
-      {textOf("2000-01-01 00:00:00"), true},
-      {textOf("1999-12-31 23:59:59"), false},
-      {textOf("2026-03-02 23:59:59"), true},
-      {textOf("2026-03-03 00:00:00"), false},
-      {textOf("2026-03-01 09:00:00") + ".5", true},
-      {"", false},
-      {"0", false},
-      {"-1", false},
-      {"nan", false},
-      {"inf", false},
-      {"1e400", false},
-      {"9223372036854775807", false},
-      {textOf("2026-03-01 09:00:00") + " ", false},
-  };
-  for (const auto& [createTime, isMoment] : cases)
-    EXPECT_EQ(FeishuEventPayload{.createTime = createTime}.eventCreateTime(clock).has_value(),
-              isMoment)
-        << createTime;
-  EXPECT_EQ(FeishuEventPayload{.createTime = textOf("2026-02-28 23:59:50")}.eventCreateTime(clock),
-            DateFormatters::isoDateTime.parse("2026-02-28 23:59:50"));
+  const std::string bad[] = {textOf("1999-12-31 23:59:59"),
+                             textOf("2026-03-03 00:00:00"),
+                             "",
+                             "0",
+                             "-1",
+                             "nan",
+                             "1e400",
+                             "9223372036854775807",
+                             textOf("2026-03-01 09:00:00") + " "};
+  for (const std::string& createTime : bad)
+    EXPECT_FALSE(FeishuEventPayload{.createTime = createTime}.eventCreateTime(clock)) << createTime;
+  for (const char* local : {"2000-01-01 00:00:00", "2026-02-28 23:59:50", "2026-03-02 23:59:59"})
+    EXPECT_EQ(FeishuEventPayload{.createTime = textOf(local)}.eventCreateTime(clock),
+              DateFormatters::isoDateTime.parse(local));
 }
 
 }  // namespace

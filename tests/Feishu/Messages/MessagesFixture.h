@@ -1,15 +1,10 @@
 #pragma once
 
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -21,27 +16,17 @@
 #include "Feishu/Messages/FeishuMessages.h"
 #include "Support/Deadline.h"
 #include "Support/FaultyFileSystem.h"
+#include "Support/MemoryFileSystem.h"
 
 namespace nomely::test {
 
-// Hears the same in every sound, or nothing.
-class OneSentence final : public SpeechRecognizer {
- public:
-  explicit OneSentence(std::string sentence) : sentence_(std::move(sentence)) {}
-  [[nodiscard]] bool isAvailable() const override { return true; }
-  [[nodiscard]] Recognition recognize(const std::filesystem::path&,
-                                      const std::stop_token&) override {
-    if (sentence_.empty())
-      throw TranscriberError(TranscriberError::Kind::recognitionFailed, "听不清");
-    return {sentence_, {{.text = sentence_, .start = 0, .duration = 1}}};
-  }
+inline void eventually(const std::function<bool()>& condition) {
+  const auto deadline = std::chrono::steady_clock::now() + longestWait;
+  for (; !condition(); std::this_thread::yield())
+    if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error("it never came");
+}
 
- private:
-  std::string sentence_;
-};
-
-// The bot's handling of messages over a diary, without a connection: events go in by call. One of
-// these is one run of the program.
+// One run of the bot's handling of messages. Events go in by call.
 class MessagesRun {
  public:
   MessagesRun(const FeishuContext& context, FeishuAccount& account)
@@ -49,12 +34,11 @@ class MessagesRun {
     context_.onEvent = [this](const BotEvent& event) {
       const std::lock_guard lock(mutex_);
       events_.push_back(event);
-      changed_.notify_all();
     };
     messages_.start();
   }
 
-  // Hands over an event, and returns whether it was acknowledged at once.
+  // Returns whether the event was acknowledged at once.
   bool deliver(const PhoneMessage& message) {
     const std::size_t before = acks(message.id());
     queue_.sync([&] {
@@ -65,15 +49,11 @@ class MessagesRun {
     });
     return acks(message.id()) > before;
   }
-  // Waits until so many events were told since the start, and what they came with is done.
+  // Waits until so many were told since the start, and what they came with is done.
   std::vector<BotEvent> awaitEvents(std::size_t count) {
-    std::unique_lock lock(mutex_);
-    if (!changed_.wait_for(lock, longestWait, [&] { return events_.size() >= count; }))
-      throw std::runtime_error(fmt::format("{} of {} events", events_.size(), count));
-    lock.unlock();
+    eventually([&] { return events().size() >= count; });
     queue_.sync([] {});
-    lock.lock();
-    return events_;
+    return events();
   }
   [[nodiscard]] std::size_t acks(const std::string& id) {
     const std::lock_guard lock(mutex_);
@@ -81,8 +61,12 @@ class MessagesRun {
   }
 
  private:
+  [[nodiscard]] std::vector<BotEvent> events() {
+    const std::lock_guard lock(mutex_);
+    return events_;
+  }
+
   std::mutex mutex_;
-  std::condition_variable changed_;
   std::vector<BotEvent> events_;
   std::map<std::string, std::size_t> acks_;
   FeishuContext context_;
@@ -94,33 +78,36 @@ class MessagesRun {
   FeishuMessages messages_{context_, account_, queue_, replies_, queries_, *log_};
 };
 
-inline void eventually(const std::function<bool()>& condition) {
-  const auto deadline = std::chrono::steady_clock::now() + longestWait;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error("it never came");
-    std::this_thread::yield();
+// Hears the same in every sound; nothing when that is empty.
+struct OneSentence final : SpeechRecognizer {
+  explicit OneSentence(std::string heard) : sentence(std::move(heard)) {}
+  [[nodiscard]] bool isAvailable() const override { return !sentence.empty(); }
+  [[nodiscard]] Recognition recognize(const std::filesystem::path&,
+                                      const std::stop_token&) override {
+    return {sentence, {{.text = sentence, .start = 0, .duration = 1}}};
   }
-}
+  std::string sentence;
+};
 
+// Runs over a disk that a test can fill up, or look at before each call.
 class MessagesTest : public BotTest {
  protected:
-  MessagesTest() {
-    bot.temporaryFolder = outside.path();
-    bot.stateFolder = outside.path() / "state";
-    bot.makeTranscriber = [this] {
-      return std::make_unique<SpeechTranscriber>(std::make_shared<OneSentence>(spoken),
-                                                 outside.path());
-    };
-    run.emplace(bot, account);
-  }
+  MessagesTest() { restart(); }
 
   // As when the program is ended and started again.
   void restart() {
     run.reset();
-    run.emplace(bot, account);
+    run.emplace(onThatDisk, account);
   }
-
-  // "08:59 “你好” 跑步 jpg(照片.jpg)": the memos of all days, hidden tags left out.
+  // The same, with an empty diary.
+  void startAnew(const Tree& tree = {}) {
+    run.reset();
+    std::filesystem::remove_all(folder.path());
+    std::filesystem::create_directory(folder.path());
+    writeTree(folder.path(), tree);
+    restart();
+  }
+  // "01 08:59 “你好” 跑步 .jpg(照片.jpg)": a line a memo, hidden tags left out.
   [[nodiscard]] std::string memosInDiary() const {
     std::string text;
     for (const Day date : store.listAllDates())
@@ -128,35 +115,59 @@ class MessagesTest : public BotTest {
         text += fmt::format("{} {} “{}”", date.string().substr(8), memo.time, memo.body);
         for (const std::string& tag : memo.tags)
           if (!TagNames::isHidden(tag) && tag != "飞书") text += " " + tag;
-        for (const std::string& name : memo.attachments) text += " " + attached(memo, date, name);
+        for (const std::string& name : memo.attachments) {
+          const auto file = context.paths.dayFolder(date) / name;
+          text += (std::filesystem::exists(file) ? " " : " missing") + file.extension().string();
+          if (memo.originalNames.contains(name)) text += "(" + memo.originalNames.at(name) + ")";
+          if (memo.audioTranscripts.contains(name)) text += memo.audioTranscripts.at(name).text;
+        }
         text += "\n";
       }
     return text;
   }
-  // "< 你好\n> 👍 已记录": what was said in the chat.
+  // "< 你好\n> 👍 已记录\n": what was said in the chat.
   [[nodiscard]] std::string said() const {
     std::string text;
     for (const FeishuLogEntry& entry : log->load())
-      text +=
-          fmt::format("{} {}\n", entry.direction == FeishuLogEntry::Direction::incoming ? "<" : ">",
-                      entry.text);
+      text += (entry.direction == FeishuLogEntry::Direction::incoming ? "< " : "> ") + entry.text +
+              "\n";
     return text;
   }
   [[nodiscard]] std::size_t waiting() const { return FeishuInbox::counts(context).waiting; }
 
   TemporaryFolder outside{quickParent()};
   std::string spoken = "你好世界";
+  std::function<void(const std::string& openID)> saveAllowed;
+  // Called before each call that changes the root, but for the log's: with the path below it.
+  std::function<void(const std::string&)> beforeCall;
+  std::mutex calling;
+  FaultyFileSystem files{posixFileSystem(), {}, [this](const FaultyFileSystem::Call& call) {
+                           const std::string path = call.path;
+                           const std::string root = folder.path().string() + "/";
+                           if (path.starts_with(root) && path.find("-log") == std::string::npos &&
+                               call.name != "stat" && call.name != "read" && call.name != "list") {
+                             const std::lock_guard lock(calling);
+                             if (beforeCall) beforeCall(path.substr(root.size()));
+                           }
+                         }};
+  MemoService memosOnThatDisk{{context.paths, FileManager(files), clock}};
+  FeishuContext onThatDisk{
+      .memos = memosOnThatDisk,
+      .searchIndex = index,
+      .http = *http,
+      .webSockets = sockets,
+      .timers = timers,
+      .platformRoot = platform.root(),
+      .temporaryFolder = outside.path(),
+      .stateFolder = outside.path() / "state",
+      .makeTranscriber =
+          [this] {
+            return std::make_unique<SpeechTranscriber>(std::make_shared<OneSentence>(spoken),
+                                                       outside.path());
+          },
+      .saveAllowedOpenID = [this](const std::string& openID) { saveAllowed(openID); },
+      .onEvent = {}};
   std::optional<MessagesRun> run;
-
- private:
-  [[nodiscard]] std::string attached(const Memo& memo, Day date, const std::string& name) const {
-    const auto file = context.paths.dayFolder(date) / name;
-    const auto original = memo.originalNames.find(name);
-    const auto transcript = memo.audioTranscripts.find(name);
-    return (std::filesystem::exists(file) ? "" : "missing ") + file.extension().string() +
-           (original == memo.originalNames.end() ? "" : fmt::format("({})", original->second)) +
-           (transcript == memo.audioTranscripts.end() ? "" : "“" + transcript->second.text + "”");
-  }
 };
 
 }  // namespace nomely::test
