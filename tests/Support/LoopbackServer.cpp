@@ -7,11 +7,8 @@
 #include <sstream>
 #include <stdexcept>
 
-#include <arpa/inet.h>
 #include <fmt/format.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include "Platform/Text/Ascii.h"
 #include "Platform/Text/Unicode.h"
@@ -34,6 +31,12 @@ bool receive(int socket, std::string& text, std::size_t length) {
   return true;
 }
 
+// Until the client leaves or the server ends.
+void hang(int socket) {
+  char ignored = 0;
+  while (::recv(socket, &ignored, 1, 0) > 0) continue;
+}
+
 LoopbackServer::Request parsedHead(const std::string& head) {
   LoopbackServer::Request request;
   std::istringstream lines(head);
@@ -47,65 +50,8 @@ LoopbackServer::Request parsedHead(const std::string& head) {
 
 }  // namespace
 
-// A client's.
-class LoopbackServer::Connection {
- public:
-  explicit Connection(int accepted) : socket(accepted) {}
-  ~Connection() {
-    thread.join();
-    ::close(socket);
-  }
-  Connection(const Connection&) = delete;
-  Connection& operator=(const Connection&) = delete;
-
-  // False when the client has left.
-  [[nodiscard]] bool send(std::string_view bytes) const {
-    while (!bytes.empty()) {
-      const ssize_t count = ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-      if (count <= 0) return false;
-      bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
-  }
-  // Until the client leaves or the server ends.
-  void hang() const {
-    char ignored = 0;
-    while (::recv(socket, &ignored, 1, 0) > 0) continue;
-  }
-
-  const int socket;
-  std::thread thread;
-  bool hasEnded = false;  // by the server's lock
-};
-
-LoopbackServer::LoopbackServer() {
-  listening_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  auto* const any = reinterpret_cast<sockaddr*>(&address);
-  if (::bind(listening_, any, length) != 0 || ::listen(listening_, 64) != 0 ||
-      ::getsockname(listening_, any, &length) != 0)
-    throw std::runtime_error("no loopback server");
-  port_ = ntohs(address.sin_port);
-  accepting_ = std::jthread([this] { accept(); });
-}
-
-LoopbackServer::~LoopbackServer() {
-  {
-    const std::lock_guard lock(mutex_);
-    closing_ = true;
-    for (const Connection& connection : connections_) ::shutdown(connection.socket, SHUT_RDWR);
-  }
-  ::shutdown(listening_, SHUT_RDWR);
-  accepting_.join();
-  connections_.clear();
-  ::close(listening_);
-}
-
 std::string LoopbackServer::url(std::string_view path) const {
-  return fmt::format("http://127.0.0.1:{}{}", port_, path);
+  return fmt::format("http://127.0.0.1:{}{}", port(), path);
 }
 
 void LoopbackServer::answer(const std::string& path, Answer answer) {
@@ -134,47 +80,13 @@ LoopbackServer::Request LoopbackServer::awaitRequest(std::size_t count) const {
   return requests_.back();
 }
 
-void LoopbackServer::awaitQuiet() const {
-  std::unique_lock lock(mutex_);
-  if (!changed_.wait_for(lock, longestWait, [&] { return open_ == 0; }))
-    throw std::runtime_error("a connection stays open");
-}
-
-void LoopbackServer::accept() {
-  for (;;) {
-    const int socket = ::accept4(listening_, nullptr, nullptr, SOCK_CLOEXEC);
-    const std::lock_guard lock(mutex_);
-    if (closing_) {
-      if (socket >= 0) ::close(socket);
-      return;
-    }
-    if (socket < 0) continue;
-    dropEnded();
-    ++open_;
-    Connection& connection = connections_.emplace_back(socket);
-    connection.thread = std::thread([this, &connection] {
-      serve(connection);
-      ::shutdown(connection.socket, SHUT_RDWR);
-      const std::lock_guard ended(mutex_);
-      connection.hasEnded = true;
-      --open_;
-      changed_.notify_all();
-    });
-  }
-}
-
-// A server that answers thousands of requests would otherwise run out of descriptors.
-void LoopbackServer::dropEnded() {
-  connections_.remove_if([](const Connection& connection) { return connection.hasEnded; });
-}
-
-void LoopbackServer::serve(const Connection& connection) {
+void LoopbackServer::serve(int socket) {
   std::string text;
-  if (!receive(connection.socket, text, std::string::npos)) return;
+  if (!receive(socket, text, std::string::npos)) return;
   const std::size_t bodyStart = text.find("\r\n\r\n") + 4;
   Request request = parsedHead(text.substr(0, bodyStart - 2));
   if (const auto said = request.headers.find("content-length"); said != request.headers.end())
-    if (!receive(connection.socket, text, bodyStart + std::stoull(said->second))) return;
+    if (!receive(socket, text, bodyStart + std::stoull(said->second))) return;
   request.body = text.substr(bodyStart);
   const Answer answer = answerTo(request);
   {
@@ -182,7 +94,7 @@ void LoopbackServer::serve(const Connection& connection) {
     requests_.push_back(std::move(request));
     changed_.notify_all();
   }
-  send(connection, answer);
+  send(socket, answer);
 }
 
 LoopbackServer::Answer LoopbackServer::answerTo(const Request& request) {
@@ -200,34 +112,34 @@ LoopbackServer::Answer LoopbackServer::answerTo(const Request& request) {
   return answering ? answering(request) : Answer{.status = 404, .body = "nothing here"};
 }
 
-void LoopbackServer::send(const Connection& connection, const Answer& answer) const {
-  if (answer.takeOver) return answer.takeOver(connection.socket);
-  if (answer.manner == Manner::hanging) return connection.hang();
+void LoopbackServer::send(int socket, const Answer& answer) const {
+  if (answer.takeOver) return answer.takeOver(socket);
+  if (answer.manner == Manner::hanging) return hang(socket);
   if (answer.manner == Manner::raw) {
-    static_cast<void>(connection.send(answer.body));
+    static_cast<void>(sendAll(socket, answer.body));
     return;
   }
   std::string head =
       fmt::format("HTTP/1.1 {} Told\r\nConnection: close\r\nContent-Length: {}\r\n", answer.status,
                   answer.saidLength.value_or(answer.body.size() * answer.times));
   for (const auto& [name, value] : answer.headers) head += fmt::format("{}: {}\r\n", name, value);
-  if (!connection.send(head + "\r\n")) return;
+  if (!sendAll(socket, head + "\r\n")) return;
   const std::string_view body = answer.body;
   switch (answer.manner) {
     case Manner::byteByByte:
       for (const char& byte : body) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        if (!connection.send({&byte, 1})) return;
+        if (!sendAll(socket, {&byte, 1})) return;
       }
       return;
     case Manner::cutOff:
-      static_cast<void>(connection.send(body.substr(0, body.size() / 2)));
+      static_cast<void>(sendAll(socket, body.substr(0, body.size() / 2)));
       return;
     case Manner::halfHanging:
-      if (connection.send(body.substr(0, body.size() / 2))) connection.hang();
+      if (sendAll(socket, body.substr(0, body.size() / 2))) hang(socket);
       return;
     default:
-      for (std::size_t i = 0; i < answer.times && connection.send(body); ++i) continue;
+      for (std::size_t i = 0; i < answer.times && sendAll(socket, body); ++i) continue;
   }
 }
 

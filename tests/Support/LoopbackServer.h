@@ -4,15 +4,15 @@
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
-#include <list>
 #include <map>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <utility>
 #include <vector>
+
+#include "Support/LoopbackListener.h"
 
 namespace nomely::test {
 
@@ -57,12 +57,7 @@ class LoopbackServer {
   };
   using Answering = std::function<Answer(const Request&)>;
 
-  LoopbackServer();
-  ~LoopbackServer();
-  LoopbackServer(const LoopbackServer&) = delete;
-  LoopbackServer& operator=(const LoopbackServer&) = delete;
-
-  [[nodiscard]] std::uint16_t port() const { return port_; }
+  [[nodiscard]] std::uint16_t port() const { return listener_.port(); }
   // "http://127.0.0.1:40123", with `path` after it.
   [[nodiscard]] std::string url(std::string_view path = {}) const;
 
@@ -79,27 +74,18 @@ class LoopbackServer {
   // The latest once `count` have come; throws when they don't in time.
   [[nodiscard]] Request awaitRequest(std::size_t count = 1) const;
   // Returns once every connection has ended from the client's side or ours; throws otherwise.
-  void awaitQuiet() const;
+  void awaitQuiet() const { listener_.awaitQuiet(); }
 
  private:
-  class Connection;
-
-  void accept();
-  void dropEnded();
-  void serve(const Connection& connection);
+  void serve(int socket);
   [[nodiscard]] Answer answerTo(const Request& request);
-  void send(const Connection& connection, const Answer& answer) const;
+  void send(int socket, const Answer& answer) const;
 
-  int listening_ = -1;
-  std::uint16_t port_ = 0;
   mutable std::mutex mutex_;
   mutable std::condition_variable changed_;
   std::map<std::string, Answering> answers_;
   std::vector<Request> requests_;
-  std::size_t open_ = 0;
-  bool closing_ = false;
-  std::list<Connection> connections_;
-  std::jthread accepting_;
+  LoopbackListener listener_{[this](int socket) { serve(socket); }};  // ends before all of that
 };
 
 }  // namespace nomely::test

@@ -11,9 +11,9 @@
 #include <openssl/x509v3.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include "Platform/Network/WithoutPipeSignal.h"
+#include "Platform/System/Descriptor.h"
 
 namespace nomely::test {
 namespace {
@@ -24,22 +24,15 @@ std::unique_ptr<Made, Free> owned(Made* made, Free free) {
   return {made, free};
 }
 
-sockaddr_in onLoopback(std::uint16_t port) {
+Descriptor connected(std::uint16_t port) {
+  Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   address.sin_port = htons(port);
-  return address;
-}
-
-bool sendAll(int socket, const char* bytes, std::size_t length) {
-  while (length > 0) {
-    const ssize_t count = ::send(socket, bytes, length, MSG_NOSIGNAL);
-    if (count <= 0) return false;
-    bytes += count;
-    length -= static_cast<std::size_t>(count);
-  }
-  return true;
+  if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+    socket.close();
+  return socket;
 }
 
 }  // namespace
@@ -82,88 +75,31 @@ class TlsEntrance::Context {
       owned(SSL_CTX_new(TLS_server_method()), SSL_CTX_free);
 };
 
-// A client's connection and the one that it leads to.
-struct TlsEntrance::Passage {
-  ~Passage() {
-    thread.join();
-    ::close(outer);
-    ::close(inner);
-  }
-  void end() const {
-    ::shutdown(outer, SHUT_RDWR);
-    ::shutdown(inner, SHUT_RDWR);
-  }
-
-  int outer;
-  int inner;
-  std::thread thread{};
-};
-
 TlsEntrance::TlsEntrance(std::uint16_t to)
-    : context_(std::make_unique<Context>(certificates())), to_(to) {
-  listening_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address = onLoopback(0);
-  socklen_t length = sizeof address;
-  auto* const any = reinterpret_cast<sockaddr*>(&address);
-  if (::bind(listening_, any, length) != 0 || ::listen(listening_, 64) != 0 ||
-      ::getsockname(listening_, any, &length) != 0)
-    throw std::runtime_error("no TLS entrance");
-  port_ = ntohs(address.sin_port);
-  accepting_ = std::jthread([this] { accept(); });
-}
+    : context_(std::make_unique<Context>(certificates())), to_(to) {}
 
-TlsEntrance::~TlsEntrance() {
-  {
-    const std::lock_guard lock(mutex_);
-    closing_ = true;
-    for (const Passage& passage : passages_) passage.end();
-  }
-  ::shutdown(listening_, SHUT_RDWR);
-  accepting_.join();
-  passages_.clear();
-  ::close(listening_);
-}
+TlsEntrance::~TlsEntrance() = default;
 
 std::string TlsEntrance::authority() const {
-  return fmt::format("localhost:{}", port_);
+  return fmt::format("localhost:{}", port());
 }
 
-void TlsEntrance::accept() {
-  for (;;) {
-    const int outer = ::accept4(listening_, nullptr, nullptr, SOCK_CLOEXEC);
-    const std::lock_guard lock(mutex_);
-    if (closing_) {
-      if (outer >= 0) ::close(outer);
-      return;
-    }
-    if (outer < 0) continue;
-    Passage& passage =
-        passages_.emplace_back(outer, ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    passage.thread = std::thread([this, &passage] {
-      carry(passage);
-      passage.end();
-    });
-  }
-}
-
-void TlsEntrance::carry(const Passage& passage) const {
+void TlsEntrance::carry(int outer) const {
   const WithoutPipeSignal quiet;
-  const auto tls = context_->accept(passage.outer);
-  const sockaddr_in address = onLoopback(to_);
-  if (!tls ||
-      ::connect(passage.inner, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
-    return;
+  const auto tls = context_->accept(outer);
+  const Descriptor inner = connected(to_);
+  if (!tls || inner.get() < 0) return;
   std::array<char, 1 << 14> buffer{};
   for (;;) {
-    std::array<pollfd, 2> waited{{{passage.outer, POLLIN, 0}, {passage.inner, POLLIN, 0}}};
+    std::array<pollfd, 2> waited{{{outer, POLLIN, 0}, {inner.get(), POLLIN, 0}}};
     if (SSL_pending(tls.get()) == 0) ::poll(waited.data(), waited.size(), -1);
     if (SSL_pending(tls.get()) > 0 || waited[0].revents != 0) {
       const int count = SSL_read(tls.get(), buffer.data(), static_cast<int>(buffer.size()));
-      if (count <= 0 || !sendAll(passage.inner, buffer.data(), static_cast<std::size_t>(count)))
+      if (count <= 0 || !sendAll(inner.get(), {buffer.data(), static_cast<std::size_t>(count)}))
         return;
     }
     if (waited[1].revents != 0) {
-      const ssize_t count = ::recv(passage.inner, buffer.data(), buffer.size(), 0);
+      const ssize_t count = ::recv(inner.get(), buffer.data(), buffer.size(), 0);
       if (count <= 0 || SSL_write(tls.get(), buffer.data(), static_cast<int>(count)) <= 0) return;
     }
   }

@@ -1,13 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
-#include <list>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <thread>
 
+#include "Support/LoopbackListener.h"
 #include "Support/TemporaryFolder.h"
 
 namespace nomely::test {
@@ -19,31 +16,22 @@ class TlsEntrance {
  public:
   explicit TlsEntrance(std::uint16_t to);
   ~TlsEntrance();
-  TlsEntrance(const TlsEntrance&) = delete;
-  TlsEntrance& operator=(const TlsEntrance&) = delete;
 
   // "localhost:40123"
   [[nodiscard]] std::string authority() const;
-  [[nodiscard]] std::uint16_t port() const { return port_; }
+  [[nodiscard]] std::uint16_t port() const { return listener_.port(); }
   // Whom to trust to get in.
   [[nodiscard]] std::string certificates() const { return folder_.path() / "certificate.pem"; }
 
  private:
   class Context;
-  struct Passage;
 
-  void accept();
-  void carry(const Passage& passage) const;
+  void carry(int outer) const;
 
   const TemporaryFolder folder_;
   const std::unique_ptr<Context> context_;
   const std::uint16_t to_;
-  int listening_ = -1;
-  std::uint16_t port_ = 0;
-  std::mutex mutex_;
-  bool closing_ = false;
-  std::list<Passage> passages_;
-  std::jthread accepting_;
+  const LoopbackListener listener_{[this](int outer) { carry(outer); }};
 };
 
 }  // namespace nomely::test

@@ -51,15 +51,6 @@ std::string encoded(const WebSocketFrame& frame) {
   return head + frame.payload;
 }
 
-bool sendAll(int socket, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t count = ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-    if (count <= 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(count));
-  }
-  return true;
-}
-
 }  // namespace
 
 void WebSocketPeer::send(const WebSocketFrame& frame) {

@@ -1,4 +1,5 @@
 #include <future>
+#include <sstream>
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -47,6 +48,16 @@ class FeishuAPITest : public testing::Test {
     });
   }
 
+  // The latest request: its parts in lines.
+  [[nodiscard]] std::string asked() const {
+    const LoopbackServer::Request request = server.requests().back();
+    std::string told = request.method + " " + request.target;
+    for (const char* const name : {"content-type", "authorization"})
+      if (const auto found = request.headers.find(name); found != request.headers.end())
+        told += "\n" + found->second;
+    return told + "\n" + request.body;
+  }
+
   LoopbackServer server;
   const std::unique_ptr<HttpClient> http = makeHttpClient();
   const Platform platform{*http, server.url()};
@@ -64,33 +75,27 @@ TEST_F(FeishuAPITest, Endpoint) {
            {{.body = R"({"code":0,"data":{}})"}, "飞书 API 错误 code=0|unknown"},
            {{.body = R"({"code":0,"msg":"m"})"}, "飞书 API 错误 code=0|m"},
            {{.body = R"({"code":-3,"msg":"m","data":{"URL":"x"}})"}, "飞书 API 错误 code=-3|m"},
-           {{.body = R"({"data":{"URL":"x"}})"}, "JSON"},
-           {{.body = R"({"code":"0","data":{"URL":"x"}})"}, "JSON"},
-           {{.body = R"({"code":9223372036854775808})"}, "JSON"},
-           {{.body = R"({"code":0,"data":{"URL":1}})"}, "JSON"},
-           {{.body = R"({"code":0,"data":{"URL":"x","ClientConfig":{"PingInterval":"1"}}})"},
-            "JSON"},
-           {{.body = R"({"code":0,"data":"URL"})"}, "JSON"},
-           {{.body = "[0]"}, "JSON"},
-           {{.body = ""}, "JSON"},
            {{.body = "SSH-2.0-x\r\n", .manner = LoopbackServer::Manner::raw},
             "飞书返回无效响应"}}) {
     server.answer(endpointPath, answer);
     EXPECT_EQ(endpointOutcome(), outcome) << answer.body;
   }
-  const LoopbackServer::Request asked = server.requests().back();
-  EXPECT_EQ(asked.method + asked.body, R"(POST{"AppID":"cli_1","AppSecret":"s\"e"})");
-  EXPECT_EQ(asked.headers.at("content-type"), "application/json");
-  for (const auto& [query, id] : std::vector<std::pair<std::string, std::optional<std::int32_t>>>{
-           {"", {}},
-           {"?", {}},
-           {"?service_id", {}},
-           {"?service_id=", {}},
-           {"?xservice_id=1&service_id2=2", {}},
-           {"?service_id=x&service_id=1", {}},
-           {"?service_id=2147483648", {}},
-           {"?&service_id=-2147483648", INT32_MIN}})
-    EXPECT_EQ(extractServiceID("wss://h/" + query), id) << query;
+  EXPECT_EQ(asked(),
+            "POST /callback/ws/endpoint\napplication/json\n"
+            R"({"AppID":"cli_1","AppSecret":"s\"e"})");
+  std::istringstream bodies(R"({"data":{"URL":"x"}} {"code":"0","data":{"URL":"x"}} [0] {
+      {"code":9223372036854775808} {"code":0,"data":{"URL":1}} {"code":0,"data":"URL"}
+      {"code":0,"data":{"URL":"x","ClientConfig":{"PingInterval":"1"}}})");
+  for (std::string body; bodies >> body;) {
+    server.answer(endpointPath, {.body = body});
+    EXPECT_EQ(endpointOutcome(), "JSON") << body;
+  }
+  std::istringstream queries(
+      "/ ? ?service_id ?service_id= ?xservice_id=1&service_id2=2 ?service_id=x&service_id=1 "
+      "?service_id=2147483648");
+  for (std::string query; queries >> query;)
+    EXPECT_EQ(extractServiceID("wss://h/" + query), std::nullopt) << query;
+  EXPECT_EQ(extractServiceID("wss://h/?&service_id=-2147483648"), INT32_MIN);
 }
 
 TEST_F(FeishuAPITest, Token) {
@@ -109,26 +114,21 @@ TEST_F(FeishuAPITest, Token) {
     server.answer(tokenPath, answer);
     EXPECT_EQ(tokenOutcome(), outcome) << answer.body.substr(0, 99);
   }
-  const LoopbackServer::Request asked = server.requests().back();
-  EXPECT_EQ(asked.method + asked.body, R"(POST{"app_id":"cli_1","app_secret":"s"})");
-  EXPECT_EQ(asked.headers.at("content-type"), "application/json");
+  EXPECT_EQ(asked(), "POST " + std::string(tokenPath) +
+                         "\napplication/json\n"
+                         R"({"app_id":"cli_1","app_secret":"s"})");
 }
 
 TEST_F(FeishuAPITest, AnswersToMessages) {
+  const std::string post = "POST /open-apis/im/v1/messages/om_1-a/";
+  const std::string headers = "\napplication/json; charset=utf-8\nBearer t-1\n";
   server.answer(messages + std::string("om_1-a/reply"), {.status = 400});
   replyToMessage(platform, message, "好\n\"q\"\xFF", {});
+  EXPECT_EQ(asked(), post + "reply" + headers +
+                         R"({"msg_type":"text","content":"{\"text\":\"好\\n\\\"q\\\"�\"}"})");
   addReaction(platform, message, "THUMBSUP", {});
-  const std::vector<LoopbackServer::Request> asked = server.requests();
-  ASSERT_EQ(asked.size(), 2U);
-  for (const LoopbackServer::Request& request : asked) {
-    EXPECT_EQ(request.method, "POST");
-    EXPECT_EQ(request.headers.at("content-type"), "application/json; charset=utf-8");
-    EXPECT_EQ(request.headers.at("authorization"), "Bearer t-1");
-  }
-  EXPECT_EQ(asked[0].target, "/open-apis/im/v1/messages/om_1-a/reply");
-  EXPECT_EQ(asked[0].body, R"({"msg_type":"text","content":"{\"text\":\"好\\n\\\"q\\\"�\"}"})");
-  EXPECT_EQ(asked[1].target, "/open-apis/im/v1/messages/om_1-a/reactions");
-  EXPECT_EQ(asked[1].body, R"({"reaction_type":{"emoji_type":"THUMBSUP"}})");
+  EXPECT_EQ(asked(),
+            post + "reactions" + headers + R"({"reaction_type":{"emoji_type":"THUMBSUP"}})");
 }
 
 TEST_F(FeishuAPITest, Downloads) {
@@ -151,9 +151,8 @@ TEST_F(FeishuAPITest, Downloads) {
     EXPECT_EQ(download(), outcome);
     EXPECT_EQ(std::filesystem::exists(target), outcome.empty()) << outcome;
   }
-  EXPECT_EQ(server.requests().back().target, path + "?type=image");
-  EXPECT_EQ(server.requests().back().headers.at("authorization"), "Bearer t-1");
-  const std::size_t asked = server.requests().size();
+  EXPECT_EQ(asked(), "GET " + path + "?type=image\nBearer t-1\n");
+  const std::size_t count = server.requests().size();
   for (const char* const unsafe : {"", "a/b", "..", "a?b", "a b", "é", "a%2e"}) {
     EXPECT_EQ(download(unsafe), "飞书返回无效响应");
     EXPECT_EQ(outcomeOf([&] {
@@ -163,7 +162,7 @@ TEST_F(FeishuAPITest, Downloads) {
               "飞书返回无效响应");
   }
   EXPECT_FALSE(isSafeName(std::string(201, 'a')));
-  EXPECT_EQ(server.requests().size(), asked);
+  EXPECT_EQ(server.requests().size(), count);
 }
 
 TEST_F(FeishuAPITest, FourDownloadsAtATime) {
