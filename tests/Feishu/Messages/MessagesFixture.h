@@ -155,7 +155,7 @@ class MessagesTest : public BotTest {
       .memos = memosOnThatDisk,
       .searchIndex = index,
       .http = *http,
-      .webSockets = sockets,
+      .webSockets = *sockets,
       .timers = timers,
       .platformRoot = platform.root(),
       .temporaryFolder = outside.path(),
