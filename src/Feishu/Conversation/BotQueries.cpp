@@ -25,6 +25,11 @@ const Value& anyOf(const std::vector<Value>& values) {
 
 }  // namespace
 
+bool BotQueries::isQuestion(const std::string& text) const {
+  return std::ranges::find(memoryWords, text) != memoryWords.end() ||
+         parseMemoQuery(text, storage_.clock.today()).has_value();
+}
+
 bool BotQueries::answer(const std::string& text, const std::string& messageId) {
   if (std::ranges::find(memoryWords, text) != memoryWords.end()) {
     inBackground(messageId, [this](const auto&) { return randomMemory(); });

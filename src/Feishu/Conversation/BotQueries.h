@@ -18,6 +18,8 @@ class BotQueries {
   BotQueries(const FeishuContext& context, FeishuReplies& replies)
       : storage_(context.storage()), replies_(replies) {}
 
+  // Whether `answer` takes the trimmed text.
+  [[nodiscard]] bool isQuestion(const std::string& text) const;
   // Whether the trimmed text is a question; its answer goes out from a background job, which the
   // end of this object stops.
   bool answer(const std::string& text, const std::string& messageId);

@@ -113,25 +113,26 @@ bool FeishuMessages::hasSeen(const std::string& messageId) {
   return false;
 }
 
+// What else there is to do for a text comes after its ack: those who write the log or ask the
+// platform would compete with the write for gate and processor.
 void FeishuMessages::recordText(FeishuMessage message, Moment date,
                                 const Acknowledge& acknowledge) {
-  log_.logIncoming(message.text);
+  const std::string said = message.text;
   if (message.kind == Kind::text) {
-    if (queries_.answer(message.text, message.messageId)) {
-      context_.tell({.kind = BotEvent::Kind::answered});
-      return acknowledge();
-    }
-    if (auto sentence = extractTodaySentence(message.text)) message.text = std::move(*sentence);
+    if (queries_.isQuestion(said) && answer(said, message.messageId)) return acknowledge();
+    if (auto sentence = extractTodaySentence(said)) message.text = std::move(*sentence);
   }
   const WriteResult result =
       writer_.writeMemo({.body = message.text, .messageId = message.messageId, .date = date});
+  if (result.stands()) acknowledge();
+  log_.logIncoming(said);
   if (result.kind == WriteResult::Kind::duplicate)
     Log::information(LogChannel::feishu, "跳过重复消息 msg_id={}", message.messageId);
   if (result.kind == WriteResult::Kind::success) {
     replies_.reactThumbsUp(message.messageId);
     context_.tell({.kind = BotEvent::Kind::recorded, .place = result.place});
   }
-  if (result.stands()) return acknowledge();
+  if (result.stands()) return;
   Log::error(LogChannel::feishu, "写 memo 失败：{}", result.reason);
   failed(message, result.reason);
   try {
@@ -140,6 +141,13 @@ void FeishuMessages::recordText(FeishuMessage message, Moment date,
     Log::error(LogChannel::feishu, "收件箱写不进去：{}", error.what());
     forget(message.messageId);
   }
+}
+
+bool FeishuMessages::answer(const std::string& question, const std::string& messageId) {
+  log_.logIncoming(question);
+  if (!queries_.answer(question, messageId)) return false;
+  context_.tell({.kind = BotEvent::Kind::answered});
+  return true;
 }
 
 void FeishuMessages::recordMedia(const FeishuMessage& message, Moment date,

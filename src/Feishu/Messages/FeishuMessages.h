@@ -49,6 +49,7 @@ class FeishuMessages final : public FeishuEvents {
   // Whether the id is one that has been seen; else it has from here on.
   [[nodiscard]] bool hasSeen(const std::string& messageId);
   void forget(const std::string& messageId);
+  [[nodiscard]] bool answer(const std::string& question, const std::string& messageId);
   void recordText(FeishuMessage message, Moment date, const Acknowledge& acknowledge);
   void recordMedia(const FeishuMessage& message, Moment date, const Acknowledge& acknowledge);
   void failed(const FeishuMessage& message, const std::string& reason);
