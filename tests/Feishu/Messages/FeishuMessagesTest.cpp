@@ -143,8 +143,7 @@ TEST_F(FeishuMessagesTest, MediaThatFailAreTriedAgain) {
 }
 
 TEST_F(FeishuMessagesTest, WhatNeverSucceedsIsKeptAside) {
-  writeFile(context.paths.metaFolder() / "feishu-inbox" / "damaged.json", "{");
-  restart();
+  startAnew({{".meta/feishu-inbox/damaged.json", "{"}});
   EXPECT_EQ(run->awaitEvents(1)[0].kind, Kind::keptAside);
   for (const PhoneMessage& message : {phone::voice("a", "playlist"), phone::voice("b", "doc"),
                                       phone::image("c", "empty"), phone::file("d", "none", "x")})
