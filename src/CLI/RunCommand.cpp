@@ -18,7 +18,7 @@ class EventLines {
  public:
   explicit EventLines(const Session& session) : session_(session) {}
 
-  void print(const char* event, const std::string& text, Json more = Json::object()) const {
+  void print(const char* event, const std::string& text, const Json& more = Json::object()) const {
     const Moment now = session_.clock().now();
     if (session_.isJson()) {
       Json json{{"event", event}, {"time", DateFormatters::utcTimestamp(now)}};
@@ -82,7 +82,7 @@ class RunCommand final : public Command {
       tellServiceManager(fmt::format("STATUS={}", text).c_str());
       Json more{{"status", connectionCode(status.kind)}};
       if (!status.text.empty()) more["text"] = status.text;
-      lines.print("status", "机器人" + text, std::move(more));
+      lines.print("status", "机器人" + text, more);
     };
     bot.onEvent = [&lines](const BotEvent& event) { tell(event, lines); };
     bot.onNotice = [&](const std::string& notice) {
