@@ -1,45 +1,42 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <thread>
 
 #include "Core/Markdown/Blocks/BlockParser.h"
+#include "Core/Markdown/Blocks/MarkdownRenderCache.h"
+#include "Support/Matchers.h"
 
 namespace nomely::test {
 namespace {
 
-using testing::ElementsAreArray;
 using Shown = std::vector<std::string>;
 
-// A block's kind and what it holds, parted by bars.
-struct Show {
-  std::string operator()(const markdown::Paragraph& block) const { return block.text; }
-  std::string operator()(const markdown::Heading& block) const {
+// What a block holds, parted by bars.
+template <typename Block>
+std::string contentsOf(const Block& block) {
+  if constexpr (requires { block.level; })
     return std::to_string(block.level) + "|" + block.text;
-  }
-  std::string operator()(const markdown::BulletItem& block) const { return block.text; }
-  std::string operator()(const markdown::NumberedItem& block) const {
+  else if constexpr (requires { block.number; })
     return block.number + "|" + block.text;
-  }
-  std::string operator()(const markdown::CheckItem& block) const {
+  else if constexpr (requires { block.checked; })
     return (block.checked ? "x|" : " |") + block.text;
-  }
-  std::string operator()(const markdown::Blockquote& block) const { return block.text; }
-  std::string operator()(const MarkdownCallout& block) const {
+  else if constexpr (requires { block.title; })
     return std::string(MarkdownCallout::nameOf(block.kind)) + "|" + block.title + "|" + block.body;
-  }
-  std::string operator()(const markdown::CodeBlock& block) const {
+  else if constexpr (requires { block.language; })
     return block.language.value_or("-") + "|" + block.code;
-  }
-  std::string operator()(const markdown::Mermaid& block) const { return block.code; }
-  std::string operator()(const MarkdownTable& block) const {
+  else if constexpr (requires { block.code; })
+    return block.code;
+  else if constexpr (requires { block.headers; })
     return std::to_string(block.headers.size()) + "x" + std::to_string(block.rows.size());
-  }
-  std::string operator()(const markdown::HorizontalRule&) const { return ""; }
-};
+  else if constexpr (requires { block.text; })
+    return block.text;
+  else
+    return "";
+}
 
 Shown shown(const MarkdownBlocks& blocks) {
   Shown all;
   for (const MarkdownBlock& block : blocks)
-    all.push_back(std::string(kindName(block)) + "|" + std::visit(Show(), block));
+    all.push_back(std::string(kindName(block)) + "|" +
+                  std::visit([](const auto& each) { return contentsOf(each); }, block));
   return all;
 }
 
@@ -47,10 +44,7 @@ TEST(BlockParserTest, Blocks) {
   const std::string longLine =
       "这一行足够长，长到不会被看作一句短话，所以它会和下一行连成同一个段落而不分开来写";
   const std::string thirty = "一二三四五六七八九十一二三四五六七八九十一二三四五六七八九十";
-  const struct {
-    std::string text;
-    Shown expected;
-  } cases[] = {
+  const std::pair<std::string, Shown> cases[] = {
       {"", {}},
       {"\n \t\n\u3000\n", {}},
       {"2024.05.01 晴\n2024.5.1\n2024-05-01\n2024/05/01",
@@ -90,17 +84,80 @@ TEST(BlockParserTest, Blocks) {
        {"paragraph|开头", "heading|2|2024.5.1 中", "bulletItem|Q1：问", "paragraph|12、 项",
         "paragraph|#标签", "heading|2|Day2 末"}},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    EXPECT_THAT(shown(MarkdownTextView::parseBlocks(c.text)), ElementsAreArray(c.expected));
-  }
+  for (const auto& [text, expected] : cases)
+    EXPECT_THAT(shown(MarkdownTextView::parseBlocks(text)), ElementsAreArray(expected)) << text;
 }
 
 TEST(BlockParserTest, DiagramsAndCleanedBodies) {
   EXPECT_THAT(MarkdownTextView::mermaidCodes("```mermaid\na\n```\nx\n```mermaid\nb"),
-              testing::ElementsAre("a", "b"));
+              ElementsAre("a", "b"));
   EXPECT_THAT(shown(*MarkdownTextView::blocks("图[Image #1]\uFFFC文")),
-              testing::ElementsAre("paragraph|图文"));
+              ElementsAre("paragraph|图文"));
+}
+
+MarkdownBlocks blocksOf(const std::string& text) {
+  return {markdown::Paragraph{text}};
+}
+
+TEST(MarkdownRenderCacheTest, WhatWasNotUsedForLongestGoes) {
+  MarkdownRenderCache cache;
+  int built = 0;
+  const auto use = [&](std::size_t number) {
+    const std::string text = std::to_string(number);
+    const auto found = cache.blocks(text, [&] {
+      ++built;
+      return blocksOf(text);
+    });
+    EXPECT_EQ(std::get<markdown::Paragraph>(found->front()).text, text);
+  };
+  constexpr std::size_t most = MarkdownRenderCache::maxBlockEntries;
+  for (std::size_t i = 0; i < most; ++i) use(i);
+  use(0);
+  EXPECT_EQ(built, most) << "the first was still there";
+  use(most);
+  use(0);
+  EXPECT_EQ(built, most + 1) << "it was used, so the second went";
+  use(1);
+  EXPECT_EQ(built, most + 2);
+}
+
+TEST(MarkdownRenderCacheTest, StyledTextsByColor) {
+  MarkdownRenderCache cache;
+  const auto styled = [](const char* text) {
+    StyledText made;
+    made.append(text, {});
+    return std::make_shared<const StyledText>(made);
+  };
+  cache.storeAttributed(styled("a"), "x", "1");
+  cache.storeAttributed(styled("b"), "x", "2");
+  cache.storeAttributed(styled("c"), "x", "1");
+  EXPECT_EQ(cache.attributed("x", "1")->text, "c");
+  EXPECT_EQ(cache.attributed("x", "2")->text, "b");
+  EXPECT_EQ(cache.attributed("x", "3"), nullptr);
+}
+
+// Building runs without the lock, so it may use the cache itself; the later of two is kept.
+TEST(MarkdownRenderCacheTest, TheLaterStoreWins) {
+  MarkdownRenderCache cache;
+  const auto outer = cache.blocks("x", [&] {
+    EXPECT_EQ(cache.blocks("x", [] { return blocksOf("inner"); })->size(), 1U);
+    return blocksOf("outer");
+  });
+  EXPECT_EQ(cache.blocks("x", [] { return blocksOf("never"); }), outer);
+}
+
+TEST(MarkdownRenderCacheTest, SeveralThreads) {
+  MarkdownRenderCache cache;
+  std::vector<std::thread> threads;
+  for (std::size_t thread = 0; thread < 4; ++thread)
+    threads.emplace_back([&cache, thread] {
+      for (std::size_t i = 0; i < 3000; ++i) {
+        const std::string text = std::to_string((i * (thread + 1)) % 300);
+        const auto found = cache.blocks(text, [&] { return blocksOf(text); });
+        EXPECT_EQ(*found, blocksOf(text));
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace

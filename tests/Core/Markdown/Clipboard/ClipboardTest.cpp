@@ -1,10 +1,7 @@
 #include <cstdlib>
-#include <filesystem>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "Core/Markdown/Clipboard/ClipboardMarkdownImporter.h"
+#include "Core/Markdown/Clipboard/RichTextReader.h"
 #include "Support/Proportion.h"
 #include "Support/RandomText.h"
 #include "Support/TemporaryFolder.h"
@@ -18,10 +15,7 @@ std::string pasted(std::string_view html) {
 }
 
 TEST(ClipboardMarkdownImporterTest, Markup) {
-  const struct {
-    std::string html;
-    std::string expected;
-  } cases[] = {
+  const std::pair<std::string, std::string> cases[] = {
       {"x<!--StartFragment--><b>a</b><!--EndFragment-->y", "**a**"},
       {"x<!--EndFragment-->a<!--StartFragment-->y", "xay"},
       {"<title>t</title><BODY class=x>a</Body>b", "a"},
@@ -55,19 +49,16 @@ TEST(ClipboardMarkdownImporterTest, Markup) {
       {"", "(none)"},
       {"a\xFF<b>b</b>", "a\uFFFD**b**"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.html);
-    EXPECT_EQ(pasted(c.html), c.expected);
-  }
+  for (const auto& [html, expected] : cases) EXPECT_EQ(pasted(html), expected) << html;
 }
 
 // Each .html has its .md beside it. NOMELY_REBASELINE=1 writes those anew.
 TEST(ClipboardMarkdownImporterTest, Fragments) {
   int met = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(TestPaths::fixtures + "/paste")) {
+  for (const auto& entry : fs::directory_iterator(TestPaths::fixtures + "/paste")) {
     if (entry.path().extension() != ".html") continue;
     SCOPED_TRACE(entry.path().filename());
-    std::filesystem::path expected = entry.path();
+    fs::path expected = entry.path();
     expected.replace_extension(".md");
     const std::string markdown = pasted(readFile(entry.path())) + "\n";
     if (std::getenv("NOMELY_REBASELINE") != nullptr) writeFile(expected, markdown);
@@ -125,6 +116,42 @@ TEST(ClipboardMarkdownImporterTest, HostileTextsTakeLinearTime) {
   const std::string table = "<table><tr>" + filledWith("<td></td>", size) +
                             filledWith("</tr><tr><td></td>", size) + "</tr></table>";
   EXPECT_LT(pasted(table).size(), 4 * size);
+}
+
+TEST(RichTextReaderTest, PlainTexts) {
+  const std::string fonts =
+      R"({\fonttbl{\f0\fswiss Sans;}{\f1\fnil\fcharset134 Song;}{\f2\fcharset204 Sans;}})";
+  const std::pair<std::string, std::string> cases[] = {
+      {"{\\rtf1\\ansi" + fonts + "\\f0 a\\par\r\nb\\line c\\tab d}\0\0", "a\nb\nc\td"},
+      {R"({\rtf1 \{\\\}\~x\_y\-z\emdash\ldblquote q\rdblquote})", "{\\}\u00A0x\u2011yz—“q”"},
+      {R"({\rtf1\ansi\ansicpg936 \'c4\'e3\'ba\'c3 a\'b0\'a1})", "你好 a啊"},
+      {R"({\rtf1\ansicpg936 \'81A\'81@})", "丄丂"},
+      {"{\\rtf1\\ansi" + fonts + R"(\'e9{\f1\'c4\'e3}\f2\'e9\plain\'e9})", "é你йé"},
+      {R"({\rtf1 \u20320?\uc2\u22909\'ba\'c3{\uc0\u-10179\u-8704}x})", "你好😀x"},
+      {R"({\rtf1\uc3 \u20320?{a}\u20320{b}c})", "你a你bc"},
+      {R"({\rtf1 \u8212\emdash\u8212 -.})", "——."},
+      {R"({\rtf1 a\u-10179?b})", "a\uFFFDb"},
+      {"{\\rtf1{\\colortbl;\\red0;}{\\stylesheet{\\s0 Normal;}}{\\info{\\title t}}"
+       "{\\*\\generator g;}{\\pict\\pngblip 89504e}a{\\field{\\*\\fldinst HYPERLINK \"u\"}"
+       "{\\fldrslt b}}}",
+       "ab"},
+      {"{\\rtf1 a{\\pict\\bin3 }}}}b}", "ab"},
+      {R"({\rtf1\ansicpg99999999999999999999\u99999999 a\uc-5 b})", "ab"},
+  };
+  for (const auto& [rtf, expected] : cases)
+    EXPECT_EQ(RichTextReader::plainText(rtf), expected) << rtf;
+}
+
+TEST(RichTextReaderTest, DamagedTexts) {
+  const std::string whole = R"({\rtf1\ansi{\fonttbl{\f0 A;}}\f0 a\'e9\u20320?{\b b}\par})";
+  ASSERT_TRUE(RichTextReader::plainText(whole));
+  for (std::size_t length = 0; length < whole.size(); ++length)
+    EXPECT_FALSE(RichTextReader::plainText(whole.substr(0, length))) << length;
+  for (const char* rtf : {"", "plain", "<p>", " {\\rtf1 a}", "{\\rtf1 \\'g0}", "{\\rtf1 \\bin9 a}",
+                          "{\\rtf1 \\bin-1 a}"})
+    EXPECT_FALSE(RichTextReader::plainText(rtf)) << rtf;
+  EXPECT_FALSE(RichTextReader::plainText("{\\rtf1" + std::string(100'000, '{') +
+                                         std::string(100'000, '}') + "}"));
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include "Core/Extensions/TagNames.h"
+#include "Core/Query/TagManagementStore.h"
 #include "Core/Query/TagRewriting.h"
+#include "Support/StoreFixture.h"
 
 namespace nomely::test {
 namespace {
@@ -32,10 +32,7 @@ std::optional<Text> rewritten(const Text& text, Rewrite rewrite) {
 }
 
 TEST(TagRewritingTest, Stripping) {
-  const struct {
-    const char* body;
-    const char* expected;
-  } cases[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {"x #work y #work", "x y "},
       {"#work\n#work", " \n "},
       {"a#work #work b", "a b"},
@@ -45,17 +42,13 @@ TEST(TagRewritingTest, Stripping) {
       // Two with one blank between: it goes with the first, and the second is found later.
       {" #work #work #work ", "  "},
   };
-  for (const auto& c : cases)
-    EXPECT_EQ(TagRewriting::strippingTag(c.body, "work"), c.expected) << c.body;
+  for (const auto& [body, expected] : cases)
+    EXPECT_EQ(TagRewriting::strippingTag(body, "work"), expected) << body;
   EXPECT_EQ(TagRewriting::strippingTag("# a #", ""), "# a #");
 }
 
 TEST(TagRewritingTest, Renaming) {
-  const struct {
-    const char* name;
-    Text text;
-    std::optional<Text> expected;
-  } cases[] = {
+  const std::tuple<const char*, Text, std::optional<Text>> cases[] = {
       {"tag and body", {{"x", "a"}, "\n\n#a 正文 #a\n"}, Text{{"x", "b"}, "正文"}},
       {"new tag in the body: not trimmed", {{"a"}, "#a #b\n"}, Text{{"b"}, " #b\n"}},
       {"new tag of a note in the body", {{"a"}, "\n#备忘录/b"}, Text{{"b"}, "\n#备忘录/b"}},
@@ -66,11 +59,10 @@ TEST(TagRewritingTest, Renaming) {
        Text{{"备忘录/b", "备忘录/b/c", "备忘录"}, "x"}},
       {"body alone", {{"ab", "c/a"}, "#a"}, {}},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(rewritten(c.text, [](Memo& m) { return TagRewriting::rename(m, "a", "b"); }),
-              c.expected);
-    EXPECT_FALSE(rewritten(c.text, [](Memo& m) { return TagRewriting::rename(m, "", "b"); }));
+  for (const auto& [name, text, expected] : cases) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(rewritten(text, [](Memo& m) { return TagRewriting::rename(m, "a", "b"); }), expected);
+    EXPECT_FALSE(rewritten(text, [](Memo& m) { return TagRewriting::rename(m, "", "b"); }));
   }
   const Text notes{{"备忘录/备忘录", "备忘录/c"}, ""};
   EXPECT_EQ(rewritten(notes, [](Memo& m) { return TagRewriting::rename(m, "备忘录", "b"); }),
@@ -78,22 +70,16 @@ TEST(TagRewritingTest, Renaming) {
 }
 
 TEST(TagRewritingTest, Merging) {
-  const struct {
-    const char* name;
-    Text text;
-    std::optional<Text> expected;
-  } cases[] = {
+  const std::tuple<const char*, Text, std::optional<Text>> cases[] = {
       {"tag and body", {{"a", "x", "b"}, " 正文 #a\n"}, Text{{"b", "x"}, " 正文 \n"}},
       {"nested text goes first", {{"a", "a/c"}, "x #a/c y #a z"}, Text{{"b", "b/c"}, "x /c y z"}},
       {"nested listed first", {{"a/c", "a"}, "x #a/c y #a z"}, Text{{"b/c", "b"}, "x y z"}},
       {"notes are not considered", {{"备忘录/a"}, "#a"}, {}},
       {"body alone", {{"ab"}, "#a"}, {}},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(rewritten(c.text, [](Memo& m) { return TagRewriting::merge(m, "a", "b"); }),
-              c.expected);
-  }
+  for (const auto& [name, text, expected] : cases)
+    EXPECT_EQ(rewritten(text, [](Memo& m) { return TagRewriting::merge(m, "a", "b"); }), expected)
+        << name;
 }
 
 TEST(TagRewritingTest, Removing) {
@@ -126,26 +112,57 @@ TEST(TagRewritingTest, Removing) {
   EXPECT_TRUE(TagRewriting::goesWith(batch, "_batch"));
 }
 
-TEST(TagRewritingTest, SectionsOfTheSidebar) {
-  const struct {
-    Tags tags;
-    std::optional<Tags> notes;
-    std::optional<Tags> column;
-  } cases[] = {
-      {{"a"}, {}, {}},
-      {{"_notes_import", "工作", "_x"}, Tags{"备忘录/工作"}, {}},
-      {{"备忘录", "备忘录/", "备忘录/a/b", "备忘录x"}, Tags{"备忘录/a/b", "备忘录/备忘录x"}, {}},
-      {{"备忘录x", "个人专栏x"}, {}, {}},
-      {{"个人专栏"}, {}, Tags{}},
-      {{"个人专栏/", "个人专栏/a", "x", "个人专栏/a/b", "个人专栏/ab"},
-       {},
-       Tags{"个人专栏/a/b", "个人专栏/ab"}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::PrintToString(c.tags));
-    EXPECT_EQ(TagRewriting::notesTags(c.tags), c.notes);
-    EXPECT_EQ(TagRewriting::sectionTags(c.tags, TagNames::personalColumnRoot), c.column);
+class TagManagementStoreTest : public StoreTest {
+ protected:
+  Memo write(Day of, const std::string& body, std::vector<std::string> tags) {
+    return store.createMemo(of, {.body = body, .tags = std::move(tags), .time = "09:30"});
   }
+
+  JobPool jobs{1};
+  SearchIndex index{context, jobs};
+  std::vector<std::string> errors;
+  MemoService service{context};
+  TagManagementStore manager{service, index,
+                             [&](const std::string& text) { errors.push_back(text); }};
+  Day today = day("2026-03-05");
+  Day yesterday = day("2026-03-04");
+};
+
+TEST_F(TagManagementStoreTest, FailuresAreToldAndTheOthersGoOn) {
+  write(today, "", {"a"});
+  write(today, "", {"a"});
+  write(today, "", {"a"});
+  store.writes().freeze();
+  manager.renameTag("a", "b");
+  manager.mergeTag("a", "b");
+  manager.deleteTag("a");
+  manager.deleteTagWithMemos("a");
+  EXPECT_EQ(errors.size(), 9);
+  EXPECT_THAT(errors[0], StartsWith("重命名标签时更新笔记失败（第3条）：数据恢复维护中"));
+  EXPECT_THAT(errors[4], StartsWith("合并标签时更新笔记失败（第2条）："));
+  EXPECT_THAT(errors[8], StartsWith("删除标签时更新笔记失败（第1条）："));
+  EXPECT_EQ(manager.countNotesWithTag("a"), 3);
+}
+
+TEST_F(TagManagementStoreTest, SectionsOfTheSidebar) {
+  write(yesterday, "1", {"_notes_import", "工作"});
+  write(today, "2", {"_notes_import", "工作", "备忘录/a"});
+  write(today, "3", {"个人专栏"});
+  write(yesterday, "4", {"得到大脑/x", "得到大脑/x/y"});
+  write(day("2026-03-03"), "5", {"备忘录", "备忘录/", "备忘录/a/b", "备忘录x", "_x"});
+  write(day("2026-03-02"), "6", {"备忘录x", "个人专栏x"});
+  write(day("2026-03-01"), "7", {"个人专栏/", "个人专栏/a", "x", "个人专栏/a/b", "个人专栏/ab"});
+  EXPECT_EQ(manager.sidebarNotesSummary(), (SidebarTagSummary{{{"备忘录/工作", 2, "2026-03-05"},
+                                                               {"备忘录/a", 1, "2026-03-05"},
+                                                               {"备忘录/a/b", 1, "2026-03-03"},
+                                                               {"备忘录/备忘录x", 1, "2026-03-03"}},
+                                                              3}));
+  EXPECT_EQ(manager.sidebarPersonalColumnSummary(),
+            (SidebarTagSummary{
+                {{"个人专栏/a/b", 1, "2026-03-01"}, {"个人专栏/ab", 1, "2026-03-01"}}, 2}));
+  EXPECT_EQ(manager.sidebarDedaoSummary(),
+            (SidebarTagSummary{{{"得到大脑/x/y", 1, "2026-03-04"}}, 1}));
+  for (const TagUse& use : manager.loadAllTags()) EXPECT_NE(use.tag, "_notes_import");
 }
 
 }  // namespace

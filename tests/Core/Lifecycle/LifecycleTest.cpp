@@ -1,11 +1,11 @@
 #include <optional>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "Core/Lifecycle/StartupCoordinator.h"
+#include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Platform/Concurrency/RunLoop.h"
 #include "Platform/System/Log.h"
+#include "Support/StoreFixture.h"
 
 namespace nomely::test {
 namespace {
@@ -13,7 +13,6 @@ namespace {
 using State = StartupCoordinator::State;
 using Completion = StartupCoordinator::Completion;
 using Job = StartupCoordinator::Job;
-using testing::HasSubstr;
 using namespace std::chrono_literals;
 
 class StartupCoordinatorTest : public testing::Test {
@@ -42,6 +41,10 @@ class StartupCoordinatorTest : public testing::Test {
   }
 
   bool runUntil(const std::function<bool()>& done) { return loop.runUntil(done, 10s); }
+  bool startAndWait(std::vector<Job> jobs) {
+    coordinator->start(true, std::move(jobs));
+    return runUntil([&] { return finish != nullptr; });
+  }
   bool runToTheEnd() {
     return runUntil([&] { return !coordinator->hasTask(); });
   }
@@ -68,12 +71,6 @@ TEST_F(StartupCoordinatorTest, StartsOnceWhenReady) {
   EXPECT_EQ(ran, "ab");
 }
 
-TEST_F(StartupCoordinatorTest, NothingToDo) {
-  coordinator->start(true, {});
-  ASSERT_TRUE(runToTheEnd());
-  EXPECT_EQ(coordinator->state(), State::completed);
-}
-
 TEST_F(StartupCoordinatorTest, JobsFollowOneAnotherFromAnyThread) {
   std::jthread worker;
   const Job background{"w", [&](const std::stop_token&, const Completion& completion) {
@@ -81,8 +78,7 @@ TEST_F(StartupCoordinatorTest, JobsFollowOneAnotherFromAnyThread) {
                          EXPECT_TRUE(loop.isCurrent());
                          worker = std::jthread([completion] { completion(nullptr); });
                        }};
-  coordinator->start(true, {background, waiting("a"), noting("b")});
-  ASSERT_TRUE(runUntil([&] { return finish != nullptr; }));
+  ASSERT_TRUE((startAndWait({background, waiting("a"), noting("b")})));
   EXPECT_EQ(ran, "wa");
   EXPECT_EQ(coordinator->state(), State::running);
   finish(nullptr);
@@ -91,10 +87,9 @@ TEST_F(StartupCoordinatorTest, JobsFollowOneAnotherFromAnyThread) {
 }
 
 TEST_F(StartupCoordinatorTest, FailedJobIsLoggedAndTheNextRuns) {
-  coordinator->start(true, {failing("一", std::runtime_error("disk on fire")), failing("二", 1),
-                            waiting("三"), noting("四")});
   testing::internal::CaptureStderr();
-  ASSERT_TRUE(runUntil([&] { return finish != nullptr; }));
+  ASSERT_TRUE((startAndWait({failing("一", std::runtime_error("disk on fire")), failing("二", 1),
+                             waiting("三"), noting("四")})));
   finish(std::make_exception_ptr(std::runtime_error("later")));
   ASSERT_TRUE(runToTheEnd());
   const std::string log = testing::internal::GetCapturedStderr();
@@ -105,24 +100,13 @@ TEST_F(StartupCoordinatorTest, FailedJobIsLoggedAndTheNextRuns) {
   EXPECT_EQ(coordinator->state(), State::completed);
 }
 
-TEST_F(StartupCoordinatorTest, LogsHowLongAJobTook) {
-  Log::setEcho(Log::Echo::everything);
-  testing::internal::CaptureStderr();
-  coordinator->start(true, {noting("迁移")});
-  ASSERT_TRUE(runToTheEnd());
-  const std::string log = testing::internal::GetCapturedStderr();
-  Log::setEcho(Log::Echo::errors);
-  EXPECT_THAT(log, testing::MatchesRegex("\\[app\\] 启动任务 迁移：[0-9]+\\.[0-9]{6} ms\n"));
-}
-
 TEST_F(StartupCoordinatorTest, CancelledJobEndsTheSequenceUntilReset) {
   std::optional<bool> reset;
   const auto note = [&](bool did) { reset = did; };
   coordinator->resetAfterCancellation(note);
   EXPECT_EQ(reset, false);
 
-  coordinator->start(true, {waiting("a"), noting("x")});
-  ASSERT_TRUE(runUntil([&] { return finish != nullptr; }));
+  ASSERT_TRUE((startAndWait({waiting("a"), noting("x")})));
   coordinator->resetAfterCancellation(note);
   EXPECT_EQ(reset, false) << "not while it runs";
   EXPECT_FALSE(stop.stop_requested());
@@ -148,8 +132,7 @@ TEST_F(StartupCoordinatorTest, CancelledJobEndsTheSequenceUntilReset) {
 }
 
 TEST_F(StartupCoordinatorTest, JobThatEndsWellDespiteTheCancellation) {
-  coordinator->start(true, {waiting("a"), noting("x")});
-  ASSERT_TRUE(runUntil([&] { return finish != nullptr; }));
+  ASSERT_TRUE((startAndWait({waiting("a"), noting("x")})));
   coordinator->cancel();
   finish(nullptr);
   ASSERT_TRUE(runToTheEnd());
@@ -158,14 +141,46 @@ TEST_F(StartupCoordinatorTest, JobThatEndsWellDespiteTheCancellation) {
 }
 
 TEST_F(StartupCoordinatorTest, JobsMayOutliveTheCoordinator) {
-  coordinator->start(true, {waiting("a"), noting("x")});
-  ASSERT_TRUE(runUntil([&] { return finish != nullptr; }));
+  ASSERT_TRUE((startAndWait({waiting("a"), noting("x")})));
   coordinator.reset();
   EXPECT_TRUE(stop.stop_requested());
   finish(nullptr);
   loop.stop();
   loop.run();
   EXPECT_EQ(ran, "a");
+}
+
+using TemporaryFileSweepTest = StoreTest;
+
+constexpr const char* temporary = ".nomely-0f8fad5bd9cb469fa16570867728950e.tmp";
+
+TEST_F(TemporaryFileSweepTest, TakesTemporariesAndNothingElse) {
+  for (const char* name : {"2026-03-01/001.md", "2026-03-01/.nomely-b.tmp/inside",
+                           ".trash/_attachments/t/a.png", ".versions/by-id/6d/1_A.md"})
+    writeFile(folder.path() / name, name);
+  const TemporaryFolder elsewhere;
+  writeFile(elsewhere.path() / temporary, "not ours");
+  fs::create_directory_symlink(elsewhere.path(), folder.path() / "link");
+  const std::string before = treeOf(folder.path());
+  for (const char* name :
+       {".", "2026-03-01", ".trash/_attachments/t", ".versions/by-id/6d/attachments"})
+    writeFile(folder.path() / name / temporary, "half");
+  fs::create_directories(folder.path() / ".versions/by-id/6d/attachments");
+  EXPECT_EQ(sweepTemporaryFiles(context, {}), 4);
+  fs::remove(folder.path() / ".versions/by-id/6d/attachments");
+  EXPECT_EQ(treeOf(folder.path()), before);
+  EXPECT_TRUE(fs::exists(elsewhere.path() / temporary));
+  fs::remove_all(folder.path());
+  EXPECT_EQ(sweepTemporaryFiles(context, {}), 0);
+  EXPECT_FALSE(fs::exists(folder.path())) << "a missing root stays so";
+}
+
+TEST_F(TemporaryFileSweepTest, StopsWhenAsked) {
+  writeFile(folder.path() / temporary, "half");
+  std::stop_source source;
+  source.request_stop();
+  EXPECT_THROW(sweepTemporaryFiles(context, source.get_token()), CancellationError);
+  EXPECT_TRUE(fs::exists(folder.path() / temporary));
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include <limits>
 
-#include <gmock/gmock.h>
-
 #include "Core/Storage/TrashStore.h"
 #include "Core/Storage/VersionStore.h"
 #include "Core/Storage/WriteError.h"
@@ -12,21 +10,17 @@
 namespace nomely::test {
 namespace {
 
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
-
 class TrashTest : public StoreTest {
  protected:
   Day today = day("2026-03-01");
-  std::filesystem::path trash = folder.path() / ".trash";
+  fs::path trash = folder.path() / ".trash";
   TrashStore bin{context};
 
   [[nodiscard]] Memo create(const std::string& body, std::vector<std::string> files = {}) {
     for (const std::string& name : files) writeFile(dayFile(name), "content of " + name);
     return store.createMemo(today, {.body = body, .attachments = std::move(files)});
   }
-  [[nodiscard]] std::filesystem::path dayFile(const std::string& name) const {
+  [[nodiscard]] fs::path dayFile(const std::string& name) const {
     return folder.path() / "2026-03-01" / name;
   }
   [[nodiscard]] TrashEntry trashed(const Memo& memo) {
@@ -47,7 +41,7 @@ TEST_F(TrashTest, NumbersAndNamesThatWereGivenAwayStayWithTheirNewOwners) {
   EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("附件 a.png 在目标位置已存在"));
   EXPECT_EQ(readFile(dayFile("a.png")), "another a.png");
   EXPECT_THAT(treeOf(trash / "_attachments"), HasSubstr("content of a.png"));
-  EXPECT_EQ(kindOf<WriteError>([&] { bin.restoreMemo(first); }), WriteError::Kind::missingMemo);
+  EXPECT_FAILURE(WriteError, missingMemo, bin.restoreMemo(first));
 
   Memo moved = first.memo;
   moved.seqNumber = 4;
@@ -92,7 +86,8 @@ TEST_F(TrashTest, ForgedNumbersHideNoMemo) {
   entry = trashed(store.listMemos(today).front());
   entry.memo.seqNumber = std::numeric_limits<std::int64_t>::max();
   writeFile(dayFile("9223372036854775807.md"), "");
-  EXPECT_EQ(kindOf<FileError>([&] { bin.restoreMemo(entry); }), FileError::Kind::tooLarge);
+  EXPECT_FAILURE(FileError, tooLarge, bin.restoreMemo(entry));
+  EXPECT_FAILURE(FileError, tooLarge, store.createMemo(today, {}));
   EXPECT_EQ(bin.listTrash().size(), 1U);
 }
 
@@ -104,20 +99,11 @@ TEST_F(TrashTest, ForgedNamesReachNothingOutside) {
     SCOPED_TRACE(name);
     TrashEntry forged = real;
     forged.trashSubdir = name;
-    EXPECT_EQ(kindOf<WriteError>([&] { bin.restoreMemo(forged); }), WriteError::Kind::missingMemo);
-    EXPECT_EQ(kindOf<WriteError>([&] { bin.deleteTrashEntries({forged}); }),
-              WriteError::Kind::missingMemo);
+    EXPECT_FAILURE(WriteError, missingMemo, bin.restoreMemo(forged));
+    EXPECT_FAILURE(WriteError, missingMemo, bin.deleteTrashEntries({forged}));
   }
   EXPECT_THAT(bin.listTrash(), SizeIs(1));
   EXPECT_EQ(readFile(folder.path() / "outside" / "memo.md"), "---\ntime: 08:00\n---\n");
-}
-
-TEST_F(TrashTest, EmptyingTakesTheAttachmentTrashToo) {
-  (void)trashed(create("留下"));
-  writeFile(trash / "_attachments" / "x" / "a.png", "a");
-  bin.emptyTrash();
-  EXPECT_FALSE(std::filesystem::exists(trash));
-  bin.emptyTrash();
 }
 
 TEST_F(TrashTest, DeletingAMemoWithoutIdentityLeavesTheNextOwnerOfItsNumberItsVersions) {
@@ -156,18 +142,6 @@ class HistoryTest : public TrashTest {
   VersionStore versions{context};
 };
 
-TEST_F(HistoryTest, VersionsAreListedNewestFirstAndRestoredUndoably) {
-  const Memo memo = written({"一", "二", "三"});
-  EXPECT_EQ(bodies(memo), (std::vector<std::string>{"二", "一"}));
-  const auto listed = versions.listVersions(today, 1, memo.memoId);
-  EXPECT_EQ(DateFormatters::isoDateTime.format(listed[0].timestamp), "2026-03-01 11:30:05");
-  versions.restore(today, 1, listed[1], memo);
-  EXPECT_EQ(store.listMemos(today)[0].body, "一");
-  EXPECT_EQ(bodies(memo), (std::vector<std::string>{"三", "二", "一"}));
-  EXPECT_EQ(kindOf<WriteError>([&] { versions.restore(today, 1, listed[0], memo); }),
-            WriteError::Kind::conflict);
-}
-
 TEST_F(HistoryTest, OldLayoutsAreReadAndStrangersPassedOver) {
   const Memo memo = written({"一", "二"});
   const std::string own = "---\nid: " + *memo.memoId + "\ntime: 08:00\n---\n\n";
@@ -178,24 +152,21 @@ TEST_F(HistoryTest, OldLayoutsAreReadAndStrangersPassedOver) {
   EXPECT_EQ(bodies(memo), (std::vector<std::string>{"一", "老版本"}));
   versions.deleteAllVersions(today, 1, std::nullopt);
   EXPECT_THAT(bodies(memo), IsEmpty());
-  EXPECT_FALSE(std::filesystem::exists(versions.identityDirectory(*memo.memoId)));
-  EXPECT_TRUE(std::filesystem::exists(folder.path() / ".versions/2020-01-01_001/1_X.md"));
+  EXPECT_FALSE(fs::exists(versions.identityDirectory(*memo.memoId)));
+  EXPECT_TRUE(fs::exists(folder.path() / ".versions/2020-01-01_001/1_X.md"));
 }
 
 TEST_F(HistoryTest, AVersionWhoseAttachmentIsNowhereIsNotRestored) {
   Memo memo = create("有图", {"a.png"});
   memo.attachments.clear();
   store.commitMemo(memo, today, std::nullopt);
-  std::filesystem::remove(dayFile("a.png"));
-  std::filesystem::remove_all(versions.identityDirectory(*memo.memoId) / "attachments");
+  fs::remove(dayFile("a.png"));
+  fs::remove_all(versions.identityDirectory(*memo.memoId) / "attachments");
   const VersionEntry version = versions.listVersions(today, 1, std::nullopt).at(0);
   const std::string before = treeOf(folder.path());
-  try {
-    versions.restore(today, 1, version, std::nullopt);
-    ADD_FAILURE() << "restored without its attachment";
-  } catch (const MissingAttachmentError& error) {
-    EXPECT_STREQ(error.what(), "此历史版本的附件已缺失，未替换当前笔记：a.png");
-  }
+  EXPECT_EQ(
+      messageOf<MissingAttachmentError>([&] { versions.restore(today, 1, version, std::nullopt); }),
+      "此历史版本的附件已缺失，未替换当前笔记：a.png");
   EXPECT_EQ(treeOf(folder.path()), before);
 }
 
@@ -203,14 +174,81 @@ TEST_F(HistoryTest, ForgedAndForeignVersionsAreRefused) {
   const Memo memo = written({"一", "二"});
   const Memo other = create("另一条");
   VersionEntry version = versions.listVersions(today, 1, std::nullopt).at(0);
-  EXPECT_EQ(kindOf<WriteError>([&] { versions.restore(today, 2, version, std::nullopt); }),
-            WriteError::Kind::identityChanged);
+  EXPECT_FAILURE(WriteError, identityChanged, versions.restore(today, 2, version, std::nullopt));
+  Memo stale = memo;
+  stale.body = "别处读到的";
+  EXPECT_FAILURE(WriteError, conflict, versions.restore(today, 1, version, stale));
   for (const std::string name : {"../../x", "../2026-03-01/002.md", ""}) {
     SCOPED_TRACE(name);
     version.filename = name;
-    EXPECT_EQ(kindOf<WriteError>([&] { versions.restore(today, 1, version, std::nullopt); }),
-              WriteError::Kind::identityChanged);
+    EXPECT_FAILURE(WriteError, identityChanged, versions.restore(today, 1, version, std::nullopt));
   }
+}
+
+using namespace std::string_view_literals;
+
+class VersionStoreTest : public StoreTest {
+ protected:
+  VersionStoreTest() {
+    memo.memoId = "m";
+    memo.body = "0";
+    store.memoStore().write(memo, today);
+  }
+
+  VersionStore versions{context};
+  Day today = day("2026-03-01");
+  Memo memo = Memo::empty(1, clock);
+  fs::path snapshots = folder.path() / ".versions" / "by-id" / "6d";
+};
+
+TEST_F(VersionStoreTest, NoSnapshot) {
+  using Identity = std::optional<std::string>;
+  using Failure = std::optional<WriteError::Kind>;
+  const std::tuple<Identity, Identity, const char*, std::int64_t, Failure> cases[] = {
+      {"m", "m", "0", 1, {}},  // unchanged
+      {{}, "m", "1", 1, {}},
+      {"", "m", "1", 1, {}},
+      {"m", "m", "1", 2, {}},  // no file
+      {"m", "n", "1", 1, WriteError::Kind::identityChanged},
+      {"m", {}, "1", 1, WriteError::Kind::identityChanged},
+  };
+  for (const auto& [onDisk, changed, body, number, failure] : cases) {
+    SCOPED_TRACE(testing::PrintToString(changed));
+    memo.memoId = onDisk;
+    memo.body = "0";
+    memo.seqNumber = 1;
+    store.memoStore().write(memo, today);
+    memo.memoId = changed;
+    memo.body = body;
+    memo.seqNumber = number;
+    EXPECT_EQ(kindOf<WriteError>([&] { versions.saveIfNeeded(today, memo.seqNumber, memo); }),
+              failure);
+    EXPECT_FALSE(fs::exists(context.paths.versionsFolder()));
+  }
+}
+
+TEST_F(VersionStoreTest, KeepsAttachmentsThatTheMemoLetsGoOf) {
+  const fs::path dayFolder = context.paths.dayFolder(today);
+  const fs::path kept = snapshots / "attachments";
+  memo.attachments = {"a.png", "b.png", "gone.png", "../secret", "c.png"};
+  store.memoStore().write(memo, today);
+  for (const char* name : {"a.png", "b.png", "c.png"}) writeFile(dayFolder / name, name);
+  writeFile(folder.path() / "secret", "secret");
+  writeFile(kept / "c.png", "older copy");
+  memo.attachments = {"b.png"};
+  memo.body = "1";
+  store.commitMemo(memo, today, {});
+  EXPECT_EQ(treeOf(kept), "a.png\na.png\nc.png\nolder copy\n");
+  EXPECT_EQ(readFile(dayFolder / "a.png"), "a.png");
+  EXPECT_FALSE(fs::exists(snapshots / "secret"));
+}
+
+TEST_F(VersionStoreTest, SafeFilenames) {
+  for (const std::string_view name : {"a.png", "日记 1", "...", ".hidden"})
+    EXPECT_TRUE(VersionStore::isSafeFilename(name)) << name;
+  for (const std::string_view name :
+       {""sv, "."sv, ".."sv, "a/b"sv, "/a"sv, "../x"sv, "a/"sv, "a\\b"sv, "a\0b"sv})
+    EXPECT_FALSE(VersionStore::isSafeFilename(name)) << name;
 }
 
 }  // namespace
