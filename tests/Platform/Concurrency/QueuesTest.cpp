@@ -1,18 +1,73 @@
 #include <atomic>
+#include <functional>
 #include <future>
 #include <memory>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
-#include <gmock/gmock.h>
-
+#include "Platform/Concurrency/RunLoop.h"
 #include "Platform/Concurrency/SerialQueue.h"
+#include "Platform/Concurrency/Timers.h"
 #include "Support/Deadline.h"
+#include "Support/ForkedRun.h"
+#include "Support/Matchers.h"
 
 namespace nomely::test {
 namespace {
 
-using testing::HasSubstr;
+using namespace std::chrono_literals;
+
+TEST(RunLoopTest, RunsJobsInOrderUntilStoppedAndLogsWhatEscapes) {
+  RunLoop loop;
+  std::vector<int> order;
+  testing::internal::CaptureStderr();
+  loop.post([&] {
+    order.push_back(1);
+    throw std::runtime_error("job broke");
+  });
+  loop.post([&] {
+    order.push_back(2);
+    loop.post([&] { order.push_back(3); });
+  });
+  loop.stop();
+  loop.run();
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("job broke"));
+  EXPECT_EQ(order, (std::vector{1, 2})) << "what came after the stop waits";
+  EXPECT_TRUE(loop.runUntil([&] { return order.size() == 3; }, longestWait));
+}
+
+// A loop that is not woken ends with its process.
+TEST(RunLoopTest, APostWakesWhoWaitsOrIsAboutToAndRunsOnItsThread) {
+  const ChildEnd end = runInChild([] {
+    RunLoop loop;
+    EXPECT_TRUE(loop.isCurrent());
+    bool isWoken = false;
+    loop.post([&] { isWoken = true; });
+    EXPECT_TRUE(loop.runUntil([&] { return isWoken; }, 24h));
+
+    bool ranOnIt = false;
+    std::jthread runner = waitingThread([&] { loop.run(); });
+    EXPECT_FALSE(loop.isCurrent());
+    loop.post([&] { ranOnIt = loop.isCurrent(); });
+    loop.stop();
+    runner.join();
+    EXPECT_TRUE(ranOnIt);
+
+    isWoken = false;
+    runner = waitingThread([&] { EXPECT_TRUE(loop.runUntil([&] { return isWoken; }, 24h)); });
+    loop.post([&] { isWoken = true; });
+  });
+  EXPECT_EQ(end, ChildEnd{});
+}
+
+TEST(RunLoopTest, RunUntilItsConditionOrItsLimit) {
+  RunLoop loop;
+  EXPECT_TRUE(loop.runUntil([] { return true; }, 0ms));
+  const std::function<void()> again = [&] { loop.post(again); };
+  loop.post(again);
+  EXPECT_FALSE(loop.runUntil([] { return false; }, 5ms)) << "with jobs that never end";
+}
 
 TEST(SerialQueueTest, JobsRunInTheOrderOfSubmission) {
   SerialQueue queue("q");
@@ -112,6 +167,38 @@ TEST(SerialQueueTest, DestructionRunsEveryJob) {
   }
   EXPECT_EQ(done, 101);
   EXPECT_EQ(held.use_count(), 1);
+}
+
+TEST(TimersTest, CallsComeByTheirTimeAndAreCancelled) {
+  const auto timers = makeSystemTimers();
+  std::string order;
+  std::promise<void> done;
+  const auto note = [&](char name) { return [&order, name] { order += name; }; };
+  const auto last = timers->after(40ms, [&] { done.set_value(); });
+  const auto third = timers->after(30ms, note('c'));
+  const auto first = timers->after(5ms, note('a'));
+  const auto second = timers->after(5ms, [&] {
+    order += 'b';
+    throw std::runtime_error("ends nothing");
+  });
+  auto cancelled = timers->after(6ms, note('x'));
+  cancelled.reset();
+  done.get_future().wait_for(longestWait);
+  EXPECT_EQ(order, "abc");
+}
+
+TEST(TimersTest, TimersMayBeMadeAndOutlivedByTheirCalls) {
+  Timers::Timer inner;
+  Timers::Timer never;
+  {
+    const auto timers = makeSystemTimers();
+    std::promise<void> done;
+    const auto outer =
+        timers->after(0ms, [&] { inner = timers->after(0ms, [&] { done.set_value(); }); });
+    ASSERT_EQ(done.get_future().wait_for(longestWait), std::future_status::ready);
+    never = timers->after(24h, [] { FAIL(); });
+  }
+  never.reset();
 }
 
 }  // namespace
