@@ -1,6 +1,3 @@
-#include <gmock/gmock.h>
-
-#include "AI/GoldenRequest.h"
 #include "AI/LanguageVendor.h"
 #include "AI/Summaries/AIMonthlySummarizer.h"
 #include "AI/Summaries/SummarizerError.h"
@@ -19,7 +16,7 @@ using Style = SummaryStyle;
 class AIMonthlySummarizerTest : public StoreTest {
  protected:
   void add(const std::string& day, const std::string& body, std::vector<std::string> tags = {}) {
-    static_cast<void>(store.createMemo(*Day::parse(day), {.body = body, .tags = std::move(tags)}));
+    (void)store.createMemo(*Day::parse(day), {.body = body, .tags = std::move(tags)});
   }
   // An earlier month's summary, made at `createdAt`.
   void addSummary(const std::string& day, const std::string& body, const std::string& header) {
@@ -117,22 +114,6 @@ TEST_F(AIMonthlySummarizerTest, WhatGoesToNobody) {
               (void)ask(summarizer.monthQuestion({2026, 3}, Style::proValue, {}));
             }),
             Kind::emptyReply);
-}
-
-TEST_F(AIMonthlySummarizerTest, SavedAsAMemoOfToday) {
-  const Memo month = summarizer.saveSummary("#内容 正文", {2026, 3}, Style::proSecondOrder);
-  EXPECT_EQ(month.body, "# 2026年3月总结·二阶思考\n\n#内容 正文");
-  EXPECT_THAT(month.tags, testing::ElementsAre("个人专栏", "个人专栏/月度总结/2026-03"));
-  const Memo year = summarizer.saveAnnualSummary("正文", 2026, Style::warm);
-  EXPECT_EQ(year.body, "# 2026年度总结·温情版\n\n正文");
-  EXPECT_THAT(year.tags, testing::ElementsAre("个人专栏", "个人专栏/年度总结/2026"));
-  EXPECT_EQ(year.source, "nomely");
-  EXPECT_EQ(store.memoStore().read(clock.today(), year.seqNumber), year);
-  EXPECT_EQ(year.seqNumber, month.seqNumber + 1);
-  EXPECT_EQ(failure([&] {
-              (void)summarizer.saveSummary("x", {2026, 0}, Style::diary);
-            }),
-            Kind::invalidDate);
 }
 
 }  // namespace

@@ -22,9 +22,7 @@ using Kind = RecorderError::Kind;
 
 class AudioRecorderTest : public testing::Test {
  protected:
-  std::filesystem::path start() {
-    return recorder.startRecording(folder.path(), PlayedMicrophone::name);
-  }
+  fs::path start() { return recorder.startRecording(folder.path(), PlayedMicrophone::name); }
   // Plays until `seconds` more were recorded.
   void record(double seconds) {
     const double end = recorder.status().seconds + seconds;
@@ -56,14 +54,14 @@ class AudioRecorderTest : public testing::Test {
 TEST_F(AudioRecorderTest, StoppedRecordingIsAPlainFileAndHeldUntilLetGo) {
   const auto path = start();
   EXPECT_EQ(path, folder.path() / "voice_2026-03-01_090000.m4a");
-  EXPECT_EQ(kindOf<RecorderError>([&] { (void)start(); }), Kind::alreadyRecording);
+  EXPECT_FAILURE(RecorderError, alreadyRecording, start());
   record(1.5);
   EXPECT_EQ(leftBehind(), 0U);
   EXPECT_EQ(recorder.stopRecording(), path);
   EXPECT_GE(MediaFile::duration(path, {}), 1.5);
   EXPECT_EQ(readFile(path).find("moof"), std::string::npos);
   EXPECT_EQ(leftBehind(), 0U);
-  EXPECT_EQ(kindOf<RecorderError>([&] { (void)recorder.stopRecording(); }), Kind::notRecording);
+  EXPECT_FAILURE(RecorderError, notRecording, recorder.stopRecording());
   recorder.letGo();
   EXPECT_EQ(leftBehind(), 1U);
   // The same second again.
@@ -97,9 +95,8 @@ TEST_F(AudioRecorderTest, HoursAreHeardAsMinutesAre) {
     (void)stream.read(beginnings.emplace_back(5 * SampleStream::rate), {});
     // Cut off in the middle of its tables, and of its sound.
     for (const double part : {0.9, 0.01}) {
-      std::filesystem::resize_file(
-          file, static_cast<std::uintmax_t>(static_cast<double>(std::filesystem::file_size(file)) *
-                                            part));
+      fs::resize_file(file,
+                      static_cast<std::uintmax_t>(static_cast<double>(fs::file_size(file)) * part));
       EXPECT_THROW((void)MediaFile::duration(file, {}), MediaError);
     }
   }
@@ -136,19 +133,6 @@ TEST_F(AudioRecorderTest, PausedSoundIsNotRecorded) {
   record(1);
   (void)recorder.stopRecording();
   EXPECT_LT(MediaFile::duration(path, {}), 5.0);
-}
-
-TEST_F(AudioRecorderTest, DeviceThatCantBeUsedLeavesNoFile) {
-  writeFile(
-      microphone.configuration(),
-      "pcm.lost { type file slave.pcm { type null } file /dev/null format raw infile \"/\" }");
-  try {
-    (void)recorder.startRecording(folder.path(), "none");
-    ADD_FAILURE();
-  } catch (const RecorderError& error) {
-    EXPECT_STREQ(error.what(), "录音初始化失败: 找不到麦克风“none”，请接上麦克风或换一个设备");
-  }
-  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }
 
 }  // namespace

@@ -1,20 +1,16 @@
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "AI/Transcription/SpeechEngines.h"
 #include "AI/Transcription/SpeechTranscriber.h"
 #include "Platform/Cancellation.h"
+#include "Support/ErrorKind.h"
 #include "Support/LoopbackServer.h"
+#include "Support/Matchers.h"
 #include "Support/Sound.h"
 #include "Support/TemporaryFolder.h"
 
 namespace nomely::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 constexpr auto path = "/v1/audio/transcriptions";
 constexpr auto spoken =
@@ -25,7 +21,7 @@ class SpeechTranscriberTest : public testing::Test {
  protected:
   SpeechTranscriberTest() { server.answer(path, {.body = spoken}); }
 
-  [[nodiscard]] std::filesystem::path sound(double seconds) const {
+  [[nodiscard]] fs::path sound(double seconds) const {
     writeSilence(folder.path() / "sound.wav", seconds);
     return folder.path() / "sound.wav";
   }
@@ -40,12 +36,7 @@ class SpeechTranscriberTest : public testing::Test {
             stop);
   }
   [[nodiscard]] std::string failure(double seconds) {
-    try {
-      (void)run(seconds);
-    } catch (const TranscriberError& error) {
-      return error.what();
-    }
-    return "none";
+    return messageOf<TranscriberError>([&] { (void)run(seconds); });
   }
 
   TemporaryFolder folder;
@@ -118,11 +109,7 @@ TEST_F(SpeechTranscriberTest, SegmentsElseTheTextAloneMakeATimeline) {
 }
 
 TEST_F(SpeechTranscriberTest, BadAnswersAreToldWithoutSecrets) {
-  const struct {
-    const char* name;
-    LoopbackServer::Answer answer;
-    const char* text;
-  } cases[] = {
+  const std::tuple<const char*, LoopbackServer::Answer, const char*> cases[] = {
       {"status",
        {.status = 401, .body = "bad key sk-planted"},
        "语音识别失败: HTTP 401: bad key ***"},
@@ -132,10 +119,10 @@ TEST_F(SpeechTranscriberTest, BadAnswersAreToldWithoutSecrets) {
       {"no text", {.body = "{}"}, "语音识别失败: 识别服务的回答里没有文字"},
       {"list", {.body = "[]"}, "语音识别失败: 识别服务的回答里没有文字"},
   };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.name);
-    server.answer(path, test.answer);
-    EXPECT_THAT(failure(1), testing::StartsWith(test.text));
+  for (const auto& [name, answer, text] : cases) {
+    SCOPED_TRACE(name);
+    server.answer(path, answer);
+    EXPECT_THAT(failure(1), StartsWith(text));
   }
 }
 
@@ -153,16 +140,16 @@ TEST_F(SpeechTranscriberTest, NothingIsSentWhereNothingIsChosenOrReadable) {
 
 TEST_F(SpeechTranscriberTest, StopsAtOnceAndLeavesNothing) {
   const auto abandoned = temporary.path() / "nomely_transcription_DEAD";
-  std::filesystem::create_directories(abandoned / "inner");
-  std::filesystem::create_directory(temporary.path() / "others");
+  fs::create_directories(abandoned / "inner");
+  fs::create_directory(temporary.path() / "others");
   std::stop_source stop;
   server.answer(path, [&](const LoopbackServer::Request&) {
     // One piece at a time, in a folder that others can't look into.
     std::size_t count = 0;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(temporary.path())) {
+    for (const auto& entry : fs::recursive_directory_iterator(temporary.path())) {
       count += entry.is_regular_file() ? 1 : 0;
       if (entry.path().filename().string().starts_with("nomely_")) {
-        EXPECT_EQ(entry.status().permissions(), std::filesystem::perms::owner_all);
+        EXPECT_EQ(entry.status().permissions(), fs::perms::owner_all);
       }
     }
     EXPECT_EQ(count, 1U);
@@ -170,8 +157,8 @@ TEST_F(SpeechTranscriberTest, StopsAtOnceAndLeavesNothing) {
     return LoopbackServer::Answer{.manner = LoopbackServer::Manner::hanging};
   });
   EXPECT_THROW((void)run(120, stop.get_token()), CancellationError);
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(temporary.path()), {}), 1);
-  EXPECT_TRUE(std::filesystem::exists(temporary.path() / "others"));
+  EXPECT_EQ(std::distance(fs::directory_iterator(temporary.path()), {}), 1);
+  EXPECT_TRUE(fs::exists(temporary.path() / "others"));
 }
 
 #ifdef NOMELY_POCKETSPHINX

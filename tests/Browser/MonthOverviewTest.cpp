@@ -1,13 +1,10 @@
-#include <gmock/gmock.h>
-
 #include "Browser/MonthOverviewStore.h"
 #include "Support/ManualClock.h"
+#include "Support/RandomText.h"
 
 namespace nomely::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 using Kind = OverviewAnomaly::Kind;
 
 class MonthOverviewTest : public testing::Test {
@@ -33,12 +30,6 @@ class MonthOverviewTest : public testing::Test {
 
   std::vector<MemoEntry> entries;
 };
-
-std::string repeated(std::string_view text, std::size_t count) {
-  std::string all;
-  for (std::size_t i = 0; i < count; ++i) all += text;
-  return all;
-}
 
 TEST_F(MonthOverviewTest, CountsTheMonthAlone) {
   EXPECT_EQ(march().totalMemos, 0U);

@@ -1,13 +1,8 @@
-#include <gmock/gmock.h>
-
 #include "AI/LanguageVendor.h"
 #include "CLI/CommandTest.h"
 
 namespace nomely::test {
 namespace {
-
-using testing::HasSubstr;
-using testing::Not;
 
 // The real program and a vendor on this machine.
 class AiCommandTest : public CommandTest {
@@ -19,10 +14,6 @@ class AiCommandTest : public CommandTest {
               "provider: custom\nmodel: model-1\napiKey: 'sk-planted'\nbaseURL: " + vendor.url() +
                   "\nfeatures:\n  writingAssistant: " + feature + "\n  beautify: " + feature +
                   "\n");
-  }
-  // What the vendor was asked last.
-  [[nodiscard]] std::string lastUserMessage() const {
-    return Json::parse(vendor.requests().back().body)["messages"][1]["content"];
   }
 
   LanguageVendor vendor;
@@ -46,8 +37,9 @@ TEST_F(AiCommandTest, ActionsOnText) {
     const ProgramResult result = run({.arguments = words, .input = input});
     EXPECT_EQ(result.output, arguments[0] == "test" ? "✓ 好\uFFFD[2J\n" : "好\uFFFD[2J\n");
     EXPECT_EQ(result.errors, "");
-    EXPECT_EQ(lastUserMessage(), message);
-    EXPECT_EQ(vendor.requests().back().headers.at("authorization"), "Bearer sk-planted");
+    const LoopbackServer::Request asked = vendor.requests().back();
+    EXPECT_EQ(Json::parse(asked.body)["messages"][1]["content"], message);
+    EXPECT_EQ(asked.headers.at("authorization"), "Bearer sk-planted");
   }
   EXPECT_EQ(json({"ai", "beautify", "文", "--preset", "生成标题"}),
             (Json{{"result", "好\x1B[2J"}}));
@@ -80,8 +72,8 @@ TEST_F(AiCommandTest, WhatFails) {
 }
 
 TEST_F(AiCommandTest, SummariesAfterAskingOncePerVendor) {
-  static_cast<void>(add("三月的事", {"--tag", "工作"}));
-  static_cast<void>(add("三月的私事", {"--tag", "私/家"}));
+  (void)add("三月的事", {"--tag", "工作"});
+  (void)add("三月的私事", {"--tag", "私/家"});
   vendor.replies("总结");
   const std::vector<std::string> month = {"summary",  "month",     "2026-03", "--style",
                                           "proValue", "--exclude", "私"};
@@ -97,16 +89,15 @@ TEST_F(AiCommandTest, SummariesAfterAskingOncePerVendor) {
   EXPECT_TRUE(vendor.requests().empty());
 
   for (const bool isFirst : {true, false}) {
-    TerminalRun terminal(TestPaths::nomely, home.path(),
-                         {.arguments = month, .environment = {{"NOMELY_ROOT", root.string()}}});
-    terminal.waitFor("1 条笔记");
-    terminal.waitFor("127.0.0.1:" + std::to_string(vendor.port()));
+    const auto terminal = start({.arguments = month});
+    terminal->waitFor("1 条笔记");
+    terminal->waitFor("127.0.0.1:" + std::to_string(vendor.port()));
     if (isFirst) {
-      terminal.waitFor("[y/N]");
-      terminal.type("y\n");
+      terminal->waitFor("[y/N]");
+      terminal->type("y\n");
     }
-    terminal.waitFor("价值澄清");
-    EXPECT_EQ(terminal.finish(), 0);
+    terminal->waitFor("价值澄清");
+    EXPECT_EQ(terminal->finish(), 0);
   }
   const Json memo = json(month);
   EXPECT_EQ(memo["body"],
@@ -116,16 +107,14 @@ TEST_F(AiCommandTest, SummariesAfterAskingOncePerVendor) {
 }
 
 TEST_F(AiCommandTest, CtrlCEndsAtOnceAndLeavesNothing) {
-  static_cast<void>(add("三月的事"));
+  (void)add("三月的事");
   vendor.answer(LanguageVendor::openAIPath, {.manner = LoopbackServer::Manner::hanging});
   const std::string before = treeOf(root / "2026-03-01");
-  TerminalRun terminal(TestPaths::nomely, home.path(),
-                       {.arguments = {"summary", "month", "2026-03", "--yes"},
-                        .environment = {{"NOMELY_ROOT", root.string()}}});
-  terminal.waitFor("正在等 自定义 的回复");
-  static_cast<void>(vendor.awaitRequest());
-  terminal.type("\x03");
-  EXPECT_EQ(terminal.finish(), 130);
+  const auto terminal = start({.arguments = {"summary", "month", "2026-03", "--yes"}});
+  terminal->waitFor("正在等 自定义 的回复");
+  (void)vendor.awaitRequest();
+  terminal->type("\x03");
+  EXPECT_EQ(terminal->finish(), 130);
   EXPECT_EQ(treeOf(root / "2026-03-01"), before);
   EXPECT_EQ(json({"list", "--all"}).size(), 1U);
 }

@@ -14,10 +14,10 @@ class CompletionTest : public CommandTest, public testing::WithParamInterface<co
     writeFile(folder + "/bin/nomely",
               "#!/bin/sh\ncase $1 in comple*) exec '" + TestPaths::nomely +
                   "' \"$@\" ;; esac\nprintf '\\n=>'; printf '<%s>' \"$@\"; echo '<='\n");
-    std::filesystem::permissions(folder + "/bin/nomely", std::filesystem::perms::owner_all);
+    fs::permissions(folder + "/bin/nomely", fs::perms::owner_all);
     writeFile(folder + "/照片 一'.jpg", "x");
     writeFile(folder + "/会议 纪要.pdf", "x");
-    std::filesystem::create_directory(folder + "/空的 夹");
+    fs::create_directory(folder + "/空的 夹");
     (void)add("第一条 #读书", {"--tag", "工作/周 会$"});
     (void)add("第二条");
     (void)json({"add", "旧的", "--date", "2025-12-31", "--attach", folder + "/会议 纪要.pdf"});
@@ -105,7 +105,7 @@ TEST_P(CompletionTest, LinesAfterTab) {
     EXPECT_EQ(words, expected);
   }
   EXPECT_EQ(treeOf(root), before) << "something was written";
-  EXPECT_FALSE(std::filesystem::exists(home.path() / "没有"));
+  EXPECT_FALSE(fs::exists(home.path() / "没有"));
 }
 
 // Zsh and fish show what a candidate is.

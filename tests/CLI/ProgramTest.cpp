@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include "CLI/CommandTest.h"
 
 namespace nomely::test {
@@ -27,16 +25,16 @@ TEST_F(ProgramTest, WithoutACommandItShowsTodayAndHelpsANewUser) {
 TEST_F(ProgramTest, RootIsChosenByOptionThenVariableThenHome) {
   const std::string given = (home.path() / "given").string();
   EXPECT_EQ(json({"add", "x", "--root", given})["seqNumber"], 1);
-  EXPECT_TRUE(std::filesystem::exists(given));
-  EXPECT_FALSE(std::filesystem::exists(root));
+  EXPECT_TRUE(fs::exists(given));
+  EXPECT_FALSE(fs::exists(root));
   const ProgramResult empty = runProgram(TestPaths::nomely, home.path(), {.arguments = {"list"}});
   EXPECT_NE(empty.errors.find("数据目录不存在"), std::string::npos) << empty.errors;
-  EXPECT_FALSE(std::filesystem::exists(home.path() / "NomelyData"));
+  EXPECT_FALSE(fs::exists(home.path() / "NomelyData"));
   const ProgramResult usual =
       runProgram(TestPaths::nomely, home.path(), {.arguments = {"add", "y"}});
   EXPECT_EQ(usual.status, 0) << usual.errors;
   EXPECT_NE(usual.errors.find("新建了数据目录"), std::string::npos) << usual.errors;
-  EXPECT_TRUE(std::filesystem::exists(home.path() / "NomelyData"));
+  EXPECT_EQ(fs::status(home.path() / "NomelyData").permissions(), fs::perms::owner_all);
 }
 
 TEST_F(ProgramTest, AReaderThatLeavesEndsItQuietly) {

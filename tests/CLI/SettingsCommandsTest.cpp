@@ -1,6 +1,5 @@
 #include <chrono>
 
-#include <gmock/gmock.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -11,10 +10,6 @@
 namespace nomely::test {
 namespace {
 
-namespace fs = std::filesystem;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::Not;
 using namespace std::chrono_literals;
 
 constexpr const char* planted = "sk-PLANTED-4711";

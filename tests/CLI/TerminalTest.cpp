@@ -1,21 +1,12 @@
-#include <gmock/gmock.h>
-
 #include "CLI/CommandTest.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely::test {
 namespace {
 
-using testing::HasSubstr;
-using testing::Not;
-
 // The program on a terminal of its own.
 class TerminalTest : public CommandTest {
  protected:
-  [[nodiscard]] std::unique_ptr<TerminalRun> start(ProgramCall call, TerminalSize size = {}) const {
-    call.environment.emplace("NOMELY_ROOT", root.string());
-    return std::make_unique<TerminalRun>(TestPaths::nomely, home.path(), std::move(call), size);
-  }
   // What a person sees of a run that asks nothing.
   [[nodiscard]] std::string shown(ProgramCall call, TerminalSize size = {}) const {
     const auto run = start(std::move(call), size);
@@ -24,10 +15,10 @@ class TerminalTest : public CommandTest {
   }
   // A program for $PATH or $PAGER.
   std::string script(const std::string& name, const std::string& text) const {
-    const std::filesystem::path file = home.path() / "bin" / name;
-    std::filesystem::create_directories(file.parent_path());
+    const fs::path file = home.path() / "bin" / name;
+    fs::create_directories(file.parent_path());
     writeFile(file, "#!/bin/sh\n" + text + "\n");
-    std::filesystem::permissions(file, std::filesystem::perms::owner_all);
+    fs::permissions(file, fs::perms::owner_all);
     return file.string();
   }
 };
@@ -66,35 +57,24 @@ TEST_F(TerminalTest, APagerGetsColourAndWidthAndNoneIsNoLoss) {
 
 TEST_F(TerminalTest, QuestionsTakeAYesInAnyFormAndAcknowledgeANo) {
   (void)add("甲");
-  const struct {
-    const char* typed;
-    bool isYes;
-  } cases[] = {{"YES \r", true}, {" 是\r", true}, {"Y\r", true},
-               {"yep\r", false}, {"\r", false},   {"\x04", false}};
-  for (const auto& test : cases) {
-    SCOPED_TRACE(testing::PrintToString(test.typed));
+  const std::pair<std::string, bool> cases[] = {{"YES \r", true}, {" 是\r", true}, {"Y\r", true},
+                                                {"yep\r", false}, {"\r", false},   {"\x04", false},
+                                                {"\x03", false}};
+  for (const auto& [typed, isYes] : cases) {
+    SCOPED_TRACE(testing::PrintToString(typed));
     EXPECT_EQ(run({"rm", "@"}).status, 0);
     const auto empty = start({.arguments = {"trash", "empty"}});
     (void)empty->waitFor("[y/N]");
-    empty->type(test.typed);
-    EXPECT_EQ(empty->finish(), 0);
-    EXPECT_EQ(empty->screen().find("已取消") == std::string::npos, test.isYes);
-    EXPECT_EQ(json({"trash"}).empty(), test.isYes);
-    if (test.isYes)
+    empty->type(typed);
+    const bool isInterrupted = typed == "\x03";
+    EXPECT_EQ(empty->finish(), isInterrupted ? 130 : 0);
+    EXPECT_EQ(empty->screen().find("已取消") == std::string::npos, isYes || isInterrupted);
+    EXPECT_EQ(json({"trash"}).empty(), isYes);
+    if (isYes)
       (void)add("甲");
     else
       EXPECT_THAT(run({"trash", "restore", "2026-03-01_001"}).errors, HasSubstr("2026-03-01/1"));
   }
-}
-
-TEST_F(TerminalTest, CtrlCEndsAQuestionWithStatus130AndChangesNothing) {
-  (void)add("甲");
-  EXPECT_EQ(run({"rm", "@"}).status, 0);
-  const auto empty = start({.arguments = {"trash", "empty"}});
-  (void)empty->waitFor("[y/N]");
-  empty->type("\x03");
-  EXPECT_EQ(empty->finish(), 130);
-  EXPECT_EQ(json({"trash"}).size(), 1U);
 }
 
 TEST_F(TerminalTest, LinesOfHelpFitTheTerminal) {
@@ -146,6 +126,69 @@ TEST_F(TerminalTest, OpenHandsTheAttachmentToTheDesktop) {
   EXPECT_EQ(readFile(log), file + "\n");
   script("xdg-open", "exit 4");
   EXPECT_EQ(run({.arguments = {"open", "@"}, .environment = {{"PATH", path}}}).status, 1);
+}
+
+// The editor is a shell script; it is started because standard input is a terminal.
+class EditorTest : public TerminalTest {
+ protected:
+  [[nodiscard]] ProgramResult runWithEditor(std::vector<std::string> arguments,
+                                            const std::string& text) const {
+    return run({.arguments = std::move(arguments),
+                .inputKind = InputKind::terminal,
+                .environment = {{"EDITOR", script("editor", text)}}});
+  }
+  [[nodiscard]] std::string drafts() const {
+    const auto folder = home.path() / ".local/state/nomely/editing";
+    return fs::exists(folder) ? treeOf(folder) : "";
+  }
+};
+
+TEST_F(EditorTest, WhatTheEditorSavesBecomesTheMemo) {
+  ASSERT_EQ(runWithEditor({"add", "--date", "2026-03-01"}, "echo 写在编辑器里 > \"$1\"").status, 0);
+  EXPECT_EQ(json({"show", "2026-03-01/1"})["body"], "写在编辑器里");
+  ASSERT_EQ(runWithEditor({"edit", "2026-03-01/1"}, "sed -i s/写/改/ \"$1\"").status, 0);
+  EXPECT_EQ(json({"show", "2026-03-01/1"})["body"], "改在编辑器里");
+  EXPECT_EQ(drafts(), "");
+}
+
+TEST_F(EditorTest, AnEditorThatFailsOrChangesNothingLeavesTheMemoAsItWas) {
+  const Json added = add("原文");
+  const std::string before = treeOf(root);
+  const std::tuple<std::string, std::string, int, bool> cases[] = {
+      {"unchanged", "true", 0, false},
+      {"touched only", "touch \"$1\"", 0, false},
+      {"fails", "exit 3", 1, false},
+      {"fails after a change", "echo 半句 > \"$1\"; exit 1", 1, true},
+      {"emptied", ": > \"$1\"", 2, false},
+      {"not UTF-8", "printf '\\377' > \"$1\"", 2, true},
+  };
+  for (const auto& [name, script, status, keepsDraft] : cases) {
+    SCOPED_TRACE(name);
+    const ProgramResult result = runWithEditor({"edit", "2026-03-01/1"}, script);
+    EXPECT_EQ(result.status, status) << result.errors;
+    EXPECT_EQ(treeOf(root), before);
+    EXPECT_EQ(!drafts().empty(), keepsDraft);
+    fs::remove_all(home.path() / ".local");
+  }
+}
+
+TEST_F(EditorTest, AChangeMadeElsewhereMeanwhileIsKeptAndSoIsTheEditedText) {
+  const Json added = add("原文");
+  const ProgramResult result =
+      runWithEditor({"edit", "2026-03-01/1"},
+                    TestPaths::nomely +
+                        " edit 2026-03-01/1 别处的修改 > /dev/null; echo 编辑器里的修改 > \"$1\"");
+  EXPECT_EQ(result.status, 3) << result.errors;
+  EXPECT_EQ(json({"show", "2026-03-01/1"})["body"], "别处的修改");
+  EXPECT_NE(drafts().find("编辑器里的修改"), std::string::npos);
+  EXPECT_NE(result.errors.find("你写的内容保存在"), std::string::npos);
+}
+
+TEST_F(EditorTest, WithoutAnEditorTheUserIsToldHowToGiveText) {
+  const ProgramResult result =
+      run({.arguments = {"add"}, .inputKind = InputKind::terminal, .environment = {{"PATH", "/"}}});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_NE(result.errors.find("$EDITOR"), std::string::npos);
 }
 
 }  // namespace

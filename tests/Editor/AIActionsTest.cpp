@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include "AI/LanguageVendor.h"
 #include "Editor/Intelligence/BeautifyChat.h"
 #include "Editor/Intelligence/InputAI.h"
@@ -13,7 +11,6 @@ namespace nomely::test {
 namespace {
 
 using Manner = LoopbackServer::Manner;
-using testing::ElementsAre;
 
 // A vendor whose next reply may be held until the user has gone on.
 class AIActionsTest : public StoreTest {
@@ -149,13 +146,13 @@ TEST_F(AIActionsTest, BeautifyingStepByStep) {
   // Closed while it waits.
   vendor.answer(LanguageVendor::openAIPath, {.manner = Manner::hanging});
   chat.send(BeautifyPreset::all()[0]);
-  static_cast<void>(vendor.awaitRequest(4));
+  (void)vendor.awaitRequest(4);
 }
 
 TEST_F(AIActionsTest, SummariesOneAtATime) {
   const MemoService memos(context);
   const Day day = *Day::parse("2026-02-03");
-  static_cast<void>(store.createMemo(day, {.body = "二月"}));
+  (void)store.createMemo(day, {.body = "二月"});
   std::vector<std::string> seen;
   SummaryGeneration generation(memos, access,
                                {.reload = [&] { seen.emplace_back("reload"); },
@@ -181,7 +178,7 @@ TEST_F(AIActionsTest, SummariesOneAtATime) {
   vendor.answerInTurn(LanguageVendor::openAIPath,
                       {{.manner = Manner::hanging}, {.body = LanguageVendor::reply("年")}});
   generation.generateSummary(SummaryStyle::warm, {2026, 2});
-  static_cast<void>(vendor.awaitRequest());
+  (void)vendor.awaitRequest();
   generation.generateAnnualSummary(SummaryStyle::warm, 2026);
   await(isDone);
   generation.cancel();
@@ -190,6 +187,7 @@ TEST_F(AIActionsTest, SummariesOneAtATime) {
   const std::vector<Memo> saved = store.listMemos(clock.today());
   ASSERT_EQ(saved.size(), 1U);
   EXPECT_EQ(saved[0].body, "# 2026年度总结·温情版\n\n年");
+  EXPECT_THAT(saved[0].tags, ElementsAre("个人专栏", "个人专栏/年度总结/2026"));
 }
 
 }  // namespace

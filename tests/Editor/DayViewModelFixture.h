@@ -7,8 +7,6 @@
 #include <string>
 #include <vector>
 
-#include <gmock/gmock.h>
-
 #include "Editor/Timeline/DayViewModel.h"
 #include "Platform/Concurrency/RunLoop.h"
 #include "Support/PausingFileSystem.h"
@@ -69,9 +67,7 @@ class DayViewModelTest : public StoreTest {
   }
 
   [[nodiscard]] std::vector<std::string> shown() const {
-    std::vector<std::string> bodies;
-    for (const MemoEntry& entry : model->displayMemos.get()) bodies.push_back(entry.memo->body);
-    return bodies;
+    return bodiesOf(model->displayMemos.get());
   }
   [[nodiscard]] std::vector<std::string> ofTheDay() const {
     std::vector<std::string> bodies;
@@ -88,6 +84,13 @@ class DayViewModelTest : public StoreTest {
       if (entry.memo->body == body) return *entry.memo;
     ADD_FAILURE() << "no memo with the text " << body;
     return {};
+  }
+
+  // The same with another text, as the editor hands it back.
+  [[nodiscard]] Memo edited(const std::string& body, const std::string& text) const {
+    Memo memo = listed(body);
+    memo.body = text;
+    return memo;
   }
 
   [[nodiscard]] Memo onDisk(Day date, std::int64_t number) const {

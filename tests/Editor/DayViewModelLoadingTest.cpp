@@ -4,8 +4,6 @@
 namespace nomely::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 using Cause = DayViewModel::Cause;
 
 class DayViewModelLoadingTest : public DayViewModelTest {};
@@ -90,25 +88,21 @@ TEST_F(DayViewModelLoadingTest, OvertakenLoadNeverLands) {
 // First the query ends before the edit, and its answer comes after it.
 TEST_F(DayViewModelLoadingTest, LoadShowsTheEditsBegunBeforeItEnds) {
   add(today, "旧");
-  model->loadDay(today);
-  ASSERT_TRUE(isLoaded());
+  loadToday();
   std::promise<void> begun;
   files.at(PausingFileSystem::Call::list, context.paths.dayFolder(today),
            [&] { begun.set_value(); });
   model->loadDay(today);
   begun.get_future().wait();
   endJobs();
-  Memo memo = listed("旧");
-  memo.body = "新";
-  model->updateMemo(memo);
+  model->updateMemo(edited("旧", "新"));
   Subscription watch =
       model->displayMemos.observe([&](const auto&) { EXPECT_THAT(shown(), ElementsAre("新")); });
   ASSERT_TRUE(isLoaded());
   EXPECT_THAT(ofTheDay(), ElementsAre("新"));
 
   watch = {};
-  memo.body = "更新";
-  model->updateMemo(memo);
+  model->updateMemo(edited("新", "更新"));
   model->loadMemosNoTag();
   ASSERT_TRUE(isLoaded());
   EXPECT_THAT(shown(), ElementsAre("更新"));

@@ -3,10 +3,6 @@
 namespace nomely::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::StartsWith;
-
 class DayViewModelTrashTest : public DayViewModelTest {
  protected:
   void SetUp() override {
@@ -47,9 +43,7 @@ TEST_F(DayViewModelTrashTest, DeletePressedTwiceIsOneDeletion) {
 }
 
 TEST_F(DayViewModelTrashTest, OfferCountsWhatReallyMoved) {
-  Memo stale = listed("三");
-  stale.body = "别处改过";
-  store.updateMemo(stale, today, {});
+  store.updateMemo(edited("三", "别处改过"), today, {});
   model->deleteMemos({{today, listed("一")}, {today, listed("三")}, {today, listed("二")}});
   ASSERT_TRUE(isDone());
   ASSERT_TRUE(model->pendingUndoDelete.get());
@@ -89,9 +83,9 @@ TEST_F(DayViewModelTrashTest, PartlyFailedUndoKeepsTheOfferOfTheRest) {
   ASSERT_TRUE(isDone());
   const auto second = model->pendingUndoDelete.get()->entries.at(1);
   // A folder where the memo's file should go.
-  std::filesystem::create_directories(context.paths.memoFile(today, 2) / "taken");
-  std::filesystem::remove_all(context.paths.trashFolder() /
-                              model->pendingUndoDelete.get()->entries.at(0).trashSubdir);
+  fs::create_directories(context.paths.memoFile(today, 2) / "taken");
+  fs::remove_all(context.paths.trashFolder() /
+                 model->pendingUndoDelete.get()->entries.at(0).trashSubdir);
   model->undoDelete();
   ASSERT_TRUE(isDone());
   ASSERT_TRUE(model->pendingUndoDelete.get());

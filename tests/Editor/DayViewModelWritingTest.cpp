@@ -8,11 +8,6 @@
 namespace nomely::test {
 namespace {
 
-namespace fs = std::filesystem;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::StartsWith;
-
 class DayViewModelWritingTest : public DayViewModelTest {
  protected:
   // As another program would: neither the model nor its index learns of it.
@@ -31,9 +26,7 @@ TEST_F(DayViewModelWritingTest, UpdateShowsAtOnceAndKeepsASnapshot) {
     events.push_back(state == SaveState::saving() ? "saving" : "saved");
   });
   model->onSavedSuccessfully = [&] { events.push_back("callback"); };
-  Memo memo = listed("旧文");
-  memo.body = "新文";
-  model->updateMemo(memo);
+  model->updateMemo(edited("旧文", "新文"));
   EXPECT_THAT(shown(), ElementsAre("新文"));
   EXPECT_THAT(ofTheDay(), ElementsAre("新文"));
   ASSERT_TRUE(isSettled());
@@ -48,9 +41,7 @@ TEST_F(DayViewModelWritingTest, FailedUpdateShowsWhatIsOnDisk) {
   const Memo memo = add(today, "读到的");
   loadToday();
   changeElsewhere(memo, "别处写的");
-  Memo mine = listed("读到的");
-  mine.body = "我写的";
-  model->updateMemo(mine);
+  model->updateMemo(edited("读到的", "我写的"));
   EXPECT_THAT(shown(), ElementsAre("我写的"));
   ASSERT_TRUE(isSettled());
   EXPECT_THAT(shown(), ElementsAre("别处写的"));
@@ -63,7 +54,7 @@ TEST_F(DayViewModelWritingTest, FailedUpdateShowsWhatIsOnDisk) {
   std::vector<std::vector<std::string>> atFailure;
   const Subscription watch =
       model->lastError.observe([&](const auto&) { atFailure.push_back(shown()); });
-  mine = listed("别处写的");
+  Memo mine = listed("别处写的");
   changeElsewhere(mine, "又在别处写的");
   for (const char* body : {"第一次", "第二次"}) {
     mine.body = body;
@@ -73,10 +64,8 @@ TEST_F(DayViewModelWritingTest, FailedUpdateShowsWhatIsOnDisk) {
   EXPECT_THAT(atFailure[0], ElementsAre("第二次"));
   EXPECT_THAT(atFailure[1], ElementsAre("又在别处写的"));
 
-  mine = listed("又在别处写的");
-  store.deleteMemo(today, mine);
-  mine.body = "我又写的";
-  model->updateMemo(mine);
+  store.deleteMemo(today, listed("又在别处写的"));
+  model->updateMemo(edited("又在别处写的", "我又写的"));
   ASSERT_TRUE(isSettled());
   EXPECT_THAT(failure(), StartsWith("更新笔记失败："));
   EXPECT_THAT(shown(), IsEmpty());
@@ -92,9 +81,7 @@ TEST_F(DayViewModelWritingTest, PinAndLockNeverBringAnOldTextBack) {
       {.body = "旧文", .attachments = {"a.m4a"}, .audioTranscripts = {{"a.m4a", transcript}}});
   loadToday();
   const Memo card = listed("旧文");
-  Memo memo = card;
-  memo.body = "新文";
-  model->updateMemo(memo);
+  model->updateMemo(edited("旧文", "新文"));
   clock.advance(std::chrono::hours(1));
   model->toggleLockedOnTop(card);
   ASSERT_TRUE(comesTrue([&] { return onDisk(today, 1).lockedOnTop && onDisk(today, 1).pinned; }));
@@ -119,23 +106,19 @@ TEST_F(DayViewModelWritingTest, MemoThatNoLongerBelongsLeavesUnlessItsChangeFail
   Memo memo = store.createMemo(today, {.body = "录音", .attachments = {"a.m4a"}});
   memo.pinned = true;
   store.updateMemo(memo, today, {});
-  const struct {
-    const char* name;
-    void (DayViewModel::*load)();
-    void (*change)(Memo&);
-  } cases[] = {
+  const std::tuple<const char*, void (DayViewModel::*)(), void (*)(Memo&)> cases[] = {
       {"pinned", &DayViewModel::loadPinnedMemos, [](Memo& mine) { mine.pinned = false; }},
       {"filter", &DayViewModel::loadMemosWithAudio, [](Memo& mine) { mine.attachments.clear(); }},
   };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.name);
-    (*model.*test.load)();
+  for (const auto& [name, load, change] : cases) {
+    SCOPED_TRACE(name);
+    (*model.*load)();
     ASSERT_TRUE(isLoaded());
     for (const bool fails : {true, false}) {
       ASSERT_EQ(shown().size(), 1U);
       Memo mine = *model->displayMemos.get()[0].memo;
-      if (fails) changeElsewhere(mine, std::string("别处写的") + test.name);
-      test.change(mine);
+      if (fails) changeElsewhere(mine, std::string("别处写的") + name);
+      change(mine);
       model->updateMemo(mine);
       EXPECT_THAT(shown(), IsEmpty());
       ASSERT_TRUE(isSettled());
@@ -171,9 +154,7 @@ TEST_F(DayViewModelWritingTest, DateOfAnUpdateIsTheMemosOwn) {
   add(yesterday, "昨天的");
   model->loadAllMemos();
   ASSERT_TRUE(isLoaded());
-  Memo memo = listed("昨天的");
-  memo.body = "改过的";
-  model->updateMemo(memo);
+  model->updateMemo(edited("昨天的", "改过的"));
   ASSERT_TRUE(isSettled());
   EXPECT_EQ(onDisk(yesterday, 1).body, "改过的");
   EXPECT_FALSE(fs::exists(context.paths.dayFolder(today)));
@@ -263,9 +244,7 @@ TEST_F(DayViewModelWritingTest, MoveLeavesTheListsOfTheOldDay) {
   EXPECT_TRUE(isSaved());
   EXPECT_EQ(treeOf(folder.path()), before);
 
-  Memo stale = listed("留下的");
-  stale.body = "没见过的";
-  model->moveMemo(stale, today, yesterday);
+  model->moveMemo(edited("留下的", "没见过的"), today, yesterday);
   ASSERT_TRUE(isSettled());
   EXPECT_THAT(failure(), StartsWith("修改日期失败："));
   EXPECT_EQ(model->lastError.get(), failure());
@@ -278,10 +257,8 @@ TEST_F(DayViewModelWritingTest, FileJoinsTheMemoAsItIsByThen) {
   loadToday();
   int saves = 0;
   model->onSavedSuccessfully = [&] { ++saves; };
-  Memo memo = listed("正文");
-  model->importAttachmentToMemo(folder.path() / "图.png", memo);
-  memo.body = "改了";
-  model->updateMemo(memo);
+  model->importAttachmentToMemo(folder.path() / "图.png", listed("正文"));
+  model->updateMemo(edited("正文", "改了"));
   ASSERT_TRUE(comesTrue([&] { return saves == 2; }));
   const Memo saved = onDisk(today, 1);
   EXPECT_EQ(saved.body, "改了");
@@ -300,9 +277,7 @@ TEST_F(DayViewModelWritingTest, FileJoinsTheMemoAsItIsByThen) {
 TEST_F(DayViewModelWritingTest, WriteOutlivesTheModel) {
   add(today, "旧");
   loadToday();
-  Memo memo = listed("旧");
-  memo.body = "新";
-  model->updateMemo(memo);
+  model->updateMemo(edited("旧", "新"));
   model->loadAllMemos();
   model.reset();
   EXPECT_EQ(onDisk(today, 1).body, "新");

@@ -1,14 +1,12 @@
 #include <algorithm>
 #include <random>
 
-#include <gmock/gmock.h>
-
 #include "Editor/Timeline/TimelineListModel.h"
+#include "Support/Matchers.h"
 
 namespace nomely::test {
 namespace {
 
-using testing::ElementsAre;
 using Entries = TimelineListModel::Entries;
 using Kind = ListChange::Kind;
 
@@ -148,12 +146,7 @@ TEST_F(TimelineListModelTest, ChangesOfRowsAddUpToTheList) {
 }
 
 TEST_F(TimelineListModelTest, OneMemoOfTwoThousandChangesItsRow) {
-  const struct {
-    const char* name;
-    std::int64_t number;
-    bool pinned;
-    std::vector<ListChange> changes;
-  } cases[] = {
+  const std::tuple<const char*, std::int64_t, bool, std::vector<ListChange>> cases[] = {
       {"text", 1990, false, {{Kind::changed, 10, 1}}},
       {"pin", 1990, true, {{Kind::moved, 10, 1, 0}, {Kind::changed, 0, 1}}},
       {"text of a pinned one", 1990, true, {{Kind::changed, 0, 1}}},
@@ -168,10 +161,10 @@ TEST_F(TimelineListModelTest, OneMemoOfTwoThousandChangesItsRow) {
   list.setMode(TimelineMode::all);
   list.show(entries);
   View view(list);
-  for (const auto& test : cases) {
+  for (const auto& [name, changed, pinned, changes] : cases) {
     view.changes.clear();
-    EXPECT_TRUE(list.update(memo(test.number, test.pinned), dayAt(0)));
-    EXPECT_EQ(view.changes, test.changes) << test.name;
+    EXPECT_TRUE(list.update(memo(changed, pinned), dayAt(0)));
+    EXPECT_EQ(view.changes, changes) << name;
   }
   view.changes.clear();
   list.show(entries);

@@ -1,8 +1,6 @@
 #include <cerrno>
 #include <set>
 
-#include <gmock/gmock.h>
-
 #include "Export/MarkdownExporter.h"
 #include "Export/NestedBody.h"
 #include "Platform/Error.h"
@@ -34,14 +32,14 @@ class MarkdownExporterTest : public StoreTest {
   // Of everything beside the document, folders included; a temporary is swept later.
   [[nodiscard]] std::string names() const {
     std::set<std::string> sorted;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(target.path()))
+    for (const auto& entry : fs::recursive_directory_iterator(target.path()))
       if (!FileManager::isTemporaryName(entry.path().filename().string()))
         sorted.insert(entry.path().string());
     return testing::PrintToString(sorted);
   }
 
   TemporaryFolder target{quickParent()};
-  const std::filesystem::path document = target.path() / "旅 行.md";
+  const fs::path document = target.path() / "旅 行.md";
   std::vector<MemoEntry> entries;
   Memo* latest = nullptr;
   const ExportSelection selection{0, [this](const auto& visit) {
@@ -51,11 +49,7 @@ class MarkdownExporterTest : public StoreTest {
 };
 
 TEST(NestedBody, LeavesTheOutlineToTheDocument) {
-  const struct {
-    const char* name;
-    const char* body;
-    const char* nested;
-  } cases[] = {
+  const std::tuple<const char*, const char*, const char*> cases[] = {
       {"headings", "# a\n   ## b\n###### c\n#\tt\n#", "### a\n   #### b\n###### c\n###\tt\n###\n"},
       {"no headings", "#tag\n    # code\n####### x", "#tag\n    # code\n####### x\n"},
       {"code", "```sh\n# a\n```\n# b\n~~~~\n~~~\n# c",
@@ -64,7 +58,7 @@ TEST(NestedBody, LeavesTheOutlineToTheDocument) {
       {"rules", "a\n---\n\n---\nb\r\n===\r\n", "a\n\n---\n\n---\nb\r\n\n===\r\n"},
       {"nothing else", "a  \n\n- b\n| c |\n|---|\n\n", "a  \n\n- b\n| c |\n|---|\n\n"},
   };
-  for (const auto& test : cases) EXPECT_EQ(nestedBody(test.body), test.nested) << test.name;
+  for (const auto& [name, body, nested] : cases) EXPECT_EQ(nestedBody(body), nested) << name;
 }
 
 TEST_F(MarkdownExporterTest, DocumentWithItsFiles) {
@@ -74,7 +68,7 @@ TEST_F(MarkdownExporterTest, DocumentWithItsFiles) {
   latest->originalNames = {
       {"A1.PNG", "图 [1].png"}, {"B2.pdf", "../报告：终.pdf"}, {"C3.png", "图 [1].PNG"}};
   latest->attachmentDescriptions = {{"A1.PNG", "山顶\n<日出>"}};
-  std::filesystem::remove(context.paths.dayFolder(day("2026-03-01")) / "D4.m4a");
+  fs::remove(context.paths.dayFolder(day("2026-03-01")) / "D4.m4a");
   add("2026-03-01", "", {"A1.PNG", "../../etc/passwd"});
   add("2026-02-28", "b\n\n---\n<!-- original-base64:YQ== -->", {"A1.PNG"});
   exportAll(posixFileSystem());
@@ -95,25 +89,25 @@ TEST_F(MarkdownExporterTest, DocumentWithItsFiles) {
 
   std::string text;
   MarkdownExporter::write(selection, context, [&](std::string_view piece) { text += piece; });
-  EXPECT_THAT(text,
-              testing::HasSubstr(
-                  "](" + (context.paths.dayFolder(day("2026-02-28")) / "A1.PNG").string() + ")"));
+  EXPECT_THAT(
+      text,
+      HasSubstr("](" + (context.paths.dayFolder(day("2026-02-28")) / "A1.PNG").string() + ")"));
 }
 
 TEST_F(MarkdownExporterTest, NamesThatAreTaken) {
-  const std::filesystem::path copies = MarkdownExporter::attachmentFolder(document) / "2026-03-01";
+  const fs::path copies = MarkdownExporter::attachmentFolder(document) / "2026-03-01";
   writeFile(copies / "A.png", "mine");
   writeFile(copies / "B.png", "2026-03-01B.png");
   writeFile(document, "mine");
   add("2026-03-01", "", {"A.png", "B.png"});
   EXPECT_THROW(exportAll(posixFileSystem()), Error);
   EXPECT_EQ(readFile(document), "mine");
-  EXPECT_FALSE(std::filesystem::exists(copies / "A-2.png"));
+  EXPECT_FALSE(fs::exists(copies / "A-2.png"));
   exportAll(posixFileSystem(), Replacement::allow);
   EXPECT_EQ(treeOf(copies).find("B-2.png"), std::string::npos);
   EXPECT_EQ(readFile(copies / "A.png"), "mine");
   EXPECT_EQ(readFile(copies / "A-2.png"), "2026-03-01A.png");
-  EXPECT_THAT(readFile(document), testing::HasSubstr("/A-2.png)"));
+  EXPECT_THAT(readFile(document), HasSubstr("/A-2.png)"));
 }
 
 // Whichever call fails: either everything is there, or what was there before.
@@ -124,8 +118,8 @@ TEST_F(MarkdownExporterTest, AFailureLeavesNothingHalf) {
     for (const auto mode : {FaultyFileSystem::Mode::fail, FaultyFileSystem::Mode::failLate}) {
       for (std::uint64_t call = 1;; ++call) {
         SCOPED_TRACE(call);
-        std::filesystem::remove_all(target.path());
-        std::filesystem::create_directory(target.path());
+        fs::remove_all(target.path());
+        fs::create_directory(target.path());
         if (replacement == Replacement::allow) {
           writeFile(document, "mine");
           writeFile(MarkdownExporter::attachmentFolder(document) / "2026-03-01/A.png", "mine");
@@ -140,7 +134,7 @@ TEST_F(MarkdownExporterTest, AFailureLeavesNothingHalf) {
           if (replacement == Replacement::forbid || readFile(document) == "mine")
             EXPECT_EQ(left, before);
           else
-            EXPECT_THAT(left, testing::HasSubstr("A-2.png"));
+            EXPECT_THAT(left, HasSubstr("A-2.png"));
         }
         if (faulty.calls() < call) break;
       }

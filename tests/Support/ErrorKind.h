@@ -1,7 +1,10 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <utility>
+
+#include <gtest/gtest.h>
 
 namespace nomely::test {
 
@@ -16,5 +19,21 @@ auto kindOf(Body body) -> std::optional<decltype(std::declval<const Failure&>().
   }
   return std::nullopt;
 }
+
+// What it says; "nothing thrown" when there is none.
+template <typename Failure, typename Body>
+std::string messageOf(Body body) {
+  try {
+    body();
+  } catch (const Failure& failure) {
+    return failure.what();
+  }
+  return "nothing thrown";
+}
+
+// Expects an expression to throw a `Failure` of that kind:
+// EXPECT_FAILURE(FileError, notFound, files.read(path)).
+#define EXPECT_FAILURE(Failure, kind, ...) \
+  EXPECT_EQ(nomely::test::kindOf<Failure>([&] { (void)(__VA_ARGS__); }), Failure::Kind::kind)
 
 }  // namespace nomely::test

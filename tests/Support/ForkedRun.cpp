@@ -1,7 +1,5 @@
 #include "Support/ForkedRun.h"
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +10,8 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "Support/TemporaryFolder.h"
 
 namespace nomely::test {
 namespace {
@@ -45,18 +45,10 @@ ChildEnd runInChild(const std::function<void()>& body) {
 }
 
 std::string inChild(const std::function<std::string()>& body) {
-  std::array<int, 2> ends{};
-  if (::pipe(ends.data()) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
-  EXPECT_EQ(runInChild([&] {
-              const std::string text = body();
-              EXPECT_EQ(::write(ends[1], text.data(), text.size()), std::ssize(text));
-            }),
-            ChildEnd{});
-  ::close(ends[1]);
-  std::array<char, 4096> buffer{};
-  const ssize_t count = ::read(ends[0], buffer.data(), buffer.size());
-  ::close(ends[0]);
-  return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
+  const TemporaryFolder folder;
+  const fs::path text = folder.path() / "text";
+  EXPECT_EQ(runInChild([&] { writeFile(text, body()); }), ChildEnd{});
+  return readFile(text);
 }
 
 std::string inZone(const char* zone, const std::function<std::string()>& body) {

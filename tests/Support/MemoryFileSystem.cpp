@@ -9,8 +9,6 @@
 
 namespace nomely::test {
 
-namespace fs = std::filesystem;
-
 struct MemoryFileSystem::Node {
   FileType type = FileType::regular;
   unsigned permissions = 0644;
@@ -76,18 +74,6 @@ void gather(const Node& folder, Left left, const std::string& prefix, Tree& tree
 }
 
 }  // namespace
-
-Tree treeOn(const fs::path& folder) {
-  Tree tree;
-  for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-    const std::string name = entry.path().lexically_relative(folder).string();
-    if (entry.is_directory())
-      tree[name + "/"];
-    else
-      tree[name] = readFile(entry.path());
-  }
-  return tree;
-}
 
 void writeTree(const fs::path& folder, const Tree& tree) {
   for (const auto& [name, bytes] : tree) {

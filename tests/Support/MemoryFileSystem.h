@@ -1,18 +1,12 @@
 #pragma once
 
-#include <filesystem>
-#include <map>
 #include <memory>
-#include <string>
 
 #include "Platform/Files/FileSystem.h"
+#include "Support/TemporaryFolder.h"
 
 namespace nomely::test {
 
-// What lies below some folder: contents by path relative to it. A folder's path ends in "/".
-using Tree = std::map<std::string, std::string>;
-
-[[nodiscard]] Tree treeOn(const std::filesystem::path& folder);  // of the real file system
 void writeTree(const std::filesystem::path& folder, const Tree& tree);
 
 // Regular files and folders below one folder, in memory; elsewhere nothing is. Knows what a power

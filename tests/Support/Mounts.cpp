@@ -16,8 +16,6 @@
 namespace nomely::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 [[noreturn]] void failWith(const std::string& what) {
   throw std::system_error(errno, std::generic_category(), what);
 }

@@ -37,8 +37,7 @@ void typeAt(int typist, std::string_view keys) {
     throw std::runtime_error("nothing can be typed");
 }
 
-std::vector<std::string> environmentFor(const std::filesystem::path& home,
-                                        const ProgramCall& call) {
+std::vector<std::string> environmentFor(const fs::path& home, const ProgramCall& call) {
   std::map<std::string, std::string> variables = call.environment;
   variables.emplace("HOME", home.string());
   for (const char* kept : {"PATH", "TZ", "ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS"})
@@ -62,8 +61,8 @@ struct Streams {
   bool areItsTerminal = false;  // makes `in` the terminal of a session of its own
 };
 
-pid_t start(const std::filesystem::path& program, const std::filesystem::path& home,
-            const ProgramCall& call, const Streams& streams) {
+pid_t start(const fs::path& program, const fs::path& home, const ProgramCall& call,
+            const Streams& streams) {
   std::vector<std::string> arguments{program.string()};
   arguments.insert(arguments.end(), call.arguments.begin(), call.arguments.end());
   std::vector<std::string> variables = environmentFor(home, call);
@@ -95,8 +94,7 @@ int statusAtEnd(pid_t child) {
 
 }  // namespace
 
-ProgramResult runProgram(const std::filesystem::path& program, const std::filesystem::path& home,
-                         const ProgramCall& call) {
+ProgramResult runProgram(const fs::path& program, const fs::path& home, const ProgramCall& call) {
   const TemporaryFolder folder(quickParent());
   const auto open = [&](const char* name, int flags) {
     return ::open((folder.path() / name).c_str(), flags | O_CREAT | O_CLOEXEC, 0600);
@@ -116,8 +114,8 @@ ProgramResult runProgram(const std::filesystem::path& program, const std::filesy
           .errors = readFile(folder.path() / "err")};
 }
 
-TerminalRun::TerminalRun(const std::filesystem::path& program, const std::filesystem::path& home,
-                         ProgramCall call, TerminalSize size) {
+TerminalRun::TerminalRun(const fs::path& program, const fs::path& home, ProgramCall call,
+                         TerminalSize size) {
   const PseudoTerminal terminal = openTerminal();
   terminal_ = terminal.typist;
   const winsize window{.ws_row = size.rows, .ws_col = size.columns, .ws_xpixel = 0, .ws_ypixel = 0};

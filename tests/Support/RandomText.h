@@ -6,10 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include <gtest/gtest.h>
-
 #include "Platform/Text/RegularExpression.h"
 #include "Platform/Text/Unicode.h"
+#include "Support/Matchers.h"
 
 namespace nomely::test {
 
@@ -40,6 +39,10 @@ template <std::size_t width>
   std::string text;
   while (text.size() < size) text += piece;
   return text;
+}
+
+[[nodiscard]] inline std::string repeated(std::string_view piece, std::size_t count) {
+  return filledWith(piece, piece.size() * count);
 }
 
 // Calls `check(text)` with texts of fewer than `most` pieces of the list, the same on every run.

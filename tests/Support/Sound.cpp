@@ -29,14 +29,14 @@ std::string waveHeader(std::uint32_t rate, std::uint32_t channels, std::uint32_t
 
 }  // namespace
 
-void writeSilence(const std::filesystem::path& file, double seconds) {
+void writeSilence(const fs::path& file, double seconds) {
   const auto size = static_cast<std::uint32_t>(std::llround(seconds * 16000) * 2);
   const std::string header = waveHeader(16000, 1, size);
   writeFile(file, header);
-  std::filesystem::resize_file(file, header.size() + size);
+  fs::resize_file(file, header.size() + size);
 }
 
-void writeTone(const std::filesystem::path& file, const Tone& tone) {
+void writeTone(const fs::path& file, const Tone& tone) {
   std::vector<std::int16_t> samples(tone.rate * tone.channels * tone.seconds);
   for (std::size_t i = 0; i < samples.size(); ++i) {
     const double moment = static_cast<double>(i / tone.channels) / tone.rate;
@@ -47,9 +47,9 @@ void writeTone(const std::filesystem::path& file, const Tone& tone) {
   writeFile(file, waveHeader(tone.rate, tone.channels, size) + bytes);
 }
 
-PlayedMicrophone::PlayedMicrophone(const std::filesystem::path& folder)
+PlayedMicrophone::PlayedMicrophone(const fs::path& folder)
     : configuration_(folder / "asound.conf") {
-  const std::filesystem::path pipe = folder / "microphone";
+  const fs::path pipe = folder / "microphone";
   if (::mkfifo(pipe.c_str(), 0600) != 0) throw std::runtime_error("no pipe");
   // Open for reading too, so that it never ends.
   pipe_ = ::open(pipe.c_str(), O_RDWR | O_CLOEXEC);
@@ -80,7 +80,7 @@ void PlayedMicrophone::play(double seconds) const {
 
 std::vector<pid_t> childrenOf(pid_t parent) {
   std::vector<pid_t> children;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+  for (const auto& entry : fs::directory_iterator("/proc")) {
     std::ifstream stream(entry.path() / "stat");
     std::string text;
     if (!std::getline(stream, text)) continue;

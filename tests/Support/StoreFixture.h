@@ -1,9 +1,8 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include "Core/Storage/DayStore.h"
 #include "Support/ManualClock.h"
+#include "Support/Matchers.h"
 #include "Support/TemporaryFolder.h"
 
 namespace nomely::test {
@@ -16,5 +15,11 @@ class StoreTest : public testing::Test {
   StoreContext context{{folder.path()}, FileManager(posixFileSystem()), clock};
   DayStore store{context};
 };
+
+[[nodiscard]] std::vector<std::string> bodiesOf(const auto& entries) {
+  std::vector<std::string> bodies;
+  for (const auto& entry : entries) bodies.push_back(entry.memo->body);
+  return bodies;
+}
 
 }  // namespace nomely::test

@@ -43,13 +43,17 @@ std::string readFile(const fs::path& file) {
   return content.str();
 }
 
-std::string treeOf(const fs::path& folder) {
-  std::map<std::string, std::string> files;
+Tree treeOn(const fs::path& folder) {
+  Tree tree;
   for (const auto& entry : fs::recursive_directory_iterator(folder))
-    files[fs::relative(entry.path(), folder).string()] =
+    tree[entry.path().lexically_relative(folder).string() + (entry.is_directory() ? "/" : "")] =
         entry.is_regular_file() ? readFile(entry.path()) : std::string();
+  return tree;
+}
+
+std::string treeOf(const fs::path& folder) {
   std::string text;
-  for (const auto& [name, content] : files) text += name + "\n" + content + "\n";
+  for (const auto& [name, content] : treeOn(folder)) text += name + "\n" + content + "\n";
   return text;
 }
 

@@ -1,9 +1,15 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 
 namespace nomely::test {
+
+namespace fs = std::filesystem;
+
+// What lies below some folder: contents by path relative to it. A folder's path ends in "/".
+using Tree = std::map<std::string, std::string>;
 
 // An empty folder that goes with everything in it when the test ends.
 class TemporaryFolder {
@@ -27,8 +33,8 @@ class TemporaryFolder {
 // Plain reads and writes, with parents made, for setting up and looking at a folder.
 void writeFile(const std::filesystem::path& file, const std::string& content);
 [[nodiscard]] std::string readFile(const std::filesystem::path& file);
-// Every file below `folder`, relative to it, with its content, in one text; two equal texts mean
-// equal trees.
+[[nodiscard]] Tree treeOn(const std::filesystem::path& folder);
+// The tree as one text; two equal texts mean equal trees.
 [[nodiscard]] std::string treeOf(const std::filesystem::path& folder);
 
 }  // namespace nomely::test

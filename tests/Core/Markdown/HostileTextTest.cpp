@@ -2,8 +2,6 @@
 
 #include <functional>
 
-#include <gtest/gtest.h>
-
 #include "Core/Markdown/Inline/MemoBodyKit.h"
 #include "Core/Markdown/MarkdownTextView.h"
 #include "Support/Proportion.h"

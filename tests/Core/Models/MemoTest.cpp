@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include "Core/Models/Memo.h"
 #include "Support/ManualClock.h"
 #include "Support/RandomText.h"

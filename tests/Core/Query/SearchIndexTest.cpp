@@ -6,7 +6,6 @@
 #include <thread>
 
 #include <fmt/format.h>
-#include <gmock/gmock.h>
 
 #include "Core/Query/SearchIndex.h"
 #include "Support/PausingFileSystem.h"
@@ -15,10 +14,6 @@
 namespace nomely::test {
 namespace {
 
-namespace fs = std::filesystem;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
 using Call = PausingFileSystem::Call;
 
 class SearchIndexTest : public StoreTest {
@@ -28,11 +23,7 @@ class SearchIndexTest : public StoreTest {
              const std::string& time = "09:30") {
     return store.createMemo(of, {.body = body, .tags = std::move(tags), .time = time});
   }
-  [[nodiscard]] std::vector<std::string> bodies() {
-    std::vector<std::string> all;
-    for (const MemoEntry& entry : index.allMemoEntries()) all.push_back(entry.memo->body);
-    return all;
-  }
+  [[nodiscard]] std::vector<std::string> bodies() { return bodiesOf(index.allMemoEntries()); }
   [[nodiscard]] std::vector<std::string> found(std::string_view query, std::size_t limit = 50) {
     std::vector<std::string> all;
     for (const SearchResult& result : index.search(query, limit)) all.push_back(result.body);
@@ -110,29 +101,24 @@ TEST_F(SearchIndexTest, FindsWords) {
   write(today, "工作报告 abc", {"生活"});
   const std::string older = "春天 ABC，读书";
   const std::string newer = "工作报告 abc";
-  const struct {
-    const char* query;
-    std::vector<std::string> expected;
-  } cases[] = {{"", {}},
-               {" \t\u3000", {}},
-               {"天\u3000A", {}},
-               {"划_", {}},
-               {"#", {}},
-               {"##生活", {}},
-               {"abc 没有", {}},
-               {"\xFF", {}},
-               {"作", {newer, older}},
-               {"#作", {older}},
-               {"aBc", {newer, older}},
-               {"  abc   春天 ", {older}},
-               {"#工作 读书", {older}},
-               {"#计划 #HIDDEN", {older}},
-               {"abc #生活", {newer}},
-               {"abc abc abc", {newer, older}}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.query);
-    EXPECT_EQ(found(c.query), c.expected);
-  }
+  const std::pair<const char*, std::vector<std::string>> cases[] = {
+      {"", {}},
+      {" \t\u3000", {}},
+      {"天\u3000A", {}},
+      {"划_", {}},
+      {"#", {}},
+      {"##生活", {}},
+      {"abc 没有", {}},
+      {"\xFF", {}},
+      {"作", {newer, older}},
+      {"#作", {older}},
+      {"aBc", {newer, older}},
+      {"  abc   春天 ", {older}},
+      {"#工作 读书", {older}},
+      {"#计划 #HIDDEN", {older}},
+      {"abc #生活", {newer}},
+      {"abc abc abc", {newer, older}}};
+  for (const auto& [query, expected] : cases) EXPECT_EQ(found(query), expected) << query;
   for (const std::size_t limit : {0U, 1U}) EXPECT_THAT(found("abc", limit), ElementsAre(newer));
   EXPECT_THAT(found(std::string(10'000, 'a')), IsEmpty());
   std::string manyWords;

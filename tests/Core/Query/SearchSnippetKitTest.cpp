@@ -1,25 +1,14 @@
-#include <gmock/gmock.h>
-
 #include "Core/Query/SearchSnippetKit.h"
+#include "Support/RandomText.h"
 
 namespace nomely::test {
 namespace {
 
 using SnippetRun = SearchSnippetKit::Run;
 
-std::string repeated(const char* text, int count) {
-  std::string all;
-  for (int i = 0; i < count; ++i) all += text;
-  return all;
-}
-
 TEST(SearchSnippetKitTest, CutsByCharacters) {
   const std::string family = "👨‍👩‍👧";
-  const struct {
-    std::string body;
-    const char* keyword;
-    std::string expected;
-  } cases[] = {
+  const std::tuple<std::string, const char*, std::string> cases[] = {
       {"前天的饭", "天", "前>>>天<<<的饭"},
       {"前天的饭", "没有", "前天的饭"},
       {"", "a", ""},
@@ -33,8 +22,8 @@ TEST(SearchSnippetKitTest, CutsByCharacters) {
       {"她是" + family + "吗", "👩", "她是>>>" + family + "<<<吗"},
       {"a\r\nb", "\n", "a>>>\r\n<<<b"},
   };
-  for (const auto& c : cases)
-    EXPECT_EQ(SearchSnippetKit::makeSnippet(c.body, TextNeedle(c.keyword)), c.expected) << c.body;
+  for (const auto& [body, keyword, expected] : cases)
+    EXPECT_EQ(SearchSnippetKit::makeSnippet(body, TextNeedle(keyword)), expected) << body;
 }
 
 TEST(SearchSnippetKitTest, RunsBetweenMarkers) {
@@ -54,17 +43,13 @@ TEST(SearchSnippetKitTest, RunsBetweenMarkers) {
 }
 
 TEST(SearchSnippetKitTest, TagsThatExplainAHit) {
-  const struct {
-    const char* query;
-    std::vector<std::string> tags;
-    const char* expected;
-  } cases[] = {
+  const std::tuple<const char*, std::vector<std::string>, const char*> cases[] = {
       {"work", {"Work/计划", "生活", "homework"}, "标签命中 #Work/计划 #homework"},
       {"work", {"_work", "生活"}, "命中「work」"},
       {"#Work", {}, "命中「#Work」"},
   };
-  for (const auto& c : cases)
-    EXPECT_EQ(SearchSnippetKit::tagFallbackSnippet(c.query, c.tags), c.expected);
+  for (const auto& [query, tags, expected] : cases)
+    EXPECT_EQ(SearchSnippetKit::tagFallbackSnippet(query, tags), expected);
 }
 
 }  // namespace

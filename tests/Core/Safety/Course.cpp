@@ -6,8 +6,6 @@
 
 namespace nomely::test {
 
-namespace fs = std::filesystem;
-
 StoreContext contextAt(const fs::path& folder, FileSystem& files) {
   return {{folder / "root"}, FileManager(files), diary().clock};
 }

@@ -38,7 +38,7 @@ class DisturbedRun : public testing::TestWithParam<Scenario> {
     const Tree tree = disk.files.tree(Left::all);
     course.oracle.expectIntact(tree);
     for (const auto& [path, bytes] : tree)
-      EXPECT_FALSE(FileManager::isTemporaryName(std::filesystem::path(path).filename().native()))
+      EXPECT_FALSE(FileManager::isTemporaryName(fs::path(path).filename().native()))
           << "left behind: " << path;
     if (scenario.strands) return;
     course.oracle.expectDone(tree);

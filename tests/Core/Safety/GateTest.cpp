@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
 #include "Support/Deadline.h"
@@ -8,8 +6,6 @@
 
 namespace nomely::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 class GateTest : public StoreTest {
  protected:
@@ -63,8 +59,7 @@ TEST_F(GateTest, AMissingRootIsMadeForItsOwnerAloneAndAFileInItsPlaceIsReported)
   EXPECT_EQ(context.files.attributes(folder.path() / "a/b")->permissions, 0700U);
   EXPECT_NE(context.files.attributes(folder.path() / "a")->permissions, 0700U);
   writeFile(folder.path() / "file", "mine");
-  EXPECT_EQ(kindOf<FileError>([&] { create(folder.path() / "file"); }),
-            FileError::Kind::notADirectory);
+  EXPECT_FAILURE(FileError, notADirectory, create(folder.path() / "file"));
   EXPECT_EQ(readFile(folder.path() / "file"), "mine");
 }
 

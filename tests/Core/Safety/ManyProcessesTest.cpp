@@ -23,8 +23,6 @@
 namespace nomely::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 // Nothing moves into or out of the last one, so that its numbers are drawn once each.
 const std::array days{day("2026-03-01"), day("2026-03-02"), day("2026-03-03"), day("2026-03-09")};
 

@@ -65,45 +65,21 @@ void addMemos(Table& table) {
     });
   };
   table.add("createMemoInDayWithMemos", creating(d.first, {"loose.bin"}));
-  table.add("createMemoInNewDay", creating(d.missing, {}));
   table.add("createMemoInMissingRoot", creating(d.missing, {}), {});
   const auto updating = on(d.changed, [](Context context, Day day, const Memo& memo) {
     DayStore(context).updateMemo(edited(memo), day, memo);
   });
   table.add("updateMemo", updating).destroys = true;
-  const auto committing = on(d.changed, [](Context context, Day day, const Memo& memo) {
-    DayStore(context).commitMemo(edited(memo), day, memo);
-  });
-  table.add("commitMemo", committing);
-  table.add("commitMemoWithManySnapshots", committing, d.with(d.manySnapshots()));
   const auto deleting = on(d.single, [](Context context, Day day, const Memo& memo) {
     DayStore(context).deleteMemo(day, memo);
   });
   table.add("deleteMemo", deleting).destroys = true;
-  const auto movingTo = [&](Day to) {
-    return on(d.changed, [=](Context context, Day from, const Memo& memo) {
-      (void)DayStore(context).moveMemo(memo, from, to);
-    });
-  };
-  table.add("moveMemoToDayWithMemos", movingTo(d.second));
-  table.add("moveMemoToNewDay", movingTo(d.missing));
 }
 
 void addAttachments(Table& table) {
   const Diary& d = diary();
-  table.add("importFile", always([&](Context context) {
-              (void)AttachmentManager(context).importFile(
-                  context.paths.rootURL.parent_path() / "Photo.JPG", d.missing);
-            }));
   table.add("deleteFile", always([&](Context context) {
               AttachmentManager(context).deleteFile("loose.bin", d.first);
-            }));
-  table.add("preparePendingAttachments", always([&](Context context) {
-              AttachmentManager(context).preparePendingAttachments(
-                  {"own.png", "distant.bin", "loose.bin"},
-                  {.sourceDates = {{"distant.bin", d.second}},
-                   .fallbackDate = d.first,
-                   .destinationDate = d.missing});
             }));
   table.add("AttachmentStorageSave", always([&](Context context) {
               (void)AttachmentStorage::save(context, "bytes of an edited photo", "jpg",
@@ -172,8 +148,11 @@ void addService(Table& table) {
                    .fallbackDate = d.first,
                    .destinationDate = d.missing});
             }));
-  add("commit",
-      [](auto& service, Day day, auto& memo) { service.commit(day, edited(memo), memo); });
+  const Operation committing = [](auto& service, Day day, auto& memo) {
+    service.commit(day, edited(memo), memo);
+  };
+  add("commit", committing);
+  table.add("commitWithManySnapshots", serving(d.changed, committing), d.with(d.manySnapshots()));
   add("change", [](auto& service, Day day, auto& memo) {
     service.change(day, memo, [](Memo& changed) { changed.mood = 5; });
   });
@@ -187,7 +166,10 @@ void addService(Table& table) {
   add("detach", [](auto& service, Day day, auto& memo) {
     service.detach(day, memo, {"own.png", "shared.png"});
   });
-  add("move", [&](auto& service, Day day, auto& memo) { service.move(day, memo, d.missing); });
+  add("moveToNewDay",
+      [&](auto& service, Day day, auto& memo) { service.move(day, memo, d.missing); });
+  add("moveToDayWithMemos",
+      [&](auto& service, Day day, auto& memo) { service.move(day, memo, d.second); });
   add("rewrite", [](auto& service, Day day, auto& memo) {
     service.rewrite(day, memo.seqNumber,
                     [](Memo& changed) { return std::exchange(changed.mood, 2) != 2; });

@@ -1,22 +1,52 @@
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include "Core/Query/SearchIndex.h"
 #include "Core/Query/TagManagementStore.h"
-#include "Core/Service/ServiceTest.h"
+#include "Core/Service/MemoService.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Concurrency/NotificationCenter.h"
 #include "Platform/Files/FileError.h"
 #include "Support/ErrorKind.h"
+#include "Support/StoreFixture.h"
 
 namespace nomely::test {
 namespace {
 
-namespace fs = std::filesystem;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
+// The service on an empty root, with an index that nobody keeps in step by hand. What the index
+// holds is compared with the disk at the end of every test.
+class MemoServiceTest : public StoreTest {
+ protected:
+  void SetUp() override { (void)index.allMemoEntries(); }
+  void TearDown() override { EXPECT_EQ(listed(index), listed(SearchIndex(context, jobs))); }
 
-class MemoServiceTest : public ServiceTest {};
+  static std::vector<std::string> listed(SearchIndex& index) {
+    std::vector<std::string> all;
+    for (const MemoEntry& entry : index.allMemoEntries())
+      all.push_back(entry.date.string() + "/" + std::to_string(entry.memo->seqNumber) + " " +
+                    entry.memo->memoId.value_or("-") + " " + entry.memo->body);
+    return all;
+  }
+  static std::vector<std::string> listed(SearchIndex&& index) { return listed(index); }
+
+  [[nodiscard]] fs::path fileOf(std::int64_t seqNumber) const {
+    return context.paths.memoFile(today, seqNumber);
+  }
+  [[nodiscard]] Memo read(std::int64_t seqNumber) const {
+    return store.memoStore().read(today, seqNumber).value();
+  }
+  [[nodiscard]] std::vector<std::string> pastOf(const Memo& memo) const {
+    std::vector<std::string> bodies;
+    for (const VersionEntry& version :
+         service.versions().listVersions(today, memo.seqNumber, memo.memoId))
+      bodies.push_back(version.memo.body);
+    return bodies;
+  }
+
+  JobPool jobs{1};
+  SearchIndex index{context, jobs};
+  MemoService service{context};
+  Day today = day("2026-03-01");
+};
 
 constexpr auto foreign = "---\n# 手写\ntime: 08:00\nweather: 小雨\n---\n\n旧文 #a\n";
 
@@ -43,10 +73,8 @@ TEST_F(MemoServiceTest, EditsKeepWhatTheyReplace) {
   EXPECT_THAT(pastOf(memo), ElementsAre("二 #b", "一"));
   Memo stale = memo;
   stale.body = "别的";
-  EXPECT_EQ(kindOf<WriteError>([&] { service.edit(today, stale, "x"); }),
-            WriteError::Kind::conflict);
-  EXPECT_EQ(kindOf<WriteError>([&] { service.commit(today, memo, stale); }),
-            WriteError::Kind::conflict);
+  EXPECT_FAILURE(WriteError, conflict, service.edit(today, stale, "x"));
+  EXPECT_FAILURE(WriteError, conflict, service.commit(today, memo, stale));
 }
 
 TEST_F(MemoServiceTest, AClockThatGoesBackLosesNoState) {
@@ -145,28 +173,102 @@ TEST_F(MemoServiceTest, AFileTooLargeForANoteHidesNoOther) {
 }
 
 TEST_F(MemoServiceTest, MendsWhatOtherProgramsBroke) {
-  const struct {
-    const char* content;
-    const char* body;
-  } cases[] = {{"\xEF\xBB\xBF---\ntime: 08:00\nid: memo_bom\n---\n\n有头", "有头"},
-               {"---\r\ntime: 08:00\r\n---\r\n\r\n换行\r\n", "换行\n"},
-               {"只有正文\n第二行", "只有正文\n第二行"}};
-  std::int64_t number = 0;
-  for (const auto& [content, body] : cases) {
-    SCOPED_TRACE(body);
-    writeFile(fileOf(++number), content);
-    EXPECT_THROW((void)read(number), Error);
-    EXPECT_THAT(service.mendsOf(today, number), SizeIs(testing::Ge(1U)));
-    const Memo memo = service.mend(today, number).value();
-    EXPECT_EQ(memo.body, body);
-    EXPECT_EQ(read(number), memo);
-    const auto originals = service.versions().originals(memo.memoId.value());
-    ASSERT_THAT(originals, SizeIs(1));
-    EXPECT_EQ(service.versions().contentOf(originals[0]), content);
-  }
-  writeFile(fileOf(++number), "---\nmood: abc\n---\n");
-  EXPECT_EQ(service.mend(today, number), std::nullopt);
+  const std::string content = "\xEF\xBB\xBF---\r\ntime: 08:00\r\nid: memo_bom\r\n---\r\n\r\n有头";
+  writeFile(fileOf(1), content);
+  EXPECT_THROW((void)read(1), Error);
+  EXPECT_THAT(service.mendsOf(today, 1), SizeIs(2));
+  const Memo memo = service.mend(today, 1).value();
+  EXPECT_EQ(memo.body, "有头");
+  EXPECT_EQ(read(1), memo);
+  const auto originals = service.versions().originals(memo.memoId.value());
+  ASSERT_THAT(originals, SizeIs(1));
+  EXPECT_EQ(service.versions().contentOf(originals[0]), content);
+  writeFile(fileOf(2), "---\nmood: abc\n---\n");
+  EXPECT_EQ(service.mend(today, 2), std::nullopt);
   EXPECT_EQ(service.mend(today, 1), std::nullopt) << "nothing to mend";
+}
+
+class MemoRecoveryTest : public MemoServiceTest {
+ protected:
+  [[nodiscard]] Memo withAttachment() {
+    writeFile(context.paths.dayFolder(today) / "a.png", "picture");
+    return service.create(today, {.body = "附", .attachments = {"a.png"}});
+  }
+  fs::path trash = folder.path() / ".trash";
+};
+
+// What a process leaves that dies in the middle of trashing, undoing, or restoring.
+TEST_F(MemoRecoveryTest, WhatWasCutOffIsFinished) {
+  const Memo memo = withAttachment();
+  const TrashEntry entry = service.trash(today, memo);
+  const fs::path inTrash = trash / entry.trashSubdir;
+  fs::remove(inTrash / "meta.txt");
+  EXPECT_THAT(service.trashed(), ElementsAre(entry));
+
+  fs::rename(inTrash / "memo.md", fileOf(1));
+  index.invalidateCache();
+  EXPECT_THAT(service.trashed(), IsEmpty());
+  EXPECT_EQ(readFile(context.paths.dayFolder(today) / "a.png"), "picture");
+  EXPECT_FALSE(fs::exists(inTrash));
+
+  fs::create_directories(trash / "2026-03-01_009");
+  writeFile(trash / "2026-03-01_010" / "mine.txt", "kept");
+  (void)service.trash(today, read(1));
+  EXPECT_FALSE(fs::exists(trash / "2026-03-01_009"));
+  EXPECT_TRUE(fs::exists(trash / "2026-03-01_010" / "mine.txt"));
+}
+
+TEST_F(MemoRecoveryTest, EmptyingCountsAllThatGoes) {
+  const Memo memo = withAttachment();
+  (void)service.detach(today, memo, {"a.png"});
+  (void)service.trash(today, read(1));
+  writeFile(trash / "odd" / "memo.md",
+            "---\ntime: 08:00\ncreated_at: '2025-05-05T01:02:03Z'\n---\n\nx");
+  const TrashContents contents = service.trashContents();
+  EXPECT_THAT(contents.entries, SizeIs(1));
+  EXPECT_THAT(contents.others, ElementsAre("odd"));
+  EXPECT_EQ(contents.attachmentFiles, 1);
+
+  const TrashEntry odd = service.trashStore().entryNamed("odd").value();
+  EXPECT_EQ(odd.originalDate, day("2025-05-05"));
+  EXPECT_EQ(service.restore(odd).day, odd.originalDate);
+  EXPECT_EQ(store.memoStore().read(day("2025-05-05"), 1)->body, "x");
+  EXPECT_EQ(service.trashStore().entryNamed("../2026-03-01"), std::nullopt);
+
+  const fs::path elsewhere = folder.path() / "elsewhere";
+  fs::rename(trash, elsewhere);
+  fs::create_directory_symlink(elsewhere, trash);
+  EXPECT_THROW(service.emptyTrash(), FileError);
+  EXPECT_TRUE(fs::exists(elsewhere / "2026-03-01_001" / "memo.md"));
+  EXPECT_TRUE(fs::is_symlink(trash));
+}
+
+TEST_F(MemoRecoveryTest, ANoteThatIsGoneOrBrokenComesBackFromItsHistory) {
+  const Memo first = service.create(today, {.body = "一"});
+  const Memo second = service.edit(today, first, "二");
+  const auto versions = [&] { return service.versions().listVersions(today, 0, first.memoId); };
+  EXPECT_THAT(service.versions().identities("memo_"), ElementsAre(first.memoId.value()));
+
+  const TrashEntry entry = service.trash(today, second);
+  EXPECT_THROW(service.restoreVanished(versions().front()), MemoService::InTrashError);
+  EXPECT_EQ(service.restore(entry).day, entry.originalDate);
+
+  std::string broken = readFile(fileOf(1));
+  broken.insert(broken.find("time:"), "mood: abc\n");
+  writeFile(fileOf(1), broken);
+  index.invalidateCache();
+  const auto besideBroken = service.restoreVanished(versions().front());
+  EXPECT_EQ(besideBroken.memo.seqNumber, 2);
+  EXPECT_EQ(read(2).body, "一");
+  EXPECT_EQ(readFile(fileOf(1)), broken);
+
+  fs::remove(fileOf(1));
+  fs::remove(fileOf(2));
+  index.invalidateCache();
+  const auto again = service.restoreVanished(versions().front());
+  EXPECT_EQ(again.day, today);
+  EXPECT_EQ(again.memo.seqNumber, 1) << "its old place";
+  EXPECT_EQ(again.memo.memoId, first.memoId);
 }
 
 }  // namespace

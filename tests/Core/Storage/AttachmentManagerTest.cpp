@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include "Core/Storage/AttachmentManager.h"
 #include "Platform/Files/FileError.h"
 #include "Support/ErrorKind.h"
@@ -9,10 +7,7 @@
 namespace nomely::test {
 namespace {
 
-namespace fs = std::filesystem;
 using ImportError = AttachmentManager::ImportError;
-using testing::ElementsAre;
-using testing::MatchesRegex;
 
 class AttachmentManagerTest : public StoreTest {
  protected:
@@ -41,14 +36,10 @@ TEST_F(AttachmentManagerTest, ImportedNames) {
 }
 
 TEST_F(AttachmentManagerTest, FailedImports) {
-  EXPECT_EQ(kindOf<ImportError>([&] { (void)attachments.importFile(outside.path() / "x", today); }),
-            ImportError::Kind::fileNotFound);
-  EXPECT_EQ(kindOf<ImportError>([&] { (void)attachments.importFile(outside.path(), today); }),
-            ImportError::Kind::copyFailed);
+  EXPECT_FAILURE(ImportError, fileNotFound, attachments.importFile(outside.path() / "x", today));
+  EXPECT_FAILURE(ImportError, copyFailed, attachments.importFile(outside.path(), today));
   fs::create_symlink("nowhere", outside.path() / "link");
-  EXPECT_EQ(
-      kindOf<ImportError>([&] { (void)attachments.importFile(outside.path() / "link", today); }),
-      ImportError::Kind::fileNotFound);
+  EXPECT_FAILURE(ImportError, fileNotFound, attachments.importFile(outside.path() / "link", today));
   writeFile(context.paths.dayFolder(tomorrow), "in the way");
   writeFile(outside.path() / "x", "x");
   EXPECT_THROW((void)attachments.importFile(outside.path() / "x", tomorrow), FileError);

@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include "Core/Storage/ConfigSecrets.h"
 #include "Core/Storage/DisplayConfig.h"
 #include "Core/Storage/MemoTemplate.h"
@@ -12,10 +10,6 @@
 
 namespace nomely::test {
 namespace {
-
-namespace fs = std::filesystem;
-using testing::HasSubstr;
-using testing::Not;
 
 // One field of each kind.
 struct Sample {
@@ -82,8 +76,6 @@ TEST_F(ConfigStoreTest, RecordsAsTheyAreWritten) {
   EXPECT_EQ(read("d.yaml"),
             "tagFontSize: 12.0\nbodyFontSize: 14.0\nseriesNumberAscending: false\n"
             "defaultShowsSeriesNumber: false\nlinkDisplayMode: text\n");
-  configs.save(TagConfig{.colors = {{"工作", "#F00"}}}, "t.yaml");
-  EXPECT_EQ(read("t.yaml"), "colors:\n  工作: '#F00'\nemojis: {}\nsortMode: date\n");
 }
 
 TEST_F(ConfigStoreTest, FilesWrittenByHand) {
@@ -95,7 +87,7 @@ TEST_F(ConfigStoreTest, FilesWrittenByHand) {
   EXPECT_EQ(loaded, (MemoTemplate{.id = loaded.id, .name = "日报"}));
   const std::string sample = "name: x\ngroup: {active: true}\n";
   for (const auto& [content, fault] : {
-           std::pair(sample + "url: ~\ncount:\n", ""),
+           std::pair(sample + "url: ~\ncount:\n", "nothing thrown"),
            {"name: x\n", "缺少 group.active"},
            {"name: x\ngroup:\n  active: maybe\n", "第 3 行：group.active 应当是 true 或 false"},
            {sample + "count: many\n", "第 3 行：count 应当是整数"},
@@ -108,13 +100,8 @@ TEST_F(ConfigStoreTest, FilesWrittenByHand) {
        }) {
     SCOPED_TRACE(content);
     write(Sample::fileName, content);
-    try {
-      EXPECT_TRUE(configs.load<Sample>(Sample::fileName));
-      EXPECT_STREQ(fault, "");
-    } catch (const ConfigError& error) {
-      EXPECT_THAT(error.what(), HasSubstr(fault));
-      EXPECT_STRNE(fault, "");
-    }
+    EXPECT_THAT(messageOf<ConfigError>([&] { (void)configs.load<Sample>(Sample::fileName); }),
+                HasSubstr(fault));
     EXPECT_EQ(read(Sample::fileName), content) << "a damaged file stays";
   }
   write(TagConfig::fileName, "colors: {}\nemojis: {}\nsortMode: random\n");
@@ -132,7 +119,7 @@ TEST_F(ConfigStoreTest, OneCopyForEachDistinctFault) {
   clock.advance(std::chrono::seconds(5));
   fail("tagFontSize: 12\n");
   EXPECT_EQ(copies().size(), 1U);
-  EXPECT_THAT(copies().front().filename().string(), testing::MatchesRegex("d.yaml.corrupt-[0-9]+"));
+  EXPECT_THAT(copies().front().filename().string(), MatchesRegex("d.yaml.corrupt-[0-9]+"));
   EXPECT_EQ(permissionsOf(copies().front()), ownerOnly);
   fail("tagFontSize: 13\n");
   fail("tagFontSize: 14\n");
@@ -178,8 +165,7 @@ TEST_F(ConfigStoreTest, DamagedFilesShowNoSecretInTheirCopies) {
   for (const char* lost : {"name: [x\napiKey: sk-12\n", "api_key: sk-12\n", "- apiKey: sk-12\n",
                            "apiKey: x\napiKey: sk-12\n", "a: {token: [sk-12]}\n"}) {
     write(Sample::fileName, lost);
-    EXPECT_EQ(kindOf<ConfigError>([&] { configs.save(Sample(), Sample::fileName); }),
-              ConfigError::Kind::holdsSecret);
+    EXPECT_FAILURE(ConfigError, holdsSecret, configs.save(Sample(), Sample::fileName));
     EXPECT_EQ(read(Sample::fileName), lost) << "nothing was lost";
   }
   write(Sample::fileName, "name: [x\napiKey: sk-12\n");
@@ -206,7 +192,7 @@ TEST_F(ConfigStoreTest, SecretsMoveOutOfTheFile) {
     void remove(std::string_view, std::string_view) override {}
   } locked;
   const ConfigSecrets refused(configs, KeychainStore(locked));
-  EXPECT_EQ(kindOf<SecretError>([&] { refused.moveOut(sample); }), SecretError::Kind::locked);
+  EXPECT_FAILURE(SecretError, locked, refused.moveOut(sample));
   EXPECT_EQ(read(Sample::fileName), before);
   EXPECT_EQ(permissionsOf(config / Sample::fileName), ownerOnly);
   configs.change(Sample::fileName, Sample(), [](Sample& changed) { changed.name = "y"; });

@@ -1,8 +1,7 @@
-#include <gmock/gmock.h>
-
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
-#include "Core/Storage/AttachmentManager.h"
+#include "Core/Markdown/Frontmatter/YamlError.h"
 #include "Core/Storage/DayStore.h"
+#include "Core/Storage/MemoStore.h"
 #include "Core/Storage/TrashStore.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
@@ -12,10 +11,6 @@
 namespace nomely::test {
 namespace {
 
-namespace fs = std::filesystem;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 using Kind = WriteError::Kind;
 
 constexpr const char* readable = "---\ntime: 09:30\n---\n\nbody";
@@ -35,32 +30,9 @@ class DayStoreTest : public StoreTest {
   Day tomorrow = day("2026-03-02");
 };
 
-TEST_F(DayStoreTest, CreatedMemoReadsBack) {
-  const Memo memo = store.createMemo(today, {.body = "你好\n",
-                                             .mood = 3,
-                                             .source = "flomo",
-                                             .sourceId = "7",
-                                             .originalNames = {{"a.png", "A.PNG"}}});
-  Memo expected = Memo::empty(1, clock);
-  expected.schemaVersion = 2;
-  expected.memoId = memo.memoId;
-  expected.createdAt = expected.updatedAt = DateFormatters::timestamp(clock.now());
-  expected.body = "你好\n";
-  expected.mood = 3;
-  expected.source = "flomo";
-  expected.sourceId = "7";
-  expected.originalNames = {{"a.png", "A.PNG"}};
-  EXPECT_EQ(memo, expected);
-  EXPECT_EQ(store.listMemos(today), std::vector{memo});
-  EXPECT_NE(store.createMemo(today, {}).memoId, memo.memoId);
-}
-
 TEST_F(DayStoreTest, NumbersOfADay) {
-  const struct {
-    std::vector<const char*> files;
-    std::vector<std::int64_t> listed;
-    std::int64_t next;
-  } cases[] = {
+  using Numbers = std::vector<std::int64_t>;
+  const std::tuple<std::vector<const char*>, Numbers, std::int64_t> cases[] = {
       {{"001.md", "005.md"}, {5, 1}, 6},
       {{"999.md", "1000.md"}, {1000, 999}, 1001},
       {{"abc.md", "0.md", "-3.md", "000.md", "1.5.md", ".md", ".030.md", "020.MD", "021.md.bak"},
@@ -70,26 +42,17 @@ TEST_F(DayStoreTest, NumbersOfADay) {
       {{"7.md", "007.md"}, {7}, 8},
       {{"9223372036854775808.md"}, {}, 1},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.files[0]);
+  for (const auto& [files, numbers, next] : cases) {
+    SCOPED_TRACE(files[0]);
     fs::remove_all(context.paths.dayFolder(today));
-    for (const char* name : c.files) writeFile(file(name, today), readable);
-    EXPECT_EQ(listed(today), c.listed);
-    EXPECT_EQ(store.createMemo(today, {}).seqNumber, c.next);
-    EXPECT_EQ(store.nextSeqNumber(today), c.next + 1);
+    for (const char* name : files) writeFile(file(name, today), readable);
+    EXPECT_EQ(listed(today), numbers);
+    EXPECT_EQ(store.createMemo(today, {}).seqNumber, next);
+    EXPECT_EQ(store.nextSeqNumber(today), next + 1);
   }
   EXPECT_THAT(listed(tomorrow), IsEmpty());
   EXPECT_EQ(store.nextSeqNumber(tomorrow), 1);
   EXPECT_FALSE(fs::exists(context.paths.dayFolder(tomorrow)));
-}
-
-TEST_F(DayStoreTest, HighestNumberOfAll) {
-  writeFile(file("9223372036854775806.md", today), readable);
-  EXPECT_EQ(store.createMemo(today, {}).seqNumber, INT64_MAX);
-  const std::string before = treeOf(folder.path());
-  EXPECT_EQ(kindOf<FileError>([&] { (void)store.createMemo(today, {}); }),
-            FileError::Kind::tooLarge);
-  EXPECT_EQ(treeOf(folder.path()), before);
 }
 
 TEST_F(DayStoreTest, DamagedFilesAreLoggedAndKeepTheirNumber) {
@@ -122,41 +85,37 @@ TEST_F(DayStoreTest, DatesThatHoldMemos) {
 }
 
 TEST_F(DayStoreTest, WhatAChangeIsComparedWith) {
-  const struct {
-    const char* idOnDisk;
-    const char* id;
-    const char* expectedBody;  // null: anything
-    std::int64_t number;
-    std::optional<Kind> failure;
-  } cases[] = {
-      {"a", "a", nullptr, 1, {}},
-      {"a", "a", "old", 1, {}},
-      {nullptr, "b", "old", 1, {}},
-      {"a", "a", "old", 2, Kind::missingMemo},
-      {"a", "b", "old", 1, Kind::identityChanged},
-      {"a", nullptr, "old", 1, Kind::identityChanged},
-      {"a", "a", "older", 1, Kind::conflict},
-      {nullptr, "b", "older", 1, Kind::conflict},
-      {"a", "b", "older", 1, Kind::identityChanged},
-  };
+  // The identity on disk and the memo's, the expected body (null: anything), its number.
+  const std::tuple<const char*, const char*, const char*, std::int64_t, std::optional<Kind>>
+      cases[] = {
+          {"a", "a", nullptr, 1, {}},
+          {"a", "a", "old", 1, {}},
+          {nullptr, "b", "old", 1, {}},
+          {"a", "a", "old", 2, Kind::missingMemo},
+          {"a", "b", "old", 1, Kind::identityChanged},
+          {"a", nullptr, "old", 1, Kind::identityChanged},
+          {"a", "a", "older", 1, Kind::conflict},
+          {nullptr, "b", "older", 1, Kind::conflict},
+          {"a", "b", "older", 1, Kind::identityChanged},
+      };
   const auto identity = [](const char* id) {
     return id == nullptr ? std::nullopt : std::optional<std::string>(id);
   };
-  for (const auto& c : cases)
+  for (const auto& [idOnDisk, id, expectedBody, number, failure] : cases)
     for (const auto change : {&DayStore::updateMemo, &DayStore::commitMemo}) {
-      SCOPED_TRACE(&c - cases);
+      SCOPED_TRACE(testing::PrintToString(std::tuple(idOnDisk, id, expectedBody, number)));
       Memo memo = Memo::empty(1, clock);
-      memo.memoId = identity(c.idOnDisk);
+      memo.memoId = identity(idOnDisk);
       memo.body = "old";
       store.memoStore().write(memo, today);
       std::optional<Memo> expected;
-      if (c.expectedBody != nullptr) (expected = memo)->body = c.expectedBody;
-      memo.memoId = identity(c.id);
+      if (expectedBody != nullptr) (expected = memo)->body = expectedBody;
+      memo.memoId = identity(id);
       memo.body = "new";
-      memo.seqNumber = c.number;
+      memo.seqNumber = number;
       const std::string before = treeOf(folder.path());
-      EXPECT_EQ(kindOf<WriteError>([&] { (store.*change)(memo, today, expected); }), c.failure);
-      if (c.failure)
+      EXPECT_EQ(kindOf<WriteError>([&] { (store.*change)(memo, today, expected); }), failure);
+      if (failure)
         EXPECT_EQ(treeOf(folder.path()), before);
       else
         EXPECT_EQ(store.memoStore().read(today, 1), memo);
@@ -181,8 +140,7 @@ TEST_F(DayStoreTest, MemoWithSegmentsMovesAndIsTrashedUnlessItChanged) {
   stale.body = "别处读到的";
   EXPECT_EQ(kindOf<WriteError>([&] { (void)store.moveMemo(stale, tomorrow, today); }),
             Kind::conflict);
-  EXPECT_EQ(kindOf<WriteError>([&] { (void)TrashStore(context).trashMemo(tomorrow, stale); }),
-            Kind::conflict);
+  EXPECT_FAILURE(WriteError, conflict, TrashStore(context).trashMemo(tomorrow, stale));
   (void)TrashStore(context).trashMemo(tomorrow, memo);
   EXPECT_EQ(TrashStore(context).listTrash().size(), 1U);
 }
@@ -196,13 +154,34 @@ TEST_F(DayStoreTest, DeletesNoFileThatIsNoAttachment) {
   writeFile(folder.path() / "kept.txt", "kept");
   Memo stale = memo;
   stale.body = "stale";
-  EXPECT_EQ(kindOf<WriteError>([&] { store.deleteMemo(today, stale); }), Kind::conflict);
+  EXPECT_FAILURE(WriteError, conflict, store.deleteMemo(today, stale));
   EXPECT_TRUE(fs::exists(file("b.png", today)));
   store.deleteMemo(today, memo);
   EXPECT_EQ(store.listMemos(today), std::vector{other});
   EXPECT_FALSE(fs::exists(file("b.png", today)));
   EXPECT_TRUE(fs::exists(file("full/x", today)));
   EXPECT_EQ(readFile(folder.path() / "kept.txt"), "kept");
+}
+
+class MemoStoreTest : public StoreTest {
+ protected:
+  MemoStore memos{context};
+  Day today = day("2026-03-01");
+  fs::path file = folder.path() / "2026-03-01" / "007.md";
+};
+
+TEST_F(MemoStoreTest, WhatCouldNotBeReadAgainIsNotWritten) {
+  Memo memo = Memo::empty(7, clock);
+  memo.body = "good";
+  memos.write(memo, today);
+  const std::string before = treeOf(folder.path());
+  for (std::string Memo::*field : {&Memo::body, static_cast<std::string Memo::*>(&Memo::time)}) {
+    Memo broken = memo;
+    broken.*field = "a\xE6\x97";
+    EXPECT_THROW(memos.write(broken, today), YamlError);
+    EXPECT_THROW((void)memos.create(broken, today), YamlError);
+  }
+  EXPECT_EQ(treeOf(folder.path()), before);
 }
 
 }  // namespace

@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include "Core/Models/MemoJson.h"
 #include "Core/Storage/DraftStore.h"
 #include "Support/StoreFixture.h"
@@ -7,8 +5,6 @@
 namespace nomely::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::Optional;
 using testing::UnorderedElementsAre;
 
@@ -68,23 +64,13 @@ TEST_F(DraftStoreTest, QuickInputComesBackWhole) {
       .editingMemoDate = day("2025-12-31"),
       .updatedAt = clock.now()};
   drafts.saveQuickInputDraft(draft);
-  const Json json = Json::parse(bytes("quick-input.json"));
+  const std::string saved = bytes("quick-input.json");
+  const Json json = Json::parse(saved);
+  EXPECT_EQ(json.size(), 13U) << "every field";
   EXPECT_EQ(json.at("updatedAt"), "2026-03-01T01:30:05Z");
   EXPECT_EQ(json.at("selectedDate"), "2026-03-01T04:00:00Z");
-  const QuickInputDraft loaded = drafts.loadQuickInputDraft().value();
-  EXPECT_EQ(loaded.text, draft.text);
-  EXPECT_EQ(loaded.originalTextBeforeAI, draft.originalTextBeforeAI);
-  EXPECT_EQ(loaded.attachmentsSnapshotBeforeAI->attachments, std::vector<std::string>{"old.png"});
-  EXPECT_EQ(loaded.pendingAttachmentDates, draft.pendingAttachmentDates);
-  EXPECT_EQ(loaded.pendingAttachments, draft.pendingAttachments);
-  EXPECT_EQ(loaded.pendingAudioTranscripts.at("v.m4a").segments.at(0).duration, 1.25);
-  EXPECT_EQ(loaded.pendingOriginalNames, draft.pendingOriginalNames);
-  EXPECT_EQ(loaded.selectedMood, draft.selectedMood);
-  EXPECT_EQ(loaded.selectedDate, date);
-  EXPECT_EQ(loaded.activeRecordingPath, draft.activeRecordingPath);
-  EXPECT_TRUE(isStoredAs(loaded.editingMemo.value(), editing));
-  EXPECT_EQ(loaded.editingMemoDate, draft.editingMemoDate);
-  EXPECT_EQ(loaded.updatedAt, clock.now());
+  drafts.saveQuickInputDraft(drafts.loadQuickInputDraft().value());
+  EXPECT_EQ(bytes("quick-input.json"), saved);
   EXPECT_THAT(drafts.pendingAttachmentReferences(),
               Optional(UnorderedElementsAre("a.png", "v.m4a", "old.png", "old.m4a")));
 }
@@ -135,8 +121,8 @@ TEST_F(DraftStoreTest, DraftFollowsItsMemo) {
   EXPECT_EQ(drafts.loadFocusDraft(elsewhere, 9, "memo_a")->bodyText, "改到一半") << "moved";
   EXPECT_EQ(drafts.loadFocusDraft(date, memo.seqNumber, {})->bodyText, "改到一半") << "by number";
   EXPECT_FALSE(drafts.loadFocusDraft(date, memo.seqNumber, "memo_b"));
-  std::filesystem::rename(context.paths.draftsFolder() / "focus-id-6d656d6f5f61.json",
-                          context.paths.draftsFolder() / "focus-id-6d656d6f5f62.json");
+  fs::rename(context.paths.draftsFolder() / "focus-id-6d656d6f5f61.json",
+             context.paths.draftsFolder() / "focus-id-6d656d6f5f62.json");
   EXPECT_FALSE(drafts.loadFocusDraft(date, memo.seqNumber, "memo_b")) << "another memo's";
 }
 
@@ -159,10 +145,10 @@ TEST_F(DraftStoreTest, DraftFromBeforeTheIdentityIsFound) {
 // A memo that is gone or unreadable says nothing, so the draft may be all there is.
 TEST_F(DraftStoreTest, DraftOfALostMemoIsKept) {
   const Memo memo = stored("正文", "memo_a");
-  const std::filesystem::path file = context.paths.memoFile(date, memo.seqNumber);
+  const fs::path file = context.paths.memoFile(date, memo.seqNumber);
   for (const std::string text : {"没有文件头", ""}) {
     if (text.empty())
-      std::filesystem::remove(file);
+      fs::remove(file);
     else
       context.files.writeAtomically(file, text);
     drafts.saveFocusDraft(draftOf(memo), date, memo.seqNumber);
@@ -184,7 +170,7 @@ TEST_F(DraftStoreTest, WhatCannotBeDecodedIsMovedAside) {
     EXPECT_NE(drafts.pendingAttachmentReferences(), std::nullopt);
     ASSERT_EQ(drafts.damagedDrafts().size(), 1U);
     EXPECT_EQ(context.files.read(drafts.damagedDrafts().front()), damaged);
-    std::filesystem::remove_all(context.paths.draftsFolder());
+    fs::remove_all(context.paths.draftsFolder());
   }
   for (const char* text : {"一", "二"}) {
     put("quick-input.json", text);

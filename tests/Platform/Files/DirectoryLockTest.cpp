@@ -1,7 +1,6 @@
 #include <future>
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -13,8 +12,6 @@
 
 namespace nomely::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 void failOnWait() {
   ADD_FAILURE() << "had to wait";
@@ -106,15 +103,6 @@ TEST_F(DirectoryLockTest, AForkedChildIsAnotherHolder) {
   const ChildEnd end = runInChild([&] { (void)lock.lock([] { ::_exit(waited); }); });
   EXPECT_EQ(end, ChildEnd{.status = waited});
   EXPECT_FALSE(OtherHolder(root_).tryLock()) << "the child's end released its parent's lock";
-}
-
-TEST_F(DirectoryLockTest, ReportsWhatIsNoDirectory) {
-  writeFile(folder_.path() / "file", "");
-  for (const auto& [name, kind] :
-       {std::pair("none", FileError::Kind::notFound), {"file", FileError::Kind::notADirectory}}) {
-    DirectoryLock lock(folder_.path() / name);
-    EXPECT_EQ(kindOf<FileError>([&] { (void)lock.lock(failOnWait); }), kind) << name;
-  }
 }
 
 }  // namespace

@@ -1,17 +1,15 @@
 #include <set>
 
 #include <fmt/format.h>
-#include <gmock/gmock.h>
 
 #include "Platform/System/Environment.h"
 #include "Platform/System/Log.h"
 #include "Platform/System/Uuid.h"
 #include "Support/ForkedRun.h"
+#include "Support/Matchers.h"
 
 namespace nomely::test {
 namespace {
-
-using testing::MatchesRegex;
 
 TEST(UuidTest, FormatVersionAndVariant) {
   std::set<Uuid> drawn;

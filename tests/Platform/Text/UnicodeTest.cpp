@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include <gtest/gtest.h>
 #include <unicode/utf.h>
 
 #include "Support/RandomText.h"
@@ -26,20 +25,17 @@ TEST(UnicodeTest, Utf8Validity) {
 }
 
 TEST(UnicodeTest, DecodedAndAppendedCharacters) {
-  const struct {
-    std::string_view text;
-    char32_t value;
-    std::size_t length;
-  } cases[] = {{"a", U'a', 1},  {"éa", U'é', 2},      {"日a", U'日', 3},
-               {"😀a", U'😀', 4}, {"\xFFz", 0xFFFD, 1}, {"\xE4\xBD", 0xFFFD, 1}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::PrintToString(c.text));
-    const DecodedCharacter decoded = decodeFirst(c.text);
-    EXPECT_EQ(decoded.value, c.value);
-    EXPECT_EQ(decoded.length, c.length);
+  const std::tuple<std::string_view, char32_t, std::size_t> cases[] = {
+      {"a", U'a', 1},  {"éa", U'é', 2},      {"日a", U'日', 3},
+      {"😀a", U'😀', 4}, {"\xFFz", 0xFFFD, 1}, {"\xE4\xBD", 0xFFFD, 1}};
+  for (const auto& [text, value, length] : cases) {
+    SCOPED_TRACE(testing::PrintToString(text));
+    const DecodedCharacter decoded = decodeFirst(text);
+    EXPECT_EQ(decoded.value, value);
+    EXPECT_EQ(decoded.length, length);
     std::string appended;
-    appendUtf8(appended, c.value);
-    EXPECT_EQ(appended, c.value == 0xFFFD ? "\xEF\xBF\xBD" : c.text.substr(0, c.length));
+    appendUtf8(appended, value);
+    EXPECT_EQ(appended, value == 0xFFFD ? "\xEF\xBF\xBD" : text.substr(0, length));
   }
   std::string surrogate;
   appendUtf8(surrogate, 0xD800);
@@ -47,11 +43,7 @@ TEST(UnicodeTest, DecodedAndAppendedCharacters) {
 }
 
 TEST(UnicodeTest, TrimmingSets) {
-  const struct {
-    std::string_view text;
-    std::string_view horizontal;
-    std::string_view withBreaks;
-  } cases[] = {
+  const std::tuple<std::string_view, std::string_view, std::string_view> cases[] = {
       {" \t a b \t", "a b", "a b"},
       {" \t", "", ""},
       {"\u3000日记\u1680\u2000\u200A\u205F\u00A0\u202F", "日记", "日记"},
@@ -61,10 +53,10 @@ TEST(UnicodeTest, TrimmingSets) {
       {" \xE3\x80 \x80 ", "\xE3\x80 \x80", "\xE3\x80 \x80"},
       {"a😀 ", "a😀", "a😀"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::PrintToString(c.text));
-    EXPECT_EQ(trimHorizontal(c.text), c.horizontal);
-    EXPECT_EQ(trimSpaceAndBreaks(c.text), c.withBreaks);
+  for (const auto& [text, horizontal, withBreaks] : cases) {
+    SCOPED_TRACE(testing::PrintToString(text));
+    EXPECT_EQ(trimHorizontal(text), horizontal);
+    EXPECT_EQ(trimSpaceAndBreaks(text), withBreaks);
   }
 }
 
@@ -87,39 +79,34 @@ TEST(UnicodeTest, Utf16AndBack) {
 }
 
 TEST(UnicodeTest, ClustersAndColumns) {
-  const struct {
-    const char* name;
-    std::string_view text;
-    std::size_t clusters;
-    std::size_t columns;
-    std::string_view first;
-  } cases[] = {
-      {"empty", "", 0, 0, ""},
-      {"Chinese", "日记", 2, 4, "日"},
-      {"full-width and half-width", "Ａｱ", 2, 3, "Ａ"},
-      {"combining mark", "e\u0301a", 2, 2, "e\u0301"},
-      {"skin tone", "👍🏽a", 2, 3, "👍🏽"},
-      {"family joined by ZWJ", "👨\u200D👩\u200D👧a", 2, 3, "👨\u200D👩\u200D👧"},
-      {"two flags", "🇨🇳🇫🇷", 2, 4, "🇨🇳"},
-      {"emoji by variation selector", "❤\uFE0Fa", 2, 3, "❤\uFE0F"},
-      {"keycap", "1\uFE0F\u20E3z", 2, 3, "1\uFE0F\u20E3"},
-      {"CR LF is one", "\r\na", 2, 1, "\r\n"},
-      {"zero width space", "\u200Bz", 2, 1, "\u200B"},
-      {"Hangul of conjoining letters", "\u1112\u1161\u11ABz", 2, 3, "\u1112\u1161\u11AB"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(graphemeCount(c.text), c.clusters);
-    EXPECT_EQ(displayWidth(c.text), c.columns);
-    EXPECT_EQ(graphemePrefix(c.text, 1), c.first);
-    EXPECT_EQ(graphemePrefix(c.text, 0), "");
-    EXPECT_EQ(graphemePrefix(c.text, c.clusters), c.text);
-    EXPECT_EQ(graphemePrefix(c.text, c.clusters + 5), c.text);
-    const std::vector<std::size_t> ends = graphemeEnds(toUtf16(c.text));
-    ASSERT_EQ(ends.size(), c.clusters);
-    if (c.clusters == 0) continue;
-    EXPECT_EQ(ends.front(), toUtf16(c.first).size());
-    EXPECT_EQ(ends.back(), toUtf16(c.text).size());
+  const std::tuple<const char*, std::string_view, std::size_t, std::size_t, std::string_view>
+      cases[] = {
+          {"empty", "", 0, 0, ""},
+          {"Chinese", "日记", 2, 4, "日"},
+          {"full-width and half-width", "Ａｱ", 2, 3, "Ａ"},
+          {"combining mark", "e\u0301a", 2, 2, "e\u0301"},
+          {"skin tone", "👍🏽a", 2, 3, "👍🏽"},
+          {"family joined by ZWJ", "👨\u200D👩\u200D👧a", 2, 3, "👨\u200D👩\u200D👧"},
+          {"two flags", "🇨🇳🇫🇷", 2, 4, "🇨🇳"},
+          {"emoji by variation selector", "❤\uFE0Fa", 2, 3, "❤\uFE0F"},
+          {"keycap", "1\uFE0F\u20E3z", 2, 3, "1\uFE0F\u20E3"},
+          {"CR LF is one", "\r\na", 2, 1, "\r\n"},
+          {"zero width space", "\u200Bz", 2, 1, "\u200B"},
+          {"Hangul of conjoining letters", "\u1112\u1161\u11ABz", 2, 3, "\u1112\u1161\u11AB"},
+      };
+  for (const auto& [name, text, clusters, columns, first] : cases) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(graphemeCount(text), clusters);
+    EXPECT_EQ(displayWidth(text), columns);
+    EXPECT_EQ(graphemePrefix(text, 1), first);
+    EXPECT_EQ(graphemePrefix(text, 0), "");
+    EXPECT_EQ(graphemePrefix(text, clusters), text);
+    EXPECT_EQ(graphemePrefix(text, clusters + 5), text);
+    const std::vector<std::size_t> ends = graphemeEnds(toUtf16(text));
+    ASSERT_EQ(ends.size(), clusters);
+    if (clusters == 0) continue;
+    EXPECT_EQ(ends.front(), toUtf16(first).size());
+    EXPECT_EQ(ends.back(), toUtf16(text).size());
   }
 }
 

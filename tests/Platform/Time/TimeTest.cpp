@@ -1,7 +1,6 @@
 #include <cstdlib>
 
 #include <fmt/format.h>
-#include <gtest/gtest.h>
 
 #include "Platform/Time/Day.h"
 #include "Platform/Time/LocalTime.h"
@@ -43,11 +42,7 @@ TEST(DayTest, CountingAndOrder) {
 }
 
 TEST(LocalTimeTest, Zones) {
-  const struct {
-    const char* zone;
-    long long seconds;
-    const char* expected;
-  } cases[] = {
+  const std::tuple<const char*, long long, const char*> cases[] = {
       {"UTC", -1, "1969-12-31 23:59:59 +0"},
       {"Asia/Kolkata", 1772328605, "2026-03-01 07:00:05 +19800"},
       // The last second of winter, the first of summer, the hour before the repeated one.

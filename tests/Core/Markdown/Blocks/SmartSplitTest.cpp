@@ -1,8 +1,5 @@
 #include <array>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "Core/Markdown/Blocks/LineRules.h"
 #include "Core/Markdown/Blocks/SmartSplit.h"
 #include "Support/RandomText.h"

@@ -2,8 +2,6 @@
 #include <ranges>
 
 #include <fmt/format.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "Core/Markdown/Clipboard/HtmlScanner.h"
 #include "Support/RandomText.h"

@@ -108,24 +108,20 @@ TEST(MarkdownCommandTextViewTest, Keys) {
 }
 
 TEST(MarkdownCommandTextViewTest, Snippets) {
-  const struct {
-    TextSelection selection;
-    const char* expected;
-    std::size_t caret;
-  } cases[] = {
+  const std::tuple<TextSelection, const char*, std::size_t> cases[] = {
       {{1, 2}, "axd", 2},
       {{4, 0}, "abcdx", 5},
       {{3, 2}, "abcdx", 5},
       {{5, 0}, "abcdx", 5},
       {{TextSelection::notFound, 0}, "abcdx", 5},
   };
-  for (const auto& c : cases) {
+  for (const auto& [selection, expected, caret] : cases) {
     MemoryTextView view;
     view.type(u"abcd");
-    view.setSelectedRange(c.selection);
+    view.setSelectedRange(selection);
     MarkdownCommandTextView(view).insertSnippet(u"x");
-    EXPECT_EQ(toUtf8(view.text()), c.expected);
-    EXPECT_EQ(view.selectedRange(), (TextSelection{c.caret, 0}));
+    EXPECT_EQ(toUtf8(view.text()), expected);
+    EXPECT_EQ(view.selectedRange(), (TextSelection{caret, 0}));
     EXPECT_EQ(view.announced, 1);
   }
 }

@@ -1,6 +1,3 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "Core/Markdown/Editing/ListMarkers.h"
 #include "Core/Markdown/Editing/MarkdownEditingEngine.h"
 #include "Core/Markdown/Editing/MarkdownInlinePreviewRanges.h"
@@ -35,12 +32,7 @@ std::string marked(const MarkdownEditResult& result) {
 }
 
 TEST(MarkdownEditingEngineTest, Commands) {
-  const struct {
-    const char* name;
-    MarkdownEditCommand command;
-    std::string before;
-    std::string after;
-  } cases[] = {
+  const std::tuple<const char*, MarkdownEditCommand, std::string, std::string> cases[] = {
       {"bold of nothing", Bold{}, "‹›", "**‹加粗文字›**"},
       {"bold", Bold{}, "a‹字›b", "a**‹字›**b"},
       {"marks in the selection", Bold{}, "‹**字**›", "‹字›"},
@@ -75,10 +67,10 @@ TEST(MarkdownEditingEngineTest, Commands) {
       {"block on a new line", InsertBlock{u"b"}, "a‹›", "a\nb‹›"},
       {"block after a line feed", InsertBlock{u"b"}, "a\n‹›c", "a\nb‹›c"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const auto [text, selection] = unmarked(c.before);
-    EXPECT_EQ(marked(Engine::apply(c.command, text, selection)), c.after);
+  for (const auto& [name, command, before, after] : cases) {
+    SCOPED_TRACE(name);
+    const auto [text, selection] = unmarked(before);
+    EXPECT_EQ(marked(Engine::apply(command, text, selection)), after);
   }
   for (const double size : {1e19, -1e19, std::nan("")})
     EXPECT_THROW((void)Engine::apply(FontSize{size}, u"", {}), std::invalid_argument);
@@ -86,11 +78,7 @@ TEST(MarkdownEditingEngineTest, Commands) {
 
 TEST(MarkdownEditingEngineTest, SelectionsOutsideAndInsideOfCharacters) {
   constexpr std::size_t huge = std::numeric_limits<std::size_t>::max();
-  const struct {
-    const char* name;
-    TextSelection selection;
-    std::string after;
-  } cases[] = {
+  const std::tuple<const char*, TextSelection, std::string> cases[] = {
       {"nowhere", {TextSelection::notFound, 3}, "a😀b*‹斜体文字›*"},
       {"past the end", {9, huge}, "a😀b*‹斜体文字›*"},
       {"beyond the end", {3, huge}, "a😀*‹b›*"},
@@ -98,10 +86,8 @@ TEST(MarkdownEditingEngineTest, SelectionsOutsideAndInsideOfCharacters) {
       {"from a pair's middle", {2, 2}, "a*‹😀b›*"},
       {"to a pair's middle", {0, 2}, "*‹a😀›*b"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(marked(Engine::apply(Italic{}, u"a😀b", c.selection)), c.after);
-  }
+  for (const auto& [name, selection, after] : cases)
+    EXPECT_EQ(marked(Engine::apply(Italic{}, u"a😀b", selection)), after) << name;
 }
 
 TEST(MarkdownEditingEngineTest, Newlines) {

@@ -1,5 +1,6 @@
+#include <map>
+
 #include <fmt/format.h>
-#include <gmock/gmock.h>
 
 #include "Core/Markdown/Frontmatter/YamlDocument.h"
 #include "Core/Markdown/Frontmatter/YamlError.h"
@@ -9,8 +10,6 @@
 
 namespace nomely::test {
 namespace {
-
-using testing::HasSubstr;
 
 // Each list pairs what is read with the number that it spells, "-" for none.
 TEST(YamlScalarTest, Numbers) {
@@ -43,23 +42,19 @@ std::string nested(std::size_t depth) {
 }
 
 TEST(YamlDocumentTest, Refuses) {
-  const struct {
-    const char* name;
-    std::string source;
-    const char* message;
-  } cases[] = {
+  const std::tuple<const char*, std::string, const char*> cases[] = {
       {"two documents", "a\n---\nb\n", "more than one document"},
       {"unknown alias", "a: *n\n", "line 1, column 4: undefined alias"},
       {"alias deep into itself", "a: &n {b: [1, {c: *n}]}\n", "alias into itself"},
       {"too deep", nested(YamlDocument::maxDepth + 1), "nested too deeply"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& [name, source, message] : cases) {
+    SCOPED_TRACE(name);
     try {
-      const YamlDocument document(c.source);
+      const YamlDocument document(source);
       ADD_FAILURE() << "was read";
     } catch (const YamlError& error) {
-      EXPECT_THAT(error.problem(), HasSubstr(c.message));
+      EXPECT_THAT(error.problem(), HasSubstr(message));
     }
   }
   EXPECT_NO_THROW(YamlDocument{nested(YamlDocument::maxDepth)});
@@ -83,6 +78,65 @@ TEST(YamlWriterTest, FormsOfStrings) {
   EXPECT_EQ(written("a\u0085b\u2028c\r"), "k: \"a\\Nb\\Lc\\r\"\n");
   EXPECT_EQ(written("\x01💡"), "k: \"\\x01💡\"\n");
   EXPECT_EQ(written("\r\\U0001F4A1💡\uE000"), "k: \"\\r\\\\U0001F4A1💡\uE000\"\n");
+}
+
+using Type = YamlScalar::Type;
+
+// The expressions of the YAML 1.1 types. A number's fraction is taken as digits, where the
+// repository's own expression admits any number of dots, and single letters are no booleans: no
+// resolver in use does either.
+struct Expression {
+  Type type;
+  RegularExpression expression;
+};
+
+std::vector<Expression> expressions() {
+  std::vector<Expression> all;
+  const auto add = [&](Type type, const std::string& alternatives) {
+    all.push_back({type, RegularExpression("\\A(?:" + alternatives + ")\\z")});
+  };
+  add(Type::null, "~|null|Null|NULL|");
+  add(Type::boolean,
+      "(?:yes|Yes|YES|no|No|NO|true|True|TRUE|false|False|FALSE|"
+      "on|On|ON|off|Off|OFF)");
+  add(Type::merge, "<<");
+  add(Type::value, "=");
+  add(Type::integer,
+      "[-+]?0b[0-1_]+|[-+]?0[0-7_]+|[-+]?(?:0|[1-9][0-9_]*)|[-+]?0x[0-9a-fA-F_]+|"
+      "[-+]?[1-9][0-9_]*(?::[0-5]?[0-9])+");
+  add(Type::floatingPoint,
+      "[-+]?[0-9][0-9_]*\\.[0-9_]*(?:[eE][-+][0-9]+)?|\\.[0-9_]+(?:[eE][-+][0-9]+)?|"
+      "[-+]?[0-9][0-9_]*(?::[0-5]?[0-9])+\\.[0-9_]*|[-+]?\\.(?:inf|Inf|INF)|\\.(?:nan|NaN|NAN)");
+  add(Type::timestamp,
+      "[0-9]{4}-[0-9]{2}-[0-9]{2}|"
+      "[0-9]{4}-[0-9][0-9]?-[0-9][0-9]?(?:[Tt]|[ \\t]+)[0-9][0-9]?:[0-9]{2}:[0-9]{2}"
+      "(?:\\.[0-9]*)?(?:[ \\t]*(?:Z|[-+][0-9][0-9]?(?::[0-9]{2})?))?");
+  return all;
+}
+
+// Of what the types are made of, and of what comes near.
+constexpr std::string_view pieces =
+    "2026-03-01¦2026-3-1¦1999-12-31¦T¦t¦ "
+    "¦\t¦9:30:05¦09:30:05¦.25¦Z¦+08:00¦-5¦12:30¦:59¦:60¦:5¦190:20¦"
+    "+¦-¦1¦10¦1_000¦0¦08¦017¦0x1F_a¦0b10_1¦0x¦0b¦_¦.5¦1.¦.¦e-10¦E+3¦e¦.NaN¦.nan¦.inf¦."
+    "INF¦FALSE¦Yes¦"
+    "on¦Off¦null¦Null¦~¦y¦n¦<<¦=¦<";
+
+TEST(YamlScalarExpressionTest, TypesAreThoseOfTheExpressions) {
+  const std::vector<Expression> all = expressions();
+  std::map<Type, int> met;
+  onRandomTexts(pieces, 5, 60'000, [&](const std::string& text) {
+    const std::u16string units = toUtf16(text);
+    Type expected = Type::string;
+    for (const Expression& candidate : all)
+      if (expected == Type::string && candidate.expression.matchesIn(units))
+        expected = candidate.type;
+    ASSERT_EQ(YamlScalar::resolvePlain(text), expected) << testing::PrintToString(text);
+    ++met[expected];
+  });
+  for (const Type type : {Type::null, Type::boolean, Type::integer, Type::floatingPoint,
+                          Type::timestamp, Type::string})
+    EXPECT_GT(met[type], 300) << static_cast<int>(type);
 }
 
 }  // namespace

@@ -1,13 +1,40 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <fmt/format.h>
 
+#include "Core/Markdown/Inline/ColorSpans.h"
 #include "Core/Markdown/Inline/InlineMarkdown.h"
-#include "Core/Markdown/Inline/ShownText.h"
+#include "Core/Markdown/Inline/InlineText.h"
 #include "Core/Markdown/Text/LinkScheme.h"
 #include "Support/RandomText.h"
 
 namespace nomely::test {
 namespace {
+
+std::string shownColor(const TextColor& color) {
+  return fmt::format("{:02X}{:02X}{:02X}", static_cast<int>(color.red * 255),
+                     static_cast<int>(color.green * 255), static_cast<int>(color.blue * 255));
+}
+
+// Each run that is not plain in braces, with what makes it different first: "a {b:bold}".
+std::string shown(const StyledText& styled) {
+  std::string all;
+  std::size_t begin = 0;
+  for (const auto& [length, style] : styled.runs) {
+    std::string marks;
+    if (style.weight == FontWeight::bold) marks += 'b';
+    if (style.slant == FontSlant::italic) marks += 'i';
+    if (style.isCode) marks += 'm';
+    if (style.isStruck) marks += 's';
+    if (style.isHit) marks += '=';
+    if (style.pointSize) marks += fmt::format("{}", *style.pointSize);
+    if (style.foreground) marks += "#" + shownColor(*style.foreground);
+    if (style.link != nullptr) marks += "(" + *style.link + ")";
+    const std::string text = styled.text.substr(begin, length);
+    all += marks.empty() ? text : "{" + marks + ":" + text + "}";
+    begin += length;
+  }
+  EXPECT_EQ(begin, styled.text.size());
+  return all;
+}
 
 struct Case {
   const char* name;
@@ -48,10 +75,8 @@ TEST(InlineTextTest, Marks) {
       {"fallback shows links as they are", "**“a”**b x.com/y", "{b:“a”}b x.com/y"},
       {"empty link before a line feed", "[](x)\n[](x)\n*a*", "\n\n{i:a}"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(shown(MarkdownTextView::markdownAttributed(c.text, {})), c.expected);
-  }
+  for (const auto& c : cases)
+    EXPECT_EQ(shown(MarkdownTextView::markdownAttributed(c.text, {})), c.expected) << c.name;
 }
 
 // What would begin a block at the start of a line comes back as it is, and what follows is inline.
@@ -167,6 +192,88 @@ TEST(InlineTextTest, SchemesThatAreNoLinks) {
     EXPECT_TRUE(mayBeLinked(url)) << url;
   EXPECT_FALSE(mayBeLinked(std::string(100'000, ' ') + "javascript:x"));
   EXPECT_EQ(shown(parsedInline("[a](javascript:x) <javascript:y>")), "a javascript:y");
+}
+
+using Expression = RegularExpression;
+
+// The matches: where each begins, the whole, its value, its content.
+std::vector<Groups> plainSpans(const std::string& text, const Expression& expression) {
+  return groupsOf(expression, text, {0, 1, 2});
+}
+
+// The same of what the scanner found.
+template <typename ValueOf>
+std::vector<Groups> shownSpans(const std::string& text, const std::vector<SpanMatch>& spans,
+                               ValueOf valueOf) {
+  std::vector<Groups> shown;
+  for (const SpanMatch& span : spans)
+    shown.push_back({std::to_string(toUtf16(text.substr(0, span.range.begin)).size()),
+                     std::string(span.range.of(text)), valueOf(span.kind),
+                     std::string(span.contentRange.of(text))});
+  return shown;
+}
+
+const Expression& colorExpression() {
+  static const Expression color(
+      R"(<span\s+style=\"color:\s*(#[0-9A-Fa-f]{6})\">([\s\S]*?)</span>)");
+  return color;
+}
+
+std::string plainlyNormalized(const std::string& text, const std::string& marker) {
+  static const Expression bold(R"(\*\*([\s\S]+?)\*\*)");
+  static const Expression italic(R"((?<!\*)\*([\s\S]+?)\*(?!\*))");
+  const std::u16string units = toUtf16(text);
+  std::string normalized;
+  std::size_t copied = 0;
+  for (const auto& match : (marker == "*" ? italic : bold).matches(units)) {
+    const std::string content = partOf(units, match.groups[1]);
+    if (plainSpans(content, colorExpression()).empty()) continue;
+    normalized += toUtf8(units.substr(copied, match.whole().begin - copied));
+    normalized += ColorSpans::normalizeColorSpans(content, marker);
+    copied = match.whole().end;
+  }
+  return normalized + toUtf8(units.substr(copied));
+}
+
+TEST(ColorSpansTest, FindsWhatTheExpressionsFind) {
+  static const Expression size(R"(<span\s+style=\"font-size:\s*([0-9]+)px\">([\s\S]*?)</span>)");
+  static const Expression opening(R"(<span\s+style=\"color:\s*#[0-9A-Fa-f]{6}\">)");
+  static const Expression mention(R"(@\[\[[^\]|]+\|([^\]]+)\]\])");
+  constexpr std::string_view pieces =
+      "<span style=\"color: #FF0000\">¦<span style=\"color:#00ff00\">¦</span>¦</span>¦"
+      "<span\u3000\nstyle=\"color:\u2003#123456\">¦<span style=\"font-size:18px\">¦"
+      "<span style=\"font-size: 7px\">¦<span style=\"color: #12345\">¦<span¦ ¦style=\"¦"
+      "font-size:¦12¦px¦\">¦*¦*¦**¦**¦***¦日¦a¦\n¦@[[¦@[[a|¦|¦]¦]]¦b¦😀";
+  std::size_t found = 0;
+  onRandomTexts(pieces, 12, 20'000, [&](const std::string& text) {
+    const auto colors = plainSpans(text, colorExpression());
+    ASSERT_EQ(shownSpans(text, ColorSpans::colors(text),
+                         [](auto& kind) { return std::get<SpanMatch::Color>(kind).hex; }),
+              colors);
+    const auto sizes = plainSpans(text, size);
+    ASSERT_EQ(shownSpans(text, ColorSpans::sizes(text),
+                         [](auto& kind) {
+                           return std::to_string(std::get<SpanMatch::FontSize>(kind).px);
+                         }),
+              sizes);
+    ASSERT_EQ(ColorSpans::openingCount(text), opening.matches(toUtf16(text)).size());
+    for (const std::string marker : {"**", "*"})
+      ASSERT_EQ(ColorSpans::normalizeColorSpansInsideMarkdown(text, marker),
+                plainlyNormalized(text, marker));
+    ASSERT_EQ(MarkdownTextView::prepared(text),
+              toUtf8(mention.replacingMatches(toUtf16(text), u"**@$1**")));
+    found += colors.size() + sizes.size();
+  });
+  EXPECT_GT(found, 2000U);
+}
+
+TEST(ColorSpansTest, Normalized) {
+  const std::string span = "<span style=\"color:#FF0000\">";
+  EXPECT_EQ(ColorSpans::normalizeColorSpans("a " + span + "b</span>" + span + "</span>c", "**"),
+            "**a **<span style=\"color: #FF0000\">**b**</span>"
+            "<span style=\"color: #FF0000\"></span>**c**");
+  EXPECT_EQ(ColorSpans::normalizeColorSpans("a", "*"), "*a*");
+  EXPECT_EQ(ColorSpans::normalizeColorSpans("", "*"), "");
 }
 
 }  // namespace

@@ -1,15 +1,8 @@
-#include <gtest/gtest.h>
-
 #include "Core/Markdown/Inline/MemoBodyKit.h"
+#include "Support/RandomText.h"
 
 namespace nomely::test {
 namespace {
-
-std::string repeated(std::string_view part, int count) {
-  std::string text;
-  for (; count > 0; --count) text += part;
-  return text;
-}
 
 TEST(MemoBodyKitTest, Estimates) {
   EXPECT_EQ(MemoBodyKit::estimatedCJKRatio(""), 0);
@@ -20,12 +13,7 @@ TEST(MemoBodyKitTest, Estimates) {
 }
 
 TEST(MemoBodyKitTest, Collapsing) {
-  const struct {
-    const char* name;
-    std::string text;
-    bool collapses;
-    std::string preview;
-  } cases[] = {
+  const std::tuple<const char*, std::string, bool, std::string> cases[] = {
       {"nothing", " \n", false, ""},
       {"300 ideographs", repeated("日", 300), true, repeated("日", 156) + "..."},
       {"300 letters", repeated("a", 300), false, repeated("a", 300)},
@@ -42,10 +30,10 @@ TEST(MemoBodyKitTest, Collapsing) {
       {"nothing but a table", "|x|y|\n|---|---|\n|1|2|\n|3|4|\n|5|6|\n|7|8|\n|9|0|", true,
        "|x|y|\n|---|---|\n|1|2|\n|3|4|\n|5|6|\n|7|8|..."},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(MemoBodyKit::shouldCollapse(c.text), c.collapses);
-    EXPECT_EQ(MemoBodyKit::collapsedPreview(c.text), c.preview);
+  for (const auto& [name, text, collapses, preview] : cases) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(MemoBodyKit::shouldCollapse(text), collapses);
+    EXPECT_EQ(MemoBodyKit::collapsedPreview(text), preview);
   }
 }
 

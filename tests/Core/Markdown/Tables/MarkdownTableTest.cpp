@@ -56,21 +56,14 @@ TEST(MarkdownTableParserTest, NoTables) {
                          {"|a|", "---|---"},
                          {"ab", "---|---"},
                          {"", "---|---"}};
-  for (const Lines& lines : cases) {
-    SCOPED_TRACE(testing::PrintToString(lines));
-    EXPECT_FALSE(MarkdownTableParser::parse(lines, 0));
-  }
+  for (const Lines& lines : cases)
+    EXPECT_FALSE(MarkdownTableParser::parse(lines, 0)) << testing::PrintToString(lines);
   EXPECT_FALSE(MarkdownTableParser::parse(Lines{"a|b", "---|---"}, 5));
 }
 
 TEST(MarkdownTableLayoutTest, Widths) {
   const std::string of300(30, 'a');
-  const struct {
-    std::vector<std::string> headers;
-    Rows rows;
-    double container;
-    std::vector<double> expected;
-  } cases[] = {
+  const std::tuple<std::vector<std::string>, Rows, double, std::vector<double>> cases[] = {
       {{}, {}, 300, {84}},
       {{"a", "日记日记"}, {}, 640, {84, 124}},
       {{"a", "b"}, {{"a", "abcdef"}, {"abcd"}}, 640, {92, 108}},
@@ -80,11 +73,10 @@ TEST(MarkdownTableLayoutTest, Widths) {
       {std::vector<std::string>(10, "a"), {}, 300, std::vector<double>(10, 84)},
       {{of300}, {}, -50, {84}},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::PrintToString(c.headers));
-    EXPECT_THAT(MarkdownTableLayout::columnWidths({c.headers, c.rows}, c.container),
-                testing::Pointwise(testing::DoubleNear(1e-9), c.expected));
-  }
+  for (const auto& [headers, rows, container, expected] : cases)
+    EXPECT_THAT(MarkdownTableLayout::columnWidths({headers, rows}, container),
+                testing::Pointwise(testing::DoubleNear(1e-9), expected))
+        << testing::PrintToString(headers);
   const auto mixed =
       MarkdownTableLayout::columnWidths({{"a", of300, std::string(60, 'a')}, {}}, 640);
   EXPECT_EQ(mixed[0], 84);

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "Core/Extensions/TextStats.h"
 #include "Core/Markdown/Text/MemoTextSanitizer.h"
 #include "Core/Markdown/Text/MemoTextUtilities.h"
@@ -70,11 +68,7 @@ TEST(MemoTextUtilitiesTest, EditorsKeepTheOlderText) {
 // Of base64 the expressions below know nothing.
 TEST(MemoTextUtilitiesTest, CommentsOfEveryForm) {
   const std::string large(1'000'000, 'b');
-  const struct {
-    std::string text;
-    std::optional<std::string> original;
-    std::string stripped;
-  } cases[] = {
+  const std::tuple<std::string, std::optional<std::string>, std::string> cases[] = {
       {" a <!-- originals: b -->\n", {}, "a <!-- originals: b -->"},
       {"<!-- original:" + large + " -->", large, ""},
       {"<!-- original:b\u2028c -->", {}, ""},
@@ -83,10 +77,10 @@ TEST(MemoTextUtilitiesTest, CommentsOfEveryForm) {
       {"<!-- original-base64:Z -->\n<!-- original-base64:Zg== -->", {}, ""},
       {"<!-- original-base64:Zg==-->\n<!-- original-base64:Zg== -->", "f", ""},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text.substr(0, 60));
-    EXPECT_EQ(MemoTextUtilities::extractOriginal(c.text), c.original);
-    EXPECT_EQ(MemoTextUtilities::stripOriginalComment(c.text), c.stripped);
+  for (const auto& [text, original, stripped] : cases) {
+    SCOPED_TRACE(text.substr(0, 60));
+    EXPECT_EQ(MemoTextUtilities::extractOriginal(text), original);
+    EXPECT_EQ(MemoTextUtilities::stripOriginalComment(text), stripped);
   }
 }
 
@@ -109,14 +103,12 @@ TEST(MemoTextUtilitiesTest, RandomTextsAreReadAsTheExpressionsRead) {
 }
 
 TEST(TextStatsTest, MeaningfulCharacters) {
-  const struct {
-    std::string_view text;
-    std::size_t expected;
-  } cases[] = {
+  const std::pair<std::string_view, std::size_t> cases[] = {
       {"", 0},    {"Hello, 世界 123", 3}, {"don't well-known", 2}, {"a-b-c a--b 'a' a'", 6},
       {"a1b", 2}, {"𠀀㐀龯", 3},          {"あ한é😀。", 0},         {"naïve", 2},
   };
-  for (const auto& c : cases) EXPECT_EQ(TextStats::meaningfulCount(c.text), c.expected) << c.text;
+  for (const auto& [text, expected] : cases)
+    EXPECT_EQ(TextStats::meaningfulCount(text), expected) << text;
 }
 
 }  // namespace

@@ -1,0 +1,149 @@
+#include "Export/HTMLExporter.h"
+#include "Export/InlineHTML.h"
+#include "Export/MarkdownHTML.h"
+#include "Platform/Text/Base64.h"
+#include "Support/RandomText.h"
+#include "Support/StoreFixture.h"
+
+namespace nomely::test {
+namespace {
+
+TEST(MarkdownHTMLTest, Plain) {
+  const std::tuple<const char*, std::string, std::string> cases[] = {
+      {"escaped", "a < b & c > d", "<p>a &lt; b &amp; c &gt; d</p>"},
+      {"marks", "**bold** and *it*", "<p><strong>bold</strong> and <em>it</em></p>"},
+      {"headings", "# a\n## b\n  ### c\n#### d\n#e",
+       "<h1>a</h1>\n<h2>b</h2>\n<h3>c</h3>\n<p>#### d</p>\n<p>#e</p>"},
+      {"rules", "---\n*****\n___\n--\n-*-", "<hr>\n<hr>\n<hr>\n<p>--</p>\n<p>-*-</p>"},
+      {"checklist, then a list", "- [x] done\n- [ ]\n- [X]b\n- a\n* c\n\n- d",
+       "<ul class=\"checklist\">\n<li><input type=\"checkbox\" checked disabled>done</li>\n"
+       "<li><input type=\"checkbox\" disabled></li>\n"
+       "<li><input type=\"checkbox\" checked disabled>b</li>\n</ul>\n"
+       "<ul>\n<li>a</li>\n<li>c</li>\n</ul>\n<ul>\n<li>d</li>\n</ul>"},
+      {"numbers", "1. a\n٢.\u3000b\n3.c\n4. ",
+       "<ol>\n<li>a</li>\n<li>b</li>\n</ol>\n<p>3.c</p>\n<p>4.</p>"},
+      {"quotes", "- x\n> a\n>b",
+       "<ul>\n<li>x</li>\n</ul>\n<blockquote>a</blockquote>\n<p>&gt;b</p>"},
+      {"code", "- x\n ```js\n  a<b\n\n*c*\n```\nd",
+       "<ul>\n<li>x</li>\n</ul>\n<pre><code>  a&lt;b\n\n*c*</code></pre>\n<p>d</p>"},
+      {"code left open", "```\na\n- b", "<pre><code>a\n- b</code></pre>"},
+      {"table", "x\n| a | *b* |\n|---|---|\n| 1 |\n| <i> |\ny",
+       "<p>x</p>\n<table><thead><tr><th>a</th><th><em>b</em></th></tr></thead><tbody></tbody>"
+       "</table>\n<p>| 1 |</p>\n<p>| &lt;i&gt; |</p>\n<p>y</p>"},
+      {"rows filled up", "a|b\n---|---\n1|2|3\n|4|",
+       "<table><thead><tr><th>a</th><th>b</th></tr></thead><tbody><tr><td>1</td><td>2</td></tr>"
+       "</tbody></table>\n<p>|4|</p>"},
+      {"nothing", "\n \n", ""},
+  };
+  for (const auto& [name, text, expected] : cases)
+    EXPECT_EQ(markdownToHTML(text, RenderMode::plain), expected) << name;
+}
+
+TEST(MarkdownHTMLTest, StyledIsPlainWithStyles) {
+  const std::string text = "## a\n- b\n> c\n\n1. d\n\n`e`\na|b\n---|---\n1|2";
+  const RegularExpression styles(R"( style="[^"]+"|<div style=[^>]*>\n|\n</div>)");
+  const std::string styled = markdownToHTML(text, RenderMode::styled);
+  EXPECT_EQ(toUtf8(styles.replacingMatches(toUtf16(styled), u"")),
+            markdownToHTML(text, RenderMode::plain));
+  EXPECT_THAT(styled, HasSubstr("<h2 style=\"color:#ffffff;font-size:28px;"));
+}
+
+TEST(InlineHTMLTest, IsThatOfTheExpressions) {
+  const std::pair<RegularExpression, std::u16string_view> rules[] = {
+      {RegularExpression(R"(\*\*(.+?)\*\*)"), u"<strong>$1</strong>"},
+      {RegularExpression(R"(\*(.+?)\*)"), u"<em>$1</em>"},
+      {RegularExpression("`(.+?)`"), u"<code>$1</code>"},
+      {RegularExpression(R"(\[(.+?)\]\((.+?)\))"), u"<a href=\"$2\">$1</a>"},
+  };
+  constexpr std::string_view pieces = "*¦**¦`¦[¦](¦]¦(¦)¦a¦<¦&¦中¦😀¦\r¦\u2028¦/¦$1";
+  onRandomTexts(pieces, 14, 30'000, [&](const std::string& line) {
+    std::u16string expected = toUtf16(InlineHTML::escapeText(line));
+    for (const auto& [expression, replacement] : rules)
+      expected = expression.replacingMatches(expected, replacement);
+    ASSERT_EQ(InlineHTML::convert(line), toUtf8(expected));
+  });
+}
+
+TEST(InlineHTMLTest, AddressesThatRunScripts) {
+  for (const char* address :
+       {"javascript:alert(1", "java\tscript:x", "&#106;avascript:x", "data:text/html,x"})
+    EXPECT_EQ(InlineHTML::convert(std::string("[a](") + address + ")").find("<a"),
+              std::string::npos);
+  EXPECT_EQ(InlineHTML::convert("[a](x\" onclick=\"y) [b](javascript:1) [c](z)"),
+            "<a href=\"x&quot; onclick=&quot;y\">a</a> [b](javascript:1) <a href=\"z\">c</a>");
+}
+
+class HTMLExporterTest : public StoreTest {
+ protected:
+  // A memo of 2026-03-01 with the files that `names` says, the bytes of each its own name.
+  [[nodiscard]] Memo memoWith(const std::string& body, const std::vector<std::string>& names) {
+    for (const std::string& name : names) writeFile(context.paths.dayFolder(date) / name, name);
+    Memo memo;
+    memo.time = "09:30";
+    memo.body = body;
+    memo.attachments = names;
+    return memo;
+  }
+
+  static std::string image(const std::string& type, const std::string& bytes) {
+    return "<img src=\"data:image/" + type + ";base64," + encodeBase64(bytes) + "\" alt=\"" +
+           bytes + "\">";
+  }
+
+  const Day date = day("2026-03-01");
+  AttachmentManager attachments{context};
+};
+
+TEST_F(HTMLExporterTest, BlockOfAPage) {
+  Memo memo = memoWith("**a**", {"1.JPG", "2.heic", "voice.m4a", "3.webp"});
+  memo.attachments.insert(memo.attachments.begin(), {"gone.png", "../../secret.png"});
+  memo.time = "<b>\"";
+  EXPECT_EQ(HTMLExporter::exportMemoFlomo(memo, date, attachments),
+            "<div class=\"memo\">\n  <div class=\"time\">2026-03-01 &lt;b&gt;\"</div>\n"
+            "  <div class=\"content\"><p><strong>a</strong></p></div>\n  <div class=\"files\">\n" +
+                image("jpeg", "1.JPG") + image("heic", "2.heic") + image("webp", "3.webp") +
+                "  </div>\n</div>");
+}
+
+TEST_F(HTMLExporterTest, FragmentWithTags) {
+  Memo memo = memoWith("a", {"x\"<&>.png"});
+  memo.tags = {"读书/<i>", "_imported", "b"};
+  EXPECT_EQ(HTMLExporter::exportMemo(memo, date, attachments),
+            "<div class=\"memo\">\n    <div class=\"time\">2026-03-01 09:30</div>\n"
+            "    <div class=\"body\"><p>a</p></div>\n    <div class=\"images\">"
+            "<img src=\"data:image/png;base64," +
+                encodeBase64("x\"<&>.png") +
+                "\" alt=\"x&quot;&lt;&amp;&gt;.png\"></div>\n    <div class=\"tags\">"
+                "<span class=\"tag\">#读书/&lt;i&gt;</span><span class=\"tag\">#b</span></div>\n"
+                "</div>");
+  memo = memoWith("", {});
+  memo.tags = {"_imported"};
+  EXPECT_THAT(HTMLExporter::exportMemo(memo, date, attachments), Not(HasSubstr("tags")));
+}
+
+TEST_F(HTMLExporterTest, WholePages) {
+  const auto entry = [&](Memo memo) {
+    return MemoEntry{date, std::make_shared<const Memo>(std::move(memo))};
+  };
+  const std::string empty = HTMLExporter::exportMemosFlomo({}, attachments, clock);
+  EXPECT_THAT(empty, StartsWith("<!DOCTYPE html>\n<html lang=\"zh-CN\">\n<head>\n"));
+  EXPECT_THAT(empty, EndsWith("<div class=\"date\">共 0 条记录 · 生成于 2026.3.1 9:30</div>\n"
+                              "</header>\n<div class=\"memos\">\n\n</div>\n</body>\n</html>"));
+
+  // A picture longer than the pieces in which it is written.
+  Memo large = memoWith("b", {"large.png"});
+  const std::string bytes(500'000, '\x5A');
+  writeFile(context.paths.dayFolder(date) / "large.png", bytes);
+  const Memo small = memoWith("a", {});
+  const std::string page =
+      HTMLExporter::exportMemosFlomo({entry(small), entry(large)}, attachments, clock);
+  EXPECT_THAT(page, HasSubstr("共 2 条记录"));
+  EXPECT_THAT(page, EndsWith("<div class=\"memos\">\n" +
+                             HTMLExporter::exportMemoFlomo(small, date, attachments) + "\n" +
+                             HTMLExporter::exportMemoFlomo(large, date, attachments) +
+                             "\n</div>\n</body>\n</html>"));
+  EXPECT_THAT(page, HasSubstr(";base64," + encodeBase64(bytes) + "\""));
+}
+
+}  // namespace
+}  // namespace nomely::test
