@@ -47,9 +47,10 @@ class Bot {
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, log().c_str(),
                                        O_WRONLY | O_CREAT | O_APPEND, 0600);
-    if (::posix_spawn(&process_, program.c_str(), &actions, nullptr, pointers.data(), environ) != 0)
-      throw std::runtime_error("no bot");
+    const int failure =
+        ::posix_spawn(&process_, program.c_str(), &actions, nullptr, pointers.data(), environ);
     ::posix_spawn_file_actions_destroy(&actions);
+    if (failure != 0) throw std::runtime_error("no bot");
   }
   // Fails the test when it ended by itself, or otherwise than it was told.
   void end(int signal) {
