@@ -14,6 +14,14 @@ namespace {
 // Yesterday, today, and days of messages that come late.
 constexpr std::size_t mostDays = 4;
 
+// What is out of reach for the moment may be the very memo that is looked for; what is so for good
+// must not keep the bot from writing.
+bool mayPass(const FileError& error) {
+  using Kind = FileError::Kind;
+  return error.kind() == Kind::inputOutput || error.kind() == Kind::noSpace ||
+         error.kind() == Kind::tooManyOpenFiles;
+}
+
 }  // namespace
 
 std::optional<FeishuDayMarks::Stamp> FeishuDayMarks::stampOf(Day day) const {
@@ -46,9 +54,10 @@ const FeishuDayMarks::Marks& FeishuDayMarks::of(Day day) {
     if (known == known_.end() && known_.size() == mostDays)
       known_.erase(known_.begin()->first == day ? std::prev(known_.end()) : known_.begin());
     return known_.insert_or_assign(day, std::move(found)).first->second.marks;
-  } catch (const Error& error) {
+  } catch (const FileError& error) {
     Log::error(LogChannel::feishu, "无法查看 {} 的记录：{}", day.string(), error.what());
     forget(day);
+    if (mayPass(error)) throw;
     return none_;
   }
 }
@@ -64,6 +73,8 @@ FeishuDayMarks::Marks FeishuDayMarks::read(Day day) const {
     try {
       if (const auto content = reader.read(entry.name))
         mark(marks, reader.parsed(entry.name, content->bytes));
+    } catch (const FileError& error) {
+      if (mayPass(error)) throw;
     } catch (const Error&) {
       // Left out as in every list, which report it.
     }

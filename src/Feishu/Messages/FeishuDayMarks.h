@@ -29,7 +29,8 @@ class FeishuDayMarks {
 
   explicit FeishuDayMarks(const DayStore& days) : days_(days) {}
 
-  // Till the next call of any kind. A day that can't be read is empty.
+  // Till the next call of any kind. What can't be read is left out, unless that may pass: then
+  // throws FileError.
   [[nodiscard]] const Marks& of(Day day);
 
   // A memo was written in the same write of the gate as `of`, which nothing else has changed since.
