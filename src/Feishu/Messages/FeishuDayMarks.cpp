@@ -68,15 +68,21 @@ FeishuDayMarks::Marks FeishuDayMarks::read(Day day) const {
   Marks marks;
   if (const auto numbers = DayStore::numbersIn(entries); !numbers.empty())
     marks.highest = numbers.back();
-  for (const DirectoryEntry& entry : entries) {
-    if (!DayReader::memoNumber(entry.name)) continue;
+  const auto add = [&](const std::string& name) {
     try {
-      if (const auto content = reader.read(entry.name))
-        mark(marks, reader.parsed(entry.name, content->bytes));
+      if (const auto content = reader.read(name)) mark(marks, reader.parsed(name, content->bytes));
     } catch (const FileError& error) {
       if (mayPass(error)) throw;
     } catch (const Error&) {
       // Left out as in every list, which report it.
+    }
+  };
+  for (const DirectoryEntry& entry : entries) {
+    if (!DayReader::memoNumber(entry.name)) continue;
+    try {
+      add(entry.name);
+    } catch (const FileError&) {
+      add(entry.name);  // or one memo of thousands would end the reading of all
     }
   }
   return marks;
