@@ -16,15 +16,9 @@ InboxWork::InboxWork(const FeishuContext& context, SerialQueue& queue, FeishuRep
       replies_(replies),
       inbox_(context.storage()),
       recorder_({context, replies, writer, inbox_}),
-      door_(std::make_shared<Door>()) {
-  door_->queue = &queue;
-}
+      later_(context.timers, queue) {}
 
 InboxWork::~InboxWork() {
-  {
-    const std::lock_guard lock(door_->mutex);
-    door_->queue = nullptr;
-  }
   const auto end = [this] {
     lifetime_.end();
     timers_.clear();
@@ -41,11 +35,7 @@ void InboxWork::post(std::function<void()> call) {
 
 void InboxWork::later(const std::string& name, std::chrono::minutes delay,
                       std::function<void()> call) {
-  const auto pass = [door = door_, call = lifetime_.guard(std::move(call))] {
-    const std::lock_guard lock(door->mutex);
-    if (door->queue != nullptr) door->queue->async(call);
-  };
-  timers_[name] = context_.timers.after(delay, pass);
+  timers_[name] = later_.after(delay, lifetime_.guard(std::move(call)));
 }
 
 void InboxWork::resume() {

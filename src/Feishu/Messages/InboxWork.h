@@ -3,8 +3,6 @@
 #include <chrono>
 #include <functional>
 #include <map>
-#include <memory>
-#include <mutex>
 #include <string>
 
 #include "Feishu/Connection/FeishuEvents.h"
@@ -12,6 +10,7 @@
 #include "Feishu/Messages/FeishuRecorder.h"
 #include "Platform/Concurrency/JobPool.h"
 #include "Platform/Concurrency/Lifetime.h"
+#include "Platform/Concurrency/QueueTimers.h"
 #include "Platform/Concurrency/SerialQueue.h"
 #include "Platform/Concurrency/Timers.h"
 
@@ -47,12 +46,6 @@ class InboxWork {
   void beginLater(const FeishuInbox::Entry& entry) { pause({entry, 1, {}}); }
 
  private:
-  // To the queue from the timers' thread, which may be late: nothing passes once it is closed.
-  struct Door {
-    std::mutex mutex;
-    SerialQueue* queue;
-  };
-
   struct Attempt {
     FeishuInbox::Entry entry;
     int failures = 0;                            // so far
@@ -77,7 +70,7 @@ class InboxWork {
   FeishuRecorder recorder_;
   bool isResumed_ = false;
   std::map<std::string, Timers::Timer> timers_;  // by the name of an entry
-  std::shared_ptr<Door> door_;
+  QueueTimers later_;
   Lifetime lifetime_;
   JobPool jobs_{atOnce};  // ends first: its jobs use the rest
 };
