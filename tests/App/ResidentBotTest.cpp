@@ -2,12 +2,9 @@
 
 #include "App/LockableSecrets.h"
 #include "App/ResidentBot.h"
-#include "App/ResidentLock.h"
-#include "Feishu/Platform/FeishuPlatform.h"
+#include "Feishu/Conversation/BotFixture.h"
 #include "Platform/Concurrency/RunLoop.h"
 #include "Support/Deadline.h"
-#include "Support/ManualTimers.h"
-#include "Support/StoreFixture.h"
 
 namespace nomely::test {
 namespace {
@@ -21,15 +18,15 @@ using testing::IsEmpty;
 using testing::Not;
 using namespace std::chrono_literals;
 
-class ResidentBotTest : public StoreTest {
+class ResidentBotTest : public BotTest {
  protected:
   ResidentBotTest() {
     const FeishuConfig config = platform.config();
     settings.set("feishu.appId", config.appId);
     settings.set("feishu.enabled", "true");
     keep(config.appSecret);
-    bot.onNotice = [this](const std::string& notice) { notices.push_back(notice); };
-    bot.onStatus = [this](const ConnectionStatus& status) { statuses.push_back(status.text); };
+    resident.onNotice = [this](const std::string& notice) { notices.push_back(notice); };
+    resident.onStatus = [this](const ConnectionStatus& status) { statuses.push_back(status.text); };
   }
 
   void keep(const std::string& secret) { (void)settings.setSecret("feishu", secret); }
@@ -39,46 +36,39 @@ class ResidentBotTest : public StoreTest {
                             std::chrono::seconds step = 1s) {
     const auto deadline = std::chrono::steady_clock::now() + longestWait;
     while (!loop.runUntil(condition, 20ms)) {
-      ASSERT_LT(std::chrono::steady_clock::now(), deadline) << bot.status().json();
+      ASSERT_LT(std::chrono::steady_clock::now(), deadline) << resident.status().json();
       timers.advance(step);
     }
   }
   void await(Kind kind) {
-    awaitWhileTimePasses([&] { return bot.status().connection.kind == kind; });
+    awaitWhileTimePasses([&] { return resident.status().connection.kind == kind; });
   }
   [[nodiscard]] std::optional<BotStatus> saved() const {
     return BotStatus::read(BotStatus::folder(environment, folder.path()), context.files);
   }
 
-  FeishuPlatform platform;
   Environment environment{{{"HOME", (folder.path() / "home").string()},
                            {"TMPDIR", folder.path().string()},
                            {"NOMELY_FEISHU_ROOT", platform.root()}}};
   RunLoop loop;
-  ManualTimers timers{clock};
   LockableSecrets backend;
-  std::unique_ptr<HttpClient> http = makeHttpClient();
-  std::unique_ptr<WebSocketClient> webSockets = makeWebSocketClient();
   AppSettings settings{context, backend, AppSettings::Source::files};
-  MemoService memos{context};
-  JobPool jobs;
-  SearchIndex index{context, jobs};
   std::vector<std::string> notices;
   std::vector<std::string> statuses;
-  ResidentBot bot{{.environment = environment,
-                   .memos = memos,
-                   .searchIndex = index,
-                   .settings = settings,
-                   .http = *http,
-                   .webSockets = *webSockets,
-                   .timers = timers,
-                   .jobs = jobs,
-                   .executor = loop}};
+  ResidentBot resident{{.environment = environment,
+                        .memos = memos,
+                        .searchIndex = index,
+                        .settings = settings,
+                        .http = *http,
+                        .webSockets = *sockets,
+                        .timers = timers,
+                        .jobs = jobs,
+                        .executor = loop}};
 };
 
 TEST_F(ResidentBotTest, ALockedKeyringIsWaitedFor) {
   backend.isLocked = true;
-  bot.start();
+  resident.start();
   await(Kind::error);
   EXPECT_THAT(statuses, ElementsAre(AllOf(HasSubstr("拿不到机器人的密钥"), HasSubstr("锁着"))));
   EXPECT_THAT(notices, IsEmpty()) << "nothing is missing";
@@ -87,25 +77,25 @@ TEST_F(ResidentBotTest, ALockedKeyringIsWaitedFor) {
   EXPECT_THAT(notices, ElementsAre(HasSubstr("nomely bot pair")));
   platform.send(phone::text("om_1", "早上好"));
   platform.awaitAck("om_1");
-  awaitWhileTimePasses([&] { return bot.status().recorded == 1; });
+  awaitWhileTimePasses([&] { return resident.status().recorded == 1; });
   awaitWhileTimePasses([&] { return saved() && saved()->recorded == 1; });
   EXPECT_EQ(saved()->connection.kind, Kind::connected);
 }
 
 TEST_F(ResidentBotTest, WithoutANetworkItBeginsAgainEveryQuarterOfAnHour) {
   platform.fail(FeishuPlatform::Call::endpoint, {.status = 502}, 7);
-  bot.start();
-  awaitWhileTimePasses([&] { return bot.status().connection.text == ConnectionStatus::gaveUp; },
-                       10s);
+  resident.start();
+  awaitWhileTimePasses(
+      [&] { return resident.status().connection.text == ConnectionStatus::gaveUp; }, 10s);
   EXPECT_EQ(platform.calls(FeishuPlatform::Call::endpoint), 7U);
   const Moment gaveUpAt = clock.now();
-  awaitWhileTimePasses([&] { return bot.status().connection.kind == Kind::connected; }, 10s);
+  awaitWhileTimePasses([&] { return resident.status().connection.kind == Kind::connected; }, 10s);
   EXPECT_GE(clock.now() - gaveUpAt, ResidentBot::retryAfterGivingUp);
 }
 
 TEST_F(ResidentBotTest, FollowsTheSettingsAndTheSecret) {
   AppSettings elsewhere(context, backend, AppSettings::Source::files);
-  bot.start();
+  resident.start();
   await(Kind::connected);
   elsewhere.set("feishu.enabled", "false");
   await(Kind::disconnected);
@@ -125,21 +115,13 @@ TEST_F(ResidentBotTest, FollowsTheSettingsAndTheSecret) {
   awaitWhileTimePasses([&] { return settings.feishu().allowedOpenID == "ou_somebody"; });
   awaitWhileTimePasses([&] {
     const std::string id = "om_" + std::to_string(clock.now().time_since_epoch().count());
-    const std::int64_t recorded = bot.status().recorded;
+    const std::int64_t recorded = resident.status().recorded;
     platform.send(phone::text(id, id));
     platform.awaitAck(id);
-    (void)loop.runUntil([&] { return bot.status().recorded > recorded; }, 50ms);
-    return bot.status().recorded == recorded;
+    (void)loop.runUntil([&] { return resident.status().recorded > recorded; }, 50ms);
+    return resident.status().recorded == recorded;
   });
   EXPECT_EQ(platform.connections(), 3U);
-}
-
-TEST_F(ResidentBotTest, OneProcessOfARootStays) {
-  ResidentLock lock(context);
-  EXPECT_FALSE(ResidentLock::isHeld(context));
-  EXPECT_TRUE(lock.acquire());
-  EXPECT_TRUE(ResidentLock::isHeld(context));
-  EXPECT_FALSE(ResidentLock(context).acquire());
 }
 
 }  // namespace

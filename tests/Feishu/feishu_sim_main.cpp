@@ -22,7 +22,6 @@ constexpr const char* help = R"(TEXT                  a text message
 /pieces N TEXT        in N fragments, the last one first
 /again [ID]           delivers once more what was not acknowledged, or that message
 /drop                 cuts the connection
-/freeze               stops reading from it
 /down, /up            answers no request any more, or again
 /secret SECRET        changes the application's secret
 /help, /quit
@@ -45,8 +44,6 @@ class Phone {
       rest.empty() ? platform_.redeliverUnacknowledged() : platform_.redeliver(rest);
     else if (word == "/drop")
       platform_.cut();
-    else if (word == "/freeze")
-      platform_.freeze();
     else if (word == "/down" || word == "/up")
       setDown(word == "/down");
     else if (word == "/secret")

@@ -57,10 +57,6 @@ void WebSocketPeer::send(const WebSocketFrame& frame) {
   sendRaw(encoded(frame));
 }
 
-void WebSocketPeer::sendClose(std::uint16_t code, std::string_view reason) {
-  send({Opcode::close, bigEndian(code, 2).append(reason)});
-}
-
 void WebSocketPeer::sendRaw(std::string_view bytes) {
   const std::lock_guard lock(sending_);
   if (isOpen()) static_cast<void>(sendAll(socket_, bytes));

@@ -40,7 +40,6 @@ class WebSocketPeer {
   void send(const WebSocketFrame& frame);
   void sendText(std::string text) { send({WebSocketFrame::Opcode::text, std::move(text)}); }
   void sendBinary(std::string bytes) { send({WebSocketFrame::Opcode::binary, std::move(bytes)}); }
-  void sendClose(std::uint16_t code, std::string_view reason = {});
   // As they are: garbage, half a frame.
   void sendRaw(std::string_view bytes);
 

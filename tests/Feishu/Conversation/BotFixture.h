@@ -20,6 +20,21 @@ class BotTest : public StoreTest {
     return texts;
   }
 
+  // What a bot over `diary` has, with files of its own in `own`.
+  [[nodiscard]] FeishuContext contextOver(MemoService& diary, const std::filesystem::path& own) {
+    return {.memos = diary,
+            .searchIndex = index,
+            .http = *http,
+            .webSockets = *sockets,
+            .timers = timers,
+            .platformRoot = platform.root(),
+            .temporaryFolder = own,
+            .stateFolder = own / "state",
+            .makeTranscriber = {},
+            .saveAllowedOpenID = {},
+            .onEvent = {}};
+  }
+
   FeishuPlatform platform;
   MemoService memos{context};
   JobPool jobs{1};
@@ -27,17 +42,7 @@ class BotTest : public StoreTest {
   std::unique_ptr<HttpClient> http = makeHttpClient();
   std::unique_ptr<WebSocketClient> sockets = makeWebSocketClient();
   ManualTimers timers{clock};
-  FeishuContext bot{.memos = memos,
-                    .searchIndex = index,
-                    .http = *http,
-                    .webSockets = *sockets,
-                    .timers = timers,
-                    .platformRoot = platform.root(),
-                    .temporaryFolder = folder.path(),
-                    .stateFolder = folder.path() / "state",
-                    .makeTranscriber = {},
-                    .saveAllowedOpenID = {},
-                    .onEvent = {}};
+  FeishuContext bot = contextOver(memos, folder.path());
   FeishuAccount account{platform.config()};
   std::shared_ptr<FeishuLogStore> log = FeishuLogStore::of(context);
 };

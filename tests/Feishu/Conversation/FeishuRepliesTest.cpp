@@ -28,7 +28,7 @@ TEST_F(FeishuRepliesTest, TheTokenIsRenewedFiveMinutesBeforeItsEnd) {
   EXPECT_EQ(fetched(), 2);
   platform.setSecret("secret-2");
   account.set(platform.config());
-  platform.setTokenLifetime(200);
+  platform.fail(Call::token, {.body = R"({"code":0,"tenant_access_token":"t","expire":200})"});
   EXPECT_EQ(fetched(), 3);
   EXPECT_EQ(fetched(), 4);
 }
@@ -60,16 +60,16 @@ TEST_F(FeishuRepliesTest, ReactionsAndRepliesGoOutOnceAndAreLogged) {
   platform.awaitReaction("om_1", "THUMBSUP");
   platform.awaitReaction("om_1", "CRY");
   platform.fail(Call::reply, {.status = 400});
-  replies.replyMessage("om_2", {"丢", "二", "三"});
-  EXPECT_EQ(platform.awaitReply("om_2", 2), "三");
-  EXPECT_THAT(platform.replies("om_2"), ElementsAre("二", "三"));
+  replies.replyMessage("om_2", {"丢", "二", "三\n\"\xFF\""});
+  platform.awaitReply("om_2", 2);
+  EXPECT_THAT(platform.replies("om_2"), ElementsAre("二", "三\n\"�\""));
   // What did not go out at all ends the reply.
   platform.fail(Call::reply, {.body = "{}", .manner = LoopbackServer::Manner::cutOff});
   replies.replyMessage("om_3", {"四", "五"});
   platform.awaitCalls(Call::reply, 4);
   replies.replyMessage("om_4", {"六"});
   platform.awaitReply("om_4");
-  EXPECT_THAT(logged(), ElementsAre("👍 已记录", "😢 记录失败", "丢", "二", "三", "四", "六"));
+  EXPECT_THAT(logged(), ElementsAre("👍 已记录", "😢 记录失败", "丢", "二", "三\n\"�\"", "四", "六"));
   EXPECT_THAT(platform.complaints(), testing::IsEmpty());
 }
 

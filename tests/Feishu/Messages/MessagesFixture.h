@@ -92,7 +92,14 @@ struct OneSentence final : SpeechRecognizer {
 // Runs over a disk that a test can fill up, or look at before each call.
 class MessagesTest : public BotTest {
  protected:
-  MessagesTest() { restart(); }
+  MessagesTest() {
+    onThatDisk.makeTranscriber = [this] {
+      return std::make_unique<SpeechTranscriber>(std::make_shared<OneSentence>(spoken),
+                                                 outside.path());
+    };
+    onThatDisk.saveAllowedOpenID = [this](const std::string& openID) { saveAllowed(openID); };
+    restart();
+  }
 
   // As when the program is ended and started again.
   void restart() {
@@ -151,22 +158,7 @@ class MessagesTest : public BotTest {
                            }
                          }};
   MemoService memosOnThatDisk{{context.paths, FileManager(files), clock}};
-  FeishuContext onThatDisk{
-      .memos = memosOnThatDisk,
-      .searchIndex = index,
-      .http = *http,
-      .webSockets = *sockets,
-      .timers = timers,
-      .platformRoot = platform.root(),
-      .temporaryFolder = outside.path(),
-      .stateFolder = outside.path() / "state",
-      .makeTranscriber =
-          [this] {
-            return std::make_unique<SpeechTranscriber>(std::make_shared<OneSentence>(spoken),
-                                                       outside.path());
-          },
-      .saveAllowedOpenID = [this](const std::string& openID) { saveAllowed(openID); },
-      .onEvent = {}};
+  FeishuContext onThatDisk = contextOver(memosOnThatDisk, outside.path());
   std::optional<MessagesRun> run;
 };
 

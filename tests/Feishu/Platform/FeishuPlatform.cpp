@@ -34,13 +34,18 @@ std::string member(const std::string& text, const json::json_pointer& where) {
   return whole.at(where).get<std::string>();
 }
 
+bool isJson(const LoopbackServer::Request& request) {
+  const auto type = request.headers.find("content-type");
+  return type != request.headers.end() && type->second.starts_with("application/json");
+}
+
 }  // namespace
 
 FeishuPlatform::FeishuPlatform()
-    : sockets_(
-          server_, "/ws",
-          {.onOpen = [this](const std::shared_ptr<WebSocketPeer>& peer) { opened(peer); },
-           .onFrame = [this](WebSocketPeer&, const WebSocketFrame& frame) { received(frame); }}) {
+    : sockets_(server_, "/ws",
+               {.onOpen = [this](const std::shared_ptr<WebSocketPeer>& peer) { opened(peer); },
+                .onFrame = [this](WebSocketPeer& peer,
+                                  const WebSocketFrame& frame) { received(peer, frame); }}) {
   server_.answer(endpointPath, [this](const Request& request) {
     return counted(Call::endpoint, [&] { return endpointReply(request); });
   });
@@ -61,42 +66,6 @@ FeishuPlatform::FeishuPlatform()
 
 FeishuPlatform::~FeishuPlatform() = default;
 
-FeishuConfig FeishuPlatform::config() const {
-  const std::lock_guard lock(mutex_);
-  return {.appId = "cli_test", .appSecret = secret_, .enabled = true};
-}
-
-void FeishuPlatform::setSecret(std::string secret) {
-  const std::lock_guard lock(mutex_);
-  secret_ = std::move(secret);
-  tokens_.clear();
-}
-
-void FeishuPlatform::setMedia(const std::string& key, std::string bytes) {
-  const std::lock_guard lock(mutex_);
-  media_[key] = std::move(bytes);
-}
-
-void FeishuPlatform::setEndpoint(Endpoint endpoint) {
-  const std::lock_guard lock(mutex_);
-  endpoint_ = std::move(endpoint);
-}
-
-void FeishuPlatform::setTokenLifetime(std::optional<int> seconds) {
-  const std::lock_guard lock(mutex_);
-  tokenLifetime_ = seconds;
-}
-
-void FeishuPlatform::expireTokens() {
-  const std::lock_guard lock(mutex_);
-  tokens_.clear();
-}
-
-void FeishuPlatform::observe(std::function<void(const std::string&)> tell) {
-  const std::lock_guard lock(mutex_);
-  tell_ = std::move(tell);
-}
-
 // ---- requests ----
 
 LoopbackServer::Answer FeishuPlatform::counted(Call call, const std::function<Answer()>& usual) {
@@ -115,21 +84,24 @@ LoopbackServer::Answer FeishuPlatform::counted(Call call, const std::function<An
   return answer;
 }
 
+LoopbackServer::Answer FeishuPlatform::endpoint(std::optional<int> pingInterval) const {
+  const std::string url =
+      fmt::format("{}?device_id=1&service_id={}&ticket=t", sockets_.url(), serviceID);
+  json data = {{"URL", url}};
+  if (pingInterval)
+    data["ClientConfig"] = {{"PingInterval", *pingInterval}, {"ReconnectCount", -1}};
+  return reply({{"code", 0}, {"msg", ""}, {"data", data}});
+}
+
 bool FeishuPlatform::isOurs(const Request& request, const char* id, const char* secret) const {
   const std::lock_guard lock(mutex_);
-  return member(request.body, json::json_pointer(id)) == "cli_test" &&
+  return isJson(request) && member(request.body, json::json_pointer(id)) == "cli_test" &&
          member(request.body, json::json_pointer(secret)) == secret_;
 }
 
 LoopbackServer::Answer FeishuPlatform::endpointReply(const Request& request) {
   if (!isOurs(request, "/AppID", "/AppSecret")) return refusal(514);
-  const std::lock_guard lock(mutex_);
-  const std::string own =
-      fmt::format("{}?device_id=1&service_id={}&ticket=t", sockets_.url(), serviceID);
-  json data = {{"URL", endpoint_.url.empty() ? own : endpoint_.url}};
-  if (endpoint_.pingInterval)
-    data["ClientConfig"] = {{"PingInterval", *endpoint_.pingInterval}, {"ReconnectCount", -1}};
-  return reply({{"code", 0}, {"msg", ""}, {"data", data}});
+  return endpoint();
 }
 
 LoopbackServer::Answer FeishuPlatform::tokenReply(const Request& request) {
@@ -137,9 +109,7 @@ LoopbackServer::Answer FeishuPlatform::tokenReply(const Request& request) {
   const std::lock_guard lock(mutex_);
   const std::string token = fmt::format("t-{}", calls_[Call::token]);
   tokens_.insert(token);
-  json body = {{"code", 0}, {"msg", "ok"}, {"tenant_access_token", token}};
-  if (tokenLifetime_) body["expire"] = *tokenLifetime_;
-  return reply(body);
+  return reply({{"code", 0}, {"msg", "ok"}, {"tenant_access_token", token}, {"expire", 7200}});
 }
 
 LoopbackServer::Answer FeishuPlatform::messageReply(const std::string& id, const std::string& rest,
@@ -151,9 +121,12 @@ LoopbackServer::Answer FeishuPlatform::messageReply(const std::string& id, const
       !tokens_.contains(right->second.substr(bearer.size())))
     return {.status = 400, .body = R"({"code":99991663,"msg":"token invalid"})"};
   constexpr std::string_view resources = "resources/";
+  if (request.method != (rest.starts_with(resources) ? "GET" : "POST"))
+    complaints_.push_back("not that way: " + request.method + " " + rest);
   if (rest.starts_with(resources))
     return resourceReply(std::string_view(rest).substr(resources.size()));
   std::string line;
+  if (!isJson(request)) complaints_.push_back("not said to be JSON: " + rest);
   if (rest == "reply") {
     const std::string content = member(request.body, json::json_pointer("/content"));
     const std::string text = member(content, json::json_pointer("/text"));
@@ -195,19 +168,17 @@ void FeishuPlatform::opened(const std::shared_ptr<WebSocketPeer>& peer) {
   deliver(undelivered);
 }
 
-void FeishuPlatform::received(const WebSocketFrame& frame) {
+void FeishuPlatform::received(WebSocketPeer& peer, const WebSocketFrame& frame) {
   if (frame.opcode != WebSocketFrame::Opcode::binary) return;
   const auto decoded = FeishuFrame::decode(frame.payload);
   if (!decoded) return complain("a frame that can't be read");
   if (decoded->method == 1) return acknowledged(*decoded);
   const bool isPing = *decoded == FeishuFrame{.service = serviceID, .headers = {{"type", "ping"}}};
   if (!isPing) return complain("a control frame that is no ping");
-  {
-    const std::lock_guard lock(mutex_);
-    ++pings_;
-  }
+  locked([&] { ++pings_; });
   changed_.notify_all();
-  sendFrame({.service = serviceID, .headers = {{"type", "pong"}}, .payload = "{}"});
+  const FeishuFrame pong{.service = serviceID, .headers = {{"type", "pong"}}, .payload = "{}"};
+  peer.sendBinary(pong.encode());
 }
 
 void FeishuPlatform::acknowledged(const FeishuFrame& frame) {
@@ -270,12 +241,8 @@ void FeishuPlatform::deliver(const std::vector<std::string>& ids) {
   for (const std::string& id : ids) {
     const std::shared_ptr<WebSocketPeer> to = peer();
     if (!to || !to->isOpen()) return;
-    std::vector<std::string> frames;
-    {
-      const std::lock_guard lock(mutex_);
-      frames = framesOf(id);
-    }
-    for (std::string& frame : frames) to->sendBinary(std::move(frame));
+    for (std::string& frame : locked([&] { return framesOf(id); }))
+      to->sendBinary(std::move(frame));
   }
 }
 
@@ -289,14 +256,6 @@ void FeishuPlatform::send(const PhoneMessage& message, Pieces pieces) {
     unacknowledged_[record.number] = message.id();
   }
   deliver({message.id()});
-}
-
-void FeishuPlatform::redeliver(const std::string& id) {
-  deliver({id});
-}
-
-void FeishuPlatform::redeliverUnacknowledged() {
-  deliver(unacknowledged());
 }
 
 void FeishuPlatform::redeliverAfter(std::chrono::milliseconds delay) {
@@ -321,38 +280,8 @@ void FeishuPlatform::redeliverInTime(const std::stop_token& stop) {
   }
 }
 
-void FeishuPlatform::fail(Call call, LoopbackServer::Answer answer, std::size_t times) {
-  const std::lock_guard lock(mutex_);
-  failures_[call] = {std::move(answer), times};
-}
-
-std::shared_ptr<WebSocketPeer> FeishuPlatform::peer() const {
-  const std::lock_guard lock(mutex_);
-  return peer_;
-}
-
 void FeishuPlatform::cut() {
   if (const auto open = peer()) open->cut();
-}
-
-void FeishuPlatform::freeze() {
-  if (const auto open = peer()) open->freeze();
-}
-
-void FeishuPlatform::sendRaw(std::string_view bytes) {
-  if (const auto open = peer()) open->sendRaw(bytes);
-}
-
-void FeishuPlatform::sendFrame(const FeishuFrame& frame) {
-  if (const auto open = peer()) open->sendBinary(frame.encode());
-}
-
-void FeishuPlatform::sendTextFrame(const FeishuFrame& frame) {
-  if (const auto open = peer()) open->sendText(frame.encode());
-}
-
-void FeishuPlatform::sendClose(std::uint16_t code) {
-  if (const auto open = peer()) open->sendClose(code);
 }
 
 // ---- what the bot did ----
@@ -363,16 +292,6 @@ const FeishuPlatform::Record& FeishuPlatform::record(const std::string& id) cons
   return found == records_.end() ? none : found->second;
 }
 
-std::size_t FeishuPlatform::acks(const std::string& id) const {
-  const std::lock_guard lock(mutex_);
-  return record(id).acks;
-}
-
-std::size_t FeishuPlatform::deliveries(const std::string& id) const {
-  const std::lock_guard lock(mutex_);
-  return record(id).deliveries;
-}
-
 std::vector<std::string> FeishuPlatform::unacknowledged() const {
   const std::lock_guard lock(mutex_);
   std::vector<std::string> ids;
@@ -381,46 +300,13 @@ std::vector<std::string> FeishuPlatform::unacknowledged() const {
   return ids;
 }
 
-std::vector<std::string> FeishuPlatform::reactions(const std::string& id) const {
-  const std::lock_guard lock(mutex_);
-  return record(id).reactions;
-}
-
-std::vector<std::string> FeishuPlatform::replies(const std::string& id) const {
-  const std::lock_guard lock(mutex_);
-  return record(id).replies;
-}
-
-std::size_t FeishuPlatform::calls(Call call) const {
-  const std::lock_guard lock(mutex_);
-  const auto found = calls_.find(call);
-  return found == calls_.end() ? 0 : found->second;
-}
-
-std::size_t FeishuPlatform::pings() const {
-  const std::lock_guard lock(mutex_);
-  return pings_;
-}
-
-std::vector<std::string> FeishuPlatform::complaints() const {
-  const std::lock_guard lock(mutex_);
-  return complaints_;
-}
-
 void FeishuPlatform::complain(const std::string& text) {
-  {
-    const std::lock_guard lock(mutex_);
-    complaints_.push_back(text);
-  }
+  locked([&] { complaints_.push_back(text); });
   tell("complaint: " + text);
 }
 
 void FeishuPlatform::tell(const std::string& line) const {
-  std::function<void(const std::string&)> tell;
-  {
-    const std::lock_guard lock(mutex_);
-    tell = tell_;
-  }
+  const auto tell = locked([&] { return tell_; });
   changed_.notify_all();
   if (tell && !line.empty()) tell(line);
 }
@@ -449,10 +335,7 @@ std::string FeishuPlatform::awaitReply(const std::string& id, std::size_t count)
 }
 
 void FeishuPlatform::awaitCalls(Call call, std::size_t count) const {
-  await("request", [&] {
-    const auto found = calls_.find(call);
-    return found != calls_.end() && found->second >= count;
-  });
+  await("request", [&] { return calls_[call] >= count; });
 }
 
 void FeishuPlatform::awaitPings(std::size_t count) const {

@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 #include "Feishu/FeishuConfig.h"
@@ -43,11 +44,6 @@ class FeishuPlatform {
     std::vector<std::size_t> order = {};
   };
 
-  struct Endpoint {
-    std::string url = {};  // empty: our own
-    std::optional<int> pingInterval = {};
-  };
-
   FeishuPlatform();
   ~FeishuPlatform();
   FeishuPlatform(const FeishuPlatform&) = delete;
@@ -56,49 +52,69 @@ class FeishuPlatform {
   // What NOMELY_FEISHU_ROOT has to say.
   [[nodiscard]] std::string root() const { return server_.url(); }
   // Settings with which a bot gets in.
-  [[nodiscard]] FeishuConfig config() const;
+  [[nodiscard]] FeishuConfig config() const {
+    return locked(
+        [&] { return FeishuConfig{.appId = "cli_test", .appSecret = secret_, .enabled = true}; });
+  }
   // Once changed, the one before is refused.
-  void setSecret(std::string secret);
-  void setMedia(const std::string& key, std::string bytes);
-  void setEndpoint(Endpoint endpoint);
-  void setTokenLifetime(std::optional<int> seconds);
+  void setSecret(const std::string& secret) {
+    locked([&] { secret_ = secret, tokens_.clear(); });
+  }
+  void setMedia(const std::string& key, const std::string& bytes) {
+    locked([&] { media_[key] = bytes; });
+  }
   // What was given so far is refused.
-  void expireTokens();
+  void expireTokens() {
+    locked([&] { tokens_.clear(); });
+  }
 
   // Delivers over the open connection, or over the next one. A message is acknowledged or comes
   // again.
   void send(const PhoneMessage& message) { send(message, Pieces()); }
   void send(const PhoneMessage& message, Pieces pieces);
   // Once more, acknowledged or not.
-  void redeliver(const std::string& id);
-  void redeliverUnacknowledged();
+  void redeliver(const std::string& id) { deliver({id}); }
+  void redeliverUnacknowledged() { deliver(unacknowledged()); }
   // From here on by itself, that long after a delivery; also what was sent before.
   void redeliverAfter(std::chrono::milliseconds delay);
 
   // The next `times` requests of that kind get this answer, or none.
-  void fail(Call call, LoopbackServer::Answer answer, std::size_t times = 1);
+  void fail(Call call, const LoopbackServer::Answer& answer, std::size_t times = 1) {
+    locked([&] { failures_[call] = {answer, times}; });
+  }
+  // The answer that leads to our WebSocket.
+  [[nodiscard]] LoopbackServer::Answer endpoint(std::optional<int> pingInterval = {}) const;
   // Of the open connection.
   void cut();
-  void freeze();
-  void sendRaw(std::string_view bytes);
-  void sendFrame(const FeishuFrame& frame);
-  void sendTextFrame(const FeishuFrame& frame);
-  void sendClose(std::uint16_t code);
 
   // The frame that delivers `payload` whole, for tests that change it.
   [[nodiscard]] static FeishuFrame frameOf(const std::string& id, std::string payload);
 
-  [[nodiscard]] std::size_t acks(const std::string& id) const;
-  [[nodiscard]] std::size_t deliveries(const std::string& id) const;
+  [[nodiscard]] std::size_t acks(const std::string& id) const {
+    return locked([&] { return record(id).acks; });
+  }
+  [[nodiscard]] std::size_t deliveries(const std::string& id) const {
+    return locked([&] { return record(id).deliveries; });
+  }
   [[nodiscard]] std::vector<std::string> unacknowledged() const;
-  [[nodiscard]] std::vector<std::string> reactions(const std::string& id) const;
-  [[nodiscard]] std::vector<std::string> replies(const std::string& id) const;
-  [[nodiscard]] std::size_t calls(Call call) const;
-  [[nodiscard]] std::size_t pings() const;
+  [[nodiscard]] std::vector<std::string> reactions(const std::string& id) const {
+    return locked([&] { return record(id).reactions; });
+  }
+  [[nodiscard]] std::vector<std::string> replies(const std::string& id) const {
+    return locked([&] { return record(id).replies; });
+  }
+  [[nodiscard]] std::size_t calls(Call call) const {
+    return locked([&] { return calls_[call]; });
+  }
+  [[nodiscard]] std::size_t pings() const {
+    return locked([&] { return pings_; });
+  }
   // WebSockets opened so far.
   [[nodiscard]] std::size_t connections() const { return sockets_.count(); }
   // What the bot did that the platform does not understand.
-  [[nodiscard]] std::vector<std::string> complaints() const;
+  [[nodiscard]] std::vector<std::string> complaints() const {
+    return locked([&] { return complaints_; });
+  }
 
   void awaitAck(const std::string& id, std::size_t count = 1) const;
   void awaitReaction(const std::string& id, const std::string& emoji) const;
@@ -113,7 +129,9 @@ class FeishuPlatform {
   }
 
   // Calls `tell` with a line about all that the bot does: "om_1: acknowledged".
-  void observe(std::function<void(const std::string&)> tell);
+  void observe(const std::function<void(const std::string&)>& tell) {
+    locked([&] { tell_ = tell; });
+  }
 
  private:
   using Time = std::chrono::steady_clock::time_point;
@@ -135,6 +153,12 @@ class FeishuPlatform {
   using Request = LoopbackServer::Request;
   using Answer = LoopbackServer::Answer;
 
+  // What `act` gives, called with the lock held.
+  template <typename Act>
+  std::invoke_result_t<Act> locked(Act act) const {
+    const std::lock_guard lock(mutex_);
+    return act();
+  }
   // What `usual` gives, unless this call is to fail.
   [[nodiscard]] Answer counted(Call call, const std::function<Answer()>& usual);
   [[nodiscard]] Answer endpointReply(const Request& request);
@@ -146,14 +170,16 @@ class FeishuPlatform {
   [[nodiscard]] bool isOurs(const Request& request, const char* id, const char* secret) const;
 
   void opened(const std::shared_ptr<WebSocketPeer>& peer);
-  void received(const WebSocketFrame& frame);
+  void received(WebSocketPeer& peer, const WebSocketFrame& frame);
   void acknowledged(const FeishuFrame& frame);
   void deliver(const std::vector<std::string>& ids);
   // The frames of the next delivery, with the lock held.
   [[nodiscard]] std::vector<std::string> framesOf(const std::string& id);
   void redeliverInTime(const std::stop_token& stop);
 
-  [[nodiscard]] std::shared_ptr<WebSocketPeer> peer() const;
+  [[nodiscard]] std::shared_ptr<WebSocketPeer> peer() const {
+    return locked([&] { return peer_; });
+  }
   void complain(const std::string& text);
   void tell(const std::string& line) const;
   template <typename Condition>
@@ -165,8 +191,6 @@ class FeishuPlatform {
   std::mutex delivering_;  // one event after the other
   std::function<void(const std::string&)> tell_;
   std::string secret_ = "secret-1";
-  Endpoint endpoint_;
-  std::optional<int> tokenLifetime_ = 7200;
   std::set<std::string> tokens_;
   std::map<std::string, std::string> media_;
   std::map<std::string, Record> records_;
@@ -174,7 +198,7 @@ class FeishuPlatform {
   std::map<std::uint64_t, std::string> sent_;  // by the seqID of the delivery, to the message
   std::uint64_t nextSeqID_ = 1;
   std::size_t nextNumber_ = 1;
-  std::map<Call, std::size_t> calls_;
+  mutable std::map<Call, std::size_t> calls_;
   std::map<Call, Failure> failures_;
   std::size_t pings_ = 0;
   std::vector<std::string> complaints_;

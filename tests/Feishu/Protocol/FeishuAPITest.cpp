@@ -37,7 +37,7 @@ class FeishuAPITest : public testing::Test {
   }
   std::string endpointOutcome() {
     return outcomeOf([&] {
-      const auto [url, service, interval] = fetchEndpoint(platform, "cli_1", "s\"e", {});
+      const auto [url, service, interval] = fetchEndpoint(platform, "cli_1", "s", {});
       return fmt::format("{} {} {}", url, service, interval.value_or(-1));
     });
   }
@@ -46,16 +46,6 @@ class FeishuAPITest : public testing::Test {
       const Token token = fetchToken(platform, "cli_1", "s", {});
       return fmt::format("{} {}", token.value, token.lifetime);
     });
-  }
-
-  // The latest request: its parts in lines.
-  [[nodiscard]] std::string asked() const {
-    const LoopbackServer::Request request = server.requests().back();
-    std::string told = request.method + " " + request.target;
-    for (const char* const name : {"content-type", "authorization"})
-      if (const auto found = request.headers.find(name); found != request.headers.end())
-        told += "\n" + found->second;
-    return told + "\n" + request.body;
   }
 
   LoopbackServer server;
@@ -80,9 +70,6 @@ TEST_F(FeishuAPITest, Endpoint) {
     server.answer(endpointPath, answer);
     EXPECT_EQ(endpointOutcome(), outcome) << answer.body;
   }
-  EXPECT_EQ(asked(),
-            "POST /callback/ws/endpoint\napplication/json\n"
-            R"({"AppID":"cli_1","AppSecret":"s\"e"})");
   std::istringstream bodies(R"({"data":{"URL":"x"}} {"code":"0","data":{"URL":"x"}} [0] {
       {"code":9223372036854775808} {"code":0,"data":{"URL":1}} {"code":0,"data":"URL"}
       {"code":0,"data":{"URL":"x","ClientConfig":{"PingInterval":"1"}}})");
@@ -114,21 +101,6 @@ TEST_F(FeishuAPITest, Token) {
     server.answer(tokenPath, answer);
     EXPECT_EQ(tokenOutcome(), outcome) << answer.body.substr(0, 99);
   }
-  EXPECT_EQ(asked(), "POST " + std::string(tokenPath) +
-                         "\napplication/json\n"
-                         R"({"app_id":"cli_1","app_secret":"s"})");
-}
-
-TEST_F(FeishuAPITest, AnswersToMessages) {
-  const std::string post = "POST /open-apis/im/v1/messages/om_1-a/";
-  const std::string headers = "\napplication/json; charset=utf-8\nBearer t-1\n";
-  server.answer(messages + std::string("om_1-a/reply"), {.status = 400});
-  replyToMessage(platform, message, "好\n\"q\"\xFF", {});
-  EXPECT_EQ(asked(), post + "reply" + headers +
-                         R"({"msg_type":"text","content":"{\"text\":\"好\\n\\\"q\\\"�\"}"})");
-  addReaction(platform, message, "THUMBSUP", {});
-  EXPECT_EQ(asked(),
-            post + "reactions" + headers + R"({"reaction_type":{"emoji_type":"THUMBSUP"}})");
 }
 
 TEST_F(FeishuAPITest, Downloads) {
@@ -151,7 +123,7 @@ TEST_F(FeishuAPITest, Downloads) {
     EXPECT_EQ(download(), outcome);
     EXPECT_EQ(std::filesystem::exists(target), outcome.empty()) << outcome;
   }
-  EXPECT_EQ(asked(), "GET " + path + "?type=image\nBearer t-1\n");
+  EXPECT_EQ(server.requests().back().target, path + "?type=image");
   const std::size_t count = server.requests().size();
   for (const char* const unsafe : {"", "a/b", "..", "a?b", "a b", "é", "a%2e"}) {
     EXPECT_EQ(download(unsafe), "飞书返回无效响应");

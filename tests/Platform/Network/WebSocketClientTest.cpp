@@ -119,10 +119,8 @@ TEST_F(WebSocketClientTest, HowItEnds) {
     peer->awaitEnd();
   }
   const auto socket = connected();
-  const auto peer = nextPeer();
-  peer->sendText("before the end");
-  peer->sendClose(1000, "reason");
-  EXPECT_EQ(socket->receive({}).bytes, "before the end");
+  nextPeer()->sendRaw("\x81\x04last\x88\x03\x03\xE8r"s);
+  EXPECT_EQ(socket->receive({}).bytes, "last");
   EXPECT_EQ(endOf(*socket), Kind::closed);
 }
 
