@@ -49,7 +49,7 @@ Interruption::Interruption(std::stop_source stop, std::function<void()> onReload
   watcher_ = std::jthread([stop = std::move(stop), onReload = std::move(onReload)]() mutable {
     while (!ended) {
       awaitWake();
-      if (interrupted) stop.request_stop();
+      if (interrupted) return (void)stop.request_stop();
       if (toldToReload.exchange(false)) onReload();
     }
   });
