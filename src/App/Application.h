@@ -72,7 +72,8 @@ class Application {
   [[nodiscard]] StartupCoordinator& startup() { return startup_; }
 
   // Whether this process is the one of the root that stays: asked before the jobs below, it runs
-  // the chat bot with them. False while another process is. Throws FileError, WriteError.
+  // the chat bot with them. False while another process is. Throws FileError, WriteError,
+  // and HttpError for a NOMELY_FEISHU_ROOT that may not be asked.
   [[nodiscard]] bool becomeResident();
   // Of the process that stays.
   [[nodiscard]] ResidentBot& residentBot() { return *residentBot_; }

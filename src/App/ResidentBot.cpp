@@ -1,13 +1,14 @@
 #include "App/ResidentBot.h"
 
+#include <exception>
 #include <utility>
 
 #include <fmt/format.h>
 #include <unistd.h>
 
 #include "AI/Transcription/SpeechEngines.h"
+#include "App/BotAdvice.h"
 #include "Feishu/Protocol/FeishuAPI.h"
-#include "Platform/Settings/SecretBackend.h"
 #include "Platform/System/Log.h"
 
 namespace nomely {
@@ -15,17 +16,12 @@ namespace {
 
 using Kind = ConnectionStatus::Kind;
 
-constexpr auto openToAll =
-    "机器人还没有绑定：谁给它发消息都会记进日记，也能查到日记。运行 nomely bot pair 绑定你自己。";
-constexpr auto isOff = "机器人没有启用：nomely config set feishu.enabled true";
-constexpr auto hasNoCredentials =
-    "机器人还没有凭证：nomely config set feishu.appId ID，再 nomely secret set feishu";
-
 }  // namespace
 
 ResidentBot::ResidentBot(const Context& context)
     : context_(context),
       folder_(BotStatus::folder(context.environment, context.memos.context().paths.rootURL)),
+      platformRoot_(FeishuAPI::platformRoot(context.environment)),
       loading_(context.jobs) {
   status_.since = context_.memos.context().clock.now();
   status_.process = ::getpid();
@@ -93,8 +89,9 @@ void ResidentBot::load(Reason reason) {
       FeishuConfig config = context_.settings.withoutSecrets<FeishuConfig>();
       if (config.enabled) config = context_.settings.feishu();
       ended([this, config] { apply(config); });
-    } catch (const SecretError& error) {
-      ended([this, why = std::string(error.what())] { keyringIsLocked(why); });
+    } catch (const std::exception& error) {
+      // Most often a keyring that is locked; whatever it was is tried again.
+      ended([this, why = std::string(error.what())] { secretIsMissing(why); });
     }
   });
 }
@@ -110,12 +107,12 @@ void ResidentBot::apply(const FeishuConfig& config) {
     if (status_.connection.text == ConnectionStatus::gaveUp) bridge_->stop();
     bridge_->start();
   }
-  if (!config.enabled) return tell(isOff);
-  if (!config.isConfigured()) return tell(hasNoCredentials);
-  if (config.allowedOpenID.empty()) tell(openToAll);
+  if (!config.enabled) return tell(BotAdvice::isOff);
+  if (!config.isConfigured()) return tell(BotAdvice::hasNoCredentials);
+  if (config.allowedOpenID.empty()) tell(BotAdvice::openToAll);
 }
 
-void ResidentBot::keyringIsLocked(const std::string& why) {
+void ResidentBot::secretIsMissing(const std::string& why) {
   if (!bridge_ || status_.connection.kind == Kind::error)
     connectionChanged({Kind::error, fmt::format("拿不到机器人的密钥，稍后再试：{}", why)});
   beginsAgain_ = true;
@@ -135,7 +132,7 @@ void ResidentBot::makeBridge(const FeishuConfig& config) {
                             .http = context_.http,
                             .webSockets = context_.webSockets,
                             .timers = context_.timers,
-                            .platformRoot = FeishuAPI::platformRoot(context_.environment),
+                            .platformRoot = platformRoot_,
                             .temporaryFolder = context_.environment.temporaryFolder(),
                             .stateFolder = folder_,
                             .makeTranscriber =

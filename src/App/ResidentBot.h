@@ -46,6 +46,7 @@ class ResidentBot {
   static constexpr std::chrono::seconds retryLockedKeyring{30};
   static constexpr std::chrono::seconds settingsInterval{2};
 
+  // Throws HttpError for a NOMELY_FEISHU_ROOT that may not be asked.
   explicit ResidentBot(const Context& context);
   // Ends the bridge; returns when that has happened.
   ~ResidentBot();
@@ -70,7 +71,7 @@ class ResidentBot {
   // Asks for them and the secret on a background job.
   void load(Reason reason);
   void apply(const FeishuConfig& config);
-  void keyringIsLocked(const std::string& why);
+  void secretIsMissing(const std::string& why);
   void makeBridge(const FeishuConfig& config);
   void watchSettings();
   void lookAtSettings();
@@ -84,6 +85,7 @@ class ResidentBot {
 
   Context context_;
   std::filesystem::path folder_;
+  std::string platformRoot_;
   BotStatus status_;
   std::string settingsStamp_;
   std::string lastNotice_;

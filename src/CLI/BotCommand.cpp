@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "App/BotAdvice.h"
 #include "App/BotStatus.h"
 #include "App/ResidentLock.h"
 #include "CLI/ActionCommand.h"
@@ -104,16 +105,13 @@ void BotCommand::status(Session& session) {
   session.flush();
   if (!known.secret.problem.empty()) session.say(known.secret.problem);
   if (known.config.enabled && known.config.allowedOpenID.empty())
-    session.say(fmt::format("{} 还没有绑定，任何人都能写进日记，也能查到日记：nomely bot pair",
-                            session.errorStyle().warning("注意")));
+    session.say(fmt::format("{} {}", session.errorStyle().warning("注意"), BotAdvice::openToAll));
 }
 
 // The credentials as they are set. Throws Error where there are none.
 FeishuConfig credentials(Session& session) {
   FeishuConfig config = session.settings().feishu();
-  if (!config.isConfigured())
-    throw Error("bot.notConfigured",
-                "机器人还没有凭证：nomely config set feishu.appId ID，再 nomely secret set feishu");
+  if (!config.isConfigured()) throw Error("bot.notConfigured", BotAdvice::hasNoCredentials);
   return config;
 }
 
@@ -161,7 +159,7 @@ void showCode(const std::string& code, const Session& session) {
 
 void BotCommand::pair(Session& session) {
   if (!session.settings().withoutSecrets<FeishuConfig>().enabled)
-    throw Error("bot.off", "机器人没有启用：nomely config set feishu.enabled true");
+    throw Error("bot.off", BotAdvice::isOff);
   const StoreContext& storage = session.application().storage();
   const BotPairing pairing(BotStatus::folder(session.environment(), storage.paths.rootURL),
                            session.files(), session.clock());

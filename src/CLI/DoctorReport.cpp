@@ -5,6 +5,8 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "App/BotAdvice.h"
+
 namespace nomely {
 namespace {
 
@@ -78,8 +80,7 @@ void addHistory(Lines& lines, const RootInspector::Report& report) {
 }
 
 void addBot(Lines& lines, const DoctorReport::Bot& bot) {
-  if (bot.isOpenToAll)
-    lines.say("聊天机器人还没有绑定，任何人都能写进日记，也能查到日记。绑定：nomely bot pair");
+  if (bot.isOpenToAll) lines.say(BotAdvice::openToAll);
   if (bot.inbox.waiting > 0)
     lines.say(
         fmt::format("{} 条发给机器人的消息还没写成笔记，nomely run 会再试。", bot.inbox.waiting));

@@ -58,7 +58,6 @@ class RunCommand final : public Command {
     lines.print("started", fmt::format("开始运行：{}", application.paths().rootURL.string()),
                 {{"root", application.paths().rootURL.string()}});
     timeline.loadDay(session.clock().today());
-    tellServiceManager("READY=1");
     session.hostResident(awaitStop, [&] {
       lines.print("reload", "重新读取设置");
       bot.reload();
@@ -70,6 +69,8 @@ class RunCommand final : public Command {
 
  private:
   static void awaitStop(const std::stop_token& stop) {
+    // By now a SIGHUP is taken for what it means.
+    tellServiceManager("READY=1");
     std::mutex mutex;
     std::condition_variable_any changed;
     std::unique_lock lock(mutex);
@@ -106,9 +107,9 @@ class RunCommand final : public Command {
         return lines.print("failed", "有一条消息没能写下，稍后再试：" + event.detail,
                            {{"text", event.detail}});
       case Kind::keptAside:
-        return lines.print(
-            "keptAside", "有一条消息一周都没能写下，留在 .meta/feishu-inbox/aside：" + event.detail,
-            {{"text", event.detail}});
+        return lines.print("keptAside",
+                           "有一条消息没能写下，留在 .meta/feishu-inbox/aside：" + event.detail,
+                           {{"text", event.detail}});
       case Kind::paired:
         return lines.print("paired", "已绑定，以后只有这个用户能使用机器人");
     }

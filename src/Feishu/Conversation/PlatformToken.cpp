@@ -1,6 +1,5 @@
 #include "Feishu/Conversation/PlatformToken.h"
 
-#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <utility>
@@ -11,8 +10,6 @@ namespace nomely {
 namespace {
 
 constexpr std::chrono::seconds early{300};
-// More than any platform gives, and no moment overflows.
-constexpr std::chrono::seconds longest = std::chrono::hours(24);
 
 }  // namespace
 
@@ -61,9 +58,7 @@ void PlatformToken::run(Fetch& fetch, const std::stop_token& stop) {
     fetch.isDone = true;
     if (!isStopped) fetch.failure = failure;
     fetch.value = std::move(token.value);
-    fetch.renewal =
-        clock_.now() +
-        std::clamp(std::chrono::seconds(token.lifetime), std::chrono::seconds(0), longest) - early;
+    fetch.renewal = clock_.now() + std::chrono::seconds(token.lifetime) - early;
   }
   done_.notify_all();
   if (failure) std::rethrow_exception(failure);
