@@ -7,6 +7,7 @@
 
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
+#include "Core/Query/SearchIndex.h"
 #include "Feishu/Messages/FeishuMessages.h"
 #include "Feishu/Protocol/FeishuFrame.h"
 #include "Platform/Text/Json.h"
@@ -112,7 +113,6 @@ class Bot {
   NoSockets sockets_;
   std::unique_ptr<Timers> timers_ = makeSystemTimers();
   FeishuContext context_{.memos = memos_,
-                         .searchIndex = index_,
                          .http = platform_,
                          .webSockets = sockets_,
                          .timers = *timers_,

@@ -113,7 +113,6 @@ bool Application::becomeResident() {
   if (!residentLock_.acquire()) return false;
   residentBot_ = std::make_unique<ResidentBot>(ResidentBot::Context{.environment = environment_,
                                                                     .memos = memos_,
-                                                                    .searchIndex = searchIndex_,
                                                                     .settings = settings_,
                                                                     .http = http_,
                                                                     .webSockets = webSockets_,

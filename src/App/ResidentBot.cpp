@@ -128,7 +128,6 @@ void ResidentBot::makeBridge(const FeishuConfig& config) {
   AppSettings& settings = context_.settings;
   bridge_ = std::make_unique<FeishuBridge>(
       config, FeishuContext{.memos = context_.memos,
-                            .searchIndex = context_.searchIndex,
                             .http = context_.http,
                             .webSockets = context_.webSockets,
                             .timers = context_.timers,

@@ -9,7 +9,6 @@
 
 #include "App/AppSettings.h"
 #include "App/BotStatus.h"
-#include "Core/Query/SearchIndex.h"
 #include "Core/Service/MemoService.h"
 #include "Feishu/Bridge/FeishuBridge.h"
 #include "Platform/Concurrency/JobGroup.h"
@@ -33,7 +32,6 @@ class ResidentBot {
   struct Context {
     const Environment& environment;
     const MemoService& memos;
-    SearchIndex& searchIndex;
     AppSettings& settings;
     HttpClient& http;
     WebSocketClient& webSockets;

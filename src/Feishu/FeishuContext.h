@@ -6,7 +6,6 @@
 #include <string>
 
 #include "AI/Transcription/SpeechTranscriber.h"
-#include "Core/Query/SearchIndex.h"
 #include "Core/Service/MemoService.h"
 #include "Feishu/BotEvent.h"
 #include "Platform/Concurrency/Timers.h"
@@ -18,7 +17,6 @@ namespace nomely {
 // What the bridge works with. What is referred to must outlive it.
 struct FeishuContext {
   const MemoService& memos;
-  SearchIndex& searchIndex;
   HttpClient& http;
   WebSocketClient& webSockets;
   Timers& timers;

@@ -57,7 +57,6 @@ class ResidentBotTest : public BotTest {
   std::vector<std::string> statuses;
   ResidentBot resident{{.environment = environment,
                         .memos = memos,
-                        .searchIndex = index,
                         .settings = settings,
                         .http = *http,
                         .webSockets = *sockets,

@@ -2,7 +2,6 @@
 
 #include <memory>
 
-#include "Core/Query/SearchIndex.h"
 #include "Core/Service/MemoService.h"
 #include "Feishu/Conversation/FeishuReplies.h"
 #include "Feishu/Platform/FeishuPlatform.h"
@@ -23,7 +22,6 @@ class BotTest : public StoreTest {
   // What a bot over `diary` has, with files of its own in `own`.
   [[nodiscard]] FeishuContext contextOver(MemoService& diary, const std::filesystem::path& own) {
     return {.memos = diary,
-            .searchIndex = index,
             .http = *http,
             .webSockets = *sockets,
             .timers = timers,
@@ -38,7 +36,6 @@ class BotTest : public StoreTest {
   FeishuPlatform platform;
   MemoService memos{context};
   JobPool jobs{1};
-  SearchIndex index{context, jobs};
   std::unique_ptr<HttpClient> http = makeHttpClient();
   std::unique_ptr<WebSocketClient> sockets = makeWebSocketClient();
   ManualTimers timers{clock};

@@ -39,15 +39,12 @@ void runUntilTold(const std::filesystem::path& folder, const char* platform, std
                                             .errorNumber = ENOSPC,
                                             .every = every});
   const MemoService memos(StoreContext({folder / "root"}, FileManager(disk), clock));
-  JobPool jobs;
-  SearchIndex index(memos.context(), jobs);
   const std::unique_ptr<HttpClient> http = makeHttpClient();
   const std::unique_ptr<WebSocketClient> webSockets = makeWebSocketClient();
   QuickTimers timers;
   FeishuBridge bridge(
       {.appId = "cli_test", .appSecret = "secret-1", .enabled = true, .allowedOpenID = "ou_me"},
       {.memos = memos,
-       .searchIndex = index,
        .http = *http,
        .webSockets = *webSockets,
        .timers = timers,
