@@ -52,6 +52,12 @@ class FaultyFile final : public File {
         [&] { return inner_->read(buffer.first((buffer.size() + 1) / 2)); });
   }
 
+  std::size_t readAt(std::uint64_t offset, std::span<char> buffer) override {
+    return owner_.guarded(
+        "readAt", path_, [&] { return inner_->readAt(offset, buffer); },
+        [&] { return inner_->readAt(offset, buffer.first((buffer.size() + 1) / 2)); });
+  }
+
   std::size_t write(std::string_view bytes) override {
     return owner_.guarded(
         "write", path_, [&] { return inner_->write(bytes); },
@@ -75,12 +81,19 @@ class FaultyFile final : public File {
           owner_.fail(path_);
         });
   }
+  bool shareContents(File& source) override {
+    File& from = *dynamic_cast<FaultyFile&>(source).inner_;
+    return owner_.guarded("shareContents", path_, [&] { return inner_->shareContents(from); });
+  }
   void copyMetadata(File& source) override {
     File& from = *dynamic_cast<FaultyFile&>(source).inner_;
     owner_.guarded("copyMetadata", path_, [&] { inner_->copyMetadata(from); });
   }
   void setPermissions(unsigned permissions) override {
     owner_.guarded("setPermissions", path_, [&] { inner_->setPermissions(permissions); });
+  }
+  void setModified(Moment modified) override {
+    owner_.guarded("setModified", path_, [&] { inner_->setModified(modified); });
   }
 
  private:
@@ -90,7 +103,8 @@ class FaultyFile final : public File {
 };
 
 bool FaultyFileSystem::canBePartial(const Call& call) {
-  static constexpr std::array<std::string_view, 3> transfers{"read", "write", "copyContents"};
+  static constexpr std::array<std::string_view, 4> transfers{"read", "readAt", "write",
+                                                             "copyContents"};
   return std::ranges::find(transfers, call.name) != transfers.end();
 }
 
@@ -128,6 +142,27 @@ bool FaultyFileSystem::remove(const std::filesystem::path& path) {
 
 void FaultyFileSystem::syncDirectory(const std::filesystem::path& path) {
   guarded("syncDirectory", path, [&] { inner_.syncDirectory(path); });
+}
+
+bool FaultyFileSystem::exchange(const std::filesystem::path& left,
+                                const std::filesystem::path& right) {
+  return guarded("exchange", right, [&] { return inner_.exchange(left, right); });
+}
+
+bool FaultyFileSystem::link(const std::filesystem::path& from, const std::filesystem::path& to) {
+  return guarded("link", to, [&] { return inner_.link(from, to); });
+}
+
+void FaultyFileSystem::syncFileSystem(const std::filesystem::path& directory) {
+  guarded("syncFileSystem", directory, [&] { inner_.syncFileSystem(directory); });
+}
+
+std::uint64_t FaultyFileSystem::freeSpace(const std::filesystem::path& directory) {
+  return guarded("freeSpace", directory, [&] { return inner_.freeSpace(directory); });
+}
+
+bool FaultyFileSystem::isMountPoint(const std::filesystem::path& directory) {
+  return guarded("isMountPoint", directory, [&] { return inner_.isMountPoint(directory); });
 }
 
 }  // namespace nomely::test

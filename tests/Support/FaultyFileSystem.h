@@ -56,6 +56,11 @@ class FaultyFileSystem : public FileSystem {
               Replacement replacement) override;
   bool remove(const std::filesystem::path& path) override;
   void syncDirectory(const std::filesystem::path& path) override;
+  bool exchange(const std::filesystem::path& left, const std::filesystem::path& right) override;
+  bool link(const std::filesystem::path& from, const std::filesystem::path& to) override;
+  void syncFileSystem(const std::filesystem::path& directory) override;
+  std::uint64_t freeSpace(const std::filesystem::path& directory) override;
+  bool isMountPoint(const std::filesystem::path& directory) override;
 
  private:
   friend class FaultyFile;

@@ -22,6 +22,10 @@ struct MemoryFileSystem::Node {
     durableBytes = bytes;
     durableEntries = entries;
   }
+  void syncAll() {
+    sync();
+    for (const auto& [name, node] : entries) node->syncAll();
+  }
   [[nodiscard]] FileAttributes attributes() const {
     return {.type = type,
             .size = bytes.size(),
@@ -45,6 +49,10 @@ class MemoryFile final : public File {
     position_ += count;
     return count;
   }
+  std::size_t readAt(std::uint64_t offset, std::span<char> buffer) override {
+    if (offset >= node_->bytes.size()) return 0;
+    return node_->bytes.copy(buffer.data(), buffer.size(), static_cast<std::size_t>(offset));
+  }
   std::size_t write(std::string_view bytes) override {
     node_->bytes += bytes;
     return bytes.size();
@@ -54,8 +62,10 @@ class MemoryFile final : public File {
   void copyContents(File& source) override {
     node_->bytes = dynamic_cast<MemoryFile&>(source).node_->bytes;
   }
+  bool shareContents(File&) override { return false; }
   void copyMetadata(File& source) override { setPermissions(source.attributes().permissions); }
   void setPermissions(unsigned permissions) override { node_->permissions = permissions; }
+  void setModified(Moment) override {}
 
  private:
   std::shared_ptr<Node> node_;
@@ -170,6 +180,26 @@ bool MemoryFileSystem::remove(const fs::path& path) {
 
 void MemoryFileSystem::syncDirectory(const fs::path& path) {
   folder(path).sync();
+}
+
+bool MemoryFileSystem::exchange(const fs::path& left, const fs::path& right) {
+  const auto [first, second] = std::pair(find(left), find(right));
+  if (!first || !second) throw FileError("测试", first ? right : left, ENOENT);
+  folder(left.parent_path()).entries[left.filename().string()] = second;
+  folder(right.parent_path()).entries[right.filename().string()] = first;
+  return true;
+}
+
+bool MemoryFileSystem::link(const fs::path& from, const fs::path& to) {
+  const auto node = find(from);
+  if (!node) throw FileError("测试", from, ENOENT);
+  if (find(to)) throw FileError("测试", to, EEXIST);
+  folder(to.parent_path()).entries[to.filename().string()] = node;
+  return true;
+}
+
+void MemoryFileSystem::syncFileSystem(const fs::path&) {
+  root_->syncAll();
 }
 
 }  // namespace nomely::test

@@ -36,6 +36,11 @@ class MemoryFileSystem final : public FileSystem {
               Replacement replacement) override;
   bool remove(const std::filesystem::path& path) override;
   void syncDirectory(const std::filesystem::path& path) override;
+  bool exchange(const std::filesystem::path& left, const std::filesystem::path& right) override;
+  bool link(const std::filesystem::path& from, const std::filesystem::path& to) override;
+  void syncFileSystem(const std::filesystem::path& directory) override;
+  std::uint64_t freeSpace(const std::filesystem::path&) override { return std::uint64_t{1} << 40; }
+  bool isMountPoint(const std::filesystem::path&) override { return false; }
 
  private:
   // Null when there is none.

@@ -28,6 +28,9 @@ class FileManager {
  public:
   explicit FileManager(FileSystem& fileSystem) : fileSystem_(fileSystem) {}
 
+  // For bulk work that keeps such promises by itself.
+  [[nodiscard]] FileSystem& fileSystem() const { return fileSystem_; }
+
   [[nodiscard]] bool exists(const std::filesystem::path& path) const;
   [[nodiscard]] bool isDirectory(const std::filesystem::path& path) const;
   [[nodiscard]] std::optional<FileAttributes> attributes(

@@ -41,6 +41,8 @@ class File {
   virtual ~File() = default;
   // Bytes read into `buffer`; 0 at the end of the file.
   [[nodiscard]] virtual std::size_t read(std::span<char> buffer) = 0;
+  // The same from `offset` on, wherever reading stands, which stays there.
+  [[nodiscard]] virtual std::size_t readAt(std::uint64_t offset, std::span<char> buffer) = 0;
   // Writes the first bytes of `bytes`, at least one, and returns how many they were.
   [[nodiscard]] virtual std::size_t write(std::string_view bytes) = 0;
   // Returns when the contents have reached the disk.
@@ -48,9 +50,12 @@ class File {
   [[nodiscard]] virtual FileAttributes attributes() = 0;
   // Makes this empty file hold what `source` holds, sharing blocks where the file system can.
   virtual void copyContents(File& source) = 0;
+  // The same by sharing blocks alone. False, with nothing done, where the file system can't.
+  [[nodiscard]] virtual bool shareContents(File& source) = 0;
   // Takes over `source`'s permissions, modification time and, where allowed, extended attributes.
   virtual void copyMetadata(File& source) = 0;
   virtual void setPermissions(unsigned permissions) = 0;
+  virtual void setModified(Moment modified) = 0;
 };
 
 class OpenFolder;
@@ -80,10 +85,24 @@ class FileSystem {
   // Atomic; with Replacement::forbid it fails with alreadyExists and changes nothing.
   virtual void rename(const std::filesystem::path& from, const std::filesystem::path& to,
                       Replacement replacement) = 0;
+  // Lets what lies under either path lie under the other, in one step. False, with nothing done,
+  // where the file system can't.
+  [[nodiscard]] virtual bool exchange(const std::filesystem::path& left,
+                                      const std::filesystem::path& right) = 0;
+  // Gives the file a second name; `to` must be free. False, with nothing done, where it can't have
+  // one: another file system, or one without such links, or too many of them.
+  [[nodiscard]] virtual bool link(const std::filesystem::path& from,
+                                  const std::filesystem::path& to) = 0;
   // Removes a file, a link, or an empty directory. False when nothing was there.
   virtual bool remove(const std::filesystem::path& path) = 0;
   // Returns when the directory's entries have reached the disk.
   virtual void syncDirectory(const std::filesystem::path& path) = 0;
+  // Returns when everything of the file system that holds `directory` has reached the disk.
+  virtual void syncFileSystem(const std::filesystem::path& directory) = 0;
+  // Bytes that this user may still write there.
+  [[nodiscard]] virtual std::uint64_t freeSpace(const std::filesystem::path& directory) = 0;
+  // Whether another file system begins at `directory`, so that it can't be renamed.
+  [[nodiscard]] virtual bool isMountPoint(const std::filesystem::path& directory) = 0;
 };
 
 // The real one (POSIX). Stateless.

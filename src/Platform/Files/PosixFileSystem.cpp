@@ -8,6 +8,8 @@
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/time.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -53,6 +55,14 @@ class PosixFile final : public File {
     return static_cast<std::size_t>(count);
   }
 
+  std::size_t readAt(std::uint64_t offset, std::span<char> buffer) override {
+    const ssize_t count = retryInterrupted([&] {
+      return ::pread(descriptor_.get(), buffer.data(), buffer.size(), static_cast<off_t>(offset));
+    });
+    if (count < 0) throw FileError("读取", path_, errno);
+    return static_cast<std::size_t>(count);
+  }
+
   std::size_t write(std::string_view bytes) override {
     const ssize_t count =
         retryInterrupted([&] { return ::write(descriptor_.get(), bytes.data(), bytes.size()); });
@@ -71,9 +81,14 @@ class PosixFile final : public File {
     return fromStat(info);
   }
 
+  bool shareContents(File& source) override {
+    return ::ioctl(descriptor_.get(), FICLONE,
+                   dynamic_cast<PosixFile&>(source).descriptor_.get()) == 0;
+  }
+
   void copyContents(File& source) override {
+    if (shareContents(source)) return;
     const int from = dynamic_cast<PosixFile&>(source).descriptor_.get();
-    if (::ioctl(descriptor_.get(), FICLONE, from) == 0) return;
     constexpr std::size_t step = std::size_t{1} << 27;
     for (bool first = true;; first = false) {
       const ssize_t count = retryInterrupted(
@@ -100,6 +115,14 @@ class PosixFile final : public File {
 
   void setPermissions(unsigned permissions) override {
     if (::fchmod(descriptor_.get(), permissions) != 0) throw FileError("写入", path_, errno);
+  }
+
+  void setModified(Moment modified) override {
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(modified);
+    const auto rest = std::chrono::duration_cast<std::chrono::nanoseconds>(modified - seconds);
+    const std::array times{timespec{0, UTIME_OMIT},
+                           timespec{seconds.time_since_epoch().count(), rest.count()}};
+    if (::futimens(descriptor_.get(), times.data()) != 0) throw FileError("写入", path_, errno);
   }
 
  private:
@@ -272,6 +295,27 @@ class PosixFileSystem final : public FileSystem {
     if (::unlink(from.c_str()) != 0) throw FileError("删除", from, errno);
   }
 
+  bool exchange(const path& left, const path& right) override {
+    if (::renameat2(AT_FDCWD, left.c_str(), AT_FDCWD, right.c_str(), RENAME_EXCHANGE) == 0)
+      return true;
+    if (errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP) return false;
+    throw FileError("写入", right, errno);
+  }
+
+  bool link(const path& from, const path& to) override {
+    if (::link(from.c_str(), to.c_str()) == 0) return true;
+    switch (errno) {
+      case EXDEV:
+      case EPERM:
+      case EMLINK:
+      case ENOSYS:
+      case EOPNOTSUPP:
+        return false;
+      default:
+        throw FileError("写入", to, errno);
+    }
+  }
+
   bool remove(const path& name) override {
     if (::remove(name.c_str()) == 0) return true;
     if (errno == ENOENT || errno == ENOTDIR) return false;
@@ -284,6 +328,25 @@ class PosixFileSystem final : public FileSystem {
     if (descriptor.get() < 0) throw FileError("写入", name, errno);
     // EINVAL: a file system whose directories can't be synchronised has nothing to wait for.
     if (::fsync(descriptor.get()) != 0 && errno != EINVAL) throw FileError("写入", name, errno);
+  }
+
+  void syncFileSystem(const path& directory) override {
+    if (::syncfs(Descriptor(openDirectory(directory)).get()) != 0)
+      throw FileError("写入", directory, errno);
+  }
+
+  std::uint64_t freeSpace(const path& directory) override {
+    struct statvfs space {};
+    if (retryInterrupted([&] { return ::statvfs(directory.c_str(), &space); }) != 0)
+      throw FileError("查看", directory, errno);
+    return static_cast<std::uint64_t>(space.f_bavail) * space.f_frsize;
+  }
+
+  bool isMountPoint(const path& directory) override {
+    struct statx info {};
+    if (::statx(AT_FDCWD, directory.c_str(), 0, STATX_BASIC_STATS, &info) != 0)
+      throw FileError("查看", directory, errno);
+    return (info.stx_attributes_mask & info.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
   }
 };
 

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Core/Lifecycle/Backup/BackupError.h"
+#include "Core/Lifecycle/Backup/BackupManifest.h"
+#include "Core/Lifecycle/Backup/BackupWork.h"
+#include "Platform/Archive/ZipReader.h"
+
+namespace nomely {
+
+// An archive that is said to be a backup. It is hostile until proven: nothing of it may be written
+// anywhere before `prove` has returned. Safe on any thread.
+class BackupArchive {
+ public:
+  // Throws FileError, BackupError (verifyFailed) when it is no ZIP archive.
+  BackupArchive(FileSystem& fileSystem, const std::filesystem::path& path);
+
+  [[nodiscard]] const ZipReader& zip() const { return zip_; }
+  // Throws BackupError (manifestNotFound), JsonError.
+  [[nodiscard]] BackupManifest manifest() const;
+
+  struct Contents {
+    BackupManifest manifest;
+    std::uint64_t notes = 0;  // that can be read
+    std::uint64_t files = 0;  // all but the manifest
+    std::uint64_t bytes = 0;  // of all files, unpacked
+  };
+  // Makes all checks that a restore asks for, in this order: structure and the bytes of each entry
+  // (verifyFailed); identity and format of the manifest; names, links and special files; notes
+  // that can't be read and are not in the manifest's list (restoreFailed, naming the fault). An
+  // archive without notes passes. Changes nothing on disk.
+  [[nodiscard]] Contents prove(const BackupWork& work) const;
+
+ private:
+  ZipReader zip_;
+};
+
+}  // namespace nomely
