@@ -254,6 +254,26 @@ void AppSettings::set(std::string_view key, const std::string& text) {
   });
 }
 
+std::vector<std::string> AppSettings::filesWithSecrets() const {
+  std::vector<std::string> found;
+  if (source_ == Source::defaults) return found;
+  const auto look = [&]<typename Record>(const Slot<Record>&) {
+    try {
+      auto record = configs_.load<Record>(Record::fileName);
+      if (!record) return;
+      for (const ConfigField& field : configFields(*record))
+        if (field.isSecret() && !field.secret().empty()) {
+          found.emplace_back(Record::fileName);
+          return;
+        }
+    } catch (const Error&) {
+      // Whoever reads the settings tells of it.
+    }
+  };
+  std::apply([&](const auto&... each) { (look(each), ...); }, slots_);
+  return found;
+}
+
 std::span<const AppSettings::SecretName> AppSettings::secretNames() {
   return names;
 }

@@ -83,6 +83,10 @@ class AppSettings {
   // Saves at once. Throws UnknownSettingError, also for a secret, ConfigError and FileError.
   void set(std::string_view key, const std::string& text);
 
+  // The files under `_config` that hold a secret, for instance because no keychain took it. Moves
+  // none.
+  [[nodiscard]] std::vector<std::string> filesWithSecrets() const;
+
   // The secrets by the names that a user types: "ai", "tts-key"...
   struct SecretName {
     std::string_view name;

@@ -1,6 +1,7 @@
 #include "App/Application.h"
 
 #include <algorithm>
+#include <chrono>
 #include <memory>
 #include <string>
 #include <thread>
@@ -12,6 +13,8 @@
 #include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Editor/Intelligence/SummaryGeneration.h"
 #include "Editor/Timeline/DayViewModel.h"
+#include "Platform/Cancellation.h"
+#include "Platform/System/Log.h"
 #include "Platform/System/Uuid.h"
 #include "Platform/Text/Unicode.h"
 
@@ -25,6 +28,9 @@ bool isUiTesting(const Environment& environment) {
 bool isTestHost(const Environment& environment) {
   return environment.get("XCTestConfigurationFilePath").has_value();
 }
+
+constexpr std::size_t keptBackups = 3;
+constexpr std::chrono::hours backupInterval{12};
 
 // Letters, numbers and "-" alone: the name becomes part of a path.
 std::string fixtureName(const Environment& environment) {
@@ -69,6 +75,7 @@ Application::Application(const ApplicationContext& context)
       storage_(choosePaths(context, FileManager(context.fileSystem)),
                FileManager(context.fileSystem), context.clock),
       memos_(storage_),
+      backups_(storage_, keptBackups, {.app = context.version, .build = {}}),
       userDefaults_(
           isUnitTesting_ ? storage_.paths.rootURL / ".state" : context.environment.stateFolder(),
           storage_.files),
@@ -122,6 +129,25 @@ bool Application::becomeResident() {
   return true;
 }
 
+void Application::backupBeforeRiskyOperation(const RiskyOperation& operation,
+                                             const BackupWork& work) const {
+  if (!storage_.files.exists(storage_.paths.rootURL)) return;
+  try {
+    backups_.backup(work);
+  } catch (const CancellationError&) {
+    throw;
+  } catch (const Error& error) {
+    throw ImportSafetyError(operation, error.what());
+  }
+}
+
+bool Application::backupWhenDue(const BackupWork& work) const {
+  const bool isMade = backups_.backupIfNeeded(backupInterval, work);
+  Log::information(LogChannel::storage, "{}",
+                   isMade ? "自动备份完成" : "距上次备份不足 12 小时，跳过");
+  return isMade;
+}
+
 void Application::endResidence() {
   residentBot_.reset();
 }
@@ -147,7 +173,20 @@ void Application::startMaintenance(bool ready) {
     if (residentBot_) residentBot_->start();
     completion(nullptr);
   };
-  startup_.start(ready, {{"存储维护", maintenance}, {"连接", connection}});
+  const auto backup = [this](const std::stop_token& stop,
+                             const StartupCoordinator::Completion& completion) {
+    jobs_.submit(
+        [this, stop, completion](const std::stop_token&) {
+          try {
+            backupWhenDue({.stop = stop});
+            completion(nullptr);
+          } catch (...) {
+            completion(std::current_exception());
+          }
+        },
+        JobPool::Priority::utility);
+  };
+  startup_.start(ready, {{"存储维护", maintenance}, {"连接", connection}, {"自动备份", backup}});
 }
 
 }  // namespace nomely

@@ -6,6 +6,8 @@
 
 #include "App/AppSettings.h"
 #include "App/ResidentLock.h"
+#include "App/RiskyOperation.h"
+#include "Core/Lifecycle/Backup/BackupManager.h"
 #include "Core/Lifecycle/StartupCoordinator.h"
 #include "Core/Query/EntryDateIndex.h"
 #include "Core/Query/SearchIndex.h"
@@ -38,6 +40,7 @@ struct ApplicationContext {
   HttpClient& http;
   WebSocketClient& webSockets;
   Timers& timers;
+  std::string version = {};  // of this program; archives tell it
 };
 
 // Builds everything once, in order, and owns it for the life of the process. Lives on the main
@@ -61,6 +64,13 @@ class Application {
   // What changes notes.
   [[nodiscard]] const MemoService& memos() const { return memos_; }
   [[nodiscard]] SearchIndex& searchIndex() { return searchIndex_; }
+  [[nodiscard]] const BackupManager& backups() const { return backups_; }
+  // Before something that is hard to take back: makes a backup, and returns when it stands. Nothing
+  // happens where there is no root. Blocking. Throws ImportSafetyError, CancellationError.
+  void backupBeforeRiskyOperation(const RiskyOperation& operation, const BackupWork& work) const;
+  // Makes the automatic backup if the newest is twelve hours old. Returns whether it did. Blocking.
+  // Throws as BackupManager does.
+  bool backupWhenDue(const BackupWork& work) const;
   // The models of a user interface, made when first asked for: a single command needs none.
   [[nodiscard]] DayViewModel& dayViewModel();
   [[nodiscard]] SummaryGeneration& summaries();
@@ -94,6 +104,7 @@ class Application {
   bool dataMaintenance_ = false;
   StoreContext storage_;
   MemoService memos_;
+  BackupManager backups_;
   UserDefaults userDefaults_;
   MemorySecrets testSecrets_;  // under a test host
   AppSettings settings_;

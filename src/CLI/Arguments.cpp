@@ -68,20 +68,29 @@ TimelineEntry memoByRank(std::int64_t rank, Session& session) {
 }
 
 // Of "2026-03-01/7".
-MemoPlace writtenPlace(const std::string& reference, const Session& session) {
+MemoPlace writtenPlace(const std::string& reference, const Clock& clock) {
   const std::size_t slash = reference.find('/');
   if (slash == std::string::npos)
     throw UsageError(fmt::format("“{}”不是笔记的引用。{}", reference, referenceForms));
-  const Day date = Arguments::day(reference.substr(0, slash), session.clock());
+  const Day date = Arguments::day(reference.substr(0, slash), clock);
   const auto number = parseDecimal(std::string_view(reference).substr(slash + 1));
   if (!number || *number < 1)
     throw UsageError(fmt::format("“{}”中的编号应是从 1 开始的整数。{}", reference, referenceForms));
   return {date, *number};
 }
 
-TimelineEntry memoByIdentifier(const std::string& identifier, const DayStore& store) {
+bool isIdentifier(const std::string& reference) {
+  if (!reference.starts_with(identifierPrefix)) return false;
+  if (reference.size() < identifierPrefix.size() + shortestPrefix)
+    throw UsageError(fmt::format("“{}”太短。{}", reference, referenceForms));
+  return true;
+}
+
+// `forEach` goes through all memos until what it is given returns false.
+template <typename ForEach>
+TimelineEntry memoByIdentifier(const std::string& identifier, ForEach forEach) {
   std::vector<TimelineEntry> found;
-  forEachMemo(store, [&](TimelineEntry entry) {
+  forEach([&](TimelineEntry entry) {
     if (!entry.memo.memoId || !entry.memo.memoId->starts_with(identifier)) return true;
     const bool whole = *entry.memo.memoId == identifier;
     if (whole) found.clear();
@@ -103,7 +112,7 @@ NameNotFoundError notFound(const MemoPlace& place) {
 
 // The identity that stands in the text of an unreadable file; empty when there is none.
 std::string identifierInFile(const std::string& reference, Session& session) {
-  const MemoPlace place = writtenPlace(reference, session);
+  const MemoPlace place = writtenPlace(reference, session.clock());
   const StoreContext& storage = session.dayStore().context();
   const auto bytes =
       storage.files.read(storage.paths.memoFile(place.day, place.seqNumber), MemoFile::maxSize);
@@ -185,15 +194,21 @@ std::vector<std::filesystem::path> Arguments::files(const std::vector<std::strin
   return {names.begin(), names.end()};
 }
 
+TimelineEntry Arguments::memoIn(const MemoSource& source, const std::string& reference,
+                                const Clock& clock) {
+  if (isIdentifier(reference)) return memoByIdentifier(reference, source.forEach);
+  const MemoPlace place = writtenPlace(reference, clock);
+  std::optional<Memo> memo = source.read(place);
+  if (!memo) throw notFound(place);
+  return {place.day, std::move(*memo)};
+}
+
 TimelineEntry Arguments::memo(const std::string& reference, Session& session) {
   const DayStore& store = session.dayStore();
-  if (reference.starts_with(identifierPrefix)) {
-    if (reference.size() < identifierPrefix.size() + shortestPrefix)
-      throw UsageError(fmt::format("“{}”太短。{}", reference, referenceForms));
-    return memoByIdentifier(reference, store);
-  }
+  if (isIdentifier(reference))
+    return memoByIdentifier(reference, [&](const auto& visit) { forEachMemo(store, visit); });
   if (const auto rank = rankIn(reference)) return memoByRank(*rank, session);
-  const MemoPlace place = writtenPlace(reference, session);
+  const MemoPlace place = writtenPlace(reference, session.clock());
   std::optional<Memo> memo = store.memoStore().read(place.day, place.seqNumber);
   if (!memo) throw notFound(place);
   return {place.day, std::move(*memo)};
@@ -215,7 +230,7 @@ std::vector<TimelineEntry> Arguments::memos(const std::vector<std::string>& refe
 
 MemoPlace Arguments::place(const std::string& reference, Session& session) {
   if (!reference.starts_with(identifierPrefix) && !reference.starts_with('@')) {
-    const MemoPlace place = writtenPlace(reference, session);
+    const MemoPlace place = writtenPlace(reference, session.clock());
     const DayStore& store = session.dayStore();
     if (!store.context().files.exists(store.paths().memoFile(place.day, place.seqNumber)))
       throw notFound(place);

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -41,6 +42,14 @@ void atMostOne(const std::vector<std::pair<const char*, bool>>& options);
 // its identifier, or "memo_" and at least the first 8 characters after that. Throws
 // NameNotFoundError too.
 [[nodiscard]] TimelineEntry memo(const std::string& reference, Session& session);
+// The same among the notes of another place, an archive: by its place or its identifier.
+struct MemoSource {
+  std::function<std::optional<Memo>(const MemoPlace& place)> read;
+  // Goes through all that can be read until `visit` returns false.
+  std::function<void(const std::function<bool(TimelineEntry)>& visit)> forEach;
+};
+[[nodiscard]] TimelineEntry memoIn(const MemoSource& source, const std::string& reference,
+                                   const Clock& clock);
 // Each of them, those that are named twice once.
 [[nodiscard]] std::vector<TimelineEntry> memos(const std::vector<std::string>& references,
                                                Session& session);

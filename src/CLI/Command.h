@@ -47,6 +47,7 @@ struct CommandEntry {
 [[nodiscard]] std::unique_ptr<Command> makeMonthCommand();
 [[nodiscard]] std::unique_ptr<Command> makePasteCommand();
 [[nodiscard]] std::unique_ptr<Command> makeExportCommand();
+[[nodiscard]] std::unique_ptr<Command> makeBackupCommand();
 [[nodiscard]] std::unique_ptr<Command> makeAiCommand();
 [[nodiscard]] std::unique_ptr<Command> makeSummaryCommand();
 [[nodiscard]] std::unique_ptr<Command> makeSpeakCommand();

@@ -26,6 +26,7 @@ std::vector<CommandEntry> allCommands() {
   add("month", "一个月的概览：每天的疏密、线索和可疑之处", makeMonthCommand());
   add("paste", "把剪贴板的 HTML 或 RTF 转成 Markdown", makePasteCommand());
   add("export", "导出为网页或 Markdown 文档", makeExportCommand());
+  add("backup", "备份：新做、列出、检验、查看、恢复", makeBackupCommand());
   add("ai", "用 AI 整理、润色、翻译一段文字", makeAiCommand());
   add("summary", "用 AI 写一个月或一年的总结，存为笔记", makeSummaryCommand());
   add("speak", "朗读笔记或文字，存成声音文件", makeSpeakCommand());

@@ -58,6 +58,7 @@ std::string answer(const Completion& completion, Session& session, bool isDescri
   if (completion.kind == WordKind::file) return "files\n";
   if (completion.kind == WordKind::folder) return "folders\n";
   CompletionCandidates found = candidates(completion, session);
+  if (completion.kind == WordKind::backup && found.words.empty()) return "files\n";
   std::string text = found.arePartial && completion.words.empty() ? "partial\n" : "words\n";
   found.words.insert(found.words.begin(), completion.words.begin(), completion.words.end());
   for (const auto& [word, help] : found.words) {

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "CLI/Arguments.h"
+#include "CLI/ByteCount.h"
 #include "CLI/DateWords.h"
 #include "CLI/MemoOutput.h"
 #include "Core/Extensions/TagNames.h"
@@ -200,6 +201,13 @@ CompletionCandidates trashEntries(const std::string& typed, Session& session) {
   return result;
 }
 
+CompletionCandidates backups(const std::string& typed, Session& session) {
+  CompletionCandidates result;
+  for (const BackupFile& file : session.application().backups().listBackups())
+    if (file.name.starts_with(typed)) result.words.push_back({file.name, byteCount(file.size)});
+  return result;
+}
+
 // The settings that there are, without a look into their files.
 std::vector<AppSettings::Setting> knownSettings(Session& session) {
   MemorySecrets none;
@@ -242,6 +250,8 @@ CompletionCandidates candidatesFor(const Completion& completion, Session& sessio
       return attachments(completion, session);
     case WordKind::trashEntry:
       return trashEntries(typed, session);
+    case WordKind::backup:
+      return backups(typed, session);
     case WordKind::setting:
       return settings(typed, session);
     case WordKind::settingValue:

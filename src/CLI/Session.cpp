@@ -31,9 +31,9 @@ std::filesystem::path Session::chosenRoot() const {
 
 Application& Session::application() {
   if (application_) return *application_;
-  application_ = std::make_unique<Application>(
-      ApplicationContext{environment(), chosenRoot(), runLoop_, clock(), machine_.fileSystem,
-                         machine_.secrets, machine_.http, machine_.webSockets, machine_.timers});
+  application_ = std::make_unique<Application>(ApplicationContext{
+      environment(), chosenRoot(), runLoop_, clock(), machine_.fileSystem, machine_.secrets,
+      machine_.http, machine_.webSockets, machine_.timers, NOMELY_VERSION});
   const auto root = application_->storage().files.attributes(application_->paths().rootURL);
   if (root && root->type != FileType::directory)
     throw FileError("打开数据目录", application_->paths().rootURL, ENOTDIR);

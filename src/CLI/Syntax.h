@@ -22,6 +22,7 @@ enum class WordKind {
   folder,
   attachment,  // of the memo that the REF before it names
   trashEntry,
+  backup,        // a file, or the name of one in the root
   setting,       // "ai.model"
   settingValue,  // of the setting before it
   command,       // of this program, then an action of it

@@ -4,6 +4,7 @@
 #include "CLI/Arguments.h"
 #include "CLI/PagedOutput.h"
 #include "CLI/Progress.h"
+#include "CLI/SafetyBackup.h"
 #include "CLI/TagLooks.h"
 #include "CLI/UsageError.h"
 #include "Core/Extensions/TagNames.h"
@@ -26,6 +27,7 @@ class TagsCommand final : public ActionCommand {
     Syntax& erasing = add(syntax, "delete", "从笔记去掉标签", with(&TagsCommand::erase));
     erasing.add(tagArgument("TAG", "标签", tag_));
     erasing.add({.name = "--with-memos", .help = "连同笔记移入回收站", .target = &withMemos_});
+    backup_.declare(erasing);
     add(syntax, "count", "有多少条笔记用这个标签", with(&TagsCommand::count))
         .add(tagArgument("TAG", "标签", tag_));
     Syntax& coloring = add(syntax, "color", "给标签一种颜色，不写颜色则取消",
@@ -161,6 +163,7 @@ class TagsCommand final : public ActionCommand {
   void apply(Session& session, const Change& change,
              const std::function<std::string(const TagChange&)>& question) const {
     if (session.confirm(question(hosted(session, "查找", change, true)))) {
+      if (withMemos_) backup_.make(session, {"删除笔记", "没有删除"});
       const TagChange done = hosted(session, "修改", change, false);
       session.say(fmt::format("已处理 {} 条笔记{}。", done.memos,
                               withMemos_ ? "" : "，原文在各条的历史版本里"));
@@ -193,6 +196,7 @@ class TagsCommand final : public ActionCommand {
   std::string tag_;
   std::string other_;
   bool withMemos_ = false;
+  SafetyBackup backup_;
 };
 
 }  // namespace

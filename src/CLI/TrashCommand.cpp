@@ -6,6 +6,7 @@
 #include "CLI/Arguments.h"
 #include "CLI/MemoOutput.h"
 #include "CLI/PagedOutput.h"
+#include "CLI/SafetyBackup.h"
 #include "CLI/UsageError.h"
 
 namespace nomely {
@@ -37,7 +38,9 @@ class TrashCommand final : public ActionCommand {
                  .target = &to_,
                  .value = "DATE",
                  .kind = WordKind::date});
-    add(syntax, "empty", "永久删除回收站里的一切", [this](Session& session) { empty(session); });
+    backup_.declare(erasing);
+    backup_.declare(add(syntax, "empty", "永久删除回收站里的一切",
+                        [this](Session& session) { empty(session); }));
     syntax.add({.name = "--oneline", .help = "每条一行：名称、时间、首行", .target = &oneLine_});
     syntax.examples = {"nomely trash", "nomely trash restore 2026-03-01_007"};
   }
@@ -86,8 +89,10 @@ class TrashCommand final : public ActionCommand {
       session.say("该范围内没有笔记");
     else if (session.confirm(
                  byDate ? "将永久删除指定日期范围内回收站中的所有笔记。"
-                        : fmt::format("将永久删除 {} 条笔记，此操作不可撤销。", entries.size())))
+                        : fmt::format("将永久删除 {} 条笔记，此操作不可撤销。", entries.size()))) {
+      backup_.make(session, {"永久删除", "没有删除"});
       session.memos().destroy(entries);
+    }
     if (session.isJson()) list(session);
   }
 
@@ -97,8 +102,10 @@ class TrashCommand final : public ActionCommand {
         contents.entries.empty() && contents.others.empty() && contents.attachmentFiles == 0;
     if (isEmpty)
       session.say("回收站是空的。");
-    else if (session.confirm(questionFor(contents)))
+    else if (session.confirm(questionFor(contents))) {
+      backup_.make(session, {"清空回收站", "没有清空"});
       session.memos().emptyTrash();
+    }
     if (session.isJson()) list(session);
   }
 
@@ -143,6 +150,7 @@ class TrashCommand final : public ActionCommand {
   std::string from_;
   std::string to_;
   bool oneLine_ = false;
+  SafetyBackup backup_;
 };
 
 }  // namespace

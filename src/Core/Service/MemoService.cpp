@@ -1,5 +1,6 @@
 #include "Core/Service/MemoService.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "Core/Extensions/DateFormatters.h"
@@ -20,6 +21,15 @@ void forget(Memo& memo, const std::string& filename) {
   memo.attachmentDescriptions.erase(filename);
   memo.originalNames.erase(filename);
   memo.audioTranscripts.erase(filename);
+}
+
+template <typename Value>
+void renameKey(std::map<std::string, Value>& values, const std::string& from,
+               const std::string& to) {
+  if (auto node = values.extract(from)) {
+    node.key() = to;
+    values.insert(std::move(node));
+  }
 }
 
 std::vector<MemoService::IncomingFile> incoming(const std::vector<std::filesystem::path>& files) {
@@ -147,6 +157,28 @@ Memo MemoService::receive(Day day, DayStore::NewMemo content,
       content.originalNames.merge(named.originalNames);
       content.audioTranscripts.merge(named.audioTranscripts);
       return days_.createMemo(day, std::move(content));
+    });
+  });
+}
+
+Memo MemoService::receiveCopy(Day day, const Memo& memo,
+                              const std::map<std::string, std::filesystem::path>& files) const {
+  std::vector<IncomingFile> copies;
+  copies.reserve(files.size());
+  for (const auto& [name, path] : files) copies.push_back({path});
+  return context_.write([&] {
+    return withImported(day, copies, [&](const auto& name) {
+      Memo named;
+      name(named);
+      Memo copy = memo;
+      for (std::size_t i = 0; const auto& [former, path] : files) {
+        const std::string& present = named.attachments[i++];
+        std::ranges::replace(copy.attachments, former, present);
+        renameKey(copy.attachmentDescriptions, former, present);
+        renameKey(copy.originalNames, former, present);
+        renameKey(copy.audioTranscripts, former, present);
+      }
+      return days_.createCopy(day, std::move(copy));
     });
   });
 }

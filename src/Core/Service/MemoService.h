@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -60,6 +61,12 @@ class MemoService {
   // Creates a memo as it was received elsewhere: its tags are those of `content` alone.
   [[nodiscard]] Memo receive(Day day, DayStore::NewMemo content,
                              const std::vector<IncomingFile>& files) const;
+
+  // Puts a memo of elsewhere in as one more of that day: all of it but its number and its identity,
+  // which may stand here already. `files` are to be copied in, by the names that the memo has for
+  // them.
+  [[nodiscard]] Memo receiveCopy(Day day, const Memo& memo,
+                                 const std::map<std::string, std::filesystem::path>& files) const;
 
   // Replaces the memo that has `memo.seqNumber`; with `expected` only if that is still what is
   // stored.

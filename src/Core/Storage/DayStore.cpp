@@ -140,6 +140,16 @@ Memo DayStore::createMemo(Day day, NewMemo content) const {
   });
 }
 
+Memo DayStore::createCopy(Day day, Memo memo) const {
+  return context_.write([&] {
+    memo.seqNumber = nextSeqNumber(day);
+    memo.memoId = Memo::makeMemoId();
+    memo.schemaVersion = MemoFrontmatter::currentSchemaVersion;
+    place(memo, day, [&] { return memoStore_.create(memo, day); });
+    return memo;
+  });
+}
+
 void DayStore::updateMemo(const Memo& memo, Day day, const std::optional<Memo>& expected) const {
   context_.write([&] {
     validateUpdate(memo, day, expected);

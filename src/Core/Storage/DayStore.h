@@ -60,6 +60,8 @@ class DayStore {
   // Writes a memo under the day's next number and returns it. When another program takes that
   // number meanwhile, the one after it is used.
   [[nodiscard]] Memo createMemo(Day day, NewMemo content) const;
+  // The same with all that `memo` holds but its number and its identity.
+  [[nodiscard]] Memo createCopy(Day day, Memo memo) const;
 
   // Both replace the memo at `memo.seqNumber`; commitMemo keeps a snapshot of what it replaces.
   // Throw WriteError: missingMemo, identityChanged when another memo has that place, conflict when

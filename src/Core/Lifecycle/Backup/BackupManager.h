@@ -36,7 +36,9 @@ class BackupManager {
     std::string app = {};
     std::string build = {};
   };
-  BackupManager(StoreContext context, std::size_t maxBackups, Version version = {});
+  BackupManager(StoreContext context, std::size_t maxBackups, Version version);
+
+  [[nodiscard]] std::size_t maxBackups() const { return maxBackups_; }
 
   // For tests: run after the snapshot and before its compression, and before each step of a swap.
   std::function<void()> beforeCompression;
