@@ -148,12 +148,20 @@ bool Application::backupWhenDue(const BackupWork& work) const {
   return isMade;
 }
 
+BackupManager::Restored Application::restoreBackup(const std::filesystem::path& archive,
+                                                   BackupManager::SafetyCopy safetyCopy,
+                                                   const BackupWork& work) {
+  BackupManager::Restored restored = backups_.restore(archive, safetyCopy, work);
+  searchIndex_.invalidateCache();
+  return restored;
+}
+
 void Application::endResidence() {
   residentBot_.reset();
 }
 
 void Application::startMaintenance(bool ready) {
-  if (isUnitTesting_ || dataMaintenance_) return;
+  if (isUnitTesting_ || dataMaintenance()) return;
   const auto maintenance = [this](const std::stop_token& stop,
                                   const StartupCoordinator::Completion& completion) {
     jobs_.submit(

@@ -55,8 +55,8 @@ class Application {
 
   // Under a test host the root is a private folder, and no setting or secret of the user's is read.
   [[nodiscard]] bool isUnitTesting() const { return isUnitTesting_; }
-  // Set when a restore has replaced the data: start-up jobs then refuse to start.
-  [[nodiscard]] bool dataMaintenance() const { return dataMaintenance_; }
+  // Since a restore has replaced the data, until the process ends: start-up jobs refuse to start.
+  [[nodiscard]] bool dataMaintenance() const { return storage_.gate.isFrozen(); }
 
   [[nodiscard]] const DiskPaths& paths() const { return storage_.paths; }
   [[nodiscard]] const StoreContext& storage() const { return storage_; }
@@ -71,6 +71,10 @@ class Application {
   // Makes the automatic backup if the newest is twelve hours old. Returns whether it did. Blocking.
   // Throws as BackupManager does.
   bool backupWhenDue(const BackupWork& work) const;
+  // See BackupManager::restore. What was read of the former data is forgotten.
+  BackupManager::Restored restoreBackup(const std::filesystem::path& archive,
+                                        BackupManager::SafetyCopy safetyCopy,
+                                        const BackupWork& work);
   // The models of a user interface, made when first asked for: a single command needs none.
   [[nodiscard]] DayViewModel& dayViewModel();
   [[nodiscard]] SummaryGeneration& summaries();
@@ -101,7 +105,6 @@ class Application {
   Timers& timers_;
   Environment environment_;
   bool isUnitTesting_;
-  bool dataMaintenance_ = false;
   StoreContext storage_;
   MemoService memos_;
   BackupManager backups_;

@@ -246,7 +246,7 @@ void BackupCommand::restoreAll(Session& session, const fs::path& file) const {
     return;
   BackupManager::Restored restored;
   hosted(session, "恢复", [&](const BackupWork& work) {
-    restored = session.application().backups().restore(
+    restored = session.application().restoreBackup(
         file,
         withoutSafetyCopy_ ? BackupManager::SafetyCopy::skip : BackupManager::SafetyCopy::make,
         work);
