@@ -25,7 +25,8 @@ class DoctorCommand final : public Command {
     RootInspector::Report report = inspect(session);
     if (fix_ && mend(report, session)) report = inspect(session);
     const DoctorReport told{std::move(report), session.application().paths().rootURL,
-                            EditorDraft::leftBehind(session), bot(session)};
+                            EditorDraft::leftBehind(session), bot(session),
+                            KeepingReport::of(session)};
     if (session.isJson()) return session.printJson(told.json());
     session.tellOfMissingRoot();
     session.print(told.text(session.style()));

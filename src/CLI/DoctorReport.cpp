@@ -6,6 +6,7 @@
 #include <fmt/ranges.h>
 
 #include "App/BotAdvice.h"
+#include "CLI/ReportLines.h"
 
 namespace nomely {
 namespace {
@@ -26,33 +27,16 @@ Json jsonOf(const Paths& paths) {
   return json;
 }
 
-// A line for each finding, its kind at the beginning.
-class Lines {
- public:
-  explicit Lines(const Style& style) : style_(style) {}
+using Lines = ReportLines;
 
-  void add(std::string_view kind, std::string_view what) {
-    text_ += fmt::format("{}  {}\n", style_.warning(kind), Terminal::printable(what));
-  }
-  void add(std::string_view kind, const RootInspector::Unreadable& item) {
-    add(kind, fmt::format("{}：{}", item.path.string(), item.reason));
-  }
-  void add(std::string_view kind, const Paths& paths) {
-    for (const auto& path : paths) add(kind, path.string());
-  }
-  void say(std::string_view remark) { text_.append(remark) += '\n'; }
-
-  [[nodiscard]] const std::string& text() const { return text_; }
-
- private:
-  const Style& style_;
-  std::string text_;
-};
+void add(Lines& lines, std::string_view kind, const RootInspector::Unreadable& item) {
+  lines.add(kind, fmt::format("{}：{}", item.path.string(), item.reason));
+}
 
 void addNotes(Lines& lines, const RootInspector::Report& report) {
   bool canMend = false;
   for (const auto& memo : report.unreadableMemos) {
-    lines.add("读不出的笔记", memo);
+    add(lines, "读不出的笔记", memo);
     canMend = canMend || !memo.mends.empty();
   }
   if (canMend) lines.say("其中有的可以修复，原文件会留着：nomely doctor --fix");
@@ -72,11 +56,11 @@ void addNotes(Lines& lines, const RootInspector::Report& report) {
 }
 
 void addHistory(Lines& lines, const RootInspector::Report& report) {
-  for (const auto& version : report.unreadableVersions) lines.add("读不出的历史版本", version);
+  for (const auto& version : report.unreadableVersions) add(lines, "读不出的历史版本", version);
   for (const auto& [memoId, snapshots] : report.strandedHistories)
     lines.add("没有笔记的历史", fmt::format("{}：{} 个版本。查看与恢复：nomely history {}", memoId,
                                             snapshots, memoId));
-  for (const auto& folder : report.unreadableTrash) lines.add("读不出的回收站文件夹", folder);
+  for (const auto& folder : report.unreadableTrash) add(lines, "读不出的回收站文件夹", folder);
 }
 
 void addBot(Lines& lines, const DoctorReport::Bot& bot) {
@@ -112,7 +96,8 @@ Json DoctorReport::json() const {
             {"bot",
              {{"openToAll", bot.isOpenToAll},
               {"waiting", bot.inbox.waiting},
-              {"keptAside", bot.inbox.aside}}}};
+              {"keptAside", bot.inbox.aside}}},
+            {"keeping", keeping.json()}};
   for (const auto& memo : report.unreadableMemos)
     json["unreadableMemos"].push_back(
         {{"file", memo.path.string()}, {"reason", memo.reason}, {"mends", memo.mends}});
@@ -146,7 +131,10 @@ std::string DoctorReport::text(const Style& style) const {
   if (!drafts.empty())
     lines.say("这些是编辑器意外结束时留下的。存成笔记：nomely add - < 文件；不要了就删除它。");
   addBot(lines, bot);
-  if (report.isClean() && drafts.empty() && bot.isFine()) lines.say("一切正常。");
+  keeping.addTo(lines);
+  if (report.isClean() && drafts.empty() && bot.isFine() && keeping.isFine())
+    lines.say("一切正常。");
+  keeping.addAge(lines);
   return fmt::format("{}：{} 天，{} 条笔记可读\n", Terminal::printable(root.string()), report.days,
                      report.memos) +
          lines.text();

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 
+#include "CLI/KeepingReport.h"
 #include "CLI/Session.h"
 #include "Core/Lifecycle/RootInspector.h"
 #include "Feishu/Messages/FeishuInbox.h"
@@ -22,6 +23,7 @@ struct DoctorReport {
     }
   };
   Bot bot = {};
+  KeepingReport keeping = {};
 
   [[nodiscard]] Json json() const;
   [[nodiscard]] std::string text(const Style& style) const;

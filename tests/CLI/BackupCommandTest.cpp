@@ -71,8 +71,7 @@ TEST_F(BackupCommandTest, WhatIsHardToTakeBackIsBackedUpFirst) {
   const std::vector<std::vector<std::string>> operations{
       {"trash", "empty", "--yes"}, {"tags", "delete", "工作", "--with-memos", "--yes"}};
   fs::create_symlink("/etc", root / "2026-03-01" / "link");
-  for (const auto& operation : operations)
-    expectFailure(operation, 1, "前自动备份失败");
+  for (const auto& operation : operations) expectFailure(operation, 1, "前自动备份失败");
   EXPECT_THAT(json({"trash"}), SizeIs(1));
   fs::remove(root / "2026-03-01" / "link");
   for (std::size_t made = 0; const auto& operation : operations) {

@@ -1,0 +1,119 @@
+#include "CLI/KeepingReport.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "CLI/ByteCount.h"
+#include "CLI/Progress.h"
+#include "Core/Extensions/DateFormatters.h"
+#include "Platform/Cancellation.h"
+
+namespace nomely {
+namespace {
+
+// With a backup a day nobody loses more than that.
+constexpr std::chrono::days tooOld{7};
+
+std::optional<KeepingReport::Newest> newestOf(Session& session) {
+  const BackupManager& backups = session.application().backups();
+  const std::vector<BackupFile> files = backups.listBackups();
+  if (files.empty()) return std::nullopt;
+  KeepingReport::Newest newest{.file = *std::ranges::max_element(files, {}, &BackupFile::date),
+                               .fault = {}};
+  session.host([&](const std::stop_token& stop) {
+    Progress progress(session, "检验备份");
+    try {
+      newest.notes =
+          backups
+              .verify(backups.backupsFolder() / newest.file.name,
+                      {.stop = stop, .progress = [&](double share) { progress.show(share); }})
+              .notes;
+    } catch (const CancellationError&) {
+      throw;
+    } catch (const Error& error) {
+      newest.fault = error.what();
+    }
+  });
+  return newest;
+}
+
+std::string ageText(std::chrono::microseconds age) {
+  if (age < std::chrono::hours(1)) return "不到一小时前";
+  if (age < std::chrono::days(2))
+    return fmt::format("{} 小时前", std::chrono::floor<std::chrono::hours>(age).count());
+  return fmt::format("{} 天前", std::chrono::floor<std::chrono::days>(age).count());
+}
+
+}  // namespace
+
+KeepingReport KeepingReport::of(Session& session) {
+  const Application& application = session.application();
+  KeepingReport report{.hasRoot = session.hasRoot(), .now = session.clock().now(), .newest = {}};
+  report.filesWithSecrets = session.settings().filesWithSecrets();
+  try {
+    report.leftovers = BackupLeftovers::find(application.storage());
+  } catch (const FileError&) {
+    // A folder that can't be listed shows none.
+  }
+  if (!report.hasRoot) return report;
+  report.newest = newestOf(session);
+  report.obstacle = application.backups().obstacle().value_or("");
+  return report;
+}
+
+bool KeepingReport::isFine() const {
+  return obstacle.empty() && leftovers.abandoned.empty() && filesWithSecrets.empty() &&
+         (!newest || newest->fault.empty());
+}
+
+Json KeepingReport::json() const {
+  const auto jsonOf = [](const BackupLeftovers::Item& item) {
+    return Json{{"path", item.path.string()}, {"bytes", item.bytes}};
+  };
+  Json json{{"obstacle", obstacle},
+            {"rescueFolders", Json::array()},
+            {"abandonedWork", Json::array()},
+            {"filesWithSecrets", filesWithSecrets}};
+  if (newest)
+    json["newestBackup"] = {{"name", newest->file.name},
+                            {"date", DateFormatters::utcTimestamp(newest->file.date)},
+                            {"notes", newest->notes},
+                            {"fault", newest->fault}};
+  for (const auto& rescue : leftovers.rescues) {
+    Json item = jsonOf(rescue);
+    item["wayBack"] = rescue.wayBack;
+    json["rescueFolders"].push_back(std::move(item));
+  }
+  for (const auto& item : leftovers.abandoned) json["abandonedWork"].push_back(jsonOf(item));
+  return json;
+}
+
+void KeepingReport::addTo(ReportLines& lines) const {
+  if (!obstacle.empty()) lines.add("无法备份", obstacle);
+  if (newest && !newest->fault.empty())
+    lines.add("不能恢复的备份",
+              fmt::format("{}：{}。重新做一份：nomely backup", newest->file.name, newest->fault));
+  for (const std::string& file : filesWithSecrets)
+    lines.add("设置文件里的密钥", fmt::format("_config/{}。把它移进密钥环：nomely config", file));
+  for (const auto& item : leftovers.abandoned)
+    lines.add("中断的备份或恢复",
+              fmt::format("{}（{}），可以删除", item.path.string(), byteCount(item.bytes)));
+  for (const auto& rescue : leftovers.rescues)
+    lines.add("恢复前的数据",
+              fmt::format("{}（{}），不再需要就删除。要换回来，先移开现在的数据"
+                          "目录，再执行：{}",
+                          rescue.path.string(), byteCount(rescue.bytes), rescue.wayBack));
+}
+
+void KeepingReport::addAge(ReportLines& lines) const {
+  if (!newest && hasRoot) {
+    lines.say("还没有备份。做一份：nomely backup");
+  } else if (newest && newest->fault.empty()) {
+    const auto age = now - newest->file.date;
+    lines.say(fmt::format("最近的备份：{}，{} 条笔记，验过，能恢复{}", ageText(age), newest->notes,
+                          age > tooOld ? "。已经很久了，做一份新的：nomely backup" : ""));
+  }
+}
+
+}  // namespace nomely
