@@ -24,6 +24,12 @@ struct BackupFile {
   std::uint64_t size = 0;
 };
 
+// Of the program, as manifests tell it.
+struct BackupVersion {
+  std::string app = {};
+  std::string build = {};
+};
+
 // A step of putting restored data in the place of the root's.
 enum class RestoreStep { saveOriginal, installRestored, preserveBackups };
 
@@ -32,11 +38,8 @@ enum class RestoreStep { saveOriginal, installRestored, preserveBackups };
 // WriteError, CancellationError.
 class BackupManager {
  public:
-  struct Version {
-    std::string app = {};
-    std::string build = {};
-  };
-  BackupManager(StoreContext context, std::size_t maxBackups, Version version);
+  using Version = BackupVersion;
+  BackupManager(StoreContext context, std::size_t maxBackups, Version version = {});
 
   [[nodiscard]] std::size_t maxBackups() const { return maxBackups_; }
 
@@ -66,6 +69,10 @@ class BackupManager {
   // identity for the other kinds.
   [[nodiscard]] std::string fileName(ArchiveKind kind) const;
 
+  // Why a backup of all that is in the root would be refused: what no archive could give back, by
+  // its path. Absent when nothing like that is there. Looks at names alone.
+  [[nodiscard]] std::optional<std::string> obstacle() const;
+
   [[nodiscard]] BackupManifest readManifest(const std::filesystem::path& zip) const;
   // See BackupArchive::prove.
   [[nodiscard]] BackupArchive::Contents verify(const std::filesystem::path& zip,
@@ -84,6 +91,9 @@ class BackupManager {
                    const BackupWork& work) const;
 
  private:
+  // In the gate: removes the automatic archives that are too many, `kept` not among them.
+  void prune(const std::vector<std::string>& kept) const;
+
   StoreContext context_;
   std::size_t maxBackups_;
   Version version_;
