@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -14,6 +15,7 @@
 #include "Editor/Intelligence/SummaryGeneration.h"
 #include "Editor/Timeline/DayViewModel.h"
 #include "Platform/Cancellation.h"
+#include "Platform/Concurrency/NotificationCenter.h"
 #include "Platform/System/Log.h"
 #include "Platform/System/Uuid.h"
 #include "Platform/Text/Unicode.h"
@@ -84,9 +86,46 @@ Application::Application(const ApplicationContext& context)
       jobs_(jobThreads()),
       searchIndex_(storage_, jobs_),
       residentLock_(storage_),
-      startup_(context.executor) {}
+      startup_(context.executor) {
+  if (isUnitTesting_) return;
+  dataDirWatcher_ = makeWatcher();
+  externalMemoWritten_ = NotificationCenter::shared().observe(
+      Notifications::externalMemoWritten,
+      lifetime_.guard([this](const std::string&) { readAgain(); }));
+}
 
 Application::~Application() = default;
+
+std::unique_ptr<DataDirWatcher> Application::makeWatcher() {
+  const auto posted = [this](auto call) {
+    return [&executor = executor_, guarded = lifetime_.guard(std::move(call))] {
+      executor.post(guarded);
+    };
+  };
+  // Called as copies, which outlive an application that they destroy.
+  return std::make_unique<DataDirWatcher>(
+      storage_, systemFileEvents(), timers_,
+      DataDirWatcher::Observer{
+          .onExternalWrite =
+              posted([] { NotificationCenter::shared().post(Notifications::externalMemoWritten); }),
+          .onRootReplaced = posted([this] {
+            if (const auto call = onRootReplaced) call();
+          }),
+          .onRootMissing = posted([this] {
+            if (const auto call = onRootMissing) call();
+          })});
+}
+
+void Application::readAgain() {
+  const auto shown = lifetime_.guard([this] {
+    if (dayViewModel_) dayViewModel_->refreshCurrentTimeline(DayViewModel::Cause::externalWrite);
+    if (entryDateIndex_) entryDateIndex_->refresh();
+  });
+  reading_.submit([this, shown](const std::stop_token&) {
+    (void)searchIndex_.rebuildIfDiskChanged();
+    executor_.post(shown);
+  });
+}
 
 DayViewModel& Application::dayViewModel() {
   if (!dayViewModel_)
@@ -118,6 +157,7 @@ TagConfigStore& Application::tagConfig() {
 bool Application::becomeResident() {
   if (residentBot_) return true;
   if (!residentLock_.acquire()) return false;
+  if (dataDirWatcher_) dataDirWatcher_->rememberRoot();
   residentBot_ = std::make_unique<ResidentBot>(ResidentBot::Context{.environment = environment_,
                                                                     .memos = memos_,
                                                                     .settings = settings_,
@@ -157,6 +197,7 @@ BackupManager::Restored Application::restoreBackup(const std::filesystem::path& 
 }
 
 void Application::endResidence() {
+  if (dataDirWatcher_) dataDirWatcher_->stop();
   residentBot_.reset();
 }
 
@@ -179,6 +220,7 @@ void Application::startMaintenance(bool ready) {
   const auto connection = [this](const std::stop_token&,
                                  const StartupCoordinator::Completion& completion) {
     if (residentBot_) residentBot_->start();
+    if (dataDirWatcher_) dataDirWatcher_->start();
     completion(nullptr);
   };
   const auto backup = [this](const std::stop_token& stop,
@@ -194,7 +236,8 @@ void Application::startMaintenance(bool ready) {
         },
         JobPool::Priority::utility);
   };
-  startup_.start(ready, {{"存储维护", maintenance}, {"连接", connection}, {"自动备份", backup}});
+  startup_.start(ready,
+                 {{"存储维护", maintenance}, {"连接与更新检查", connection}, {"自动备份", backup}});
 }
 
 }  // namespace nomely
