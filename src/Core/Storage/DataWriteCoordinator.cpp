@@ -98,15 +98,21 @@ std::size_t DataWriteCoordinator::sweep(const std::filesystem::path& folder,
   }
 }
 
-DataWriteCoordinator::ProcessLock::ProcessLock(DataWriteCoordinator& gate, const FileManager& files)
+DataWriteCoordinator::ProcessLock::ProcessLock(DataWriteCoordinator& gate, const FileManager* files)
     : gate_(gate) {
   const DiskPaths paths{gate.root_};
-  if (!files.isDirectory(gate.root_)) {
-    paths.createRoot(files);
+  if (files != nullptr && !files->isDirectory(gate.root_)) {
+    paths.createRoot(*files);
     gate.swept_.erase(gate.root_);
   }
-  gate.excludesProcesses_ = gate.processLock_.lock(
-      [] { Log::information(LogChannel::storage, "另一个 Nomely 进程正在写入，等待其完成"); });
+  try {
+    gate.excludesProcesses_ = gate.processLock_.lock(
+        [] { Log::information(LogChannel::storage, "另一个 Nomely 进程正在写入，等待其完成"); });
+  } catch (const FileError& error) {
+    if (files != nullptr || error.kind() != FileError::Kind::notFound) throw;
+    gate.excludesProcesses_ = false;
+    return;
+  }
   if (!gate.excludesProcesses_)
     Log::error(LogChannel::storage,
                "⚠️ DataWriteCoordinator.write: "
@@ -114,9 +120,9 @@ DataWriteCoordinator::ProcessLock::ProcessLock(DataWriteCoordinator& gate, const
                "Nomely：{}",
                gate.root_.string());
   // Once a process: no note of ours may stand in a root that was empty and isn't marked.
-  if (gate.swept_.contains(gate.root_)) return;
+  if (files == nullptr || gate.swept_.contains(gate.root_)) return;
   try {
-    RootMarkers(paths, files).claimIfEmpty();
+    RootMarkers(paths, *files).claimIfEmpty();
     gate.swept_.insert(gate.root_);
   } catch (...) {
     gate.processLock_.unlock();
