@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "Core/Extensions/PathNames.h"
+#include "Core/Lifecycle/Backup/BackupArchive.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/DiskPaths.h"
 #include "Platform/Files/FileManager.h"
@@ -22,6 +23,30 @@ constexpr std::string_view setAside = ".corrupt-";  // what could not be read
 
 bool isKeptElsewhere(const std::string& path) {
   return path.starts_with(thrownAway) || path.find(setAside) != std::string::npos;
+}
+
+// Work of a process that was ended, of no use to the next one.
+bool isAbandoned(const std::string& path) {
+  return FileManager::isTemporaryName(fs::path(path).filename().native()) ||
+         path.find(".nomely-backup-work-") != path.npos ||
+         path.find(".nomely-archive-") != path.npos;
+}
+
+// Of an archive what it holds, less its manifest, which tells the time and the place.
+std::string legible(const std::string& bytes) {
+  if (!bytes.starts_with("PK")) return bytes;
+  try {
+    MemoryFileSystem files("/archive", {{"zip", bytes}});
+    const BackupArchive archive(files, "/archive/zip");
+    (void)archive.prove({});
+    std::string text;
+    for (const ZipEntry& entry : archive.zip().entries())
+      if (entry.name != BackupManifest::fileName)
+        text += fmt::format("{} {}\n", entry.name, entry.checksum);
+    return text;
+  } catch (const BackupError& error) {
+    return error.what();
+  }
 }
 
 bool isWordPart(char c) {
@@ -119,8 +144,7 @@ std::string Oracle::placeOf(const std::string& path) const {
 Oracle::View Oracle::viewOf(const Tree& tree) const {
   View view;
   for (const auto& [path, bytes] : tree)
-    if (!path.ends_with('/') && !FileManager::isTemporaryName(fs::path(path).filename().native()))
-      view.files[path] = bytes;
+    if (!path.ends_with('/') && !isAbandoned(path)) view.files[path] = legible(bytes);
   for (const auto& [path, bytes] : view.files) {
     view.items.emplace(placeOf(path), settled(bytes));
     view.contents.insert(settled(bytes));
@@ -242,7 +266,7 @@ std::string Oracle::changes() const {
     for (auto at = tree.begin(); at != tree.end(); ++at) {
       const bool full = at->first.ends_with('/') && std::next(at) != tree.end() &&
                         std::next(at)->first.starts_with(at->first);
-      if (!full) files[settled(at->first)] = settled(at->second);
+      if (!full) files[settled(at->first)] = settled(legible(at->second));
     }
     return files;
   };

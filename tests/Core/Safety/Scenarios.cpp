@@ -2,6 +2,7 @@
 #include <stdexcept>
 
 #include "Core/Extensions/DateFormatters.h"
+#include "Core/Lifecycle/Backup/BackupManager.h"
 #include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Core/Query/TagManagementStore.h"
 #include "Core/Safety/Scenario.h"
@@ -335,6 +336,16 @@ void addSettings(Table& table) {
       .destroys = true;
 }
 
+void addBackups(Table& table) {
+  const auto backup = always([](Context context) { (void)BackupManager(context, 3).backup(); });
+  const std::string large(70'000, 'x');  // too large to be packed with the others
+  table.add("backup", backup, diary().with({{"root/2026-03-02/large.txt", large}}));
+  Tree archives{{"root/.backups/nomely-manual-2026-02-19_000000.zip", "manual"}};
+  for (const std::string stamp : {"20_000000-A", "20_000000-B", "21_000000-A", "22_000000-A"})
+    archives["root/.backups/nomely-auto-2026-02-" + stamp + ".zip"] = "made on " + stamp;
+  table.add("backupWithTooMany", backup, diary().with(archives)).destroys = true;
+}
+
 void addOthers(Table& table) {
   table.add("sweepTemporaryFiles",
             always([](Context context) { sweepTemporaryFiles(context, {}); }));
@@ -351,7 +362,7 @@ void addOthers(Table& table) {
 std::vector<Scenario> scenarios() {
   Table table;
   for (const auto add : {addMemos, addAttachments, addHistory, addService, addTrash, addTags,
-                         addDrafts, addSettings, addOthers})
+                         addDrafts, addSettings, addBackups, addOthers})
     add(table);
   return table.all;
 }

@@ -24,6 +24,12 @@ struct BackupFile {
   std::uint64_t size = 0;
 };
 
+// Of the program, as manifests tell it.
+struct BackupVersion {
+  std::string app = {};
+  std::string build = {};
+};
+
 // A step of putting restored data in the place of the root's.
 enum class RestoreStep { saveOriginal, installRestored, preserveBackups };
 
@@ -32,10 +38,7 @@ enum class RestoreStep { saveOriginal, installRestored, preserveBackups };
 // WriteError, CancellationError.
 class BackupManager {
  public:
-  struct Version {
-    std::string app = {};
-    std::string build = {};
-  };
+  using Version = BackupVersion;
   BackupManager(StoreContext context, std::size_t maxBackups, Version version = {});
 
   // For tests: run after the snapshot and before its compression, and before each step of a swap.
@@ -82,6 +85,9 @@ class BackupManager {
                    const BackupWork& work) const;
 
  private:
+  // In the gate: removes the automatic archives that are too many, `kept` not among them.
+  void prune(const std::vector<std::string>& kept) const;
+
   StoreContext context_;
   std::size_t maxBackups_;
   Version version_;
