@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "App/HourlyBackup.h"
 #include "App/ResidentBot.h"
 #include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Editor/Intelligence/SummaryGeneration.h"
@@ -166,6 +167,9 @@ bool Application::becomeResident() {
                                                                     .timers = timers_,
                                                                     .jobs = jobs_,
                                                                     .executor = executor_});
+  hourlyBackup_ = std::make_unique<HourlyBackup>(
+      HourlyBackup::Context{timers_, jobs_, executor_},
+      [this](const std::stop_token& stop) { backupWhenDue({.stop = stop}); });
   return true;
 }
 
@@ -198,6 +202,7 @@ BackupManager::Restored Application::restoreBackup(const std::filesystem::path& 
 
 void Application::endResidence() {
   if (dataDirWatcher_) dataDirWatcher_->stop();
+  hourlyBackup_.reset();
   residentBot_.reset();
 }
 
@@ -235,6 +240,7 @@ void Application::startMaintenance(bool ready) {
           }
         },
         JobPool::Priority::utility);
+    if (hourlyBackup_) hourlyBackup_->start();
   };
   startup_.start(ready,
                  {{"存储维护", maintenance}, {"连接与更新检查", connection}, {"自动备份", backup}});

@@ -31,6 +31,7 @@
 namespace nomely {
 
 class DayViewModel;
+class HourlyBackup;
 class ResidentBot;
 class SummaryGeneration;
 
@@ -133,6 +134,7 @@ class Application {
   std::optional<TagConfigStore> tagConfig_;
   ResidentLock residentLock_;
   std::unique_ptr<ResidentBot> residentBot_;
+  std::unique_ptr<HourlyBackup> hourlyBackup_;  // of the process that stays
   StartupCoordinator startup_;
   JobGroup reading_{jobs_};
   Lifetime lifetime_;

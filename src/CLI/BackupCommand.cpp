@@ -168,6 +168,7 @@ void BackupCommand::list(Session& session) {
 }
 
 fs::path BackupCommand::chosen(Session& session) const {
+  session.doWithoutRoot();  // an archive may be what is left of it
   const BackupManager& backups = session.application().backups();
   if (file_ == "@") {
     const std::vector<BackupFile> files = backups.listBackups();

@@ -8,6 +8,7 @@
 #include "CLI/Progress.h"
 #include "Core/Extensions/DateFormatters.h"
 #include "Platform/Cancellation.h"
+#include "Platform/Files/FileError.h"
 
 namespace nomely {
 namespace {
@@ -49,7 +50,9 @@ std::string ageText(std::chrono::microseconds age) {
 
 KeepingReport KeepingReport::of(Session& session) {
   const Application& application = session.application();
-  KeepingReport report{.hasRoot = session.hasRoot(), .now = session.clock().now(), .newest = {}};
+  KeepingReport report;
+  report.hasRoot = session.hasRoot();
+  report.now = session.clock().now();
   report.filesWithSecrets = session.settings().filesWithSecrets();
   try {
     report.leftovers = BackupLeftovers::find(application.storage());

@@ -67,10 +67,14 @@ class Session {
   [[nodiscard]] MainExecutor& executor() { return runLoop_; }
   [[nodiscard]] FileManager files() const { return FileManager(machine_.fileSystem); }
 
-  // Built when first asked for. Throws FileError for a root that is no folder.
+  // Built when first asked for. Throws FileError for a root that is no folder, and Error
+  // (root.rescue) for a missing one beside which a restore has left what it held.
   [[nodiscard]] Application& application();
   // Destroys it: whoever asks next gets one of the root that is there by then.
   void endApplication();
+  // Before that: a missing root is no reason to stop, since the command tells the way back, or
+  // makes one anew.
+  void doWithoutRoot() { doesWithoutRoot_ = true; }
   [[nodiscard]] const DayStore& dayStore() { return application().dayStore(); }
   [[nodiscard]] const MemoService& memos() { return application().memos(); }
   [[nodiscard]] AppSettings& settings() { return application().settings(); }
@@ -124,6 +128,7 @@ class Session {
   Machine machine_;
   bool isOutputTerminal_ = Terminal::isOutput();
   std::size_t columns_ = Terminal::columns();
+  bool doesWithoutRoot_ = false;
   bool toldOfRoot_ = false;
   std::mutex unreadableLock_;
   std::set<std::string> unreadable_;  // told of

@@ -12,7 +12,7 @@ void writeTree(const std::filesystem::path& folder, const Tree& tree);
 // Regular files and folders below one folder, in memory; elsewhere nothing is. Knows what a power
 // cut would leave: of a file what it held when it was last synchronised, of a folder the entries
 // that it had then. For one thread.
-class MemoryFileSystem final : public FileSystem {
+class MemoryFileSystem : public FileSystem {
  public:
   struct Node;
 
