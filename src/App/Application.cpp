@@ -192,10 +192,9 @@ bool Application::backupWhenDue(const BackupWork& work) const {
   return isMade;
 }
 
-BackupManager::Restored Application::restoreBackup(const std::filesystem::path& archive,
-                                                   BackupManager::SafetyCopy safetyCopy,
-                                                   const BackupWork& work) {
-  BackupManager::Restored restored = backups_.restore(archive, safetyCopy, work);
+RestoreResult Application::restoreBackup(const std::filesystem::path& archive,
+                                         SafetyCopy safetyCopy, const BackupWork& work) {
+  RestoreResult restored = backups_.restore(archive, safetyCopy, work);
   searchIndex_.invalidateCache();
   return restored;
 }

@@ -78,9 +78,8 @@ class Application {
   // Throws as BackupManager does.
   bool backupWhenDue(const BackupWork& work) const;
   // See BackupManager::restore. What was read of the former data is forgotten.
-  BackupManager::Restored restoreBackup(const std::filesystem::path& archive,
-                                        BackupManager::SafetyCopy safetyCopy,
-                                        const BackupWork& work);
+  RestoreResult restoreBackup(const std::filesystem::path& archive, SafetyCopy safetyCopy,
+                              const BackupWork& work);
   // The models of a user interface, made when first asked for: a single command needs none.
   [[nodiscard]] DayViewModel& dayViewModel();
   [[nodiscard]] SummaryGeneration& summaries();

@@ -245,12 +245,10 @@ void BackupCommand::restoreAll(Session& session, const fs::path& file) const {
                            ? "恢复前不再备份现在的数据，它们会留在旁边的救援文件夹里。继续？"
                            : "继续？"))
     return;
-  BackupManager::Restored restored;
+  RestoreResult restored;
   hosted(session, "恢复", [&](const BackupWork& work) {
     restored = session.application().restoreBackup(
-        file,
-        withoutSafetyCopy_ ? BackupManager::SafetyCopy::skip : BackupManager::SafetyCopy::make,
-        work);
+        file, withoutSafetyCopy_ ? SafetyCopy::skip : SafetyCopy::make, work);
   });
   if (session.isJson())
     return session.printJson({{"root", session.application().paths().rootURL.string()},

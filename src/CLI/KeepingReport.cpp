@@ -61,12 +61,14 @@ KeepingReport KeepingReport::of(Session& session) {
   }
   if (!report.hasRoot) return report;
   report.newest = newestOf(session);
-  report.obstacle = application.backups().obstacle().value_or("");
+  session.host([&](const std::stop_token& stop) {
+    report.obstacles = application.backups().obstacles(stop);
+  });
   return report;
 }
 
 bool KeepingReport::isFine() const {
-  return obstacle.empty() && leftovers.abandoned.empty() && filesWithSecrets.empty() &&
+  return obstacles.empty() && leftovers.abandoned.empty() && filesWithSecrets.empty() &&
          (!newest || newest->fault.empty());
 }
 
@@ -74,7 +76,7 @@ Json KeepingReport::json() const {
   const auto jsonOf = [](const BackupLeftovers::Item& item) {
     return Json{{"path", item.path.string()}, {"bytes", item.bytes}};
   };
-  Json json{{"obstacle", obstacle},
+  Json json{{"obstacles", Json::array()},
             {"rescueFolders", Json::array()},
             {"abandonedWork", Json::array()},
             {"filesWithSecrets", filesWithSecrets}};
@@ -83,6 +85,8 @@ Json KeepingReport::json() const {
                             {"date", DateFormatters::utcTimestamp(newest->file.date)},
                             {"notes", newest->notes},
                             {"fault", newest->fault}};
+  for (const auto& [path, reason] : obstacles)
+    json["obstacles"].push_back({{"path", path.string()}, {"reason", reason}});
   for (const auto& rescue : leftovers.rescues) {
     Json item = jsonOf(rescue);
     item["wayBack"] = rescue.wayBack;
@@ -93,7 +97,8 @@ Json KeepingReport::json() const {
 }
 
 void KeepingReport::addTo(ReportLines& lines) const {
-  if (!obstacle.empty()) lines.add("无法备份", obstacle);
+  for (const auto& [path, reason] : obstacles)
+    lines.add("妨碍备份", fmt::format("{}：{}", path.string(), reason));
   if (newest && !newest->fault.empty())
     lines.add("不能恢复的备份",
               fmt::format("{}：{}。重新做一份：nomely backup", newest->file.name, newest->fault));

@@ -23,7 +23,7 @@ struct KeepingReport {
   bool hasRoot = false;
   Moment now;
   std::optional<Newest> newest;
-  std::string obstacle;  // what stands against a backup; empty: nothing
+  std::vector<BackupObstacles::Obstacle> obstacles;
   BackupLeftovers leftovers;
   std::vector<std::string> filesWithSecrets;
 

@@ -45,14 +45,16 @@ class Partial {
   path path_;
 };
 
-// Part of the work as a stretch of the whole's progress.
-BackupWork stretch(const BackupWork& work, double from, double to) {
-  BackupWork part{.stop = work.stop};
-  if (work.progress)
-    part.progress = [&work, from, to](double share) {
-      work.progress(from + (to - from) * std::min(share, 1.0));
-    };
-  return part;
+// Gives a finished archive its name, which must be free, for good.
+void place(const FileManager& files, const path& from, const path& to) {
+  try {
+    files.fileSystem().rename(from, to, Replacement::forbid);
+  } catch (const FileError&) {
+    // exFAT knows neither renaming without replacement nor a second name.
+    if (files.exists(to)) throw;
+    files.fileSystem().rename(from, to, Replacement::allow);
+  }
+  files.fileSystem().syncDirectory(to.parent_path());
 }
 
 }  // namespace
@@ -124,8 +126,6 @@ void BackupManager::createArchive(const path& destination, ArchiveKind kind, boo
   FileSystem& fileSystem = context_.files.fileSystem();
   if (context_.files.exists(destination)) throw FileError("新建", destination, EEXIST);
   const path folder = destination.parent_path();
-  // A root that is a link lies where the link leads.
-  const path root = std::filesystem::weakly_canonical(context_.paths.rootURL);
   BackupManifest manifest{.archiveKind = kind,
                           .sourcePath = context_.paths.rootURL.string(),
                           .includesVersions = includesVersions,
@@ -133,36 +133,32 @@ void BackupManager::createArchive(const path& destination, ArchiveKind kind, boo
                           .buildNumber = version_.build};
 
   const Partial partial(context_.files, folder);
-  BackupSnapshot snapshot(context_.files, root);
+  BackupSnapshot snapshot(context_.files, resolvedRoot());
   context_.write([&] {
     const auto begun = std::chrono::steady_clock::now();
     context_.files.createDirectories(folder, ownerOnly);
     manifest.createdAt = context_.clock.now();
-    snapshot.take(includesVersions, stretch(work, 0, 0.2));
+    snapshot.take(includesVersions, work.part(0, 0.2));
     const std::chrono::duration<double, std::milli> held = std::chrono::steady_clock::now() - begun;
     Log::information(LogChannel::storage, "备份副本写入占用：{:f} ms", held.count());
   });
   throwIfStopped(work.stop);
   if (beforeCompression) beforeCompression();
-  compressBackup(snapshot, std::move(manifest), fileSystem, partial.name(),
-                 stretch(work, 0.2, 0.7));
-  (void)BackupArchive(fileSystem, partial.name()).prove(stretch(work, 0.7, 1));
+  compressBackup(snapshot, std::move(manifest), fileSystem, partial.name(), work.part(0.2, 0.7));
+  (void)BackupArchive(fileSystem, partial.name())
+      .prove(work.part(0.7, 1), BackupArchive::Notes::asListed);
   throwIfStopped(work.stop);
-  context_.write([&] {
-    fileSystem.rename(partial.name(), destination, Replacement::forbid);
-    fileSystem.syncDirectory(folder);
-  });
+  context_.write([&] { place(context_.files, partial.name(), destination); });
   if (work.progress) work.progress(1);
 }
 
-std::optional<std::string> BackupManager::obstacle() const {
-  try {
-    BackupSnapshot::check(context_.files,
-                          std::filesystem::weakly_canonical(context_.paths.rootURL));
-    return std::nullopt;
-  } catch (const Error& error) {
-    return error.what();
-  }
+path BackupManager::resolvedRoot() const {
+  // A root that is a link lies where the link leads.
+  return std::filesystem::weakly_canonical(context_.paths.rootURL);
+}
+
+std::vector<BackupObstacles::Obstacle> BackupManager::obstacles(const std::stop_token& stop) const {
+  return BackupObstacles(context_.files.fileSystem(), resolvedRoot(), false).find(stop);
 }
 
 BackupManifest BackupManager::readManifest(const path& zip) const {

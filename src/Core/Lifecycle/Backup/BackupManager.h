@@ -12,6 +12,7 @@
 #include "Core/Lifecycle/Backup/BackupArchive.h"
 #include "Core/Lifecycle/Backup/BackupError.h"
 #include "Core/Lifecycle/Backup/BackupManifest.h"
+#include "Core/Lifecycle/Backup/BackupObstacles.h"
 #include "Core/Lifecycle/Backup/BackupWork.h"
 #include "Core/Lifecycle/Backup/RestoreResult.h"
 #include "Core/Storage/StoreContext.h"
@@ -67,26 +68,23 @@ class BackupManager {
   // identity for the other kinds.
   [[nodiscard]] std::string fileName(ArchiveKind kind) const;
 
-  // Why a backup of all that is in the root would be refused: what no archive could give back, by
-  // its path. Absent when nothing like that is there. Looks at names alone.
-  [[nodiscard]] std::optional<std::string> obstacle() const;
-
   [[nodiscard]] BackupManifest readManifest(const std::filesystem::path& zip) const;
+  // What would keep `backup` from making an archive. See BackupObstacles::find.
+  [[nodiscard]] std::vector<BackupObstacles::Obstacle> obstacles(const std::stop_token& stop) const;
   // See BackupArchive::prove.
   [[nodiscard]] BackupArchive::Contents verify(const std::filesystem::path& zip,
                                                const BackupWork& work) const;
 
-  using SafetyCopy = nomely::SafetyCopy;
-  using Restored = RestoreResult;
   // Puts what the archive holds in the root's place. Until the swap the root is untouched; a swap
   // that fails is taken back. Afterwards this process's gate is frozen. SafetyCopy::skip is for a
   // root too damaged to be backed up.
-  Restored restore(const std::filesystem::path& zip, SafetyCopy safetyCopy,
-                   const BackupWork& work) const;
+  RestoreResult restore(const std::filesystem::path& zip, SafetyCopy safetyCopy,
+                        const BackupWork& work) const;
 
  private:
   // In the gate: removes the automatic archives that are too many, `kept` not among them.
   void prune(const std::vector<std::string>& kept) const;
+  [[nodiscard]] std::filesystem::path resolvedRoot() const;
 
   StoreContext context_;
   std::size_t maxBackups_;

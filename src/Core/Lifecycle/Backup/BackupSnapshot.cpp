@@ -7,8 +7,7 @@
 #include <fmt/format.h>
 
 #include "Core/Lifecycle/Backup/BackupError.h"
-#include "Core/Lifecycle/Backup/BackupManifest.h"
-#include "Core/Lifecycle/Backup/BackupNames.h"
+#include "Core/Lifecycle/Backup/BackupObstacles.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/Files/OpenFolder.h"
@@ -36,23 +35,16 @@ bool isVanished(const FileError& error) {
          error.kind() == FileError::Kind::notADirectory;
 }
 
-bool isOwnTemporary(std::string_view name) {
-  return name.starts_with(".nomely-archive-") || FileManager::isTemporaryName(name);
-}
-
 }  // namespace
 
 class BackupSnapshot::Walk {
  public:
-  enum class Purpose { take, check };
-  Walk(BackupSnapshot& snapshot, bool includesVersions, const BackupWork& work, Purpose purpose)
+  Walk(BackupSnapshot& snapshot, bool includesVersions, const BackupWork& work)
       : snapshot_(snapshot),
         fileSystem_(snapshot.files_.fileSystem()),
-        includesVersions_(includesVersions),
-        isMounted_(fileSystem_.isMountPoint(snapshot.root_)),
-        work_(work) {
-    if (purpose == Purpose::take) pack_.emplace(fileSystem_, snapshot.folder_ / packName);
-  }
+        scope_(fileSystem_, snapshot.root_, includesVersions),
+        work_(work),
+        pack_(fileSystem_, snapshot.folder_ / packName) {}
 
   static constexpr const char* packName = "pack";
 
@@ -61,12 +53,12 @@ class BackupSnapshot::Walk {
     const std::vector<DirectoryEntry> entries = sorted(*root);
     std::size_t done = 0;
     for (const DirectoryEntry& entry : entries) {
-      if (!isLeftOut(entry.name)) add(*root, snapshot_.root_, "", entry);
+      add(*root, snapshot_.root_, "", entry);
       ++done;
       if (work_.progress)
         work_.progress(static_cast<double>(done) / static_cast<double>(entries.size()));
     }
-    if (pack_) pack_->finish();
+    pack_.finish();
   }
 
  private:
@@ -77,30 +69,18 @@ class BackupSnapshot::Walk {
     return entries;
   }
 
-  // Of the root's own entries.
-  [[nodiscard]] bool isLeftOut(std::string_view name) const {
-    return name == ".backups" || name == ".updates" || name == BackupManifest::fileName ||
-           (name == ".versions" && !includesVersions_) ||
-           // Of the file system's, closed to all but the administrator.
-           (name == "lost+found" && isMounted_);
-  }
-
   // `within` is the parent relative to the root, with a "/" at its end unless it is the root.
   void add(OpenFolder& folder, const path& parent, const std::string& within,
            const DirectoryEntry& entry) {
-    if (entry.name == ".DS_Store" || isOwnTemporary(entry.name)) return;
-    const path whole = parent / entry.name;
     const std::string name = within + entry.name;
-    if (entry.type == FileType::symbolicLink)
-      refuse("数据目录含符号链接，未生成可能无法恢复的归档", whole);
-    if (entry.type == FileType::other)
-      refuse("数据目录含管道、套接字或设备，请移走后再备份", whole);
-    if (entry.name == ".backups") refuse("子目录不能叫 .backups，请改名后再备份", whole);
-    if (!BackupNames::isSafe(name)) refuse("名称含反斜杠或盘符，无法恢复，请改名后再备份", whole);
+    if (scope_.leavesOut(name)) return;
+    const path whole = parent / entry.name;
+    if (const auto reason = BackupObstacles::reason(name, entry.type); !reason.empty())
+      refuse(reason, whole);
     throwIfStopped(work_.stop);
     if (entry.type == FileType::directory)
       addFolder(whole, name + "/");
-    else if (pack_)
+    else
       addFile(folder, whole, entry.name, name);
   }
 
@@ -116,10 +96,9 @@ class BackupSnapshot::Walk {
       if (!isVanished(error)) throw;
       return;
     }
-    if (pack_)
-      pack_->add(
-          {.name = name, .permissions = attributes->permissions, .modified = attributes->modified},
-          {});
+    pack_.add(
+        {.name = name, .permissions = attributes->permissions, .modified = attributes->modified},
+        {});
     for (const DirectoryEntry& entry : entries) add(*folder, whole, name, entry);
   }
 
@@ -135,25 +114,25 @@ class BackupSnapshot::Walk {
     if (!content) return;
     if (content->attributes.type != FileType::regular)
       refuse("备份期间文件被换成了别的东西，请稍后重试", whole);
-    pack_->add({.type = BackupPack::Type::held,
-                .name = name,
-                .permissions = content->attributes.permissions,
-                .modified = content->attributes.modified,
-                .size = content->bytes.size()},
-               content->bytes);
+    pack_.add({.type = BackupPack::Type::held,
+               .name = name,
+               .permissions = content->attributes.permissions,
+               .modified = content->attributes.modified,
+               .size = content->bytes.size()},
+              content->bytes);
     snapshot_.bytes_ += content->bytes.size();
   }
 
   void addLarge(const path& whole, const std::string& name) {
     const std::optional<FileAttributes> kept = keep(whole, snapshot_.asideFile(count_));
     if (!kept) return;
-    pack_->add({.type = BackupPack::Type::aside,
-                .name = name,
-                .permissions = kept->permissions,
-                .modified = kept->modified,
-                .size = kept->size,
-                .number = count_++},
-               {});
+    pack_.add({.type = BackupPack::Type::aside,
+               .name = name,
+               .permissions = kept->permissions,
+               .modified = kept->modified,
+               .size = kept->size,
+               .number = count_++},
+              {});
     snapshot_.bytes_ += kept->size;
   }
 
@@ -194,10 +173,9 @@ class BackupSnapshot::Walk {
 
   BackupSnapshot& snapshot_;
   FileSystem& fileSystem_;
-  bool includesVersions_;
-  bool isMounted_;
+  BackupObstacles scope_;
   const BackupWork& work_;
-  std::optional<BackupPack::Writer> pack_;  // of one that takes
+  BackupPack::Writer pack_;
   ReadBuffer buffer_;
   bool mayShare_ = true;
   std::uint64_t count_ = 0;  // of files aside
@@ -216,13 +194,7 @@ BackupSnapshot::~BackupSnapshot() {
 
 void BackupSnapshot::take(bool includesVersions, const BackupWork& work) {
   makeFolder();
-  Walk(*this, includesVersions, work, Walk::Purpose::take).run();
-}
-
-void BackupSnapshot::check(const FileManager& files, const path& root) {
-  BackupSnapshot nothing(files, root);
-  const BackupWork unwatched;
-  Walk(nothing, true, unwatched, Walk::Purpose::check).run();
+  Walk(*this, includesVersions, work).run();
 }
 
 void BackupSnapshot::makeFolder() {

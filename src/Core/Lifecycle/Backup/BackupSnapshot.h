@@ -29,10 +29,6 @@ class BackupSnapshot {
   // that no archive could give back, naming it; FileError, CancellationError.
   void take(bool includesVersions, const BackupWork& work);
 
-  // Throws as `take` would for what is in the root with its `.versions`, and takes nothing. Needs
-  // no gate.
-  static void check(const FileManager& files, const std::filesystem::path& root);
-
   // Any time later.
   [[nodiscard]] std::uint64_t bytes() const { return bytes_; }  // of all files
 
