@@ -11,8 +11,7 @@ BackupManager::Restored BackupManager::restore(const std::filesystem::path& zip,
   const BackupRestore restore(context_, zip);
   constexpr double copied = 0.3;  // of the work
   std::filesystem::path copy;
-  if (safetyCopy == SafetyCopy::make && restore.hasRoot())
-    copy = backup(work.part(0, copied), zip);
+  if (safetyCopy == SafetyCopy::make && restore.hasRoot()) copy = backup(work.part(0, copied), zip);
   Restored restored = restore.run(safetyCopy, beforeRestoreStep, work.part(copied, 1));
   restored.safetyCopy = copy;
   return restored;
