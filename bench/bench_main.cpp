@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
   registerSummaries();
   registerFrames();
   registerBot();
+  registerBackups();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return printTable() ? 0 : 1;

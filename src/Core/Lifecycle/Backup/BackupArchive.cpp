@@ -71,6 +71,33 @@ void checkCollisions(const ZipReader& zip) {
   }
 }
 
+// Looks at the contents of one entry after another, which come in one piece or more.
+class NoteReading {
+ public:
+  void begin(std::uint64_t size, bool isNote) {
+    size_ = size;
+    isHeld_ = isNote && size <= MemoFile::maxSize;
+    isReadable_ = false;
+    collected_.clear();
+  }
+  void add(std::string_view piece) {
+    if (!isHeld_) return;
+    if (piece.size() == size_)
+      isReadable_ = BackupNames::isReadableNote(piece);
+    else
+      collected_ += piece;
+  }
+  [[nodiscard]] bool isReadable() const {
+    return isReadable_ || (!collected_.empty() && BackupNames::isReadableNote(collected_));
+  }
+
+ private:
+  std::uint64_t size_ = 0;
+  bool isHeld_ = false;
+  bool isReadable_ = false;
+  std::string collected_;
+};
+
 }  // namespace
 
 BackupArchive::BackupArchive(FileSystem& fileSystem, const std::filesystem::path& path)
@@ -82,12 +109,12 @@ BackupManifest BackupArchive::manifest() const {
   return BackupManifest::parse(verified([&] { return zip_->contents(*entry, MemoFile::maxSize); }));
 }
 
-BackupArchive::Contents BackupArchive::prove(const BackupWork& work) const {
+BackupArchive::Contents BackupArchive::prove(const BackupWork& work, Notes notes) const {
   Contents contents;
   std::vector<const ZipEntry*> unreadable;
   verified([&] {
     zip_->checkStructure(work.stop);
-    readAll(work, contents, unreadable);
+    readAll(work, notes, contents, unreadable);
   });
   contents.manifest = manifest();
   checkIdentity(contents.manifest);
@@ -96,42 +123,35 @@ BackupArchive::Contents BackupArchive::prove(const BackupWork& work) const {
 
   std::vector<std::string> listed = contents.manifest.unreadableFiles;
   std::ranges::sort(listed);
+  contents.notes -= notes == Notes::read ? unreadable.size() : listed.size();
   for (const ZipEntry* entry : unreadable)
     if (!std::ranges::binary_search(listed, BackupNames::listed(entry->name)))
       refuse(fmt::format("备份含无法读取的笔记：{}", printable(lastComponent(entry->name))));
   return contents;
 }
 
-void BackupArchive::readAll(const BackupWork& work, Contents& contents,
+void BackupArchive::readAll(const BackupWork& work, Notes notes, Contents& contents,
                             std::vector<const ZipEntry*>& unreadable) const {
-  std::uint64_t all = 1;
+  std::uint64_t all = 0;
   for (const ZipEntry& entry : zip_->entries()) all += entry.compressedSize;
   std::uint64_t done = 0;
+  NoteReading note;
   ZipReader::Cursor cursor(*zip_);
-  std::string collected;
   for (const ZipEntry* entry : zip_->inFileOrder()) {
     throwIfStopped(work.stop);
     const bool isNote = BackupNames::isNote(entry->name);
-    const bool isHeld = isNote && entry->size <= MemoFile::maxSize;
-    bool isReadable = false;
-    std::uint64_t given = 0;
-    collected.clear();
+    note.begin(entry->size, isNote && notes == Notes::read);
     cursor.read(*entry, [&](std::string_view piece) {
       throwIfStopped(work.stop);
-      given += piece.size();
-      if (!isHeld) return;
-      if (piece.size() == entry->size)
-        isReadable = BackupNames::isReadableNote(piece);
-      else
-        collected += piece;
+      note.add(piece);
     });
-    if (!collected.empty()) isReadable = BackupNames::isReadableNote(collected);
-    if (isNote && isReadable) ++contents.notes;
-    if (isNote && !isReadable) unreadable.push_back(entry);
+    if (isNote && notes == Notes::read && !note.isReadable()) unreadable.push_back(entry);
+    if (isNote) ++contents.notes;
     if (!entry->isFolder() && entry->name != BackupManifest::fileName) ++contents.files;
-    contents.bytes += given;
+    contents.bytes += entry->size;
     done += entry->compressedSize;
-    if (work.progress) work.progress(static_cast<double>(done) / static_cast<double>(all));
+    if (work.progress && all > 0)
+      work.progress(static_cast<double>(done) / static_cast<double>(all));
   }
 }
 

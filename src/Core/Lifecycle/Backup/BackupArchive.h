@@ -37,11 +37,15 @@ class BackupArchive {
   // Whatever passes can be unpacked by the names of its entries in any order, each of them a file
   // or a folder of its own; but `bytes` may be more than a disk holds, and a disk that takes "a"
   // and "A" for the same may find two of one name.
-  [[nodiscard]] Contents prove(const BackupWork& work) const;
+  enum class Notes {
+    read,
+    asListed,  // whoever has just made the archive has read them: those not in the list count
+  };
+  [[nodiscard]] Contents prove(const BackupWork& work, Notes notes = Notes::read) const;
 
  private:
   // Reads every entry, and collects the notes that can't be read.
-  void readAll(const BackupWork& work, Contents& contents,
+  void readAll(const BackupWork& work, Notes notes, Contents& contents,
                std::vector<const ZipEntry*>& unreadable) const;
 
   std::unique_ptr<ZipReader> zip_;

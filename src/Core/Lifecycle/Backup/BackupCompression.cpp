@@ -12,6 +12,7 @@
 #include "Platform/Archive/ZipError.h"
 #include "Platform/Archive/ZipWriter.h"
 #include "Platform/Cancellation.h"
+#include "Platform/Files/FileError.h"
 
 namespace nomely {
 namespace {
@@ -95,13 +96,24 @@ class Compression {
   const BackupWork& work_;
 };
 
+void keepToOwner(File& file) {
+  try {
+    file.setPermissions(0600);
+  } catch (const FileError& error) {
+    // Sticks and cards have no permissions to give.
+    if (error.kind() != FileError::Kind::accessDenied &&
+        error.kind() != FileError::Kind::unsupported)
+      throw;
+  }
+}
+
 }  // namespace
 
 void compressBackup(const BackupSnapshot& snapshot, BackupManifest manifest, FileSystem& fileSystem,
                     const std::filesystem::path& target, const BackupWork& work) {
   const std::unique_ptr<File> file =
       fileSystem.open(target, FileSystem::OpenMode::createNew, LinkPolicy::noFollow);
-  file->setPermissions(0600);
+  keepToOwner(*file);
   try {
     Compression(*file, snapshot.bytes(), std::move(manifest), work).run(snapshot);
   } catch (const ZipError& error) {

@@ -45,6 +45,18 @@ class Partial {
   path path_;
 };
 
+// Gives a finished archive its name, which must be free, for good.
+void place(const FileManager& files, const path& from, const path& to) {
+  try {
+    files.fileSystem().rename(from, to, Replacement::forbid);
+  } catch (const FileError&) {
+    // exFAT knows neither renaming without replacement nor a second name.
+    if (files.exists(to)) throw;
+    files.fileSystem().rename(from, to, Replacement::allow);
+  }
+  files.fileSystem().syncDirectory(to.parent_path());
+}
+
 // Part of the work as a stretch of the whole's progress.
 BackupWork stretch(const BackupWork& work, double from, double to) {
   BackupWork part{.stop = work.stop};
@@ -124,8 +136,6 @@ void BackupManager::createArchive(const path& destination, ArchiveKind kind, boo
   FileSystem& fileSystem = context_.files.fileSystem();
   if (context_.files.exists(destination)) throw FileError("新建", destination, EEXIST);
   const path folder = destination.parent_path();
-  // A root that is a link lies where the link leads.
-  const path root = std::filesystem::weakly_canonical(context_.paths.rootURL);
   BackupManifest manifest{.archiveKind = kind,
                           .sourcePath = context_.paths.rootURL.string(),
                           .includesVersions = includesVersions,
@@ -133,7 +143,7 @@ void BackupManager::createArchive(const path& destination, ArchiveKind kind, boo
                           .buildNumber = version_.build};
 
   const Partial partial(context_.files, folder);
-  BackupSnapshot snapshot(context_.files, root);
+  BackupSnapshot snapshot(context_.files, resolvedRoot());
   context_.write([&] {
     const auto begun = std::chrono::steady_clock::now();
     context_.files.createDirectories(folder, ownerOnly);
@@ -146,13 +156,20 @@ void BackupManager::createArchive(const path& destination, ArchiveKind kind, boo
   if (beforeCompression) beforeCompression();
   compressBackup(snapshot, std::move(manifest), fileSystem, partial.name(),
                  stretch(work, 0.2, 0.7));
-  (void)BackupArchive(fileSystem, partial.name()).prove(stretch(work, 0.7, 1));
+  (void)BackupArchive(fileSystem, partial.name())
+      .prove(stretch(work, 0.7, 1), BackupArchive::Notes::asListed);
   throwIfStopped(work.stop);
-  context_.write([&] {
-    fileSystem.rename(partial.name(), destination, Replacement::forbid);
-    fileSystem.syncDirectory(folder);
-  });
+  context_.write([&] { place(context_.files, partial.name(), destination); });
   if (work.progress) work.progress(1);
+}
+
+path BackupManager::resolvedRoot() const {
+  // A root that is a link lies where the link leads.
+  return std::filesystem::weakly_canonical(context_.paths.rootURL);
+}
+
+std::vector<BackupObstacles::Obstacle> BackupManager::obstacles(const std::stop_token& stop) const {
+  return BackupObstacles(context_.files.fileSystem(), resolvedRoot(), false).find(stop);
 }
 
 BackupManifest BackupManager::readManifest(const path& zip) const {

@@ -12,6 +12,7 @@
 #include "Core/Lifecycle/Backup/BackupArchive.h"
 #include "Core/Lifecycle/Backup/BackupError.h"
 #include "Core/Lifecycle/Backup/BackupManifest.h"
+#include "Core/Lifecycle/Backup/BackupObstacles.h"
 #include "Core/Lifecycle/Backup/BackupWork.h"
 #include "Core/Lifecycle/Backup/RestoreResult.h"
 #include "Core/Storage/StoreContext.h"
@@ -66,6 +67,8 @@ class BackupManager {
   [[nodiscard]] std::string fileName(ArchiveKind kind) const;
 
   [[nodiscard]] BackupManifest readManifest(const std::filesystem::path& zip) const;
+  // What would keep `backup` from making an archive. See BackupObstacles::find.
+  [[nodiscard]] std::vector<BackupObstacles::Obstacle> obstacles(const std::stop_token& stop) const;
   // See BackupArchive::prove.
   [[nodiscard]] BackupArchive::Contents verify(const std::filesystem::path& zip,
                                                const BackupWork& work) const;
@@ -81,6 +84,7 @@ class BackupManager {
  private:
   // In the gate: removes the automatic archives that are too many, `kept` not among them.
   void prune(const std::vector<std::string>& kept) const;
+  [[nodiscard]] std::filesystem::path resolvedRoot() const;
 
   StoreContext context_;
   std::size_t maxBackups_;

@@ -25,7 +25,6 @@ struct Header {
 
 Writer::Writer(FileSystem& fileSystem, const std::filesystem::path& path)
     : file_(fileSystem.open(path, FileSystem::OpenMode::createNew, LinkPolicy::noFollow)) {
-  file_->setPermissions(0600);
   buffer_.reserve(2 * bufferSize);
 }
 

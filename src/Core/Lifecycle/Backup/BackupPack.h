@@ -35,7 +35,7 @@ struct Record {
 // For one thread. Throws FileError.
 class Writer {
  public:
-  // `path` must be free; the owner alone can read what is made there.
+  // `path` must be free, in a folder that its owner alone can enter.
   Writer(FileSystem& fileSystem, const std::filesystem::path& path);
   void add(const Record& record, std::string_view contents);
   void finish();

@@ -7,8 +7,7 @@
 #include <fmt/format.h>
 
 #include "Core/Lifecycle/Backup/BackupError.h"
-#include "Core/Lifecycle/Backup/BackupManifest.h"
-#include "Core/Lifecycle/Backup/BackupNames.h"
+#include "Core/Lifecycle/Backup/BackupObstacles.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/Files/OpenFolder.h"
@@ -36,10 +35,6 @@ bool isVanished(const FileError& error) {
          error.kind() == FileError::Kind::notADirectory;
 }
 
-bool isOwnTemporary(std::string_view name) {
-  return name.starts_with(".nomely-archive-") || FileManager::isTemporaryName(name);
-}
-
 }  // namespace
 
 class BackupSnapshot::Walk {
@@ -47,8 +42,7 @@ class BackupSnapshot::Walk {
   Walk(BackupSnapshot& snapshot, bool includesVersions, const BackupWork& work)
       : snapshot_(snapshot),
         fileSystem_(snapshot.files_.fileSystem()),
-        includesVersions_(includesVersions),
-        isMounted_(fileSystem_.isMountPoint(snapshot.root_)),
+        scope_(fileSystem_, snapshot.root_, includesVersions),
         work_(work),
         pack_(fileSystem_, snapshot.folder_ / packName) {}
 
@@ -59,7 +53,7 @@ class BackupSnapshot::Walk {
     const std::vector<DirectoryEntry> entries = sorted(*root);
     std::size_t done = 0;
     for (const DirectoryEntry& entry : entries) {
-      if (!isLeftOut(entry.name)) add(*root, snapshot_.root_, "", entry);
+      add(*root, snapshot_.root_, "", entry);
       ++done;
       if (work_.progress)
         work_.progress(static_cast<double>(done) / static_cast<double>(entries.size()));
@@ -75,26 +69,14 @@ class BackupSnapshot::Walk {
     return entries;
   }
 
-  // Of the root's own entries.
-  [[nodiscard]] bool isLeftOut(std::string_view name) const {
-    return name == ".backups" || name == ".updates" || name == BackupManifest::fileName ||
-           (name == ".versions" && !includesVersions_) ||
-           // Of the file system's, closed to all but the administrator.
-           (name == "lost+found" && isMounted_);
-  }
-
   // `within` is the parent relative to the root, with a "/" at its end unless it is the root.
   void add(OpenFolder& folder, const path& parent, const std::string& within,
            const DirectoryEntry& entry) {
-    if (entry.name == ".DS_Store" || isOwnTemporary(entry.name)) return;
-    const path whole = parent / entry.name;
     const std::string name = within + entry.name;
-    if (entry.type == FileType::symbolicLink)
-      refuse("数据目录含符号链接，未生成可能无法恢复的归档", whole);
-    if (entry.type == FileType::other)
-      refuse("数据目录含管道、套接字或设备，请移走后再备份", whole);
-    if (entry.name == ".backups") refuse("子目录不能叫 .backups，请改名后再备份", whole);
-    if (!BackupNames::isSafe(name)) refuse("名称含反斜杠或盘符，无法恢复，请改名后再备份", whole);
+    if (scope_.leavesOut(name)) return;
+    const path whole = parent / entry.name;
+    if (const auto reason = BackupObstacles::reason(name, entry.type); !reason.empty())
+      refuse(reason, whole);
     throwIfStopped(work_.stop);
     if (entry.type == FileType::directory)
       addFolder(whole, name + "/");
@@ -191,8 +173,7 @@ class BackupSnapshot::Walk {
 
   BackupSnapshot& snapshot_;
   FileSystem& fileSystem_;
-  bool includesVersions_;
-  bool isMounted_;
+  BackupObstacles scope_;
   const BackupWork& work_;
   BackupPack::Writer pack_;
   ReadBuffer buffer_;

@@ -135,6 +135,9 @@ TEST_F(BackupManagerTest, RootsThatCouldNotBeRestoredAreRefused) {
     const std::string message = messageOf<BackupError>([&] { (void)backups.backup(); });
     EXPECT_THAT(message, StartsWith("备份副本创建失败：" + reason));
     EXPECT_THAT(message, EndsWith("：" + (root / name).string()));
+    const auto obstacles = backups.obstacles({});
+    ASSERT_THAT(obstacles, SizeIs(1)) << name;
+    EXPECT_EQ(obstacles[0].path, root / name);
     EXPECT_THAT(backups.listBackups(), IsEmpty());
     expectNothingLeft();
     fs::remove(root / name);
