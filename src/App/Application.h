@@ -6,13 +6,16 @@
 
 #include "App/AppSettings.h"
 #include "App/ResidentLock.h"
+#include "Core/Lifecycle/Maintenance/StartupMaintenance.h"
 #include "Core/Lifecycle/StartupCoordinator.h"
 #include "Core/Query/EntryDateIndex.h"
 #include "Core/Query/SearchIndex.h"
 #include "Core/Service/MemoService.h"
 #include "Core/Storage/TagConfigStore.h"
 #include "Platform/Concurrency/JobPool.h"
+#include "Platform/Concurrency/Lifetime.h"
 #include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Concurrency/Observable.h"
 #include "Platform/Concurrency/Timers.h"
 #include "Platform/Network/HttpClient.h"
 #include "Platform/Network/WebSocketClient.h"
@@ -83,8 +86,14 @@ class Application {
   // Starts the jobs that follow the first content, once, when `ready`. Called at each change of
   // that condition.
   void startMaintenance(bool ready);
+  // Tells the user of recordings that the maintenance pass has put into memos.
+  Observable<std::optional<std::string>> orphanRestoreToast;
 
  private:
+  // The pass over the stored data, on a background thread.
+  [[nodiscard]] StartupMaintenance::Result runMaintenance(const std::stop_token& stop);
+  void showMaintenance(const StartupMaintenance::Result& result);
+
   MainExecutor& executor_;
   HttpClient& http_;
   WebSocketClient& webSockets_;
@@ -106,6 +115,7 @@ class Application {
   ResidentLock residentLock_;
   std::unique_ptr<ResidentBot> residentBot_;
   StartupCoordinator startup_;
+  Lifetime lifetime_;
 };
 
 }  // namespace nomely

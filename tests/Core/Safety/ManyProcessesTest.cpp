@@ -12,7 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "Core/Lifecycle/TemporaryFileSweep.h"
+#include "Core/Lifecycle/Maintenance/TemporaryFileSweep.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/DayStore.h"
 #include "Core/Storage/WriteError.h"

@@ -84,6 +84,11 @@ std::string linesMissing(const std::string& from, const std::string& to, char ma
 
 }  // namespace
 
+bool Oracle::isTemporary(const std::string& path) {
+  return FileManager::isTemporaryName(fs::path(path).filename().native()) ||
+         path.starts_with("root/.migrating/");
+}
+
 Oracle::Oracle(const Tree& before, const Tree& after) : beforeTree_(before), afterTree_(after) {
   for (const auto& [name, bytes] : before)
     for (const std::string& text : {name, bytes})
@@ -119,8 +124,7 @@ std::string Oracle::placeOf(const std::string& path) const {
 Oracle::View Oracle::viewOf(const Tree& tree) const {
   View view;
   for (const auto& [path, bytes] : tree)
-    if (!path.ends_with('/') && !FileManager::isTemporaryName(fs::path(path).filename().native()))
-      view.files[path] = bytes;
+    if (!path.ends_with('/') && !isTemporary(path)) view.files[path] = bytes;
   for (const auto& [path, bytes] : view.files) {
     view.items.emplace(placeOf(path), settled(bytes));
     view.contents.insert(settled(bytes));
