@@ -12,8 +12,8 @@
 
 #include "App/HourlyBackup.h"
 #include "App/ResidentBot.h"
-#include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Editor/Intelligence/SummaryGeneration.h"
+#include "Editor/Recording/RecordingRecovery.h"
 #include "Editor/Timeline/DayViewModel.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Concurrency/NotificationCenter.h"
@@ -205,16 +205,43 @@ void Application::endResidence() {
   residentBot_.reset();
 }
 
+StartupMaintenance::Result Application::runMaintenance(const std::stop_token& stop) {
+  const auto rescueRecordings = [this](const std::stop_token& token) {
+    return RecordingRecovery::run(memos_, token).size();
+  };
+  return StartupMaintenance(
+             memos_, userDefaults_,
+             {.backup = [this](const std::stop_token& token) { backups_.backup({.stop = token}); },
+              .rescueRecordings = rescueRecordings})
+      .run(stop);
+}
+
+void Application::showMaintenance(const StartupMaintenance::Result& result) {
+  if (result.changed) {
+    searchIndex_.invalidateCache();
+    searchIndex_.warmUp([] {});
+    if (entryDateIndex_) entryDateIndex_->refresh();
+    if (dayViewModel_) dayViewModel_->refreshCurrentTimeline(DayViewModel::Cause::externalWrite);
+    NotificationCenter::shared().post(Notifications::refreshSidebarTags);
+  }
+  if (result.restoredAudio > 0)
+    orphanRestoreToast.set(fmt::format("自动恢复 {} 段录音，已挂在「{}」标签下",
+                                       result.restoredAudio, MemoService::recordingTag));
+}
+
 void Application::startMaintenance(bool ready) {
   if (isUnitTesting_ || dataMaintenance()) return;
   const auto maintenance = [this](const std::stop_token& stop,
                                   const StartupCoordinator::Completion& completion) {
+    const auto finish =
+        lifetime_.guard([this, stop, completion](const StartupMaintenance::Result& result) {
+          if (!stop.stop_requested()) showMaintenance(result);
+          completion(nullptr);
+        });
     jobs_.submit(
-        [storage = storage_, stop, completion](const std::stop_token&) {
+        [this, stop, completion, finish](const std::stop_token&) {
           try {
-            TrashStore(storage).finishInterrupted();
-            sweepTemporaryFiles(storage, stop);
-            completion(nullptr);
+            executor_.post([finish, result = runMaintenance(stop)] { finish(result); });
           } catch (...) {
             completion(std::current_exception());
           }

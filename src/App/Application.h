@@ -10,6 +10,7 @@
 #include "App/RiskyOperation.h"
 #include "Core/Lifecycle/Backup/BackupManager.h"
 #include "Core/Lifecycle/DataDirWatcher.h"
+#include "Core/Lifecycle/Maintenance/StartupMaintenance.h"
 #include "Core/Lifecycle/StartupCoordinator.h"
 #include "Core/Query/EntryDateIndex.h"
 #include "Core/Query/SearchIndex.h"
@@ -19,6 +20,7 @@
 #include "Platform/Concurrency/JobPool.h"
 #include "Platform/Concurrency/Lifetime.h"
 #include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Concurrency/Observable.h"
 #include "Platform/Concurrency/Subscription.h"
 #include "Platform/Concurrency/Timers.h"
 #include "Platform/Network/HttpClient.h"
@@ -107,11 +109,16 @@ class Application {
   // Starts the jobs that follow the first content, once, when `ready`. Called at each change of
   // that condition.
   void startMaintenance(bool ready);
+  // Tells the user of recordings that the maintenance pass has put into memos.
+  Observable<std::optional<std::string>> orphanRestoreToast;
 
  private:
   [[nodiscard]] std::unique_ptr<DataDirWatcher> makeWatcher();
   // After other programs' writes.
   void readAgain();
+  // The pass over the stored data, on a background thread.
+  [[nodiscard]] StartupMaintenance::Result runMaintenance(const std::stop_token& stop);
+  void showMaintenance(const StartupMaintenance::Result& result);
 
   MainExecutor& executor_;
   HttpClient& http_;

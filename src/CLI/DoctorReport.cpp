@@ -53,6 +53,9 @@ void addNotes(Lines& lines, const RootInspector::Report& report) {
   lines.add("无主的附件", report.orphanedAttachments);
   if (!report.orphanedAttachments.empty())
     lines.say("没有笔记用到它们。挂到一条笔记上：nomely attach REF 文件；不要了就删除。");
+  lines.add("没有导入的旧日记", report.leftOutTexts);
+  if (!report.leftOutTexts.empty())
+    lines.say("那些天已经有笔记，旧文件原样留着。要用的文字：nomely add --date 日期 - < 文件。");
 }
 
 void addHistory(Lines& lines, const RootInspector::Report& report) {
@@ -86,6 +89,7 @@ Json DoctorReport::json() const {
             {"unreadableTrash", jsonOf(report.unreadableTrash, "folder")},
             {"missingAttachments", Json::array()},
             {"orphanedAttachments", jsonOf(report.orphanedAttachments)},
+            {"leftOutTexts", jsonOf(report.leftOutTexts)},
             {"sharedIdentities", Json::array()},
             {"strandedHistories", Json::array()},
             {"damagedDrafts", jsonOf(report.damagedDrafts)},

@@ -98,8 +98,8 @@ class RecordCommand final : public Command {
   static void recover(Session& session) {
     const auto recovered = RecordingRecovery::run(session.memos(), {});
     if (!recovered.empty())
-      session.say(
-          fmt::format("{} 段录音，已挂在「{}」标签下", recovered.size(), RecordingRecovery::tag));
+      session.say(fmt::format("{} 段录音，已挂在「{}」标签下", recovered.size(),
+                              MemoService::recordingTag));
   }
 
   static void followToItsEnd(AudioRecorder& recorder, const Session& session) {

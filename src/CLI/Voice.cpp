@@ -40,7 +40,7 @@ std::optional<Memo> Voice::keep(const TranscriptionResult& result, const std::st
       return false;
     if (!result.transcript.isEmpty()) memo.audioTranscripts[attachment] = result.transcript;
     if (!result.text.empty()) {
-      if (trimSpaceAndBreaks(memo.body).empty()) std::erase(memo.tags, RecordingRecovery::tag);
+      if (trimSpaceAndBreaks(memo.body).empty()) std::erase(memo.tags, MemoService::recordingTag);
       memo.body = MemoTextUtilities::editedBody(
           memo.body, MemoTextUtilities::textWithParagraph(memo.body, result.text));
     }

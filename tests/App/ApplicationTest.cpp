@@ -5,6 +5,7 @@
 #include "Editor/Timeline/DayViewModel.h"
 #include "Platform/Concurrency/RunLoop.h"
 #include "Support/ManualClock.h"
+#include "Support/RandomText.h"
 #include "Support/TemporaryFolder.h"
 
 namespace nomely::test {
@@ -105,9 +106,12 @@ TEST_F(ApplicationTest, UnreadableRootShowsEmptyDays) {
   EXPECT_THROW((void)application.dayStore().createMemo(day("2026-03-01"), {}), Error);
 }
 
-TEST_F(ApplicationTest, MaintenanceSweepsWhenReady) {
-  const fs::path leftover = home / "NomelyData" / "2026-03-01" / ".nomely-a.tmp";
+TEST_F(ApplicationTest, MaintenanceSweepsAndRestoresRecordingsWhenReady) {
+  const fs::path root = home / "NomelyData";
+  const fs::path leftover = root / "2026-03-01" / ".nomely-a.tmp";
   writeFile(leftover, "half");
+  writeFile(root / "2026-03-01" / "lost.m4a", "sound");
+  writeFile(root / ".drafts/recordings/voice_2026-03-02_093005.m4a", filledWith("sound", 5000));
   Application application(with({}));
   application.startMaintenance(false);
   EXPECT_EQ(application.startup().state(), State::waitingForContent);
@@ -115,6 +119,10 @@ TEST_F(ApplicationTest, MaintenanceSweepsWhenReady) {
   const auto completed = [&] { return application.startup().state() == State::completed; };
   ASSERT_TRUE(loop.runUntil(completed, 10s));
   EXPECT_FALSE(fs::exists(leftover));
+  EXPECT_EQ(application.orphanRestoreToast.get(), "自动恢复 2 段录音，已挂在「语音」标签下");
+  EXPECT_EQ(application.dayStore().listMemos(day("2026-03-01")).at(0).attachments,
+            std::vector<std::string>{"lost.m4a"});
+  EXPECT_EQ(application.dayStore().listMemos(day("2026-03-02")).size(), 1U);
 }
 
 TEST_F(ApplicationTest, EndsWhileJobsRun) {

@@ -8,7 +8,9 @@
 #include <fmt/format.h>
 
 #include "Core/Extensions/PathNames.h"
-#include "Core/Lifecycle/TemporaryFileSweep.h"
+#include "Core/Lifecycle/Maintenance/DataMigrator.h"
+#include "Core/Lifecycle/Maintenance/OrphanAttachmentFinder.h"
+#include "Core/Lifecycle/Maintenance/TemporaryFileSweep.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/DraftStore.h"
 #include "Core/Storage/MemoFile.h"
@@ -39,6 +41,12 @@ std::vector<DirectoryEntry> entriesOf(const FileManager& files,
   } catch (const FileError&) {
     return {};
   }
+}
+
+// Attached as any file may be, or put there by somebody who took it for a memo.
+bool isStrayMarkdown(const DirectoryEntry& entry) {
+  return entry.type == FileType::regular && pathExtension(entry.name) == "md" &&
+         !DiskPaths::seqNumber(entry.name);
 }
 
 template <typename Value>
@@ -109,7 +117,7 @@ RootInspector::Report RootInspector::inspect(const std::function<void(double)>& 
   if (!store_.context().files.exists(root)) return {};
   throwIfStopped(stop);
   Findings aside;
-  const std::vector<Day> allDays = days();
+  const std::vector<Day> allDays = store_.dayFolders();
   const std::vector<VersionFolder> versions = versionFolders();
   const std::vector<std::string> trash = trashFolders(aside.report);
   const std::vector<DirectoryEntry> entries = store_.context().files.listAll(root);
@@ -122,6 +130,7 @@ RootInspector::Report RootInspector::inspect(const std::function<void(double)>& 
   round.each(trash,
              [&](const std::string& name, Findings& found) { inspectTrashFolder(name, found); });
   inspectDrafts(round.all.report);
+  inspectOldTexts(round.all.report);
   inspectIdentities(round.all.identities, round.all.report);
   round.each(entries, [&](const DirectoryEntry& entry, Findings& found) {
     try {
@@ -133,16 +142,6 @@ RootInspector::Report RootInspector::inspect(const std::function<void(double)>& 
   return std::move(round.all.report);
 }
 
-std::vector<Day> RootInspector::days() const {
-  const std::filesystem::path& root = store_.paths().rootURL;
-  std::vector<Day> days;
-  for (const DirectoryEntry& entry : store_.context().files.listVisible(root))
-    if (const auto day = Day::parse(entry.name);
-        day && store_.context().files.isDirectory(root / entry.name))
-      days.push_back(*day);
-  return days;
-}
-
 void RootInspector::inspectDay(Day day, Findings& found) const {
   try {
     const std::filesystem::path folder = day.string();
@@ -152,7 +151,7 @@ void RootInspector::inspectDay(Day day, Findings& found) const {
     bool areAllRead = true;
     const auto entries = store_.context().files.listVisible(store_.paths().dayFolder(day));
     for (const DirectoryEntry& entry : entries)
-      if (entry.type == FileType::regular && !DiskPaths::seqNumber(entry.name))
+      if (OrphanAttachmentFinder::isAttachment(entry) || isStrayMarkdown(entry))
         unnamed.insert(entry.name);
     for (const DirectoryEntry& entry : entries) {
       const auto number = DiskPaths::seqNumber(entry.name);
@@ -160,8 +159,10 @@ void RootInspector::inspectDay(Day day, Findings& found) const {
       holdsMemos = true;
       if (*number >= 1 && entry.name == DiskPaths::memoFileName(*number))
         areAllRead = inspectMemo(day, entry.name, unnamed, found) && areAllRead;
-      else
+      else {
         found.report.unreadableMemos.push_back({{folder / entry.name, oddName}, day, *number, {}});
+        areAllRead = false;
+      }
     }
     found.report.days += holdsMemos ? 1 : 0;
     if (!areAllRead) return;
@@ -207,6 +208,15 @@ void RootInspector::inspectDrafts(Report& report) const {
   try {
     for (const std::filesystem::path& file : drafts.damagedDrafts())
       report.damagedDrafts.push_back(file.lexically_relative(store_.paths().rootURL));
+  } catch (const FileError&) {
+    // The tree's own inspection tells of a folder that can't be listed.
+  }
+}
+
+void RootInspector::inspectOldTexts(Report& report) const {
+  try {
+    for (const Day day : DataMigrator(store_.context()).leftOut())
+      report.leftOutTexts.push_back(DataMigrator::textOf(day));
   } catch (const FileError&) {
     // The tree's own inspection tells of a folder that can't be listed.
   }

@@ -57,6 +57,9 @@ class RootInspector {
     // Files beside memos that none of these and no draft names, relative to the root; those of days
     // on which a memo can't be read are left out, and all of them while a draft can't be.
     std::vector<std::filesystem::path> orphanedAttachments;
+    // Texts of the oldest layout, relative to the root, that were not brought in because the folder
+    // of their day was there already.
+    std::vector<std::filesystem::path> leftOutTexts;
     std::vector<SharedIdentity> sharedIdentities;
     std::vector<StrandedHistory> strandedHistories;
     std::vector<std::filesystem::path> danglingLinks;        // symbolic ones, relative to the root
@@ -66,7 +69,7 @@ class RootInspector {
 
     [[nodiscard]] bool isClean() const {
       return unreadableMemos.empty() && unreadableVersions.empty() && unreadableTrash.empty() &&
-             missingAttachments.empty() && orphanedAttachments.empty() &&
+             missingAttachments.empty() && orphanedAttachments.empty() && leftOutTexts.empty() &&
              sharedIdentities.empty() && strandedHistories.empty() && danglingLinks.empty() &&
              damagedDrafts.empty() && staleTemporaryFiles.empty() && unreadableFolders.empty();
     }
@@ -100,7 +103,6 @@ class RootInspector {
   };
   class Round;
 
-  [[nodiscard]] std::vector<Day> days() const;
   [[nodiscard]] std::vector<VersionFolder> versionFolders() const;
   // The names of the folders in the trash. A trash that is a link goes into `report` instead.
   [[nodiscard]] std::vector<std::string> trashFolders(Report& report) const;
@@ -110,6 +112,7 @@ class RootInspector {
   bool inspectMemo(Day day, const std::string& fileName, std::set<std::string>& unnamed,
                    Findings& found) const;
   void inspectDrafts(Report& report) const;
+  void inspectOldTexts(Report& report) const;
   void inspectIdentities(const Identities& identities, Report& report) const;
   void inspectVersionFolder(const VersionFolder& folder, Report& report) const;
   void inspectTrashFolder(const std::string& name, Findings& found) const;

@@ -34,6 +34,8 @@ class MemoService {
  public:
   // What `source` says of notes that were typed here.
   static constexpr const char* typedHere = "nomely";
+  // The tag of memos that are made of a recording alone.
+  static constexpr const char* recordingTag = "语音";
 
   explicit MemoService(StoreContext context);
 
@@ -105,6 +107,10 @@ class MemoService {
   // left, or is gone.
   std::optional<Memo> rewrite(Day day, std::int64_t seqNumber,
                               const std::function<bool(Memo&)>& rewrite) const;
+
+  // Puts `upgraded`, which has an identity, in the place of `original`, which has to be what is
+  // stored: the same note with a header of today's form. Takes no snapshot.
+  void upgrade(Day day, const Memo& original, const Memo& upgraded) const;
 
   // Puts a snapshot in the memo's place. The state that it replaces becomes a snapshot itself.
   Memo restoreVersion(Day day, const Memo& original, const VersionEntry& version) const;

@@ -23,24 +23,6 @@ std::string withExtension(std::string name, std::string_view extension) {
   return extension.empty() ? name : fmt::format("{}.{}", name, extension);
 }
 
-// Short, and never the name of a memo: eight digits may all be decimal.
-std::string shortName(std::string_view extension) {
-  // With a backslash in it no name would ever be safe.
-  if (!VersionStore::isSafeFilename(extension)) extension = {};
-  for (;;) {
-    std::string name = withExtension(Uuid::random().string().substr(0, 8), extension);
-    if (AttachmentManager::isSafeName(name)) return name;
-  }
-}
-
-// Old archives hold names in the encoding of the machine that made them, most often this one.
-// Characters that can't be told show as U+FFFD, for a memo can hold nothing but UTF-8.
-std::string readableName(std::string_view name) {
-  if (isValidUtf8(name)) return std::string(name);
-  constexpr int gb18030 = 54936;
-  return toUtf8(CodePage(gb18030).decode(name));
-}
-
 ImportError notFound(std::string_view name) {
   return {ImportError::Kind::fileNotFound, fmt::format("找不到附件文件：{}", name)};
 }
@@ -59,7 +41,7 @@ AttachmentManager::ImportResult AttachmentManager::importFile(
     const std::filesystem::path folder = context_.paths.dayFolder(day);
     context_.prepareFolder(folder);
     const std::string original = readableName(lastComponent(source.native()));
-    std::string name = shortName(extension ? *extension : lowerCaseExtension(original));
+    std::string name = freshName(extension ? *extension : lowerCaseExtension(original));
     try {
       context_.files.copyFile(source, folder / name);
     } catch (const FileError& error) {
@@ -121,6 +103,24 @@ void AttachmentManager::preparePendingAttachments(const std::vector<std::string>
         throw ImportError(ImportError::Kind::copyFailed, "目标日期有同名的不同附件，已停止保存");
     }
   });
+}
+
+// Short, and never the name of a memo: eight digits may all be decimal.
+std::string AttachmentManager::freshName(std::string_view extension) {
+  // With a backslash in it no name would ever be safe.
+  if (!VersionStore::isSafeFilename(extension)) extension = {};
+  for (;;) {
+    std::string name = withExtension(Uuid::random().string().substr(0, 8), extension);
+    if (isSafeName(name)) return name;
+  }
+}
+
+// Old archives hold names in the encoding of the machine that made them, most often this one.
+// Characters that can't be told show as U+FFFD, for a memo can hold nothing but UTF-8.
+std::string AttachmentManager::readableName(std::string_view name) {
+  if (isValidUtf8(name)) return std::string(name);
+  constexpr int gb18030 = 54936;
+  return toUtf8(CodePage(gb18030).decode(name));
 }
 
 bool AttachmentManager::isSafeName(std::string_view name) {

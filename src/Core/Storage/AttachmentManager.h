@@ -68,6 +68,11 @@ class AttachmentManager {
   void preparePendingAttachments(const std::vector<std::string>& filenames,
                                  const PendingPlaces& places) const;
 
+  // A name for an attachment that nothing else has: "3F2504E0.jpg". `extension` may be empty.
+  [[nodiscard]] static std::string freshName(std::string_view extension);
+  // A file's name as text: bytes that are no UTF-8 are read as GB 18030.
+  [[nodiscard]] static std::string readableName(std::string_view name);
+
   // Whether a name found in a memo may be touched as an attachment: it stays inside its folder and
   // is not the name of a memo.
   [[nodiscard]] static bool isSafeName(std::string_view name);

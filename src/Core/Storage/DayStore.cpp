@@ -89,6 +89,16 @@ std::int64_t DayStore::nextSeqNumber(Day day) const {
   return highest + 1;
 }
 
+std::vector<Day> DayStore::dayFolders() const {
+  const std::filesystem::path& root = context_.paths.rootURL;
+  std::vector<Day> days;
+  for (const DirectoryEntry& entry : context_.files.listVisible(root))
+    if (const auto day = Day::parse(entry.name);
+        day && context_.files.isDirectory(root / entry.name))
+      days.push_back(*day);
+  return days;
+}
+
 std::vector<Day> DayStore::listAllDates() const {
   if (!context_.files.exists(context_.paths.rootURL)) return {};
   std::vector<Day> days;

@@ -54,6 +54,8 @@ class DayStore {
   // One more than the highest number in use: 1, 2, 7 → 8. Unreadable files count.
   [[nodiscard]] std::int64_t nextSeqNumber(Day day) const;
 
+  // The days that have a folder, in ascending order, whatever is in it.
+  [[nodiscard]] std::vector<Day> dayFolders() const;
   // The days that hold a file with extension "md", in ascending order.
   [[nodiscard]] std::vector<Day> listAllDates() const;
 

@@ -38,6 +38,10 @@ bool hasChanges(const FocusMemoDraft& draft, const Memo& stored) {
 
 using Names = std::set<std::string>;
 
+void addRecording(Names& names, const std::optional<std::string>& path) {
+  if (path) names.insert(std::filesystem::path(*path).filename().string());
+}
+
 void addAll(Names& names, const std::vector<std::string>& attachments,
             const std::map<std::string, AudioTranscript>& transcripts) {
   std::ranges::copy(PendingMemoAttachments::merged(attachments, transcripts),
@@ -50,12 +54,14 @@ Names namesIn(const QuickInputDraft& draft) {
   // Taking back what an AI action did brings these back too.
   if (const auto& snapshot = draft.attachmentsSnapshotBeforeAI)
     addAll(names, snapshot->attachments, snapshot->transcripts);
+  addRecording(names, draft.activeRecordingPath);
   return names;
 }
 
 Names namesIn(const FocusMemoDraft& draft) {
   Names names;
   addAll(names, draft.attachments, draft.audioTranscripts);
+  addRecording(names, draft.activeRecordingPath);
   return names;
 }
 

@@ -44,8 +44,8 @@ class DraftStore {
   // Where recordings under way lie; made when missing. Throws FileError, WriteError.
   [[nodiscard]] std::filesystem::path ensureRecordingsDir() const;
 
-  // The names of all attachments that a draft needs. Absent when a draft or the folder can't be
-  // read, so that nothing may be called orphaned.
+  // The names of all attachments and recordings that a draft needs. Absent when a draft or the
+  // folder can't be read, so that nothing may be called orphaned.
   [[nodiscard]] std::optional<std::set<std::string>> pendingAttachmentReferences() const;
 
   // Drafts that could not be decoded: those moved aside, and those still in their place.

@@ -79,7 +79,7 @@ class Recovery {
     // Where that can't be told, the sound is safe in the day's folder and a look later decides.
     if (!inMemos || !inDrafts) throw FileError("读取", context_.paths.dayFolder(day), EIO);
     if (inMemos->contains(*copy) || inDrafts->contains(*copy)) return std::nullopt;
-    DayStore::NewMemo content{.tags = {RecordingRecovery::tag}, .attachments = {*copy}};
+    DayStore::NewMemo content{.tags = {MemoService::recordingTag}, .attachments = {*copy}};
     content.time = DateFormatters::timeOnly.format(recording.begun());
     content.originalNames[*copy] = recording.path().filename().string();
     return RecordingRecovery::Recovered{day, memos_.create(day, std::move(content))};
@@ -95,9 +95,14 @@ class Recovery {
 std::vector<RecordingRecovery::Recovered> RecordingRecovery::run(const MemoService& memos,
                                                                  const std::stop_token& stop) {
   std::vector<Recovered> all;
-  const auto folder = DraftStore(memos.context()).ensureRecordingsDir();
+  const DraftStore drafts(memos.context());
+  const auto folder = drafts.ensureRecordingsDir();
+  // Whoever opens the draft that it belongs to finds it there.
+  const auto needed = drafts.pendingAttachmentReferences();
+  if (!needed) return all;
   for (LockedRecording& recording : LockedRecording::leftBehind(folder)) {
     throwIfStopped(stop);
+    if (needed->contains(recording.path().filename().string())) continue;
     try {
       if (auto recovered = Recovery(memos, stop).take(recording))
         all.push_back(std::move(*recovered));
@@ -113,7 +118,7 @@ std::vector<RecordingRecovery::Recovered> RecordingRecovery::run(const MemoServi
 RecordingRecovery::Recovered RecordingRecovery::intoMemo(const std::filesystem::path& recording,
                                                          Moment begun, const MemoService& memos) {
   const Day day = Day::of(begun);
-  DayStore::NewMemo content{.tags = {tag}};
+  DayStore::NewMemo content{.tags = {MemoService::recordingTag}};
   content.time = DateFormatters::timeOnly.format(begun);
   return {day, memos.create(day, std::move(content), {recording})};
 }

@@ -10,11 +10,9 @@
 namespace nomely {
 
 // Makes memos of the recordings whose recorder died before they were in one. Whatever ends the
-// process, each recording comes to one memo; several processes may be at it at once.
+// process, each recording comes to one memo; several processes may be at it at once. One that a
+// draft names is left to whoever opens that draft, and all of them while a draft can't be read.
 namespace RecordingRecovery {
-
-// The tag of memos that are made of a recording alone.
-inline constexpr auto tag = "语音";
 
 struct Recovered {
   Day day;

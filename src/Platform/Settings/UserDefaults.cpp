@@ -62,11 +62,14 @@ void UserDefaults::change(Change apply) {
   const std::filesystem::path file = folder_ / fileName;
   const std::optional<std::string> bytes = files_.read(file);
   Json json = bytes ? Json::parse(*bytes, nullptr, false) : Json::object();
-  if (!json.is_object()) {
+  const bool isWhole = json.is_object();
+  if (!isWhole) {
     files_.writeAtomically(folder_ / "defaults.json.corrupt", *bytes);
     json = Json::object();
   }
+  const Json before = json;
   apply(json);
+  if (isWhole && json == before) return;
   files_.writeAtomically(file, json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
 }
 

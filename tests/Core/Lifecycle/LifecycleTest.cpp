@@ -1,8 +1,8 @@
 #include <optional>
 #include <thread>
 
+#include "Core/Lifecycle/Maintenance/TemporaryFileSweep.h"
 #include "Core/Lifecycle/StartupCoordinator.h"
-#include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Platform/Concurrency/RunLoop.h"
 #include "Platform/System/Log.h"
 #include "Support/StoreFixture.h"

@@ -7,7 +7,7 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include "Core/Lifecycle/TemporaryFileSweep.h"
+#include "Core/Lifecycle/Maintenance/TemporaryFileSweep.h"
 #include "Core/Safety/Course.h"
 #include "Support/FaultyFileSystem.h"
 #include "Support/ForkedRun.h"
@@ -38,8 +38,7 @@ class DisturbedRun : public testing::TestWithParam<Scenario> {
     const Tree tree = disk.files.tree(Left::all);
     course.oracle.expectIntact(tree);
     for (const auto& [path, bytes] : tree)
-      EXPECT_FALSE(FileManager::isTemporaryName(fs::path(path).filename().native()))
-          << "left behind: " << path;
+      EXPECT_FALSE(Oracle::isTemporary(path)) << "left behind: " << path;
     if (scenario.strands) return;
     course.oracle.expectDone(tree);
     course.oracle.expectNothingLeft(tree);

@@ -13,7 +13,7 @@
 #include <unistd.h>
 
 #include "Core/Lifecycle/Backup/BackupManager.h"
-#include "Core/Lifecycle/TemporaryFileSweep.h"
+#include "Core/Lifecycle/Maintenance/TemporaryFileSweep.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/DayStore.h"
 #include "Core/Storage/RescueFolders.h"

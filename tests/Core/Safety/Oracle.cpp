@@ -109,6 +109,11 @@ std::string linesMissing(const std::string& from, const std::string& to, char ma
 
 }  // namespace
 
+bool Oracle::isTemporary(const std::string& path) {
+  return FileManager::isTemporaryName(fs::path(path).filename().native()) ||
+         path.starts_with("root/.migrating/");
+}
+
 Oracle::Oracle(const Tree& before, const Tree& after) : beforeTree_(before), afterTree_(after) {
   for (const auto& [name, bytes] : before)
     for (const std::string& text : {name, bytes})

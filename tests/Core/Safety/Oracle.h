@@ -19,6 +19,9 @@ class Oracle {
  public:
   Oracle(const Tree& before, const Tree& after);
 
+  // Of a writer that may have died, or of a day that is being built.
+  [[nodiscard]] static bool isTemporary(const std::string& path);
+
   // Expects what holds at any moment: a content that is there before and after is there; a file
   // that keeps its place and content keeps them; any file is, where it lies, whole as before or
   // whole as after, or a memo that has a version like it; a memo that is there before and after is

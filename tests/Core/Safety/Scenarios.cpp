@@ -3,7 +3,11 @@
 
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Lifecycle/Backup/BackupManager.h"
-#include "Core/Lifecycle/TemporaryFileSweep.h"
+#include "Core/Lifecycle/Maintenance/DataMigrator.h"
+#include "Core/Lifecycle/Maintenance/LegacyColorSpans.h"
+#include "Core/Lifecycle/Maintenance/SchemaMigrator.h"
+#include "Core/Lifecycle/Maintenance/StartupMaintenance.h"
+#include "Core/Lifecycle/Maintenance/TemporaryFileSweep.h"
 #include "Core/Query/TagManagementStore.h"
 #include "Core/Safety/Scenario.h"
 #include "Core/Service/MemoService.h"
@@ -346,6 +350,52 @@ void addBackups(Table& table) {
   table.add("backupWithTooMany", backup, diary().with(archives)).destroys = true;
 }
 
+// What is logged and passed over is left to the next pass.
+void addMaintenance(Table& table) {
+  const Diary& d = diary();
+  const auto add = [&](const std::string& name, const auto& operation, const Tree& before) {
+    table
+        .add(name, always([=](Context context) { operation(MemoService(context)); }),
+             d.with(before))
+        .quiet = true;
+  };
+  add("migrateOldestLayout",
+      [](const MemoService& service) {
+        if (!DataMigrator(service.context()).migrate({}).errors.empty())
+          throw std::runtime_error("not all");
+      },
+      {{"root/2009/03/01.md",
+        "---\ntags: [旧, 日记]\nmood: 3\n---\n\n前言\n\n## 08:05\n早起\n\n## 夜里\n见 1.jpg\n"},
+       {"root/2009/03/01/1.jpg", Diary::bytesOf("1.jpg")},
+       {"root/2009/03/01/11.jpg", Diary::bytesOf("11.jpg")},
+       {"root/2009/03/01/003.md", "named like a memo"},
+       {"root/2026/03/01.md", "这一天已经有了\n"}});
+  add("cleanColorSpans", [](const MemoService& service) { LegacyColorSpans::clean(service, {}); },
+      {{"root/2026-03-01/005.md",
+        "---\ntime: 08:00\nweather: 晴\n---\n\n<span style=\"color: #FF0000\">红</span>字\n"}});
+  add("migrateSchema",
+      [](const MemoService& service) {
+        if (SchemaMigrator(service).runAllMigrations({}).failed > 0)
+          throw std::runtime_error("not all");
+      },
+      {{"root/2026-03-01/005.md", "---\ntime: 9:5\nweather: 晴\n---\n\n外来\n"}});
+  const auto pass = [](Context context, Context sight) {
+    if (const auto lost =
+            sight.files.fileSystem().open(sight.paths.dayFolder(diary().first) / "lost.m4a",
+                                          FileSystem::OpenMode::read, LinkPolicy::noFollow))
+      lost->setModified({});
+    UserDefaults defaults(context.paths.rootURL, context.files);
+    const MemoService service(context);
+    const StartupMaintenance maintenance(service, defaults, {.backup = [](const auto&) {}});
+    (void)maintenance.run({});
+  };
+  table
+      .add("startupMaintenance", pass,
+           d.with({{"root/2026-03-01/lost.m4a", Diary::bytesOf("lost.m4a")},
+                   {"root/.meta/nomely.lastMigratedSchemaVersion", "2\n"}}))
+      .quiet = true;
+}
+
 void addOthers(Table& table) {
   table.add("sweepTemporaryFiles",
             always([](Context context) { sweepTemporaryFiles(context, {}); }));
@@ -362,7 +412,7 @@ void addOthers(Table& table) {
 std::vector<Scenario> scenarios() {
   Table table;
   for (const auto add : {addMemos, addAttachments, addHistory, addService, addTrash, addTags,
-                         addDrafts, addSettings, addBackups, addOthers})
+                         addDrafts, addSettings, addBackups, addMaintenance, addOthers})
     add(table);
   return table.all;
 }

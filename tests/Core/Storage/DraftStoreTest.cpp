@@ -72,7 +72,7 @@ TEST_F(DraftStoreTest, QuickInputComesBackWhole) {
   drafts.saveQuickInputDraft(drafts.loadQuickInputDraft().value());
   EXPECT_EQ(bytes("quick-input.json"), saved);
   EXPECT_THAT(drafts.pendingAttachmentReferences(),
-              Optional(UnorderedElementsAre("a.png", "v.m4a", "old.png", "old.m4a")));
+              Optional(UnorderedElementsAre("a.png", "v.m4a", "old.png", "old.m4a", "voice.m4a")));
 }
 
 TEST_F(DraftStoreTest, OnlyWhatWouldBeMissedIsKept) {

@@ -1,4 +1,4 @@
-#include "Core/Lifecycle/TemporaryFileSweep.h"
+#include "Core/Lifecycle/Maintenance/TemporaryFileSweep.h"
 
 #include <algorithm>
 
@@ -11,8 +11,8 @@ namespace {
 
 class Sweep {
  public:
-  Sweep(const StoreContext& context, const std::stop_token& stop)
-      : context_(context), stop_(stop) {}
+  Sweep(const StoreContext& context, const std::stop_token& stop, const FolderVisitor& visit)
+      : context_(context), stop_(stop), visit_(visit) {}
 
   std::size_t run() {
     if (context_.files.exists(context_.paths.rootURL)) visit(context_.paths.rootURL, 0);
@@ -24,6 +24,7 @@ class Sweep {
     throwIfStopped(stop_);
     try {
       const auto entries = context_.files.listAll(folder);
+      if (visit_) visit_(folder, entries);
       // The gate is only taken where there is something to remove.
       if (std::ranges::any_of(entries, [](const DirectoryEntry& entry) {
             return FileManager::isTemporaryName(entry.name);
@@ -39,13 +40,15 @@ class Sweep {
 
   const StoreContext& context_;
   const std::stop_token& stop_;
+  const FolderVisitor& visit_;
   std::size_t count_ = 0;
 };
 
 }  // namespace
 
-std::size_t sweepTemporaryFiles(const StoreContext& context, const std::stop_token& stop) {
-  return Sweep(context, stop).run();
+std::size_t sweepTemporaryFiles(const StoreContext& context, const std::stop_token& stop,
+                                const FolderVisitor& visit) {
+  return Sweep(context, stop, visit).run();
 }
 
 }  // namespace nomely
