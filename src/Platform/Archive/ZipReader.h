@@ -4,31 +4,17 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <optional>
+#include <mutex>
 #include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "Platform/Archive/ZipEntry.h"
 #include "Platform/Archive/ZipError.h"
 #include "Platform/Files/FileSystem.h"
 
 namespace nomely {
-
-// One entry as the archive's directory tells it. Everything in it is foreign: a name may be
-// anything at all.
-struct ZipEntry {
-  std::string name;  // raw bytes; a folder's ends in "/"
-  std::uint64_t size = 0;
-  std::uint64_t compressedSize = 0;
-  std::uint64_t headerOffset = 0;
-  std::uint32_t checksum = 0;  // CRC-32
-  std::uint16_t method = 0;    // 0 stored, 8 deflated
-  std::uint16_t flags = 0;
-  unsigned mode = 0;  // type and permissions as stat(2) gives them; 0: none told
-  Moment modified;    // of field 0x5455 where there is one, else the local DOS time
-  bool isFolder() const { return name.ends_with('/'); }
-};
 
 // Reads a ZIP archive (PKWARE APPNOTE, ZIP64 included) by its central directory, through
 // FileSystem, a piece at a time: memory grows with the number of entries alone, and that is
@@ -45,6 +31,10 @@ class ZipReader {
 
   // In the order of the directory.
   [[nodiscard]] const std::vector<ZipEntry>& entries() const { return entries_; }
+  // The same as they lie in the file, which is the quick order to read them in.
+  [[nodiscard]] std::vector<const ZipEntry*> inFileOrder() const;
+  // The same by their names as bytes; of one name, in the order of the directory.
+  [[nodiscard]] const std::vector<const ZipEntry*>& byName() const;
   // The first of that name; null when there is none.
   [[nodiscard]] const ZipEntry* find(std::string_view name) const;
 
@@ -60,11 +50,34 @@ class ZipReader {
   // held.
   [[nodiscard]] std::string contents(const ZipEntry& entry, std::uint64_t most) const;
 
+  // Reads many entries with the same buffers, quickly those that follow one another in the file.
+  // For one thread at a time; the reader has to outlive it.
+  class Cursor {
+   public:
+    explicit Cursor(const ZipReader& archive);
+    ~Cursor();
+    Cursor(const Cursor&) = delete;
+    Cursor& operator=(const Cursor&) = delete;
+
+    // See ZipReader::read. An entry of at most a few hundred KiB comes as one piece, after its
+    // checksum was found right.
+    void read(const ZipEntry& entry, const Sink& sink);
+
+   private:
+    struct Buffers;
+    void readWhole(const ZipEntry& entry, std::uint64_t offset, const Sink& sink);
+    void readInPieces(const ZipEntry& entry, std::uint64_t offset, const Sink& sink);
+    const ZipReader& archive_;
+    std::unique_ptr<Buffers> buffers_;
+  };
+
  private:
   std::unique_ptr<File> file_;
   std::uint64_t size_ = 0;
   std::uint64_t directoryOffset_ = 0;
   std::vector<ZipEntry> entries_;
+  mutable std::once_flag sorted_;
+  mutable std::vector<const ZipEntry*> byName_;
 };
 
 }  // namespace nomely

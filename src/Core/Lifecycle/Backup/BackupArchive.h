@@ -2,8 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
-#include <string>
+#include <memory>
 #include <vector>
 
 #include "Core/Lifecycle/Backup/BackupError.h"
@@ -20,8 +19,8 @@ class BackupArchive {
   // Throws FileError, BackupError (verifyFailed) when it is no ZIP archive.
   BackupArchive(FileSystem& fileSystem, const std::filesystem::path& path);
 
-  [[nodiscard]] const ZipReader& zip() const { return zip_; }
-  // Throws BackupError (manifestNotFound), JsonError.
+  [[nodiscard]] const ZipReader& zip() const { return *zip_; }
+  // Throws BackupError (manifestNotFound, verifyFailed), JsonError.
   [[nodiscard]] BackupManifest manifest() const;
 
   struct Contents {
@@ -34,10 +33,18 @@ class BackupArchive {
   // (verifyFailed); identity and format of the manifest; names, links and special files; notes
   // that can't be read and are not in the manifest's list (restoreFailed, naming the fault). An
   // archive without notes passes. Changes nothing on disk.
+  //
+  // Whatever passes can be unpacked by the names of its entries in any order, each of them a file
+  // or a folder of its own; but `bytes` may be more than a disk holds, and a disk that takes "a"
+  // and "A" for the same may find two of one name.
   [[nodiscard]] Contents prove(const BackupWork& work) const;
 
  private:
-  ZipReader zip_;
+  // Reads every entry, and collects the notes that can't be read.
+  void readAll(const BackupWork& work, Contents& contents,
+               std::vector<const ZipEntry*>& unreadable) const;
+
+  std::unique_ptr<ZipReader> zip_;
 };
 
 }  // namespace nomely

@@ -19,7 +19,8 @@ class BackupError : public Error {
   [[nodiscard]] Kind kind() const noexcept { return kind_; }
 
  private:
-  BackupError(Kind kind, const char* code, const std::string& text);
+  struct Whole {};  // the text is told as it stands
+  BackupError(Kind kind, const std::string& text, Whole);
 
   Kind kind_;
 };

@@ -21,12 +21,12 @@ struct BackupManifest {
   std::string appName = "Nomely";
   int schemaVersion = 1;
   ArchiveKind archiveKind = ArchiveKind::automatic;
-  Moment createdAt;
-  std::string sourcePath;
+  Moment createdAt = {};
+  std::string sourcePath = {};
   std::string rootStyle = "contents";
   bool includesVersions = false;
-  std::string appVersion;
-  std::string buildNumber;
+  std::string appVersion = {};
+  std::string buildNumber = {};
   std::string restoreNote =
       "Unzip into a Nomely data directory. Nomely can identify this archive by "
       "NomelyBackupManifest.json.";
