@@ -3,6 +3,7 @@
 #include <functional>
 #include <ranges>
 
+#include "Platform/Files/FileError.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -23,9 +24,22 @@ KnownNotes::KnownDay& KnownNotes::known(Day day) {
   if (!numbers.empty()) fresh.highest = numbers.back();
   // One at a time: a day may hold more than memory should.
   for (const std::int64_t number : std::views::reverse(numbers))
-    for (const Memo& memo : days_.readMemos(day, {number}))
-      fresh.notes.try_emplace(digestOf(memo.body), Known{number, !memo.attachments.empty()});
+    if (const auto memo = read(day, number))
+      fresh.notes.try_emplace(digestOf(memo->body), Known{number, !memo->attachments.empty()});
   return fresh;
+}
+
+// A damaged file is no note's; one that the disk won't give may be any.
+std::optional<Memo> KnownNotes::read(Day day, std::int64_t number) const {
+  try {
+    return days_.memoStore().read(day, number);
+  } catch (const FileError& error) {
+    if (error.kind() != FileError::Kind::isADirectory && error.kind() != FileError::Kind::tooLarge)
+      throw;
+  } catch (const Error&) {
+    (void)days_.readMemos(day, {number});  // which tells of it
+  }
+  return std::nullopt;
 }
 
 KnownNotes::Known* KnownNotes::find(Day day, std::string_view body) {

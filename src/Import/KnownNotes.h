@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string_view>
 #include <unordered_map>
 
@@ -24,7 +25,7 @@ class KnownNotes {
   explicit KnownNotes(const DayStore& days) : days_(days) {}
 
   // The memo with that text; null when there is none. Throws FileError when the day can't be
-  // listed: taking it for empty would bring everything in again.
+  // listed, or a file there not be read: taking it for empty would bring everything in again.
   [[nodiscard]] Known* find(Day day, std::string_view body);
   // A memo that is about to be written under the day's next number. What is returned stays valid.
   Known& add(Day day, std::string_view body, bool hasAttachments);
@@ -45,6 +46,7 @@ class KnownNotes {
 
   [[nodiscard]] static Digest digestOf(std::string_view body);
   [[nodiscard]] KnownDay& known(Day day);
+  [[nodiscard]] std::optional<Memo> read(Day day, std::int64_t number) const;
 
   const DayStore& days_;
   std::map<Day, KnownDay> known_;
