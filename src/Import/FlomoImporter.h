@@ -11,7 +11,7 @@ namespace nomely {
 
 // Turns the notes of a flomo export (its page, or the ZIP archive of page and files) into memos of
 // their days. Repeatable: what is there already is not brought in again, so an import that was
-// stopped, or killed, is finished by another one. Memory does not grow with the export.
+// stopped, or killed, is finished by another one. Memory grows by some dozens of bytes a note.
 //
 // For background jobs. Throws ImportError, ZipError and FileError.
 class FlomoImporter {

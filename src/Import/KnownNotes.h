@@ -37,7 +37,7 @@ class KnownNotes {
     friend bool operator==(const Digest&, const Digest&) = default;
   };
   struct ByFirst {
-    std::size_t operator()(const Digest& digest) const { return digest.first; }
+    std::size_t operator()(const Digest& digest) const noexcept { return digest.first; }
   };
   struct KnownDay {
     std::unordered_map<Digest, Known, ByFirst> notes = {};

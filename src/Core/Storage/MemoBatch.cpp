@@ -31,8 +31,10 @@ std::filesystem::path MemoBatch::prepare(Day day) {
   std::filesystem::path folder = context_.paths.dayFolder(day);
   if (prepared_.insert(day).second) {
     // Made here, where no wait for the disk follows: settling makes it durable with what is in it.
-    if (context_.files.fileSystem().makeDirectory(folder, 0777)) made_.push_back(folder);
-    context_.prepareFolder(folder);
+    if (context_.files.fileSystem().makeDirectory(folder, 0777))
+      made_.push_back(folder);
+    else
+      context_.prepareFolder(folder);
   }
   return folder;
 }
