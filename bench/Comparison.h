@@ -62,6 +62,7 @@ void registerColdReading();
 void registerMarkdown();
 void registerPages();
 void registerMedia();
+void registerImports();
 void registerSummaries();
 void registerFrames();
 void registerBot();

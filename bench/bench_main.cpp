@@ -16,6 +16,7 @@ int main(int argc, char** argv) {
   registerMarkdown();
   registerPages();
   registerMedia();
+  registerImports();
   registerSummaries();
   registerFrames();
   registerBot();

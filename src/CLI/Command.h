@@ -46,6 +46,7 @@ struct CommandEntry {
 [[nodiscard]] std::unique_ptr<Command> makeTagsCommand();
 [[nodiscard]] std::unique_ptr<Command> makeMonthCommand();
 [[nodiscard]] std::unique_ptr<Command> makePasteCommand();
+[[nodiscard]] std::unique_ptr<Command> makeImportCommand();
 [[nodiscard]] std::unique_ptr<Command> makeExportCommand();
 [[nodiscard]] std::unique_ptr<Command> makeBackupCommand();
 [[nodiscard]] std::unique_ptr<Command> makeAiCommand();

@@ -25,6 +25,7 @@ std::vector<CommandEntry> allCommands() {
   add("tags", "列出、改名、合并或删除标签，给标签颜色和表情", makeTagsCommand());
   add("month", "一个月的概览：每天的疏密、线索和可疑之处", makeMonthCommand());
   add("paste", "把剪贴板的 HTML 或 RTF 转成 Markdown", makePasteCommand());
+  add("import", "从 flomo 导入，或撤销导入", makeImportCommand());
   add("export", "导出为网页或 Markdown 文档", makeExportCommand());
   add("backup", "备份：新做、列出、检验、查看、恢复", makeBackupCommand());
   add("ai", "用 AI 整理、润色、翻译一段文字", makeAiCommand());

@@ -143,5 +143,23 @@ TEST_F(DayViewModelTrashTest, DeletionWhileFiltered) {
   EXPECT_THAT(shown(), ElementsAre("别处新写的", "三", "一"));
 }
 
+TEST_F(DayViewModelTrashTest, UndoneImportsLeaveTheTimeline) {
+  add(today, "导入的", {"_flomo_import"});
+  add(today, "批次", {"_notes_import", "_notes_import_batch_1"});
+  int saves = 0;
+  model->onSavedSuccessfully = [&] { ++saves; };
+  std::vector<std::size_t> moved;
+  const auto note = [&](std::size_t count) { moved.push_back(count); };
+  model->undoFlomoImport(note);
+  model->undoLatestNotesImport(note);
+  model->undoFlomoImport(note);
+  ASSERT_TRUE(comesTrue([&] { return moved.size() == 3 && inTrash().size() == 2; }));
+  ASSERT_TRUE(isLoaded());
+  EXPECT_THAT(moved, ElementsAre(1U, 1U, 0U));
+  EXPECT_EQ(model->timelineMode.get(), TimelineMode::all);
+  EXPECT_THAT(shown(), ElementsAre("三", "二", "一"));
+  EXPECT_EQ(saves, 2);
+}
+
 }  // namespace
 }  // namespace nomely::test

@@ -6,11 +6,11 @@
 
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Extensions/PathNames.h"
+#include "Core/Storage/StoredFileName.h"
 #include "Core/Storage/VersionStore.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
 #include "Platform/System/Uuid.h"
-#include "Platform/Text/Ascii.h"
 #include "Platform/Text/CodePage.h"
 #include "Platform/Text/Unicode.h"
 
@@ -138,10 +138,8 @@ std::optional<std::string> AttachmentStorage::save(const StoreContext& context,
       Log::error(LogChannel::storage, "⚠️ AttachmentStorage.save: {}", error.what());
       return std::nullopt;
     }
-    const std::string name =
-        withExtension(loweredAscii(Uuid::random().string()), extName.value_or(""));
-    if (!VersionStore::isSafeFilename(name)) return std::nullopt;
-    context.files.writeAtomically(folder / name, data);
+    const std::optional<std::string> name = StoredFileName::fresh(extName.value_or(""));
+    if (name) context.files.writeAtomically(folder / *name, data);
     return name;
   });
 }

@@ -4,10 +4,9 @@
 #include <functional>
 #include <limits>
 
-#include "Core/Extensions/DateFormatters.h"
 #include "Core/Extensions/PathNames.h"
-#include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/AttachmentManager.h"
+#include "Core/Storage/MemoStamp.h"
 #include "Core/Storage/VersionStore.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Concurrency/NotificationCenter.h"
@@ -132,12 +131,8 @@ Memo DayStore::createMemo(Day day, NewMemo content) const {
   return context_.write([&] {
     Memo memo;
     memo.seqNumber = content.nextNumber ? *content.nextNumber : nextSeqNumber(day);
-    memo.createdAt = DateFormatters::timestamp(context_.clock.now());
-    memo.updatedAt = memo.createdAt;
-    memo.memoId = Memo::makeMemoId();
-    memo.schemaVersion = MemoFrontmatter::currentSchemaVersion;
     memo.time = content.time ? std::move(*content.time) : Memo::currentTimeString(context_.clock);
-    memo.body = std::string(MemoFrontmatterParser::bodyAsRead(content.body));
+    memo.body = std::move(content.body);
     memo.tags = std::move(content.tags);
     memo.mood = content.mood;
     memo.attachments = std::move(content.attachments);
@@ -145,6 +140,7 @@ Memo DayStore::createMemo(Day day, NewMemo content) const {
     memo.sourceId = std::move(content.sourceId);
     memo.originalNames = std::move(content.originalNames);
     memo.audioTranscripts = std::move(content.audioTranscripts);
+    stampAsNew(memo, context_.clock);
     place(memo, day, [&] { return memoStore_.create(memo, day); });
     return memo;
   });

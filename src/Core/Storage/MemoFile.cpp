@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
+#include "Core/Markdown/Frontmatter/YamlError.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -28,6 +29,13 @@ std::optional<Memo> MemoFile::read(const FileManager& files, const std::filesyst
                                    std::int64_t seqNumber) {
   const std::optional<std::string> content = text(files, file);
   return content ? std::optional(parsed(*content, seqNumber)) : std::nullopt;
+}
+
+std::string MemoFile::contentOf(const Memo& memo) {
+  if (!isValidUtf8(memo.body)) throw YamlError("正文不是有效的 UTF-8 文本");
+  std::string content = MemoFrontmatterParser::serialize(memo, memo.body);
+  if (content.size() > maxSize) throw YamlError("笔记超过 64 MiB，请分成几条保存");
+  return content;
 }
 
 }  // namespace nomely

@@ -17,8 +17,8 @@ class EncodingError : public Error {
   explicit EncodingError(const std::filesystem::path& file);
 };
 
-// Files in the format of a memo, wherever they lie: in a day, in the trash, among snapshots. Pure
-// reading; any thread.
+// Files in the format of a memo, wherever they lie: in a day, in the trash, among snapshots.
+// Writes nothing; any thread.
 namespace MemoFile {
 
 // Far more than anyone writes by hand. Without a bound, listing a day with a huge file would use up
@@ -36,6 +36,10 @@ inline constexpr std::uint64_t maxSize = std::uint64_t{64} << 20;  // bytes
 
 // The memo that a file with this text holds. Throws ParseError.
 [[nodiscard]] Memo parsed(std::string_view text, std::int64_t seqNumber);
+
+// The text of the memo's file. Throws YamlError for what could not be read again, which must not
+// replace what can.
+[[nodiscard]] std::string contentOf(const Memo& memo);
 
 }  // namespace MemoFile
 

@@ -1,7 +1,6 @@
 #include "Core/Storage/MemoStore.h"
 
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
-#include "Core/Markdown/Frontmatter/YamlError.h"
 #include "Core/Storage/MemoFile.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
@@ -9,14 +8,6 @@
 
 namespace nomely {
 namespace {
-
-// Throws rather than write what could not be read again, which must not replace what can.
-std::string contentOf(const Memo& memo) {
-  if (!isValidUtf8(memo.body)) throw YamlError("正文不是有效的 UTF-8 文本");
-  std::string content = MemoFrontmatterParser::serialize(memo, memo.body);
-  if (content.size() > MemoFile::maxSize) throw YamlError("笔记超过 64 MiB，请分成几条保存");
-  return content;
-}
 
 Memo asRead(Memo memo) {
   memo.body = std::string(MemoFrontmatterParser::bodyAsRead(memo.body));
@@ -50,7 +41,7 @@ std::optional<Memo> MemoStore::read(Day day, std::int64_t seqNumber) const {
 void MemoStore::write(const Memo& memo, Day day) const {
   context_.write([&] {
     const Memo stored = asRead(memo);
-    writeAs(stored, day, contentOf(stored));
+    writeAs(stored, day, MemoFile::contentOf(stored));
   });
 }
 
@@ -65,7 +56,7 @@ void MemoStore::writeAs(const Memo& memo, Day day, std::string_view content) con
 bool MemoStore::create(const Memo& memo, Day day) const {
   return context_.write([&] {
     const Memo stored = asRead(memo);
-    return createAs(stored, day, contentOf(stored), std::nullopt);
+    return createAs(stored, day, MemoFile::contentOf(stored), std::nullopt);
   });
 }
 

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,6 +15,7 @@
 #include "Editor/Timeline/TimelineListModel.h"
 #include "Editor/Timeline/TimelineLoading.h"
 #include "Editor/Timeline/TrashOperations.h"
+#include "Import/ImportUndoManager.h"
 
 namespace nomely {
 
@@ -164,6 +166,19 @@ class DayViewModel {
   void emptyTrash() { trash_.emptyTrash(); }
   void undoDelete() { trash_.undoDelete(); }
   void dismissUndo() { trash_.dismissUndo(); }
+
+  // Imports. After the writes begun before, the memos of all flomo imports, or of the latest one of
+  // Apple Notes, go to the trash; `completion` gets their number.
+  using UndoCompletion = std::function<void(std::size_t moved)>;
+  void undoFlomoImport(UndoCompletion completion);
+  void undoLatestNotesImport(UndoCompletion completion);
+
+ private:
+  using Undo = std::size_t (ImportUndoManager::*)(const ImportRun&) const;
+  void undoImport(Undo undo, UndoCompletion completion);
+
+  const MemoService& service_;
+  std::stop_source ending_;
 };
 
 }  // namespace nomely

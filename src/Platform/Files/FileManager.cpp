@@ -4,18 +4,13 @@
 #include <array>
 #include <cerrno>
 
-#include <fmt/format.h>
-
 #include "Platform/Files/FileError.h"
-#include "Platform/System/Uuid.h"
+#include "Platform/Files/TemporaryName.h"
 
 namespace nomely {
 namespace {
 
 using std::filesystem::path;
-
-constexpr std::string_view temporaryPrefix = ".nomely-";
-constexpr std::string_view temporarySuffix = ".tmp";
 
 path folderOf(const path& file) {
   const path folder = file.parent_path();
@@ -41,8 +36,7 @@ class FileManager::Temporary {
  public:
   Temporary(FileSystem& fileSystem, const path& folder)
       : fileSystem_(fileSystem),
-        path_(folder /
-              fmt::format("{}{}{}", temporaryPrefix, Uuid::random().compact(), temporarySuffix)),
+        path_(TemporaryName::freshIn(folder)),
         file_(fileSystem.open(path_, FileSystem::OpenMode::createNew, LinkPolicy::noFollow)) {}
 
   ~Temporary() {
@@ -300,8 +294,7 @@ void FileManager::removeContents(const path& name) const {
 }
 
 bool FileManager::isTemporaryName(std::string_view name) {
-  return name.size() > temporaryPrefix.size() + temporarySuffix.size() &&
-         name.starts_with(temporaryPrefix) && name.ends_with(temporarySuffix);
+  return TemporaryName::matches(name);
 }
 
 std::size_t FileManager::sweepTemporaries(const path& directory) const {

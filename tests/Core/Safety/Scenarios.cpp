@@ -15,6 +15,7 @@
 #include "Core/Storage/ConfigSecrets.h"
 #include "Core/Storage/DraftCoding.h"
 #include "Core/Storage/DraftStore.h"
+#include "Core/Storage/MemoBatch.h"
 #include "Core/Storage/TagConfigStore.h"
 #include "Core/Storage/VersionStore.h"
 #include "Platform/Settings/FileSecrets.h"
@@ -71,6 +72,23 @@ void addMemos(Table& table) {
   };
   table.add("createMemoInDayWithMemos", creating(d.first, {"loose.bin"}));
   table.add("createMemoInMissingRoot", creating(d.missing, {}), {});
+  table.add("createMemosInABatch", always([&d](Context context) {
+              context.write([&] {
+                MemoBatch batch(context);
+                for (const Day day : {d.first, d.missing}) {
+                  Memo memo = Memo::empty(1, d.clock);
+                  memo.body = "其中的一条\n" + day.string() + std::string(600, '.');
+                  memo.attachments = {
+                      batch
+                          .addFile(
+                              day, [](const auto& sink) { sink("sound"); }, [] { return "m4a"; })
+                          .value()};
+                  batch.add(day, memo);
+                }
+                batch.place();
+                MemoBatch::settle(context);
+              });
+            }));
   const auto updating = on(d.changed, [](Context context, Day day, const Memo& memo) {
     DayStore(context).updateMemo(edited(memo), day, memo);
   });
