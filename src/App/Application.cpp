@@ -118,13 +118,20 @@ std::unique_ptr<DataDirWatcher> Application::makeWatcher() {
 }
 
 void Application::readAgain() {
-  const auto shown = lifetime_.guard([this] {
+  if (isReading_) {
+    hasToReadAgain_ = true;
+    return;
+  }
+  isReading_ = true;
+  const auto read = lifetime_.guard([this] {
+    isReading_ = false;
     if (dayViewModel_) dayViewModel_->refreshCurrentTimeline(DayViewModel::Cause::externalWrite);
     if (entryDateIndex_) entryDateIndex_->refresh();
+    if (std::exchange(hasToReadAgain_, false)) readAgain();
   });
-  reading_.submit([this, shown](const std::stop_token&) {
+  reading_.submit([this, read](const std::stop_token&) {
     (void)searchIndex_.rebuildIfDiskChanged();
-    executor_.post(shown);
+    executor_.post(read);
   });
 }
 

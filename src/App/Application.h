@@ -143,6 +143,8 @@ class Application {
   std::unique_ptr<HourlyBackup> hourlyBackup_;  // of the process that stays
   StartupCoordinator startup_;
   JobGroup reading_{jobs_};
+  bool isReading_ = false;  // after other programs' writes
+  bool hasToReadAgain_ = false;
   Lifetime lifetime_;
   std::unique_ptr<DataDirWatcher> dataDirWatcher_;  // none under a test host
   Subscription externalMemoWritten_;

@@ -4,6 +4,7 @@
 
 #include "CLI/CommandTest.h"
 #include "Feishu/Platform/FeishuPlatform.h"
+#include "Platform/Files/FileSystem.h"
 
 namespace nomely::test {
 namespace {
@@ -84,6 +85,37 @@ TEST_F(RunCommandTest, FromThePhoneToTheDiary) {
   EXPECT_THAT(resident->screen(), AllOf(HasSubstr("已停止"), Not(HasSubstr("私密"))));
   EXPECT_EQ(json({"bot"})["running"], false);
   EXPECT_THAT(platform.complaints(), IsEmpty());
+}
+
+TEST_F(RunCommandTest, StartsOverOnAnotherRoot) {
+  EXPECT_EQ(run({"config", "set", "feishu.allowedOpenID", "ou_me"}).status, 0);
+  const auto exchangeWith = [&](const fs::path& other) {
+    ASSERT_TRUE(posixFileSystem().exchange(root, other));
+  };
+  const fs::path other = home.path() / "other";
+  const fs::path away = home.path() / "away";
+  fs::copy(root, other, fs::copy_options::recursive);
+  const auto resident = start({"run"});
+  resident->waitFor("机器人已连接");
+  writeFile(root / "2026-03-01/901.md", "");
+  resident->waitFor("其他程序写入了笔记，已刷新");
+  exchangeWith(other);
+  resident->waitFor("数据目录已被替换，重新开始");
+  exchangeWith(other);
+  resident->waitFor("数据目录已被替换，重新开始");
+  resident->waitFor("机器人已连接");
+  EXPECT_EQ(run({"run"}).status, 1);
+
+  fs::rename(root, away);
+  resident->waitFor("数据目录不见了");
+  EXPECT_FALSE(fs::exists(root));
+  fs::rename(other, root);
+  resident->waitFor("重新开始");
+  platform.send(phone::text("om_2", "一句").by("ou_me"));
+  platform.awaitAck("om_2");
+  EXPECT_FALSE(json({"list", "--all"}).empty());
+  resident->type("\x03");
+  EXPECT_EQ(resident->finish(), 0);
 }
 
 TEST_F(RunCommandTest, WhatIsWrongIsToldBeforehand) {

@@ -19,6 +19,8 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
+constexpr auto never = SteadyClock::time_point::max();
+
 class InotifyStream final : public FileEventStream {
  public:
   explicit InotifyStream(FileEventRequest request)
@@ -46,24 +48,24 @@ class InotifyStream final : public FileEventStream {
  private:
   void run(const std::stop_token& stop) {
     InotifyWatches::Seen seen;
-    std::optional<SteadyClock::time_point> due;
+    auto due = never;
     while (!stop.stop_requested()) {
       await(due);
       take(seen);
       if (!watches_.isRootWatched()) isThere_ = false;
       if (std::exchange(seen.isRootTouched, false)) request_.queue.async(rootTouched_);
       const auto now = SteadyClock::now();
-      if (!due && !seen.isEmpty()) due = now + request_.latency;
-      if (!due || now < *due) continue;
+      if (due == never && !seen.isEmpty()) due = now + request_.latency;
+      if (now < due) continue;
       deliver(std::exchange(seen, {}));
-      due.reset();
+      due = never;
     }
   }
 
-  void await(const std::optional<SteadyClock::time_point>& due) const {
+  void await(SteadyClock::time_point due) const {
     int milliseconds = -1;
-    if (due) {
-      const auto left = std::chrono::ceil<std::chrono::milliseconds>(*due - SteadyClock::now());
+    if (due != never) {
+      const auto left = std::chrono::ceil<std::chrono::milliseconds>(due - SteadyClock::now());
       milliseconds = static_cast<int>(std::max<std::int64_t>(left.count(), 0));
     }
     std::array<pollfd, 2> waited{{{.fd = watches_.descriptor(), .events = POLLIN, .revents = 0},

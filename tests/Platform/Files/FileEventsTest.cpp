@@ -135,11 +135,11 @@ TEST_F(FileEventsTest, ShortOfWatchesTheNewestDaysAreWatched) {
     if (::unshare(CLONE_NEWUSER) != 0) GTEST_SKIP() << "namespaces are not permitted here";
     for (int day = 1; day < 6; ++day)
       fs::create_directories(root / fmt::format("2026-03-0{}", day));
+    testing::internal::CaptureStderr();
     limit(2);  // the root's folder and the root
     EXPECT_NO_THROW(watch());
     stream.reset();
     limit(5);
-    testing::internal::CaptureStderr();
     watch();
     const auto writeEach = [&] {
       for (int day = 1; day < 7; ++day) writeFile(root / fmt::format("2026-03-0{}/1.md", day), "");
