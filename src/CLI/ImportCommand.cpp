@@ -2,6 +2,7 @@
 
 #include "CLI/ActionCommand.h"
 #include "CLI/Progress.h"
+#include "CLI/SafetyBackup.h"
 #include "CLI/UsageError.h"
 #include "Import/FlomoImporter.h"
 #include "Import/ImportUndoManager.h"
@@ -46,6 +47,7 @@ class ImportCommand final : public ActionCommand {
                .kind = WordKind::file,
                .isRequired = true});
     flomo.add({.name = "--preview", .help = "只看会导入什么，不作改动", .target = &isPreview_});
+    backup_.declare(flomo);
     flomo.examples = {"nomely import flomo flomo.zip --preview", "nomely import flomo flomo.zip"};
     Syntax& undoing = add(syntax, "undo", "撤销导入：把导入的笔记移入回收站",
                           [this](Session& session) { undo(session); });
@@ -72,6 +74,7 @@ class ImportCommand final : public ActionCommand {
     }
     session.say(summary.confirmationText());
     if (!session.confirm("开始导入吗？")) return;
+    backup_.make(session, {"flomo 导入"});
     const bool isNewRoot = !session.hasRoot();
     const FlomoImportResult result = importAll(session, importer);
     if (isNewRoot) session.tellOfNewRoot();
@@ -182,6 +185,7 @@ class ImportCommand final : public ActionCommand {
   std::string file_;
   std::string source_;
   bool isPreview_ = false;
+  SafetyBackup backup_;
 };
 
 }  // namespace
