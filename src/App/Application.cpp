@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -12,6 +13,7 @@
 #include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Editor/Intelligence/SummaryGeneration.h"
 #include "Editor/Timeline/DayViewModel.h"
+#include "Platform/Concurrency/NotificationCenter.h"
 #include "Platform/System/Uuid.h"
 #include "Platform/Text/Unicode.h"
 
@@ -77,9 +79,53 @@ Application::Application(const ApplicationContext& context)
       jobs_(jobThreads()),
       searchIndex_(storage_, jobs_),
       residentLock_(storage_),
-      startup_(context.executor) {}
+      startup_(context.executor) {
+  if (isUnitTesting_) return;
+  dataDirWatcher_ = makeWatcher();
+  externalMemoWritten_ = NotificationCenter::shared().observe(
+      Notifications::externalMemoWritten,
+      lifetime_.guard([this](const std::string&) { readAgain(); }));
+}
 
 Application::~Application() = default;
+
+std::unique_ptr<DataDirWatcher> Application::makeWatcher() {
+  const auto posted = [this](auto call) {
+    return [&executor = executor_, guarded = lifetime_.guard(std::move(call))] {
+      executor.post(guarded);
+    };
+  };
+  // Called as copies, which outlive an application that they destroy.
+  return std::make_unique<DataDirWatcher>(
+      storage_, systemFileEvents(), timers_,
+      DataDirWatcher::Observer{
+          .onExternalWrite =
+              posted([] { NotificationCenter::shared().post(Notifications::externalMemoWritten); }),
+          .onRootReplaced = posted([this] {
+            if (const auto call = onRootReplaced) call();
+          }),
+          .onRootMissing = posted([this] {
+            if (const auto call = onRootMissing) call();
+          })});
+}
+
+void Application::readAgain() {
+  if (isReading_) {
+    hasToReadAgain_ = true;
+    return;
+  }
+  isReading_ = true;
+  const auto read = lifetime_.guard([this] {
+    isReading_ = false;
+    if (dayViewModel_) dayViewModel_->refreshCurrentTimeline(DayViewModel::Cause::externalWrite);
+    if (entryDateIndex_) entryDateIndex_->refresh();
+    if (std::exchange(hasToReadAgain_, false)) readAgain();
+  });
+  reading_.submit([this, read](const std::stop_token&) {
+    (void)searchIndex_.rebuildIfDiskChanged();
+    executor_.post(read);
+  });
+}
 
 DayViewModel& Application::dayViewModel() {
   if (!dayViewModel_)
@@ -111,6 +157,7 @@ TagConfigStore& Application::tagConfig() {
 bool Application::becomeResident() {
   if (residentBot_) return true;
   if (!residentLock_.acquire()) return false;
+  if (dataDirWatcher_) dataDirWatcher_->rememberRoot();
   residentBot_ = std::make_unique<ResidentBot>(ResidentBot::Context{.environment = environment_,
                                                                     .memos = memos_,
                                                                     .settings = settings_,
@@ -123,6 +170,7 @@ bool Application::becomeResident() {
 }
 
 void Application::endResidence() {
+  if (dataDirWatcher_) dataDirWatcher_->stop();
   residentBot_.reset();
 }
 
@@ -145,9 +193,10 @@ void Application::startMaintenance(bool ready) {
   const auto connection = [this](const std::stop_token&,
                                  const StartupCoordinator::Completion& completion) {
     if (residentBot_) residentBot_->start();
+    if (dataDirWatcher_) dataDirWatcher_->start();
     completion(nullptr);
   };
-  startup_.start(ready, {{"存储维护", maintenance}, {"连接", connection}});
+  startup_.start(ready, {{"存储维护", maintenance}, {"连接与更新检查", connection}});
 }
 
 }  // namespace nomely

@@ -1,18 +1,23 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 
 #include "App/AppSettings.h"
 #include "App/ResidentLock.h"
+#include "Core/Lifecycle/DataDirWatcher.h"
 #include "Core/Lifecycle/StartupCoordinator.h"
 #include "Core/Query/EntryDateIndex.h"
 #include "Core/Query/SearchIndex.h"
 #include "Core/Service/MemoService.h"
 #include "Core/Storage/TagConfigStore.h"
+#include "Platform/Concurrency/JobGroup.h"
 #include "Platform/Concurrency/JobPool.h"
+#include "Platform/Concurrency/Lifetime.h"
 #include "Platform/Concurrency/MainExecutor.h"
+#include "Platform/Concurrency/Subscription.h"
 #include "Platform/Concurrency/Timers.h"
 #include "Platform/Network/HttpClient.h"
 #include "Platform/Network/WebSocketClient.h"
@@ -77,14 +82,23 @@ class Application {
   [[nodiscard]] bool becomeResident();
   // Of the process that stays.
   [[nodiscard]] ResidentBot& residentBot() { return *residentBot_; }
-  // Ends the bot; returns when it has ended.
+  // Ends the bot and stops watching the root; returns when that has happened.
   void endResidence();
+
+  // Once the jobs below have run: the root's path names another folder than at the start, or none
+  // any more. What stays then needs another application. They may destroy this one.
+  std::function<void()> onRootReplaced;
+  std::function<void()> onRootMissing;
 
   // Starts the jobs that follow the first content, once, when `ready`. Called at each change of
   // that condition.
   void startMaintenance(bool ready);
 
  private:
+  [[nodiscard]] std::unique_ptr<DataDirWatcher> makeWatcher();
+  // After other programs' writes.
+  void readAgain();
+
   MainExecutor& executor_;
   HttpClient& http_;
   WebSocketClient& webSockets_;
@@ -106,6 +120,12 @@ class Application {
   ResidentLock residentLock_;
   std::unique_ptr<ResidentBot> residentBot_;
   StartupCoordinator startup_;
+  JobGroup reading_{jobs_};
+  bool isReading_ = false;  // after other programs' writes
+  bool hasToReadAgain_ = false;
+  Lifetime lifetime_;
+  std::unique_ptr<DataDirWatcher> dataDirWatcher_;  // none under a test host
+  Subscription externalMemoWritten_;
 };
 
 }  // namespace nomely

@@ -35,6 +35,8 @@ class NotificationCenter {
 // The notices in use.
 namespace Notifications {
 inline constexpr std::string_view dataMaintenance = "NomelyDataMaintenance";
+// Another program wrote notes, or took some away. Posted on the main executor.
+inline constexpr std::string_view externalMemoWritten = "externalMemoWritten";
 // Asks whoever plays a recording to stop: what is on the screen is about to change.
 inline constexpr std::string_view stopAudioPlayback = "stopNomelyAudioPlayback";
 // Tags came or went by other ways than an edit.
