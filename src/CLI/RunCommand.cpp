@@ -1,6 +1,8 @@
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
-#include <optional>
+#include <string>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -8,6 +10,8 @@
 #include "CLI/Command.h"
 #include "Core/Extensions/DateFormatters.h"
 #include "Editor/Timeline/DayViewModel.h"
+#include "Platform/Concurrency/Lifetime.h"
+#include "Platform/Concurrency/NotificationCenter.h"
 #include "Platform/System/ServiceManager.h"
 
 namespace nomely {
@@ -36,59 +40,104 @@ class EventLines {
   const Session& session_;
 };
 
-class RunCommand final : public Command {
+// Staying at the root's path, whichever folder that names: where it names another one, as after a
+// restore, everything that knows the former one is destroyed and built anew, and where it names
+// none the next one is waited for. Lives on the main executor.
+class Residence {
  public:
-  void declare(Syntax& syntax) override {
-    syntax.examples = {"nomely run", "systemctl --user enable --now nomely"};
+  static constexpr std::chrono::seconds retryInterval{2};
+
+  Residence(Session& session, const EventLines& lines) : session_(session), lines_(lines) {}
+
+  // Throws where the root can't be stayed at.
+  void begin() {
+    const bool isNewRoot = !session_.hasRoot();
+    if (!session_.application().becomeResident()) throw Error("run.already", takenByAnother);
+    if (isNewRoot) session_.tellOfNewRoot();
+    follow("started", "开始运行：" + root());
   }
 
-  void run(Session& session) override {
-    Application& application = session.application();
-    const bool isNewRoot = !session.hasRoot();
-    if (!application.becomeResident())
-      throw Error("run.already", "这个数据目录已经有一个 nomely run 在运行");
-    if (isNewRoot) session.tellOfNewRoot();
+  void reload() {
+    lines_.print("reload", "重新读取设置");
+    if (isResident_) session_.application().residentBot().reload();
+  }
 
-    const EventLines lines(session);
-    ResidentBot& bot = application.residentBot();
-    tellOf(bot, lines, session);
-    DayViewModel& timeline = application.dayViewModel();
-    const Subscription loaded = timeline.hasLoadedInitialTimeline.observe(
-        [&](bool isLoaded) { application.startMaintenance(isLoaded); });
-    lines.print("started", fmt::format("开始运行：{}", application.paths().rootURL.string()),
-                {{"root", application.paths().rootURL.string()}});
-    timeline.loadDay(session.clock().today());
-    session.hostResident(awaitStop, [&] {
-      lines.print("reload", "重新读取设置");
-      bot.reload();
-    });
-    tellServiceManager("STOPPING=1");
-    application.endResidence();
-    lines.print("stopped", "已停止");
+  void end() {
+    again_.reset();
+    leave();
   }
 
  private:
-  static void awaitStop(const std::stop_token& stop) {
-    // By now a SIGHUP is taken for what it means.
-    tellServiceManager("READY=1");
-    std::mutex mutex;
-    std::condition_variable_any changed;
-    std::unique_lock lock(mutex);
-    changed.wait(lock, stop, [] { return false; });
+  static constexpr auto takenByAnother = "这个数据目录已经有一个 nomely run 在运行";
+
+  [[nodiscard]] std::string root() const { return session_.application().paths().rootURL.string(); }
+
+  void follow(const char* event, const std::string& text) {
+    Application& application = session_.application();
+    isResident_ = true;
+    tellOf(application.residentBot());
+    application.onRootReplaced = [this] { startOver(); };
+    application.onRootMissing = [this] {
+      leave();
+      tryLater();  // between the two steps of a restore there is none, either
+    };
+    noticed_ = NotificationCenter::shared().observe(
+        Notifications::externalMemoWritten, [this](const std::string&) {
+          lines_.print("externalMemoWritten", "其他程序写入了笔记，已刷新");
+        });
+    DayViewModel& timeline = application.dayViewModel();
+    loaded_ = timeline.hasLoadedInitialTimeline.observe(
+        [&application](bool isLoaded) { application.startMaintenance(isLoaded); });
+    lines_.print(event, text, {{"root", root()}});
+    timeline.loadDay(session_.clock().today());
   }
 
-  static void tellOf(ResidentBot& bot, const EventLines& lines, const Session& session) {
-    bot.onStatus = [&lines](const ConnectionStatus& status) {
+  void leave() {
+    if (std::exchange(isResident_, false)) session_.application().endResidence();
+    noticed_ = {};
+    loaded_ = {};
+    session_.endApplication();
+  }
+
+  void startOver() {
+    leave();
+    try {
+      if (!session_.hasRoot()) return putOff("rootMissing", "数据目录不见了，等它回来：" + root());
+      if (!session_.application().becomeResident()) return putOff("waiting", takenByAnother);
+    } catch (const Error& error) {
+      return putOff("waiting", error.what());
+    }
+    const bool wasPutOff = !std::exchange(obstacle_, {}).empty();
+    follow("restarted", wasPutOff ? "数据目录可以使用了，重新开始" : "数据目录已被替换，重新开始");
+  }
+
+  void putOff(const char* event, const std::string& obstacle) {
+    if (std::exchange(obstacle_, obstacle) != obstacle) {
+      tellServiceManager(fmt::format("STATUS={}", obstacle).c_str());
+      lines_.print(event, obstacle, {{"text", obstacle}});
+    }
+    tryLater();
+  }
+
+  void tryLater() {
+    again_ = session_.timers().after(
+        retryInterval, [&executor = session_.executor(), guarded = lifetime_.guard([this] {
+          startOver();
+        })] { executor.post(guarded); });
+  }
+
+  void tellOf(ResidentBot& bot) {
+    bot.onStatus = [this](const ConnectionStatus& status) {
       const std::string text = connectionText(status);
       tellServiceManager(fmt::format("STATUS={}", text).c_str());
       Json more{{"status", connectionCode(status.kind)}};
       if (!status.text.empty()) more["text"] = status.text;
-      lines.print("status", "机器人" + text, more);
+      lines_.print("status", "机器人" + text, more);
     };
-    bot.onEvent = [&lines](const BotEvent& event) { tell(event, lines); };
-    bot.onNotice = [&](const std::string& notice) {
-      session.say(fmt::format("{} {}", session.errorStyle().warning("注意"), notice));
-      if (session.isJson()) lines.print("notice", notice, {{"text", notice}});
+    bot.onEvent = [this](const BotEvent& event) { tell(event, lines_); };
+    bot.onNotice = [this](const std::string& notice) {
+      session_.say(fmt::format("{} {}", session_.errorStyle().warning("注意"), notice));
+      if (session_.isJson()) lines_.print("notice", notice, {{"text", notice}});
     };
   }
 
@@ -113,6 +162,42 @@ class RunCommand final : public Command {
       case Kind::paired:
         return lines.print("paired", "已绑定，以后只有这个用户能使用机器人");
     }
+  }
+
+  Session& session_;
+  const EventLines& lines_;
+  bool isResident_ = false;
+  std::string obstacle_;  // that was told last
+  Timers::Timer again_;
+  Subscription noticed_;
+  Subscription loaded_;
+  Lifetime lifetime_;
+};
+
+class RunCommand final : public Command {
+ public:
+  void declare(Syntax& syntax) override {
+    syntax.examples = {"nomely run", "systemctl --user enable --now nomely"};
+  }
+
+  void run(Session& session) override {
+    const EventLines lines(session);
+    Residence residence(session, lines);
+    residence.begin();
+    session.hostResident(awaitStop, [&] { residence.reload(); });
+    tellServiceManager("STOPPING=1");
+    residence.end();
+    lines.print("stopped", "已停止");
+  }
+
+ private:
+  static void awaitStop(const std::stop_token& stop) {
+    // By now a SIGHUP is taken for what it means.
+    tellServiceManager("READY=1");
+    std::mutex mutex;
+    std::condition_variable_any changed;
+    std::unique_lock lock(mutex);
+    changed.wait(lock, stop, [] { return false; });
   }
 };
 

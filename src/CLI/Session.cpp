@@ -52,6 +52,10 @@ Application& Session::application() {
   return *application_;
 }
 
+void Session::endApplication() {
+  application_.reset();
+}
+
 void Session::host(const std::function<void(const std::stop_token&)>& work) {
   const std::stop_source stop;
   const Interruption interruption(stop);

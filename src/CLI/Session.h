@@ -63,10 +63,14 @@ class Session {
   [[nodiscard]] const Clock& clock() const { return machine_.clock; }
   [[nodiscard]] HttpClient& http() const { return machine_.http; }
   [[nodiscard]] AudioCapture& audio() const { return machine_.audio; }
+  [[nodiscard]] Timers& timers() const { return machine_.timers; }
+  [[nodiscard]] MainExecutor& executor() { return runLoop_; }
   [[nodiscard]] FileManager files() const { return FileManager(machine_.fileSystem); }
 
   // Built when first asked for. Throws FileError for a root that is no folder.
   [[nodiscard]] Application& application();
+  // Destroys it: whoever asks next gets one of the root that is there by then.
+  void endApplication();
   [[nodiscard]] const DayStore& dayStore() { return application().dayStore(); }
   [[nodiscard]] const MemoService& memos() { return application().memos(); }
   [[nodiscard]] AppSettings& settings() { return application().settings(); }
