@@ -25,7 +25,7 @@ struct FolderIdentity {
 struct FileEventBatch {
   // Files that came, went or have another content, each once. Their paths go through the root's
   // canonical path. Those with hidden names are left out.
-  std::vector<std::filesystem::path> changed;
+  std::vector<std::filesystem::path> changed = {};
   // Some changes are not in the list: any file may have changed.
   bool isIncomplete = false;
 };

@@ -63,12 +63,12 @@ InotifyWatches::InotifyWatches(fs::path root, std::function<bool(const std::stri
 // One whose folder may not be listed does without: the root tells that it has been moved itself.
 void InotifyWatches::watchName(const fs::path& path) {
   if (!path.has_relative_path()) return;
-  const int watch = add(path.parent_path().string(), IN_CREATE | IN_MOVED_TO | IN_MOVED_FROM |
-                                                         IN_DELETE | IN_ONLYDIR | ofFolderItself);
+  const int watch = add(path.parent_path(), IN_CREATE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE |
+                                                IN_ONLYDIR | ofFolderItself);
   if (watch >= 0) names_.push_back({watch, path.filename().string()});
 }
 
-int InotifyWatches::add(const std::string& path, std::uint32_t mask) const {
+int InotifyWatches::add(const fs::path& path, std::uint32_t mask) const {
   return ::inotify_add_watch(inotify_.get(), path.c_str(), mask);
 }
 
@@ -87,7 +87,7 @@ void InotifyWatches::scan(Seen& seen) {
     seen.isRootTouched = true;
     return;
   }
-  const std::string path = fmt::format("/proc/self/fd/{}", root.get());
+  const fs::path path = fmt::format("/proc/self/fd/{}", root.get());
   rootWatch_ = add(path, ofEntries | ofFolderItself);
   if (rootWatch_ < 0) throw refusal(errno);
   identity_ = found;
@@ -101,7 +101,7 @@ void InotifyWatches::scan(Seen& seen) {
   const std::size_t before = watchOf_.size();
   isPartial_ = false;
   for (const std::string& name : names)
-    if (!watchFolder(name, path + "/" + name) && isPartial_) break;
+    if (!watchFolder(name, path / name) && isPartial_) break;
   if (watchOf_.size() > before) seen.isIncomplete = true;
 }
 
@@ -114,7 +114,7 @@ void InotifyWatches::forgetAllBut(const std::vector<std::string>& names) {
 }
 
 // False when there is no such folder, or no room for it.
-bool InotifyWatches::watchFolder(const std::string& name, const std::string& path) {
+bool InotifyWatches::watchFolder(const std::string& name, const fs::path& path) {
   const int watch = addWithinLimit(name, path);
   if (watch < 0) return false;
   if (const auto old = watchOf_.find(name); old != watchOf_.end() && old->second != watch)
@@ -124,7 +124,7 @@ bool InotifyWatches::watchFolder(const std::string& name, const std::string& pat
   return true;
 }
 
-int InotifyWatches::addWithinLimit(const std::string& name, const std::string& path) {
+int InotifyWatches::addWithinLimit(const std::string& name, const fs::path& path) {
   constexpr std::uint32_t mask = ofEntries | IN_DONT_FOLLOW;
   for (;;) {
     const int watch = add(path, mask);
@@ -218,7 +218,7 @@ void InotifyWatches::takeOfRoot(std::uint32_t mask, const std::string& name, See
 // Listed when its watch is set: what was written before stands there, what comes later is told.
 void InotifyWatches::folderCame(const std::string& name, Seen& seen) {
   const fs::path folder = root_ / name;
-  if (!watchFolder(name, folder.string())) return;
+  if (!watchFolder(name, folder)) return;
   try {
     for (const DirectoryEntry& entry : posixFileSystem().list(folder))
       if (entry.type != FileType::directory && !isHidden(entry.name)) seen.add(folder / entry.name);

@@ -54,11 +54,11 @@ class InotifyWatches {
   };
 
   void watchName(const std::filesystem::path& path);
-  [[nodiscard]] int add(const std::string& path, std::uint32_t mask) const;
+  [[nodiscard]] int add(const std::filesystem::path& path, std::uint32_t mask) const;
   void scan(Seen& seen);
   void forgetAllBut(const std::vector<std::string>& names);
-  [[nodiscard]] bool watchFolder(const std::string& name, const std::string& path);
-  [[nodiscard]] int addWithinLimit(const std::string& name, const std::string& path);
+  [[nodiscard]] bool watchFolder(const std::string& name, const std::filesystem::path& path);
+  [[nodiscard]] int addWithinLimit(const std::string& name, const std::filesystem::path& path);
   void unwatch(const std::string& name);
   [[nodiscard]] FileError refusal(int errorNumber) const;
   void tellOfLimit() const;
