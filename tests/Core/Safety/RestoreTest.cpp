@@ -101,20 +101,28 @@ RestoreResult restore(const StoreContext& context,
   return BackupRestore(context, context.paths.rootURL / zipName).run(SafetyCopy::make, hook, work);
 }
 
+void restoreThrough(FileSystem& inner, const StoreContext& context, bool canExchange) {
+  OtherFiles files(inner);
+  files.canExchange = canExchange;
+  (void)restore({context.paths, FileManager(files), context.clock});
+}
+
+}  // namespace
+
+Scenario restoring(bool canExchange) {
+  return {.name = "restore",
+          .run =
+              [=](const StoreContext& context, const StoreContext&) {
+                restoreThrough(context.files.fileSystem(), context, canExchange);
+              },
+          .before = disk()};
+}
+
+namespace {
+
 // With folders that change places in one step, and without.
 class RestoreDisturbed : public testing::TestWithParam<bool> {
  protected:
-  static void restoreThrough(FileSystem& inner, const StoreContext& context) {
-    OtherFiles files(inner);
-    files.canExchange = GetParam();
-    (void)restore({context.paths, FileManager(files), context.clock});
-  }
-  const Scenario scenario{
-      .name = "restore",
-      .run = [](const auto& context,
-                const auto&) { restoreThrough(context.files.fileSystem(), context); },
-      .before = disk()};
-
   // The old root or the new one stands whole, or else the way back is told. Nothing is lost, and a
   // person who starts anew gets what they wanted.
   static void expectWhole(Tree tree) {
@@ -130,7 +138,7 @@ class RestoreDisturbed : public testing::TestWithParam<bool> {
     EXPECT_TRUE(root == former || (root == restored && filesIn(tree, rescue) == former))
         << testing::PrintToString(root);
     Disk anew(tree);
-    restoreThrough(anew.files, anew.context(anew.files));
+    restoreThrough(anew.files, anew.context(anew.files), GetParam());
     const Tree after = anew.files.tree(Left::all);
     EXPECT_EQ(filesIn(after, "root/"), restored);
     EXPECT_FALSE(after.contains("root/.meta/nomely.lastMigratedSchemaVersion"));
@@ -142,7 +150,7 @@ class RestoreDisturbed : public testing::TestWithParam<bool> {
 TEST_P(RestoreDisturbed, LeavesOneRootWholeAndTakesFailuresBack) {
   using Mode = FaultyFileSystem::Mode;
   const ChildEnd child = runInChild([&] {
-    const Course course(scenario);
+    const Course course(restoring(GetParam()));
     for (const auto& [tree, moment] : course.cuts) {
       SCOPED_TRACE(moment);
       expectWhole(tree);
@@ -158,8 +166,9 @@ TEST_P(RestoreDisturbed, LeavesOneRootWholeAndTakesFailuresBack) {
         Disk faultyDisk(disk());
         FaultyFileSystem faulty(faultyDisk.files, {mode, i + 1, EIO});
         const StoreContext context = faultyDisk.context(faulty);
-        const bool failed =
-            messageOf<Error>([&] { restoreThrough(faulty, context); }) != "nothing thrown";
+        const bool failed = messageOf<Error>([&] {
+                              restoreThrough(faulty, context, GetParam());
+                            }) != "nothing thrown";
         const Tree tree = faultyDisk.files.tree(Left::all);
         EXPECT_EQ(filesIn(tree, "root/"), failed ? former : restored);
         EXPECT_EQ(context.gate.isFrozen(), !failed);
