@@ -28,24 +28,10 @@ class Disk {
   void perform(const Scenario& scenario) { scenario.run(context(files), context(files)); }
 
  private:
-  // Folders made beside the root are real, too, as the root is: locks need that.
-  class Files final : public MemoryFileSystem {
-   public:
-    Files(const fs::path& folder, const Tree& tree)
-        : MemoryFileSystem(folder, tree), beside_(folder) {}
-    bool makeDirectory(const fs::path& path, unsigned permissions) override {
-      if (path.parent_path() == beside_) fs::create_directory(path);
-      return MemoryFileSystem::makeDirectory(path, permissions);
-    }
-
-   private:
-    fs::path beside_;
-  };
-
   TemporaryFolder folder_{quickParent()};  // in which the gate locks the real root
 
  public:
-  Files files;
+  MemoryFileSystem files;
 };
 
 // "before call 12, rename 2026-03-01/002.md".
