@@ -95,6 +95,25 @@ Steps verifying() {
       .bytes = static_cast<double>(fs::file_size(archive))};
 }
 
+// Both from the archive to a folder that is on the disk whole. Ours proves it first.
+Steps restoring() {
+  requireProgram("unzip");
+  const fs::path archive = freshName("restored").string() + ".zip";
+  makeArchive(diaryRoot(), archive);
+  return {.floor =
+              [=](std::size_t) {
+                const std::string folder = freshName("unzipped").string();
+                run(fmt::format("unzip -qq '{}' -d '{}' && sync -f '{}'", archive.string(), folder,
+                                folder));
+              },
+          .ours =
+              [=](std::size_t) {
+                (void)BackupManager(contextFor(freshName("root")), 3)
+                    .restore(archive, SafetyCopy::skip, {});
+              },
+          .bytes = static_cast<double>(fs::file_size(archive))};
+}
+
 // Bytes of the line with that name in /proc/self/status.
 double statusBytes(const std::string& name) {
   std::ifstream status("/proc/self/status");
@@ -139,6 +158,10 @@ void registerBackups() {
                       .turns = 3});
   registerComparison(
       {.what = "verifying an archive, to unzip -t", .prepare = &verifying, .goal = {.ratio = 1.2}});
+  registerComparison({.what = "restoring, synced, to unzip and sync",
+                      .prepare = &restoring,
+                      .goal = {.ratio = 1.35},
+                      .turns = fewTurns});
   registerComparison({.what = "memory: a backup of ten times as much",
                       .prepare = &remembering,
                       .goal = {},

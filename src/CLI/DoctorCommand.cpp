@@ -22,6 +22,7 @@ class DoctorCommand final : public Command {
   }
 
   void run(Session& session) override {
+    session.doWithoutRoot();
     RootInspector::Report report = inspect(session);
     if (fix_ && mend(report, session)) report = inspect(session);
     const DoctorReport told{std::move(report), session.application().paths().rootURL,

@@ -11,6 +11,7 @@
 
 #include "CLI/Interruption.h"
 #include "CLI/UsageError.h"
+#include "Core/Storage/RescueFolders.h"
 #include "Platform/Concurrency/NotificationCenter.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/Text/Ascii.h"
@@ -34,9 +35,11 @@ Application& Session::application() {
   application_ = std::make_unique<Application>(
       ApplicationContext{environment(), chosenRoot(), runLoop_, clock(), machine_.fileSystem,
                          machine_.secrets, machine_.http, machine_.webSockets, machine_.timers});
-  const auto root = application_->storage().files.attributes(application_->paths().rootURL);
+  const StoreContext& storage = application_->storage();
+  const auto root = storage.files.attributes(storage.paths.rootURL);
   if (root && root->type != FileType::directory)
-    throw FileError("打开数据目录", application_->paths().rootURL, ENOTDIR);
+    throw FileError("打开数据目录", storage.paths.rootURL, ENOTDIR);
+  if (!root && !doesWithoutRoot_) RescueFolders::throwIfAny(storage.gate.root(), storage.files);
   originalKept_ = NotificationCenter::shared().observe(
       Notifications::originalKept, [this](const std::string& memoId) {
         if (toldOfOriginal_.exchange(true)) return;

@@ -65,8 +65,12 @@ class Session {
   [[nodiscard]] AudioCapture& audio() const { return machine_.audio; }
   [[nodiscard]] FileManager files() const { return FileManager(machine_.fileSystem); }
 
-  // Built when first asked for. Throws FileError for a root that is no folder.
+  // Built when first asked for. Throws FileError for a root that is no folder, and Error
+  // (root.rescue) for a missing one beside which a restore has left what it held.
   [[nodiscard]] Application& application();
+  // Before that: a missing root is no reason to stop, since the command tells the way back, or
+  // makes one anew.
+  void doWithoutRoot() { doesWithoutRoot_ = true; }
   [[nodiscard]] const DayStore& dayStore() { return application().dayStore(); }
   [[nodiscard]] const MemoService& memos() { return application().memos(); }
   [[nodiscard]] AppSettings& settings() { return application().settings(); }
@@ -120,6 +124,7 @@ class Session {
   Machine machine_;
   bool isOutputTerminal_ = Terminal::isOutput();
   std::size_t columns_ = Terminal::columns();
+  bool doesWithoutRoot_ = false;
   bool toldOfRoot_ = false;
   std::mutex unreadableLock_;
   std::set<std::string> unreadable_;  // told of

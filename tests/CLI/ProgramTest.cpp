@@ -37,6 +37,15 @@ TEST_F(ProgramTest, RootIsChosenByOptionThenVariableThenHome) {
   EXPECT_EQ(fs::status(home.path() / "NomelyData").permissions(), fs::perms::owner_all);
 }
 
+TEST_F(ProgramTest, WhatARestoreLeftBesideAMissingRootIsToldOf) {
+  writeFile(home.path() / ".nomely-rescue-1/2026-03-01/001.md", "---\n---\n\nx\n");
+  using Words = std::vector<std::string>;
+  for (const Words& words : {Words{"add", "x"}, Words{"list"}, Words{"run"}, Words{"config"}})
+    expectFailure(words, 1, "mv -T -- '" + (home.path() / ".nomely-rescue-1").string());
+  EXPECT_FALSE(fs::exists(root));
+  EXPECT_EQ(run({"doctor"}).status, 0);
+}
+
 TEST_F(ProgramTest, AReaderThatLeavesEndsItQuietly) {
   for (int i = 0; i < 20; ++i) EXPECT_EQ(add(std::string(20000, 'x'))["seqNumber"], i + 1);
   const ProgramResult result = shell("\"$NOMELY\" list --all | head -c 10; echo done");

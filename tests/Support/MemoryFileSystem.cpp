@@ -159,6 +159,7 @@ bool MemoryFileSystem::makeDirectory(const fs::path& path, unsigned permissions)
   if (find(path)) return folder(path).type != FileType::directory;
   folder(path.parent_path()).entries[path.filename().string()] =
       std::make_shared<Node>(FileType::directory, permissions);
+  if (path.parent_path() == folder_) fs::create_directories(path);
   return true;
 }
 

@@ -9,9 +9,10 @@ namespace nomely::test {
 
 void writeTree(const std::filesystem::path& folder, const Tree& tree);
 
-// Regular files and folders below one folder, in memory; elsewhere nothing is. Knows what a power
-// cut would leave: of a file what it held when it was last synchronised, of a folder the entries
-// that it had then. For one thread.
+// Regular files and folders below one folder, in memory; elsewhere nothing is. A folder that is
+// made in that one is made on the disk, too, empty: locks are taken there. Knows what a power cut
+// would leave: of a file what it held when it was last synchronised, of a folder the entries that
+// it had then. For one thread.
 class MemoryFileSystem final : public FileSystem {
  public:
   struct Node;

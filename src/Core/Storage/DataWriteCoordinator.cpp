@@ -4,6 +4,7 @@
 #include <map>
 
 #include "Core/Storage/DiskPaths.h"
+#include "Core/Storage/RootMarkers.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
@@ -97,17 +98,36 @@ std::size_t DataWriteCoordinator::sweep(const std::filesystem::path& folder,
   }
 }
 
-DataWriteCoordinator::ProcessLock::ProcessLock(DataWriteCoordinator& gate, const FileManager& files)
+DataWriteCoordinator::ProcessLock::ProcessLock(DataWriteCoordinator& gate, const FileManager* files)
     : gate_(gate) {
-  DiskPaths{gate.root_}.createRoot(files);
-  gate.excludesProcesses_ = gate.processLock_.lock(
-      [] { Log::information(LogChannel::storage, "另一个 Nomely 进程正在写入，等待其完成"); });
+  const DiskPaths paths{gate.root_};
+  if (files != nullptr && !files->isDirectory(gate.root_)) {
+    paths.createRoot(*files);
+    gate.swept_.erase(gate.root_);
+  }
+  try {
+    gate.excludesProcesses_ = gate.processLock_.lock(
+        [] { Log::information(LogChannel::storage, "另一个 Nomely 进程正在写入，等待其完成"); });
+  } catch (const FileError& error) {
+    if (files != nullptr || error.kind() != FileError::Kind::notFound) throw;
+    gate.excludesProcesses_ = false;
+    return;
+  }
   if (!gate.excludesProcesses_)
     Log::error(LogChannel::storage,
                "⚠️ DataWriteCoordinator.write: "
                "此文件系统不支持文件锁，请勿同时运行多个 "
                "Nomely：{}",
                gate.root_.string());
+  // Once a process: no note of ours may stand in a root that was empty and isn't marked.
+  if (files == nullptr || gate.swept_.contains(gate.root_)) return;
+  try {
+    RootMarkers(paths, *files).claimIfEmpty();
+    gate.swept_.insert(gate.root_);
+  } catch (...) {
+    gate.processLock_.unlock();
+    throw;
+  }
 }
 
 DataWriteCoordinator::ProcessLock::~ProcessLock() {

@@ -26,20 +26,21 @@ class DataWriteCoordinator {
 
   // Runs `body` in the gate and returns what it returns; what it throws passes through. Waits for
   // writes that came first. Inside another write of the same gate `body` runs in place. A missing
-  // root is made through `files`, readable by its owner alone. Throws WriteError (maintenance) when
+  // root is made through `files`, see DiskPaths::createRoot. Throws WriteError (maintenance) when
   // frozen, FileError when the root can't be opened.
   template <typename Body>
   decltype(auto) write(const FileManager& files, Body&& body) {
-    if (queue_.isCurrent()) {
-      throwIfFrozen();
-      return std::forward<Body>(body)();
-    }
-    return queue_.sync([&]() -> decltype(auto) {
-      throwIfFrozen();
-      const ProcessLock lock(*this, files);
-      return std::forward<Body>(body)();
-    });
+    return run(&files, std::forward<Body>(body));
   }
+  // The same for who puts another folder in the root's place: a missing root stays missing, and
+  // then no other process is kept out.
+  template <typename Body>
+  decltype(auto) replaceRoot(Body&& body) {
+    return run(nullptr, std::forward<Body>(body));
+  }
+
+  // Where the root is: absolute, no symbolic link on the way to it.
+  [[nodiscard]] const std::filesystem::path& root() const { return root_; }
 
   // Refuses every later write, nested ones included, until the process ends.
   void freeze();
@@ -57,7 +58,8 @@ class DataWriteCoordinator {
  private:
   class ProcessLock {
    public:
-    ProcessLock(DataWriteCoordinator& gate, const FileManager& files);
+    // Makes a missing root through `files`; null: leaves it missing.
+    ProcessLock(DataWriteCoordinator& gate, const FileManager* files);
     ~ProcessLock();
     ProcessLock(const ProcessLock&) = delete;
     ProcessLock& operator=(const ProcessLock&) = delete;
@@ -68,6 +70,19 @@ class DataWriteCoordinator {
 
   explicit DataWriteCoordinator(const std::filesystem::path& root);
   void throwIfFrozen();
+
+  template <typename Body>
+  decltype(auto) run(const FileManager* files, Body&& body) {
+    if (queue_.isCurrent()) {
+      throwIfFrozen();
+      return std::forward<Body>(body)();
+    }
+    return queue_.sync([&]() -> decltype(auto) {
+      throwIfFrozen();
+      const ProcessLock lock(*this, files);
+      return std::forward<Body>(body)();
+    });
+  }
 
   std::filesystem::path root_;
   SerialQueue queue_{"Nomely.data.write"};

@@ -3,7 +3,8 @@
 #include <fmt/format.h>
 
 #include "Core/Extensions/TextNumbers.h"
-#include "Platform/Files/FileError.h"
+#include "Core/Storage/RescueFolders.h"
+#include "Platform/Error.h"
 #include "Platform/System/Log.h"
 
 namespace nomely {
@@ -16,13 +17,15 @@ DiskPaths DiskPaths::defaultPaths(const Environment& environment, const FileMana
   DiskPaths paths{usualRoot(environment)};
   try {
     paths.createRoot(files);
-  } catch (const FileError& error) {
+  } catch (const Error& error) {
     Log::error(LogChannel::storage, "⚠️ DiskPaths.defaultPaths: {}", error.what());
   }
   return paths;
 }
 
 void DiskPaths::createRoot(const FileManager& files) const {
+  if (files.isDirectory(rootURL)) return;
+  RescueFolders::throwIfAny(rootURL, files);
   constexpr unsigned ownerOnly = 0700;
   files.createDirectories(rootURL, ownerOnly);
 }

@@ -23,7 +23,8 @@ struct DiskPaths {
   [[nodiscard]] static DiskPaths defaultPaths(const Environment& environment,
                                               const FileManager& files);
 
-  // Creates a missing root, readable by its owner alone. Throws FileError.
+  // Creates a missing root, readable by its owner alone. Throws FileError, and Error (root.rescue)
+  // where a restore has left a former root beside the missing one: see RescueFolders.
   void createRoot(const FileManager& files) const;
 
   [[nodiscard]] std::filesystem::path dayFolder(Day day) const { return rootURL / day.string(); }

@@ -33,13 +33,16 @@ bool DirectoryLock::lock(const std::function<void()>& onWait) {
 }
 
 DirectoryLock::Attempt DirectoryLock::attempt() {
-  if (descriptor_ < 0 || owner_ != ::getpid()) open();
-  while (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
-    if (errno == EWOULDBLOCK) return Attempt::busy;
-    if (errno != EINTR) return Attempt::unsupported;
+  for (;; close()) {
+    if (descriptor_ < 0 || owner_ != ::getpid()) open();
+    while (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
+      if (errno != EWOULDBLOCK && errno != EINTR) return Attempt::unsupported;
+      // Whoever holds one that is no longer there keeps nobody from its successor.
+      if (errno == EWOULDBLOCK && namesOpenDirectory()) return Attempt::busy;
+      if (errno == EWOULDBLOCK) open();
+    }
+    if (namesOpenDirectory()) return Attempt::locked;
   }
-  // One that was replaced meanwhile is somebody's at this moment.
-  return namesOpenDirectory() ? Attempt::locked : Attempt::busy;
 }
 
 void DirectoryLock::unlock() noexcept {

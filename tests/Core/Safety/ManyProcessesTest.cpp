@@ -12,9 +12,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "Core/Lifecycle/Backup/BackupManager.h"
 #include "Core/Lifecycle/TemporaryFileSweep.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/DayStore.h"
+#include "Core/Storage/RescueFolders.h"
 #include "Core/Storage/WriteError.h"
 #include "Support/FaultyFileSystem.h"
 #include "Support/ManualClock.h"
@@ -32,8 +34,8 @@ const std::array days{day("2026-03-01"), day("2026-03-02"), day("2026-03-03"), d
 // is in the memo's body, exactly once.
 class Writer {
  public:
-  Writer(const StoreContext& context, unsigned seed, const fs::path& log)
-      : store_(context), seed_(seed), random_(seed), log_(log) {}
+  Writer(const StoreContext& context, unsigned seed, const fs::path& log, bool attaches)
+      : store_(context), seed_(seed), random_(seed), log_(log), attaches_(attaches) {}
 
   void change() {
     const std::size_t dice = pick(10);
@@ -61,7 +63,7 @@ class Writer {
  private:
   void create(Day today, const std::string& token) {
     DayStore::NewMemo content{.body = token + "\n"};
-    if (pick(3) == 0)
+    if (attaches_ && pick(3) == 0)
       content.attachments.push_back(
           AttachmentStorage::save(store_.context(), token, "txt", store_.paths().dayFolder(today))
               .value());
@@ -76,16 +78,19 @@ class Writer {
   unsigned seed_;
   std::mt19937 random_;
   std::ofstream log_;
+  bool attaches_;
   int tokens_ = 0;
 };
 
 class ManyProcessesTest : public testing::Test {
  protected:
   // Processes that make their changes and end, and such as are killed in front of some call of the
-  // file system.
-  void run(int workers, const std::vector<std::size_t>& lastCalls) {
+  // file system. Others back the root up and restore that.
+  void run(int workers, const std::vector<std::size_t>& lastCalls, unsigned restorers = 0) {
     std::map<pid_t, int> ends;
+    restorers_ = restorers;
     for (int i = 0; i < workers; ++i) ends[start(0)] = 0;
+    for (unsigned i = 0; i < restorers; ++i) ends[startRestorer()] = 0;
     for (const std::size_t last : lastCalls) ends[start(last)] = SIGKILL;
     for (const auto& [process, expected] : ends) {
       int status = 0;
@@ -94,6 +99,10 @@ class ManyProcessesTest : public testing::Test {
     }
     killed_ = lastCalls.size();
     check();
+  }
+
+  [[nodiscard]] StoreContext context(FileSystem& files = posixFileSystem()) const {
+    return {{root_}, FileManager(files), clock_};
   }
 
  private:
@@ -112,7 +121,7 @@ class ManyProcessesTest : public testing::Test {
       if (++calls == lastCall) ::kill(::getpid(), SIGKILL);
     });
     try {
-      Writer writer({{root_}, FileManager(files), clock_}, seed, logOf(seed));
+      Writer writer(context(files), seed, logOf(seed), restorers_ == 0);
       for (int left = 80; left > 0 || lastCall > 0; --left) writer.change();
       ::_exit(0);
     } catch (const std::exception& error) {
@@ -121,11 +130,37 @@ class ManyProcessesTest : public testing::Test {
     }
   }
 
-  // Reads the root once and compares it with what the processes told.
+  pid_t startRestorer() const {
+    const pid_t child = ::fork();
+    if (child != 0) return child;
+    try {
+      const BackupManager backups(context(), 3);
+      const auto restored = backups.restore(backups.backup(), SafetyCopy::make, {});
+      ::_exit(fs::exists(restored.safetyCopy) ? 0 : 1);
+    } catch (const std::exception& error) {
+      fmt::print(stderr, "restorer: {}\n", error.what());
+      ::_exit(1);
+    }
+  }
+
+  // Reads the root once, former ones too, and compares that with what the processes told.
   void check() {
-    const DayStore store({{root_}, FileManager(posixFileSystem()), clock_});
-    sweepTemporaryFiles(store.context(), {});
+    const auto former = RescueFolders::of(root_, context().files);
+    EXPECT_EQ(former.size(), restorers_);
+    sweepTemporaryFiles(context(), {});
     EXPECT_EQ(treeOf(root_).find(".tmp\n"), std::string::npos);
+    read(DayStore(context()));
+    for (const fs::path& root : former)
+      read(DayStore({{root}, FileManager(posixFileSystem()), clock_}));
+    std::size_t told = 0;
+    for (unsigned seed = 1; seed <= started_; ++seed) {
+      std::ifstream log(logOf(seed));
+      for (std::string line; std::getline(log, line); ++told) checkTold(line);
+    }
+    EXPECT_GT(told, 100U);
+  }
+
+  void read(const DayStore& store) {
     for (const Day each : days)
       for (const std::int64_t number : store.listNumbers(each)) {
         const Memo memo = store.memoStore().read(each, number).value();
@@ -133,12 +168,6 @@ class ManyProcessesTest : public testing::Test {
         for (const std::string& file : memo.attachments)
           EXPECT_TRUE(memo.body.starts_with(readFile(store.paths().dayFolder(each) / file)));
       }
-    std::size_t told = 0;
-    for (unsigned seed = 1; seed <= started_; ++seed) {
-      std::ifstream log(logOf(seed));
-      for (std::string line; std::getline(log, line); ++told) checkTold(line);
-    }
-    EXPECT_GT(told, 100U);
   }
 
   void checkTold(const std::string& line) {
@@ -152,14 +181,14 @@ class ManyProcessesTest : public testing::Test {
     const auto& copies = copies_[memoId];
     // A writer that is killed while it moves a memo leaves it twice; both may change from there.
     EXPECT_GE(copies.size(), 1U) << "lost";
-    EXPECT_LE(copies.size(), 1U + killed_);
+    EXPECT_LE(copies.size(), 1U + killed_ + restorers_);
     std::ptrdiff_t most = 0;
     for (const Memo& memo : copies) {
       std::istringstream lines(memo.body);
       most = std::max(most, std::count(std::istream_iterator<std::string>(lines), {}, token));
     }
     EXPECT_EQ(most, token.empty() ? 0 : 1);
-    if (where.starts_with(" 2026-03-09")) {
+    if (where.starts_with(" 2026-03-09") && restorers_ == 0) {
       EXPECT_TRUE(numbersTaken_.insert(where).second) << "drawn twice";
     }
   }
@@ -171,6 +200,7 @@ class ManyProcessesTest : public testing::Test {
   std::map<std::string, std::vector<Memo>> copies_;  // by memoId
   std::set<std::string> numbersTaken_;
   std::size_t killed_ = 0;
+  std::size_t restorers_ = 0;
 };
 
 TEST_F(ManyProcessesTest, NoChangeIsLost) {
@@ -179,6 +209,11 @@ TEST_F(ManyProcessesTest, NoChangeIsLost) {
 
 TEST_F(ManyProcessesTest, KilledWritersTakeNothingWithThem) {
   run(2, {150, 700, 1003, 1501});
+}
+
+TEST_F(ManyProcessesTest, WhatWasWrittenBeforeARestoreIsInAFormerRoot) {
+  (void)DayStore(context()).createMemo(days[0], {.body = "first\n"});
+  run(3, {}, 2);
 }
 
 // A program that knows nothing of our lock puts a file under the number that is about to be used.

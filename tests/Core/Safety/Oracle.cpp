@@ -66,6 +66,8 @@ void forEachWord(std::string_view text, Visit visit) {
 
 // An identity, whole or its first eight digits, with or without hyphens.
 bool looksRandom(std::string_view word) {
+  if (constexpr std::string_view rescue = "nomely-rescue-"; word.starts_with(rescue))
+    word.remove_prefix(rescue.size());
   const bool hexadecimal = word.find_first_not_of("0123456789abcdefABCDEF-") == word.npos;
   const bool fits = word.size() == 8 || word.size() >= 32;
   return hexadecimal && fits && word.find_first_not_of('-') != word.npos;

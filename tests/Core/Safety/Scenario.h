@@ -30,5 +30,7 @@ struct Scenario {
 };
 
 [[nodiscard]] std::vector<Scenario> scenarios();
+// Not one of them, since one root or another has to stand whole: RestoreTest judges it.
+[[nodiscard]] Scenario restoring(bool canExchange);
 
 }  // namespace nomely::test

@@ -82,6 +82,13 @@ TEST_F(DirectoryLockTest, FollowsADirectoryThatWasReplacedBetweenLocks) {
   ASSERT_TRUE(lock.lock(failOnWait));
   EXPECT_FALSE(OtherHolder(root_).tryLock());
   EXPECT_TRUE(OtherHolder(folder_.path() / "old").tryLock());
+
+  fs::rename(root_, folder_.path() / "older");
+  fs::create_directory(root_);
+  DirectoryLock replaced(folder_.path() / "older");
+  EXPECT_EQ(replaced.attempt(), DirectoryLock::Attempt::busy);
+  EXPECT_TRUE(lock.tryLock());
+  EXPECT_TRUE(replaced.tryLock());
 }
 
 TEST_F(DirectoryLockTest, FollowsADirectoryThatIsReplacedWhileItWaits) {

@@ -14,6 +14,7 @@
 #include "Core/Lifecycle/Backup/BackupManifest.h"
 #include "Core/Lifecycle/Backup/BackupObstacles.h"
 #include "Core/Lifecycle/Backup/BackupWork.h"
+#include "Core/Lifecycle/Backup/RestoreResult.h"
 #include "Core/Storage/StoreContext.h"
 
 namespace nomely {
@@ -30,9 +31,6 @@ struct BackupVersion {
   std::string app = {};
   std::string build = {};
 };
-
-// A step of putting restored data in the place of the root's.
-enum class RestoreStep { saveOriginal, installRestored, preserveBackups };
 
 // Keeps dated ZIP copies of the root in its `.backups`, and puts one of them in the root's place.
 // Blocking, for background threads; several may run at once. Throws BackupError, FileError,
@@ -75,12 +73,8 @@ class BackupManager {
   [[nodiscard]] BackupArchive::Contents verify(const std::filesystem::path& zip,
                                                const BackupWork& work) const;
 
-  enum class SafetyCopy { make, skip };
-  struct Restored {
-    std::filesystem::path rescue;      // where the former root lies; empty: there was none
-    std::filesystem::path safetyCopy;  // the archive of it; empty: none was made
-    BackupArchive::Contents contents;
-  };
+  using SafetyCopy = nomely::SafetyCopy;
+  using Restored = RestoreResult;
   // Puts what the archive holds in the root's place. Until the swap the root is untouched; a swap
   // that fails is taken back. Afterwards this process's gate is frozen. SafetyCopy::skip is for a
   // root too damaged to be backed up.

@@ -153,6 +153,7 @@ TEST_F(BackupManagerTest, StoppedWorkLeavesNothing) {
 }
 
 TEST_F(BackupManagerTest, WithoutRoomBesideTheRootTheWorkIsDoneInItsBackups) {
+  context.write([] {});  // does what a process does once: the two runs make the same calls
   std::uint64_t making = 0;
   for (const bool isRefused : {false, true}) {
     std::uint64_t call = 0;
