@@ -65,6 +65,7 @@ void registerMedia();
 void registerSummaries();
 void registerFrames();
 void registerBot();
+void registerUpkeep();
 
 // A row for each comparison that was run, and how many were skipped or cut short. Returns whether
 // none was cut and all their goals are met.

@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
   registerSummaries();
   registerFrames();
   registerBot();
+  registerUpkeep();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return printTable() ? 0 : 1;
