@@ -67,6 +67,7 @@ void registerSummaries();
 void registerFrames();
 void registerBot();
 void registerBackups();
+void registerUpkeep();
 
 // A row for each comparison that was run, and how many were skipped or cut short. Returns whether
 // none was cut and all their goals are met.

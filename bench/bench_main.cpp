@@ -21,6 +21,7 @@ int main(int argc, char** argv) {
   registerFrames();
   registerBot();
   registerBackups();
+  registerUpkeep();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return printTable() ? 0 : 1;
