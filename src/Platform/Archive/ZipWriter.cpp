@@ -17,6 +17,7 @@ namespace nomely {
 namespace {
 
 constexpr std::size_t bufferSize = std::size_t{1} << 18;
+constexpr std::size_t directoryPiece = std::size_t{1} << 18;
 constexpr std::uint16_t version = 20;
 constexpr std::uint16_t version64 = 45;
 constexpr std::uint16_t madeOnUnix = 3U << 8;
@@ -160,26 +161,29 @@ void ZipWriter::record(const Item& item, const Entry& entry) {
   const std::uint16_t needed = entry.isWide || !wide.empty() ? version64 : version;
   fields += timeField(item.modified);
 
-  zip::append(directory_, zip::directoryHeader);
-  zip::append(directory_, static_cast<std::uint16_t>(madeOnUnix | needed));
-  zip::append(directory_, needed);
-  zip::append(directory_, entry.flags);
-  zip::append(directory_, entry.method);
-  zip::append(directory_, time.time);
-  zip::append(directory_, time.date);
-  zip::append(directory_, entry.checksum);
-  zip::append(directory_, narrowed(entry.compressedSize));
-  zip::append(directory_, narrowed(entry.size));
-  zip::append(directory_, static_cast<std::uint16_t>(item.name.size()));
-  zip::append(directory_, static_cast<std::uint16_t>(fields.size()));
-  zip::append<std::uint16_t>(directory_, 0);  // no comment
-  zip::append<std::uint16_t>(directory_, 0);  // the first disk
-  zip::append<std::uint16_t>(directory_, 0);
-  zip::append(directory_, static_cast<std::uint32_t>((item.mode << 16) |
-                                                     (item.name.ends_with('/') ? dosFolder : 0)));
-  zip::append(directory_, narrowed(entry.offset));
-  directory_ += item.name;
-  directory_ += fields;
+  if (directory_.empty() || directory_.back().size() >= directoryPiece)
+    directory_.emplace_back().reserve(directoryPiece + zip::full16);
+  std::string& bytes = directory_.back();
+  zip::append(bytes, zip::directoryHeader);
+  zip::append(bytes, static_cast<std::uint16_t>(madeOnUnix | needed));
+  zip::append(bytes, needed);
+  zip::append(bytes, entry.flags);
+  zip::append(bytes, entry.method);
+  zip::append(bytes, time.time);
+  zip::append(bytes, time.date);
+  zip::append(bytes, entry.checksum);
+  zip::append(bytes, narrowed(entry.compressedSize));
+  zip::append(bytes, narrowed(entry.size));
+  zip::append(bytes, static_cast<std::uint16_t>(item.name.size()));
+  zip::append(bytes, static_cast<std::uint16_t>(fields.size()));
+  zip::append<std::uint16_t>(bytes, 0);  // no comment
+  zip::append<std::uint16_t>(bytes, 0);  // the first disk
+  zip::append<std::uint16_t>(bytes, 0);
+  zip::append(bytes, static_cast<std::uint32_t>((item.mode << 16) |
+                                                (item.name.ends_with('/') ? dosFolder : 0)));
+  zip::append(bytes, narrowed(entry.offset));
+  bytes += item.name;
+  bytes += fields;
   ++count_;
 }
 
@@ -246,8 +250,8 @@ void ZipWriter::add(const Item& item, std::uint64_t size, const Producer& produc
 
 void ZipWriter::finish() {
   const std::uint64_t offset = output_->offset();
-  const std::uint64_t size = directory_.size();
-  output_->put(directory_);
+  for (const std::string& piece : directory_) output_->put(piece);
+  const std::uint64_t size = output_->offset() - offset;
   const bool isWide = offset >= zip::full32 || size >= zip::full32 || count_ >= zip::full16;
   std::string end;
   if (isWide) {

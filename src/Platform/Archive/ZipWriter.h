@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Platform/Files/FileSystem.h"
 
@@ -48,7 +49,7 @@ class ZipWriter {
   void record(const Item& item, const Entry& entry);
 
   std::unique_ptr<Output> output_;
-  std::string directory_;
+  std::vector<std::string> directory_;  // in pieces: one text would be copied as it grows
   std::uint64_t count_ = 0;
 };
 

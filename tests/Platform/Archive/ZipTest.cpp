@@ -1,6 +1,8 @@
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "Platform/Archive/ZipReader.h"
 #include "Platform/Archive/ZipWriter.h"
@@ -120,16 +122,65 @@ TEST(ZipTest, DamagedArchivesAreRefusedOrGiveTheSame) {
   }
 }
 
-TEST(ZipTest, MoreEntriesThanTwoBytesCount) {
-  Contents many;
-  for (int i = 0; i < 70'000; ++i) many[fmt::format("{}.md", i)] = "";
+// Takes long stretches for zeros, and leaves a hole for them.
+class SparseFile final : public File {
+ public:
+  explicit SparseFile(const fs::path& path) : file_(::creat(path.c_str(), 0600)) {}
+  ~SparseFile() override { ::close(file_); }
+  SparseFile(const SparseFile&) = delete;
+  SparseFile& operator=(const SparseFile&) = delete;
+  std::size_t write(std::string_view bytes) override {
+    if (bytes.size() >= std::size_t{1} << 24)
+      ::lseek(file_, static_cast<off_t>(bytes.size()), SEEK_CUR);
+    else
+      EXPECT_EQ(::write(file_, bytes.data(), bytes.size()), bytes.size());
+    return bytes.size();
+  }
+  std::size_t read(std::span<char>) override { return 0; }
+  std::size_t readAt(std::uint64_t, std::span<char>) override { return 0; }
+  void sync() override {}
+  FileAttributes attributes() override { return {}; }
+  void copyContents(File&) override {}
+  bool shareContents(File&) override { return false; }
+  void copyMetadata(File&) override {}
+  void setPermissions(unsigned) override {}
+  void setModified(Moment) override {}
+
+ private:
+  int file_;
+};
+
+TEST(ZipTest, MoreThanFourGigabytesAndMoreEntriesThanTwoBytesCount) {
   TemporaryFolder folder(quickParent());
-  writeFile(folder.path() / "many.zip", zipped(many, 1));
-  EXPECT_EQ(contentsOf(posixFileSystem(), folder.path() / "many.zip"), many);
+  const fs::path path = folder.path() / "wide.zip";
+  const std::string zeros(std::size_t{1} << 24, '\0');
+  constexpr std::uint64_t size = (std::uint64_t{1} << 32) + (1 << 24);
+  {
+    SparseFile file(path);
+    ZipWriter writer(file);
+    writer.add(
+        {"zeros.bin", S_IFREG, modified}, size,
+        [&](const ZipWriter::Sink& sink) {
+          for (std::uint64_t i = 0; i < size; i += zeros.size()) sink(zeros);
+        },
+        ZipWriter::Compression::store);
+    for (int i = 0; i < 70'000; ++i)
+      writer.add({fmt::format("{}.md", i), S_IFREG, modified}, std::to_string(i),
+                 ZipWriter::Compression::deflate);
+    writer.finish();
+  }
+  const ZipReader reader(posixFileSystem(), path);
+  reader.checkStructure({});
+  ASSERT_EQ(reader.entries().size(), 70'001);
+  EXPECT_EQ(reader.entries()[0].size, size);
+  std::uint64_t given = 0;
+  reader.read(reader.entries()[0], [&](std::string_view piece) { given += piece.size(); });
+  EXPECT_EQ(given, size);
+  EXPECT_EQ(reader.contents(*reader.find("69999.md"), 5), "69999");
+  EXPECT_FAILURE(ZipError, tooLarge, reader.contents(*reader.find("69999.md"), 4));
   const ProgramResult result =
-      runProgram("/usr/bin/unzip", folder.path(),
-                 {.arguments = {"-tqq", (folder.path() / "many.zip").string()}});
-  EXPECT_EQ(result.status, 0) << result.errors;
+      runProgram("/usr/bin/unzip", folder.path(), {.arguments = {"-p", path.string(), "69999.md"}});
+  EXPECT_EQ(result.output, "69999") << result.errors;
 }
 
 }  // namespace
