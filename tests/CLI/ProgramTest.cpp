@@ -38,10 +38,12 @@ TEST_F(ProgramTest, RootIsChosenByOptionThenVariableThenHome) {
 }
 
 TEST_F(ProgramTest, WhatARestoreLeftBesideAMissingRootIsToldOf) {
-  writeFile(home.path() / ".nomely-rescue-1/2026-03-01/001.md", "---\n---\n\nx\n");
+  writeFile(home.path() / ".nomely-rescue-it's/2026-03-01/001.md", "---\n---\n\nx\n");
   using Words = std::vector<std::string>;
   for (const Words& words : {Words{"add", "x"}, Words{"list"}, Words{"run"}, Words{"config"}})
-    expectFailure(words, 1, "mv -T -- '" + (home.path() / ".nomely-rescue-1").string());
+    expectFailure(
+        words, 1,
+        "mv -T -- '" + (home.path() / ".nomely-rescue-it'\\''s' '").string() + root.string());
   EXPECT_FALSE(fs::exists(root));
   EXPECT_EQ(run({"doctor"}).status, 0);
 }

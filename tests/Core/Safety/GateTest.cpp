@@ -1,6 +1,3 @@
-#include <fmt/format.h>
-
-#include "Core/Storage/RescueFolders.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
 #include "Support/Deadline.h"
@@ -53,7 +50,7 @@ TEST_F(GateTest, FreezingStopsWritesAndNotReads) {
   EXPECT_EQ(treeOf(folder.path()), before);
 }
 
-TEST_F(GateTest, AMissingRootIsMadeForItsOwnerAloneWhereNothingElseLies) {
+TEST_F(GateTest, AMissingRootIsMadeForItsOwnerAloneAndAFileInItsPlaceIsReported) {
   const auto create = [&](const fs::path& root) {
     const StoreContext other{{root}, FileManager(posixFileSystem()), clock};
     (void)DayStore(other).createMemo(day("2026-03-01"), {.body = "first"});
@@ -61,17 +58,6 @@ TEST_F(GateTest, AMissingRootIsMadeForItsOwnerAloneWhereNothingElseLies) {
   create(folder.path() / "a/b");
   EXPECT_EQ(context.files.attributes(folder.path() / "a/b")->permissions, 0700U);
   EXPECT_NE(context.files.attributes(folder.path() / "a")->permissions, 0700U);
-  // An empty one would hide what a restore that was ended has left beside it. What is marked as
-  // another root's hides nothing.
-  const fs::path rescue = folder.path() / ".nomely-rescue-it's";
-  writeFile(rescue / "2026-03-01/001.md", "---\n---\n");
-  const fs::path lost = folder.path() / "lost";
-  EXPECT_THAT(messageOf<Error>([&] { create(lost); }),
-              HasSubstr(fmt::format("mv -T -- '{}/.nomely-rescue-it'\\''s' '{}'",
-                                    folder.path().string(), lost.string())));
-  EXPECT_FALSE(fs::exists(lost));
-  RescueFolders::mark(rescue, folder.path() / "other", context.files);
-  create(lost);
   writeFile(folder.path() / "file", "mine");
   EXPECT_FAILURE(FileError, notADirectory, create(folder.path() / "file"));
   EXPECT_EQ(readFile(folder.path() / "file"), "mine");

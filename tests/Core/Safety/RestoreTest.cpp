@@ -1,5 +1,4 @@
 #include <array>
-#include <iostream>
 #include <stdexcept>
 
 #include <fmt/format.h>
@@ -10,6 +9,7 @@
 #include "Core/Lifecycle/Backup/RestoreSwap.h"
 #include "Core/Safety/Course.h"
 #include "Core/Storage/RescueFolders.h"
+#include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
 #include "Support/ErrorKind.h"
 #include "Support/ForkedRun.h"
@@ -157,8 +157,6 @@ TEST_P(RestoreDisturbed, LeavesOneRootWholeAndTakesFailuresBack) {
     }
     for (const Left left : {Left::durable, Left::names})
       EXPECT_EQ(filesIn(course.end.at(left), "root/"), restored);
-    std::cout << fmt::format("restore: {} calls, {} different ends\n", course.calls.size(),
-                             course.cuts.size());
     for (std::size_t i = 0; i < course.calls.size(); ++i)
       for (const Mode mode : {Mode::fail, Mode::failLate, Mode::partial}) {
         SCOPED_TRACE(
@@ -221,10 +219,19 @@ TEST_F(RestoreTest, PutsTheArchiveInTheRootsPlaceOrMakesAMissingOne) {
   EXPECT_EQ(permissions(root / "2026-03-02/a.png"), 0610U);
   EXPECT_EQ(fs::hard_link_count(root / ".versions/by-id/6d/1.md"), 2U);
 
-  const StoreContext other{{folder.path() / "a/b"}, FileManager(files), clock};
-  EXPECT_EQ(BackupRestore(other, root / zipName).run(SafetyCopy::make, {}, {}).rescue, "");
-  EXPECT_EQ(filesIn(treeOn(folder.path() / "a/b"), "").size(), restored.size() - 1);
+  // Enough for two threads, into what a link names and nothing is there; and a root beside all
+  // that.
+  auto many = entries();
+  for (int i = 0; i < 2000; ++i)
+    many.push_back({.name = fmt::format("2026-03-02/{}.bin", i), .contents = "x"});
+  writeFile(folder.path() / "many.zip", rawZip(many));
+  fs::create_directory_symlink(folder.path() / "a/b", folder.path() / "link");
+  const StoreContext other{{folder.path() / "link"}, FileManager(files), clock};
+  const BackupRestore making(other, folder.path() / "many.zip");
+  EXPECT_EQ(making.run(SafetyCopy::make, {}, {}).rescue, "");
+  EXPECT_EQ(filesIn(treeOn(folder.path() / "a/b"), "").size(), restored.size() - 1 + 2000);
   EXPECT_EQ(permissions(folder.path() / "a/b"), 0700U);
+  StoreContext({folder.path() / "c"}, FileManager(files), clock).write([] {});
 
   fs::create_directory(folder.path() / ".nomely-staging-X");
   clock.advance(std::chrono::hours(24 * 365 * 100));
@@ -251,6 +258,9 @@ TEST_F(RestoreTest, ChangesNothingWhenItIsRefused) {
     expectRefused("--root");
   }
   files.refused = "";
+  std::stop_source stop;
+  const auto stopLate = [&](double share) { share > 0.5 && stop.request_stop(); };
+  EXPECT_THROW((void)restore(context, {}, {stop.get_token(), stopLate}), CancellationError);
   std::vector<HostileArchive> archives = hostileArchives();
   archives.push_back(
       {"", rawZip({goodEntries().back()}), "备份中没有可恢复的笔记，当前数据未替换"});
