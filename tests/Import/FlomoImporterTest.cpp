@@ -68,12 +68,11 @@ TEST_F(FlomoImporterTest, ReferencesFindFilesOfTheExportAlone) {
       {"file%2Fa b.jpg", "1", "1"},
       {"file/a b%2.jpg"},
       {"file/c.png", "", "2"},
-      {"ile/c.png"},
+      {"ile/c.png"},  // in "file/c.png"
       {"c.png", "", "2"},
       {"x/file/c.png", "2", "2"},
       {""},
-      {"?"},
-      {"/"},
+      {"/?"},
       {"file"},
       {"../secret.jpg", "", "3"},
       {"secret.jpg", "", "3"},
@@ -171,7 +170,6 @@ TEST_F(FlomoImporterTest, WhatCannotBeImportedChangesNothing) {
   };
   EXPECT_EQ(refusal(page("<p>")), "没有找到可导入的笔记");
   EXPECT_THAT(refusal(page(flomoNote("", "a") + flomoNote("", "\xFF"))), HasSubstr("UTF-8"));
-  EXPECT_THAT(refusal(outside.path() / "none.html"), HasSubstr("none.html"));
   writeFile(outside.path() / "a.zip", "PK");
   EXPECT_EQ(refusal(outside.path() / "a.zip"), "ZIP 文件过小");
   writeZip(outside.path() / "a.zip", {{"a.txt", flomoNote("", "a")}});

@@ -72,23 +72,22 @@ void addMemos(Table& table) {
   };
   table.add("createMemoInDayWithMemos", creating(d.first, {"loose.bin"}));
   table.add("createMemoInMissingRoot", creating(d.missing, {}), {});
-  table.add("createMemosInABatch", always([&d](Context context) {
-              context.write([&] {
-                MemoBatch batch(context);
-                for (const Day day : {d.first, d.missing}) {
-                  Memo memo = Memo::empty(1, d.clock);
-                  memo.body = "其中的一条\n" + day.string() + std::string(600, '.');
-                  memo.attachments = {
-                      batch
-                          .addFile(
-                              day, [](const auto& sink) { sink("sound"); }, [] { return "m4a"; })
-                          .value()};
-                  batch.add(day, memo);
-                }
-                batch.place();
-                MemoBatch::settle(context);
-              });
-            }));
+  const auto batch = always([&d](Context context) {
+    context.write([&] {
+      MemoBatch memos(context);
+      memos.add(d.first, Memo::empty(1, d.clock));
+      Memo memo = Memo::empty(1, d.clock);
+      memo.attachments = {
+          memos
+              .addFile(
+                  d.missing, [](const auto& sink) { sink("sound"); }, [] { return "m4a"; })
+              .value()};
+      memos.add(d.missing, memo);
+      memos.place();
+      MemoBatch::settle(context);
+    });
+  });
+  table.add("createMemosInABatch", batch);
   const auto updating = on(d.changed, [](Context context, Day day, const Memo& memo) {
     DayStore(context).updateMemo(edited(memo), day, memo);
   });
