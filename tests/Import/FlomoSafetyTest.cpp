@@ -3,7 +3,7 @@
 
 #include <fmt/ranges.h>
 
-#include "Core/Lifecycle/TemporaryFileSweep.h"
+#include "Core/Lifecycle/Maintenance/TemporaryFileSweep.h"
 #include "Core/Storage/MemoFile.h"
 #include "Import/FlomoExportFiles.h"
 #include "Import/FlomoImporter.h"
