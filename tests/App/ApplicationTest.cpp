@@ -145,26 +145,6 @@ TEST_F(ApplicationTest, ShowsWhatOtherProgramsWrite) {
   EXPECT_EQ(application.searchIndex().allMemoEntries().size(), 2U);
 }
 
-TEST_F(ApplicationTest, ShowsWhatOtherProgramsWrite) {
-  const fs::path today = home / "NomelyData" / "2026-03-01";
-  writeFile(today / "001.md", "---\ntime: '09:00'\n---\nours");
-  Application application(with({}));
-  DayViewModel& model = application.dayViewModel();
-  model.loadDay(day("2026-03-01"));
-  EXPECT_EQ(application.searchIndex().allMemoEntries().size(), 1U);
-  application.startMaintenance(true);
-  const auto completed = [&] { return application.startup().state() == State::completed; };
-  ASSERT_TRUE(loop.runUntil(completed, 10s));
-  // Again and again: what is watched begins after the job that starts it.
-  const auto isShown = [&] { return model.displayMemos.get().size() == 2; };
-  for (int i = 0; i < 10 && !isShown(); ++i) {
-    writeFile(today / "901.md", "---\ntime: '09:30'\n---\nforeign");
-    (void)loop.runUntil(isShown, 2s);
-  }
-  EXPECT_TRUE(isShown());
-  EXPECT_EQ(application.searchIndex().allMemoEntries().size(), 2U);
-}
-
 TEST_F(ApplicationTest, EndsWhileJobsRun) {
   for (int i = 0; i < 20; ++i) {
     Application application(with({}));
