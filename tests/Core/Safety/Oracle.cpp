@@ -25,10 +25,9 @@ bool isKeptElsewhere(const std::string& path) {
   return path.starts_with(thrownAway) || path.find(setAside) != std::string::npos;
 }
 
-// Work of a process that was ended, of no use to the next one.
+// Work of a backup that was ended, of no use to the next one.
 bool isAbandoned(const std::string& path) {
-  return FileManager::isTemporaryName(fs::path(path).filename().native()) ||
-         path.find(".nomely-backup-work-") != path.npos ||
+  return path.find(".nomely-backup-work-") != path.npos ||
          path.find(".nomely-archive-") != path.npos;
 }
 
@@ -151,7 +150,8 @@ std::string Oracle::placeOf(const std::string& path) const {
 Oracle::View Oracle::viewOf(const Tree& tree) const {
   View view;
   for (const auto& [path, bytes] : tree)
-    if (!path.ends_with('/') && !isAbandoned(path)) view.files[path] = legible(bytes);
+    if (!path.ends_with('/') && !isTemporary(path) && !isAbandoned(path))
+      view.files[path] = legible(bytes);
   for (const auto& [path, bytes] : view.files) {
     view.items.emplace(placeOf(path), settled(bytes));
     view.contents.insert(settled(bytes));
