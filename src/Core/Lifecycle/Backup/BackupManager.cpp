@@ -57,16 +57,6 @@ void place(const FileManager& files, const path& from, const path& to) {
   files.fileSystem().syncDirectory(to.parent_path());
 }
 
-// Part of the work as a stretch of the whole's progress.
-BackupWork stretch(const BackupWork& work, double from, double to) {
-  BackupWork part{.stop = work.stop};
-  if (work.progress)
-    part.progress = [&work, from, to](double share) {
-      work.progress(from + (to - from) * std::min(share, 1.0));
-    };
-  return part;
-}
-
 }  // namespace
 
 BackupManager::BackupManager(StoreContext context, std::size_t maxBackups, Version version)
@@ -148,16 +138,15 @@ void BackupManager::createArchive(const path& destination, ArchiveKind kind, boo
     const auto begun = std::chrono::steady_clock::now();
     context_.files.createDirectories(folder, ownerOnly);
     manifest.createdAt = context_.clock.now();
-    snapshot.take(includesVersions, stretch(work, 0, 0.2));
+    snapshot.take(includesVersions, work.part(0, 0.2));
     const std::chrono::duration<double, std::milli> held = std::chrono::steady_clock::now() - begun;
     Log::information(LogChannel::storage, "备份副本写入占用：{:f} ms", held.count());
   });
   throwIfStopped(work.stop);
   if (beforeCompression) beforeCompression();
-  compressBackup(snapshot, std::move(manifest), fileSystem, partial.name(),
-                 stretch(work, 0.2, 0.7));
+  compressBackup(snapshot, std::move(manifest), fileSystem, partial.name(), work.part(0.2, 0.7));
   (void)BackupArchive(fileSystem, partial.name())
-      .prove(stretch(work, 0.7, 1), BackupArchive::Notes::asListed);
+      .prove(work.part(0.7, 1), BackupArchive::Notes::asListed);
   throwIfStopped(work.stop);
   context_.write([&] { place(context_.files, partial.name(), destination); });
   if (work.progress) work.progress(1);
