@@ -126,10 +126,15 @@ bool Session::hasRoot() {
 }
 
 void Session::tellOfMissingRoot() {
-  if (!std::exchange(toldOfRoot_, true) && !hasRoot())
-    say(fmt::format(
-        "数据目录不存在：{}。用 --root 或 NOMELY_ROOT 指定，或用 nomely add 写下第一条。",
-        Terminal::printable(dayStore().paths().rootURL.string())));
+  if (std::exchange(toldOfRoot_, true) || hasRoot()) return;
+  const StoreContext& storage = application().storage();
+  try {
+    RescueFolders::throwIfAny(storage.gate.root(), storage.files);
+  } catch (const Error& error) {
+    return say(Terminal::printable(error.what()));
+  }
+  say(fmt::format("数据目录不存在：{}。用 --root 或 NOMELY_ROOT 指定，或用 nomely add 写下第一条。",
+                  Terminal::printable(storage.paths.rootURL.string())));
 }
 
 void Session::tellOfNewRoot() {

@@ -45,7 +45,9 @@ TEST_F(ProgramTest, WhatARestoreLeftBesideAMissingRootIsToldOf) {
         words, 1,
         "mv -T -- '" + (home.path() / ".nomely-rescue-it'\\''s' '").string() + root.string());
   EXPECT_FALSE(fs::exists(root));
-  EXPECT_EQ(run({"doctor"}).status, 0);
+  const ProgramResult told = run({"doctor"});
+  EXPECT_EQ(told.status, 0);
+  EXPECT_THAT(told.errors, HasSubstr("mv -T"));
 }
 
 TEST_F(ProgramTest, AReaderThatLeavesEndsItQuietly) {
