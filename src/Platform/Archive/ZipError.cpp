@@ -42,7 +42,7 @@ std::string textOf(ZipError::Kind kind, const std::string& entry) {
     case ZipError::Kind::tooLarge:
       return fmt::format("{}过大，请重新打包后再试", subject);
   }
-  return subject;
+  return {};
 }
 
 }  // namespace

@@ -133,7 +133,7 @@ void BackupManager::createArchive(const path& destination, ArchiveKind kind, boo
                           .buildNumber = version_.build};
 
   const Partial partial(context_.files, folder);
-  BackupSnapshot snapshot(context_.files, resolvedRoot());
+  BackupSnapshot snapshot(context_.files, context_.gate.root());
   context_.write([&] {
     const auto begun = std::chrono::steady_clock::now();
     context_.files.createDirectories(folder, ownerOnly);
@@ -152,13 +152,8 @@ void BackupManager::createArchive(const path& destination, ArchiveKind kind, boo
   if (work.progress) work.progress(1);
 }
 
-path BackupManager::resolvedRoot() const {
-  // A root that is a link lies where the link leads.
-  return std::filesystem::weakly_canonical(context_.paths.rootURL);
-}
-
 std::vector<BackupObstacles::Obstacle> BackupManager::obstacles(const std::stop_token& stop) const {
-  return BackupObstacles(context_.files.fileSystem(), resolvedRoot(), false).find(stop);
+  return BackupObstacles(context_.files.fileSystem(), context_.gate.root(), false).find(stop);
 }
 
 BackupManifest BackupManager::readManifest(const path& zip) const {

@@ -84,7 +84,6 @@ class BackupManager {
  private:
   // In the gate: removes the automatic archives that are too many, `kept` not among them.
   void prune(const std::vector<std::string>& kept) const;
-  [[nodiscard]] std::filesystem::path resolvedRoot() const;
 
   StoreContext context_;
   std::size_t maxBackups_;

@@ -68,22 +68,26 @@ std::vector<RawEntry> goodEntries() {
 
 std::vector<HostileArchive> hostileArchives() {
   using Kind = ZipError::Kind;
-  const auto restoreFailed = [](const std::string& reason) {
-    return std::string(BackupError(BackupError::Kind::restoreFailed, reason).what());
-  };
-  const auto verifyFailed = [](Kind kind) {
-    return std::string(
-        BackupError(BackupError::Kind::verifyFailed, ZipError(kind).status()).what());
-  };
   const std::vector<RawEntry> base = goodEntries();
+  const std::string good = rawZip(base);
   std::vector<HostileArchive> archives;
   const auto add = [&](const std::string& name, std::vector<RawEntry> entries,
-                       const std::string& message) {
+                       const std::string& reason) {
     entries.insert(entries.begin(), base.begin(), base.end());
-    archives.push_back({name, rawZip(entries), message});
+    archives.push_back(
+        {name, rawZip(entries), BackupError(BackupError::Kind::restoreFailed, reason).what()});
+  };
+  const auto addBytes = [&](const std::string& name, const std::string& bytes, Kind kind) {
+    archives.push_back(
+        {name, bytes,
+         BackupError(BackupError::Kind::verifyFailed, ZipError(kind).status()).what()});
+  };
+  const auto addBad = [&](const std::string& name, RawEntry entry, Kind kind) {
+    if (entry.contents.empty()) entry.contents = "text";
+    addBytes(name, rawZip({base[0], base[1], std::move(entry)}), kind);
   };
 
-  const std::string unsafe = restoreFailed("备份含不安全路径或嵌套备份");
+  const std::string unsafe = "备份含不安全路径或嵌套备份";
   using namespace std::string_literals;
   for (const std::string& name :
        {"../x"s, "a/../b"s, "a/.."s, "/etc/x"s, "//x"s, "a\\b"s, "..\\x"s, "C:/x"s, "c:x"s, "a\0b"s,
@@ -91,72 +95,53 @@ std::vector<HostileArchive> hostileArchives() {
     add(fmt::format("path {}", name),
         {{name, "", name.ends_with('/') ? unsigned{S_IFDIR} : unsigned{S_IFREG}}}, unsafe);
   add("folder with contents", {{"a/", "x", S_IFDIR | 0755}}, unsafe);
-  add("link", {{"a", "/etc/passwd", S_IFLNK | 0777}},
-      restoreFailed("备份包含符号链接，已停止恢复"));
+  add("link", {{"a", "/etc/passwd", S_IFLNK | 0777}}, "备份包含符号链接，已停止恢复");
   for (const unsigned type : {S_IFIFO, S_IFSOCK, S_IFCHR, S_IFBLK, S_IFDIR})
-    add(fmt::format("special file {:o}", type), {{"a", "", type}},
-        restoreFailed("备份包含特殊文件，已停止恢复"));
-  const auto twice = [&](const std::string& name) {
-    return restoreFailed("备份含重复或互相冲突的路径：" + name);
-  };
-  add("one name twice", {{"a", "1"}, {"a", "2"}}, twice("a"));
-  add("two manifests", {goodEntries().back()}, twice(BackupManifest::fileName));
-  add("file and folder", {{"a"}, {"a/", "", S_IFDIR}}, twice("a"));
-  add("file with files in it", {{"b/a/c/d"}, {"b/a.x"}, {"b/a"}}, twice("b/a"));
-  add("unreadable note", {{"2026-03-02/003.md", "no header"}},
-      restoreFailed("备份含无法读取的笔记：003.md"));
+    add(fmt::format("special file {:o}", type), {{"a", "", type}}, "备份包含特殊文件，已停止恢复");
+  const std::string twice = "备份含重复或互相冲突的路径：";
+  add("one name twice", {{"a", "1"}, {"a", "2"}}, twice + "a");
+  add("two manifests", {base.back()}, twice + BackupManifest::fileName);
+  add("file and folder", {{"a"}, {"a/", "", S_IFDIR}}, twice + "a");
+  add("file with files in it", {{"b/a/c/d"}, {"b/a.x"}, {"b/a"}}, twice + "b/a");
+  add("unreadable note", {{"2026-03-02/003.md", "no header"}}, "备份含无法读取的笔记：003.md");
 
-  {
-    // The header of "b" is told to stand within the contents of "a".
-    const RawEntry outer{"a", rawZip({{"b", "text"}})};
-    const auto back = static_cast<std::uint32_t>(-static_cast<int>(outer.contents.size()));
-    add("one inside another", {outer, {.name = "b", .contents = "text", .excessOffset = back}},
-        verifyFailed(Kind::inconsistent));
-  }
-  add("two names", {{.name = "a", .localName = "b"}}, verifyFailed(Kind::inconsistent));
-  add("no header there", {{.name = "a", .contents = "text", .excessOffset = 1}},
-      verifyFailed(Kind::inconsistent));
-  add("two sizes", {{.name = "a", .contents = "text", .excessSize = 1}},
-      verifyFailed(Kind::inconsistent));
-  add("two checksums", {{.name = "a", .contents = "text", .excessChecksum = 1}},
-      verifyFailed(Kind::inconsistent));
-  add("encrypted", {{.name = "a", .contents = "text", .flags = zip::flagEncrypted}},
-      verifyFailed(Kind::unsupported));
-  add("unknown method", {{.name = "a", .contents = "text", .method = 99}},
-      verifyFailed(Kind::unsupported));
-  add("damaged deflation", {{.name = "a", .contents = "text", .method = zip::deflated}},
-      verifyFailed(Kind::damaged));
+  // The header of "b" is told to stand within the contents of "a".
+  const RawEntry outer{"a", rawZip({{"b", "text"}})};
+  const auto back = static_cast<std::uint32_t>(-static_cast<int>(outer.contents.size()));
+  addBytes(
+      "one inside another",
+      rawZip({base[0], base[1], outer, {.name = "b", .contents = "text", .excessOffset = back}}),
+      Kind::inconsistent);
+  addBad("two names", {.name = "a", .localName = "b"}, Kind::inconsistent);
+  addBad("no header there", {.name = "a", .excessOffset = 1}, Kind::inconsistent);
+  addBad("two sizes", {.name = "a", .excessSize = 1}, Kind::inconsistent);
+  addBad("two checksums", {.name = "a", .excessChecksum = 1}, Kind::inconsistent);
+  addBad("encrypted", {.name = "a", .flags = zip::flagEncrypted}, Kind::unsupported);
+  addBad("unknown method", {.name = "a", .method = 99}, Kind::unsupported);
+  addBad("damaged deflation", {.name = "a", .method = zip::deflated}, Kind::damaged);
   Deflater deflater;
   const std::string bomb(deflater.whole(std::string(10'000'000, 'a')));
-  add("more than told", {{.name = "a", .contents = bomb, .method = zip::deflated}},
-      verifyFailed(Kind::damaged));
-
-  const std::string good = rawZip(goodEntries());
-  const auto addBytes = [&](const std::string& name, const std::string& bytes, Kind kind) {
-    archives.push_back({name, bytes, verifyFailed(kind)});
-  };
+  addBad("more than told", {.name = "a", .contents = bomb, .method = zip::deflated}, Kind::damaged);
   std::string flipped = good;
   flipped[100] ^= 1;
   addBytes("flipped bit", flipped, Kind::damaged);
   addBytes("truncated", good.substr(0, good.size() / 2), Kind::notAnArchive);
   addBytes("no archive", "NomelyBackupManifest.json", Kind::notAnArchive);
   addBytes("something before it", "#!/bin/sh\n" + good, Kind::inconsistent);
-  addBytes("too many entries", rawZip(goodEntries(), {.excessCount = 60'000}), Kind::inconsistent);
-  addBytes("an entry left out", rawZip(goodEntries(), {.excessCount = 0xffff}), Kind::inconsistent);
-  addBytes("directory beyond the end", rawZip(goodEntries(), {.excessOffset = 1 << 30}),
-           Kind::truncated);
-  addBytes("split", rawZip(goodEntries(), {.disk = 1}), Kind::unsupported);
+  addBytes("too many entries", rawZip(base, {.excessCount = 60'000}), Kind::inconsistent);
+  addBytes("an entry left out", rawZip(base, {.excessCount = 0xffff}), Kind::inconsistent);
+  addBytes("directory beyond the end", rawZip(base, {.excessOffset = 1 << 30}), Kind::truncated);
+  addBytes("split", rawZip(base, {.disk = 1}), Kind::unsupported);
 
   const auto addManifest = [&](const std::string& name, const BackupManifest& manifest) {
-    archives.push_back(
-        {name, rawZip({goodEntries().front(), {BackupManifest::fileName, manifest.json()}}),
-         restoreFailed("备份身份或格式版本不支持")});
+    add(name, {}, "备份身份或格式版本不支持");
+    archives.back().bytes = rawZip({base.front(), {BackupManifest::fileName, manifest.json()}});
   };
   addManifest("another program's", {.appName = "Other"});
   addManifest("another version", {.schemaVersion = 2});
   addManifest("another layout", {.rootStyle = "folder"});
   archives.push_back(
-      {"no manifest", rawZip({goodEntries().front()}), BackupError::manifestNotFound().what()});
+      {"no manifest", rawZip({base.front()}), BackupError::manifestNotFound().what()});
   archives.push_back({"empty archive", rawZip({}), BackupError::manifestNotFound().what()});
   return archives;
 }
