@@ -123,7 +123,7 @@ void registerImports() {
   registerComparison({.what = "flomo: 50,000 notes imported (floor: bare copies, one syncfs)",
                       .prepare = importSteps,
                       .goal = {.perSecond = 5000},
-                      .turns = 3});
+                      .turns = 1});
   registerComparison({.what = "memory: 50,000 notes imported, to 5,000",
                       .prepare = memorySteps,
                       .goal = {.ratio = 1.5},

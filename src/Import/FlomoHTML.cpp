@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <fmt/format.h>
+
 #include "Core/Extensions/TagNames.h"
 #include "Core/Extensions/TagUtilities.h"
 #include "Import/FlomoMarkup.h"
@@ -25,8 +27,10 @@ std::vector<std::string> tagsOf(std::string_view content, std::string_view text)
 
 std::string bodyOf(std::string_view text, const std::vector<std::string>& tags) {
   std::string body(trimSpaceAndBreaks(text));
-  for (const std::string& tag : tags)
-    body = std::string(trimHorizontal(replacingAll(body, "#" + tag, "")));
+  for (const std::string& tag : tags) {
+    const std::string written = fmt::format("#{}", tag);
+    body = std::string(trimHorizontal(replacingAll(body, written, "")));
+  }
   return std::string(trimSpaceAndBreaks(body));
 }
 

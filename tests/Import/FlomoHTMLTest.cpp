@@ -1,4 +1,4 @@
-#include <fmt/ranges.h>
+#include <fmt/format.h>
 
 #include "Import/FlomoHTML.h"
 #include "Import/FlomoMarkup.h"
@@ -22,9 +22,9 @@ std::string told(const ImportedMemo& memo) {
 }
 
 std::string told(const std::vector<ImportedMemo>& memos) {
-  std::vector<std::string> lines;
-  for (const ImportedMemo& memo : memos) lines.push_back(told(memo));
-  return fmt::format("{}", fmt::join(lines, "\n"));
+  std::string lines;
+  for (const ImportedMemo& memo : memos) lines += (lines.empty() ? "" : "\n") + told(memo);
+  return lines;
 }
 
 std::string note(const std::string& content, const std::string& more = {},

@@ -9,6 +9,7 @@
 #include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
 #include "Support/ErrorKind.h"
+#include "Support/RandomText.h"
 
 namespace nomely::test {
 namespace {
@@ -57,48 +58,27 @@ TEST_F(FlomoImporterTest, ReferencesFindFilesOfTheExportAlone) {
                                           {"file/", ""},
                                           {"export/flomo.html", ""},
                                           {"../secret.jpg", "3"}});
-  const struct {
-    std::string reference;
-    std::string inFolder = {};  // "" for missing
-    std::string inArchive = {};
-  } cases[] = {
-      {"file/a b.jpg", "1", "1"},
-      {"/file/a%20b.jpg?v=1", "1", "1"},
-      {"//file//./a b.jpg", "1", ""},
-      {"file%2Fa b.jpg", "1", "1"},
-      {"file/a b%2.jpg"},
-      {"file/c.png", "", "2"},
-      {"ile/c.png"},  // in "file/c.png"
-      {"c.png", "", "2"},
-      {"x/file/c.png", "2", "2"},
-      {""},
-      {"/?"},
-      {"file"},
-      {"../secret.jpg", "", "3"},
-      {"secret.jpg", "", "3"},
-      {"%2e%2e/secret.jpg", "", "3"},
-      {"file/../../secret.jpg"},
-      {"up/secret.jpg"},
-      {"file/link.jpg"},
-      {outside.path() / "secret.jpg"},
-      {"file://" + (outside.path() / "secret.jpg").string()},
-      {"file/a b.jpg%00"},
-      {std::string(5000, 'a')},
-      {"http://localhost/file/a b.jpg"},
-      {"HTTPS://localhost/c.png"},
-  };
+  const std::string secret = (outside.path() / "secret.jpg").string();
+  // A reference, and what it finds in the folder and in the archive.
+  const auto cases = rowsOf<3>(
+      "file/a b.jpg¦1¦1¦/file/a%20b.jpg?v=1¦1¦1¦//file//./a b.jpg¦1¦¦file%2Fa b.jpg¦1¦1¦"
+      "file/a b%2.jpg¦¦¦file/c.png¦¦2¦ile/c.png¦¦¦c.png¦¦2¦x/file/c.png¦2¦2¦¦¦¦/?¦¦¦file¦¦¦"
+      "../secret.jpg¦¦3¦secret.jpg¦¦3¦%2e%2e/secret.jpg¦¦3¦file/../../secret.jpg¦¦¦"
+      "up/secret.jpg¦¦¦file/link.jpg¦¦¦file/a b.jpg%00¦¦¦http://localhost/file/a b.jpg¦¦¦"
+      "HTTPS://localhost/c.png¦¦¦" +
+      secret + "¦¦¦file://" + secret + "¦¦¦" + std::string(5000, 'a') + "¦¦");
   const auto inFolder = openFlomoExport(context.files, exported / "flomo.html");
   const auto inArchive = openFlomoExport(context.files, outside.path() / "flomo.zip");
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.reference);
-    const auto contentIn = [&](FlomoSource& source) {
+  for (const auto& [reference, folderHas, archiveHas] : cases) {
+    SCOPED_TRACE(reference);
+    const auto contentIn = [&, named = reference](FlomoSource& source) {
       std::string content;
-      if (const auto media = source.media(test.reference))
+      if (const auto media = source.media(named))
         media([&](std::string_view piece) { content += piece; });
       return content;
     };
-    EXPECT_EQ(contentIn(*inFolder), test.inFolder);
-    EXPECT_EQ(contentIn(*inArchive), test.inArchive);
+    EXPECT_EQ(contentIn(*inFolder), folderHas);
+    EXPECT_EQ(contentIn(*inArchive), archiveHas);
   }
 }
 
@@ -189,12 +169,11 @@ TEST_F(FlomoImporterTest, ManyNotesOfOneDay) {
     html += flomoNote("2026-03-05 21:30", fmt::format("第{}条", i % 2400));
   (void)store.createMemo(day("2026-03-05"), {.body = "第2399条"});
   std::stop_source stop;
-  EXPECT_THROW((void)importer.importFromURL(page(html), {stop.get_token(),
-                                                         [&](double) {
-                                                           (void)store.createMemo(day("2026-03-05"),
-                                                                                  {.body = "别的"});
-                                                           stop.request_stop();
-                                                         }}),
+  const auto others = [&](double) {
+    (void)store.createMemo(day("2026-03-05"), {.body = "别的"});
+    stop.request_stop();
+  };
+  EXPECT_THROW((void)importer.importFromURL(page(html), {stop.get_token(), others}),
                CancellationError);
   (void)importer.importFromURL(page(html));
   const std::vector<std::int64_t> numbers = store.listNumbers(day("2026-03-05"));
