@@ -55,7 +55,8 @@ void addNotes(Lines& lines, const RootInspector::Report& report) {
     lines.say("没有笔记用到它们。挂到一条笔记上：nomely attach REF 文件；不要了就删除。");
   lines.add("没有导入的旧日记", report.leftOutTexts);
   if (!report.leftOutTexts.empty())
-    lines.say("那些天已经有笔记，旧文件原样留着。要用的文字：nomely add --date 日期 - < 文件。");
+    lines.say(
+        "那些天的文件夹原来就有，旧文件原样留着。要用的文字：nomely add --date 日期 - < 文件。");
 }
 
 void addHistory(Lines& lines, const RootInspector::Report& report) {

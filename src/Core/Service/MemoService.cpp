@@ -256,7 +256,7 @@ std::optional<Memo> MemoService::rewrite(Day day, std::int64_t seqNumber,
 void MemoService::upgrade(Day day, const Memo& original, const Memo& upgraded) const {
   context_.write([&] {
     (void)days_.memoStore().validateUnchanged(original, day);
-    keepOriginal(day, original.seqNumber, upgraded.memoId.value());
+    versions_.keepOriginal(day, original.seqNumber, upgraded.memoId.value());
     days_.memoStore().write(upgraded, day);
   });
 }

@@ -109,7 +109,7 @@ class MemoService {
                               const std::function<bool(Memo&)>& rewrite) const;
 
   // Puts `upgraded`, which has an identity, in the place of `original`, which has to be what is
-  // stored: the same note with a header of today's form. Takes no snapshot.
+  // stored: the same note with a header of today's form. Takes no snapshot and posts nothing.
   void upgrade(Day day, const Memo& original, const Memo& upgraded) const;
 
   // Puts a snapshot in the memo's place. The state that it replaces becomes a snapshot itself.
