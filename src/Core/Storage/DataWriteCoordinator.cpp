@@ -1,5 +1,6 @@
 #include "Core/Storage/DataWriteCoordinator.h"
 
+#include <cerrno>
 #include <deque>
 #include <map>
 
@@ -102,8 +103,10 @@ DataWriteCoordinator::ProcessLock::ProcessLock(DataWriteCoordinator& gate, const
     : gate_(gate) {
   const DiskPaths paths{gate.root_};
   if (files != nullptr && !files->isDirectory(gate.root_)) {
+    // One that this process has written in was moved away, or its disk was: an empty one in its
+    // place would hide that.
+    if (gate.swept_.contains(gate.root_)) throw FileError("打开", gate.root_, ENOENT);
     paths.createRoot(*files);
-    gate.swept_.erase(gate.root_);
   }
   try {
     gate.excludesProcesses_ = gate.processLock_.lock(

@@ -27,7 +27,7 @@ class DataWriteCoordinator {
   // Runs `body` in the gate and returns what it returns; what it throws passes through. Waits for
   // writes that came first. Inside another write of the same gate `body` runs in place. A missing
   // root is made through `files`, see DiskPaths::createRoot. Throws WriteError (maintenance) when
-  // frozen, FileError when the root can't be opened.
+  // frozen, FileError when the root can't be opened, or is gone since an earlier write.
   template <typename Body>
   decltype(auto) write(const FileManager& files, Body&& body) {
     return run(&files, std::forward<Body>(body));
