@@ -216,6 +216,7 @@ StartupMaintenance::Result Application::runMaintenance(const std::stop_token& st
   const auto rescueRecordings = [this](const std::stop_token& token) {
     return RecordingRecovery::run(memos_, token).size();
   };
+  backups_.finishInterruptedRestore();
   return StartupMaintenance(
              memos_, userDefaults_,
              {.backup = [this](const std::stop_token& token) { backups_.backup({.stop = token}); },

@@ -49,6 +49,9 @@ class BackupManager {
   // When the newest automatic archive was made, by its file's date; absent without one that can be
   // seen, and when that date lies in the future.
   [[nodiscard]] std::optional<Moment> lastBackupDate() const;
+  // Brings `.backups` back where a restore was ended before it did. For the start of a program; a
+  // restore begins with it, too. Throws FileError, WriteError.
+  void finishInterruptedRestore() const;
   // The archives in `.backups`, by name descending; none where that can't be read.
   [[nodiscard]] std::vector<BackupFile> listBackups() const;
   [[nodiscard]] std::filesystem::path backupsFolder() const;

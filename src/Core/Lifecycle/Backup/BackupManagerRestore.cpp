@@ -4,9 +4,13 @@
 
 namespace nomely {
 
+void BackupManager::finishInterruptedRestore() const {
+  context_.gate.replaceRoot([&] { RestoreSwap::finishInterrupted(context_); });
+}
+
 RestoreResult BackupManager::restore(const std::filesystem::path& zip, SafetyCopy safetyCopy,
                                      const BackupWork& work) const {
-  context_.gate.replaceRoot([&] { RestoreSwap::finishInterrupted(context_); });
+  finishInterruptedRestore();
   const BackupRestore restore(context_, zip);
   constexpr double copied = 0.3;  // of the work
   std::filesystem::path copy;

@@ -1,4 +1,5 @@
 #include "Core/Storage/RootMarkers.h"
+#include "Platform/Files/FileError.h"
 #include "Support/MemoryFileSystem.h"
 #include "Support/StoreFixture.h"
 
@@ -26,10 +27,10 @@ TEST_F(RootMarkersTest, ARootIsMarkedAtItsFirstWriteIfNothingStandsInIt) {
     const RootMarkers markers(other.paths, other.files);
     (void)DayStore(other).createMemo(day("2026-03-01"), {.body = "first"});
     EXPECT_EQ(markers.isMadeHere(), isMadeHere) << name;
-    // Whoever empties it under a process begins anew.
+    // Gone under a process that has written in it, it is not made anew.
     fs::remove_all(other.paths.rootURL);
-    other.write([] {});
-    EXPECT_TRUE(markers.isMadeHere()) << name;
+    EXPECT_THROW(other.write([] {}), FileError) << name;
+    EXPECT_FALSE(fs::exists(other.paths.rootURL)) << name;
   }
 }
 
