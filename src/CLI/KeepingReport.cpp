@@ -107,11 +107,14 @@ void KeepingReport::addTo(ReportLines& lines) const {
   for (const auto& item : leftovers.abandoned)
     lines.add("中断的备份或恢复",
               fmt::format("{}（{}），可以删除", item.path.string(), byteCount(item.bytes)));
-  for (const auto& rescue : leftovers.rescues)
+  for (const auto& rescue : leftovers.rescues) {
+    const std::string path = rescue.path.string();
     lines.add("恢复前的数据",
-              fmt::format("{}（{}），不再需要就删除。要换回来，先移开现在的数据"
-                          "目录，再执行：{}",
-                          rescue.path.string(), byteCount(rescue.bytes), rescue.wayBack));
+              fmt::format("{}（{}），不再需要就删除。要换回来，先移开现在的数据目录，再执行：{}",
+                          path, byteCount(rescue.bytes), rescue.wayBack));
+    if (rescue.holdsBackups)
+      lines.add("没有搬完的备份", path + "/.backups。nomely run 启动时会把它们搬回数据目录");
+  }
 }
 
 void KeepingReport::addAge(ReportLines& lines) const {
