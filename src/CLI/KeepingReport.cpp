@@ -68,7 +68,8 @@ KeepingReport KeepingReport::of(Session& session) {
 }
 
 bool KeepingReport::isFine() const {
-  return obstacles.empty() && leftovers.abandoned.empty() && filesWithSecrets.empty() &&
+  const bool isRootLost = !hasRoot && !leftovers.rescues.empty();
+  return !isRootLost && obstacles.empty() && leftovers.abandoned.empty() && filesWithSecrets.empty() &&
          (!newest || newest->fault.empty());
 }
 

@@ -85,6 +85,9 @@ class Residence {
         Notifications::externalMemoWritten, [this](const std::string&) {
           lines_.print("externalMemoWritten", "其他程序写入了笔记，已刷新");
         });
+    rescued_ = application.orphanRestoreToast.observe([this](const auto& toast) {
+      if (toast) lines_.print("recordingsRestored", *toast, {{"text", *toast}});
+    });
     DayViewModel& timeline = application.dayViewModel();
     loaded_ = timeline.hasLoadedInitialTimeline.observe(
         [&application](bool isLoaded) { application.startMaintenance(isLoaded); });
@@ -95,6 +98,7 @@ class Residence {
   void leave() {
     if (std::exchange(isResident_, false)) session_.application().endResidence();
     noticed_ = {};
+    rescued_ = {};
     loaded_ = {};
     session_.endApplication();
   }
@@ -170,6 +174,7 @@ class Residence {
   std::string obstacle_;  // that was told last
   Timers::Timer again_;
   Subscription noticed_;
+  Subscription rescued_;
   Subscription loaded_;
   Lifetime lifetime_;
 };
