@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -41,8 +42,14 @@ class Writer {
   void finish();
 
  private:
+  void write(std::string_view bytes);
+  // Returns when the buffer that was handed over has been written.
+  void settle();
+
   std::unique_ptr<File> file_;
   std::string buffer_;
+  std::string handedOver_;
+  std::future<void> writing_;  // `handedOver_`, while the next buffer fills
 };
 
 // Hands on every record with the contents that follow it, which are there during the call. Throws
