@@ -180,7 +180,7 @@ fs::path BackupCommand::chosen(Session& session) const {
   }
   const FileManager files = session.files();
   if (files.exists(file_)) return fs::absolute(file_);
-  const fs::path kept = backups.backupsFolder() / file_;
+  fs::path kept = backups.backupsFolder() / file_;
   if (file_.find('/') == std::string::npos && files.exists(kept)) return kept;
   throw NameNotFoundError(fmt::format("找不到备份文件：{}", file_));
 }
