@@ -138,7 +138,7 @@ std::optional<std::string> AttachmentStorage::save(const StoreContext& context,
       Log::error(LogChannel::storage, "⚠️ AttachmentStorage.save: {}", error.what());
       return std::nullopt;
     }
-    const std::optional<std::string> name = StoredFileName::fresh(extName.value_or(""));
+    std::optional<std::string> name = StoredFileName::fresh(extName.value_or(""));
     if (name) context.files.writeAtomically(folder / *name, data);
     return name;
   });
