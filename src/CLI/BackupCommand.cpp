@@ -95,11 +95,11 @@ std::string text(const BackupArchive::Contents& contents) {
 }
 
 std::string text(const BackupManifest& manifest) {
-  std::string text = fmt::format(
-      "备份时间：{}\n来源：{}\n版本：{}{}\n",
-      DateFormatters::isoDateTime.format(manifest.createdAt), manifest.sourcePath,
-      manifest.appVersion,
-      manifest.buildNumber.empty() ? "" : fmt::format(" ({})", manifest.buildNumber));
+  std::string text =
+      fmt::format("备份时间：{}\n来源：{}\n版本：{}{}\n",
+                  DateFormatters::isoDateTime.format(manifest.createdAt), manifest.sourcePath,
+                  manifest.appVersion,
+                  manifest.buildNumber.empty() ? "" : fmt::format(" ({})", manifest.buildNumber));
   if (!manifest.unreadableFiles.empty())
     text += fmt::format("其中 {} 个文件在备份时就读不出\n", manifest.unreadableFiles.size());
   return Terminal::printable(text);

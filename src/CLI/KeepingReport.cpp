@@ -69,8 +69,8 @@ KeepingReport KeepingReport::of(Session& session) {
 
 bool KeepingReport::isFine() const {
   const bool isRootLost = !hasRoot && !leftovers.rescues.empty();
-  return !isRootLost && obstacles.empty() && leftovers.abandoned.empty() && filesWithSecrets.empty() &&
-         (!newest || newest->fault.empty());
+  return !isRootLost && obstacles.empty() && leftovers.abandoned.empty() &&
+         filesWithSecrets.empty() && (!newest || newest->fault.empty());
 }
 
 Json KeepingReport::json() const {
