@@ -10,7 +10,7 @@
 namespace nomely {
 namespace {
 
-bool hasTag(const Memo& memo, const std::string& tag) {
+bool hasTag(const Memo& memo, std::string_view tag) {
   return std::ranges::find(memo.tags, tag) != memo.tags.end();
 }
 
@@ -18,7 +18,8 @@ void forEachTagged(const StoreContext& context, std::string_view tag, const Impo
                    const std::function<void(const MemoEntry&)>& visit) {
   RootScan scan(context, run.stop);
   scan.forEachTagged(std::string(tag), [&](const MemoEntry& entry) {
-    visit(entry);
+    // One with a tag below it, which a person may have made, is no mark of ours.
+    if (hasTag(*entry.memo, tag)) visit(entry);
     return true;
   });
 }
