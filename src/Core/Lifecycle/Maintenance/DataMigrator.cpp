@@ -15,6 +15,7 @@
 #include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
+#include "Platform/Text/PercentEncoding.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -29,18 +30,6 @@ class MigrationError : public Error {
 
 bool isNumber(std::string_view name, std::size_t digits) {
   return name.size() == digits && name.find_first_not_of("0123456789") == std::string_view::npos;
-}
-
-// "my photo.jpg" → "my%20photo.jpg".
-std::string percentEncoded(std::string_view name) {
-  std::string encoded;
-  for (const char c : name) {
-    const auto byte = static_cast<unsigned char>(c);
-    const bool isPlain = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') ||
-                         (c >= 'A' && c <= 'Z') || c == '-' || c == '.' || c == '_' || c == '~';
-    encoded += isPlain ? std::string(1, c) : fmt::format("%{:02X}", byte);
-  }
-  return encoded;
 }
 
 // Not as a part of a longer name: "1.jpg" is not in "11.jpg".

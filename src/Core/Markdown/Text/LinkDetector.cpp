@@ -8,6 +8,7 @@
 #include "Core/Extensions/PathNames.h"
 #include "Platform/Text/Ascii.h"
 #include "Platform/Text/HostNames.h"
+#include "Platform/Text/PercentEncoding.h"
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
@@ -258,28 +259,10 @@ class UnitCounter {
   std::size_t units_ = 0;
 };
 
-int hexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
-
-// As it is where it can't be decoded.
-std::string percentDecoded(std::string_view text) {
-  std::string decoded;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    if (text[at] != '%') {
-      decoded += text[at];
-      continue;
-    }
-    const int high = at + 2 < text.size() ? hexDigit(text[at + 1]) : -1;
-    const int low = at + 2 < text.size() ? hexDigit(text[at + 2]) : -1;
-    if (high < 0 || low < 0) return std::string(text);
-    decoded += static_cast<char>(high * 16 + low);
-    at += 2;
-  }
-  return isValidUtf8(decoded) ? decoded : std::string(text);
+// As it is where it can't be decoded to a text.
+std::string readable(std::string_view text) {
+  auto decoded = percentDecoded(text);
+  return decoded && isValidUtf8(*decoded) ? *std::move(decoded) : std::string(text);
 }
 
 }  // namespace
@@ -320,7 +303,7 @@ std::string LinkDetector::title(std::string_view url) {
   const std::string_view path = rest.substr(slash);
   // What ends in a slash is a folder: the "v1.2" of "/v1.2/" is its whole name.
   const auto name = lastComponent(path.ends_with('/') ? path : withoutExtension(path));
-  if (!name.empty() && name != "/") return percentDecoded(name);
+  if (!name.empty() && name != "/") return readable(name);
   std::string_view host = rest.substr(0, slash);
   host.remove_prefix(host.rfind('@') + 1);
   const std::size_t port = host.rfind(':');
