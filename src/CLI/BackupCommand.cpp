@@ -136,7 +136,7 @@ void BackupCommand::make(Session& session) const {
   hosted(session, "备份", [&](const BackupWork& work) {
     if (ifNeeded_) {
       if (application.backupWhenDue(work))
-        made = backups.backupsFolder() / backups.listBackups().at(0).name;
+        made = backups.backupsFolder() / backups.newestBackup().value().name;
     } else if (folder_.empty()) {
       made = backups.backup(work);
     } else {
@@ -173,9 +173,8 @@ fs::path BackupCommand::chosen(Session& session) const {
   session.doWithoutRoot();  // an archive may be what is left of it
   const BackupManager& backups = session.application().backups();
   if (file_ == "@") {
-    const std::vector<BackupFile> files = backups.listBackups();
-    if (files.empty()) throw NameNotFoundError("还没有备份");
-    const auto newest = std::ranges::max_element(files, {}, &BackupFile::date);
+    const auto newest = backups.newestBackup();
+    if (!newest) throw NameNotFoundError("还没有备份");
     return backups.backupsFolder() / newest->name;
   }
   const FileManager files = session.files();

@@ -1,7 +1,5 @@
 #include "CLI/KeepingReport.h"
 
-#include <algorithm>
-
 #include <fmt/format.h>
 
 #include "CLI/ByteCount.h"
@@ -18,10 +16,9 @@ constexpr std::chrono::days tooOld{7};
 
 std::optional<KeepingReport::Newest> newestOf(Session& session) {
   const BackupManager& backups = session.application().backups();
-  const std::vector<BackupFile> files = backups.listBackups();
-  if (files.empty()) return std::nullopt;
-  KeepingReport::Newest newest{.file = *std::ranges::max_element(files, {}, &BackupFile::date),
-                               .fault = {}};
+  auto file = backups.newestBackup();
+  if (!file) return std::nullopt;
+  KeepingReport::Newest newest{.file = *std::move(file), .fault = {}};
   session.host([&](const std::stop_token& stop) {
     Progress progress(session, "检验备份");
     try {

@@ -3,6 +3,7 @@
 #include <array>
 #include <chrono>
 
+#include "Core/Lifecycle/Backup/BackupNames.h"
 #include "Core/Lifecycle/Backup/RestoreStaging.h"
 #include "Core/Storage/RescueFolders.h"
 #include "Platform/Files/FileError.h"
@@ -13,8 +14,9 @@ namespace {
 namespace fs = std::filesystem;
 
 bool isWork(std::string_view name) {
-  return name.starts_with(RestoreStaging::prefix) || name.starts_with(".nomely-backup-work-") ||
-         (name.starts_with(".nomely-archive-") && name.ends_with(".partial"));
+  return name.starts_with(RestoreStaging::prefix) || name.starts_with(BackupNames::workPrefix) ||
+         (name.starts_with(BackupNames::partialPrefix) &&
+          name.ends_with(BackupNames::partialSuffix));
 }
 
 std::uint64_t bytesIn(const fs::path& path, const FileManager& files) {
@@ -42,11 +44,11 @@ BackupLeftovers BackupLeftovers::find(const StoreContext& context) {
   };
   BackupLeftovers leftovers;
   for (const fs::path& rescue : RescueFolders::of(root, files))
-    leftovers.rescues.push_back(
-        {itemAt(rescue), RescueFolders::wayBack(rescue, root), files.exists(rescue / ".backups")});
+    leftovers.rescues.push_back({itemAt(rescue), RescueFolders::wayBack(rescue, root),
+                                 files.exists(rescue / BackupNames::backups)});
 
   const Moment recent = context.clock.now() - std::chrono::days(1);
-  for (const fs::path& folder : {root.parent_path(), root / ".backups"}) {
+  for (const fs::path& folder : {root.parent_path(), root / BackupNames::backups}) {
     if (!files.isDirectory(folder)) continue;
     for (const DirectoryEntry& entry : files.listAll(folder)) {
       if (!isWork(entry.name)) continue;

@@ -8,6 +8,7 @@
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Extensions/PathNames.h"
 #include "Core/Lifecycle/Backup/BackupCompression.h"
+#include "Core/Lifecycle/Backup/BackupNames.h"
 #include "Core/Lifecycle/Backup/BackupPruning.h"
 #include "Core/Lifecycle/Backup/BackupSnapshot.h"
 #include "Platform/Cancellation.h"
@@ -27,7 +28,9 @@ class Partial {
  public:
   Partial(const FileManager& files, const path& folder)
       : files_(files),
-        path_(folder / fmt::format(".nomely-archive-{}.partial", Uuid::random().string())) {}
+        path_(folder /
+              (BackupNames::partialPrefix + Uuid::random().string() + BackupNames::partialSuffix)) {
+  }
   ~Partial() {
     try {
       files_.fileSystem().remove(path_);
@@ -63,7 +66,7 @@ BackupManager::BackupManager(StoreContext context, std::size_t maxBackups, Versi
     : context_(std::move(context)), maxBackups_(maxBackups), version_(std::move(version)) {}
 
 path BackupManager::backupsFolder() const {
-  return context_.paths.rootURL / ".backups";
+  return context_.paths.rootURL / BackupNames::backups;
 }
 
 std::vector<BackupFile> BackupManager::listBackups() const {
@@ -80,6 +83,12 @@ std::vector<BackupFile> BackupManager::listBackups() const {
   }
   std::ranges::reverse(found);
   return found;
+}
+
+std::optional<BackupFile> BackupManager::newestBackup() const {
+  const std::vector<BackupFile> backups = listBackups();
+  const auto newest = std::ranges::max_element(backups, {}, &BackupFile::date);
+  return newest == backups.end() ? std::nullopt : std::optional(*newest);
 }
 
 std::optional<Moment> BackupManager::lastBackupDate() const {

@@ -54,6 +54,8 @@ class BackupManager {
   void finishInterruptedRestore() const;
   // The archives in `.backups`, by name descending; none where that can't be read.
   [[nodiscard]] std::vector<BackupFile> listBackups() const;
+  // Of these the one whose file was made last, whatever its kind.
+  [[nodiscard]] std::optional<BackupFile> newestBackup() const;
   [[nodiscard]] std::filesystem::path backupsFolder() const;
 
   // Makes an automatic archive and removes those that are too many. `kept` is not removed, whatever

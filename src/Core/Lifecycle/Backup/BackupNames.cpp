@@ -19,7 +19,7 @@ bool isSafe(std::string_view name) {
   for (;;) {
     const std::size_t slash = name.find('/');
     const std::string_view component = name.substr(0, slash);
-    if (component.empty() || component == "." || component == ".." || component == ".backups")
+    if (component.empty() || component == "." || component == ".." || component == backups)
       return false;
     if (slash == std::string_view::npos) return true;
     name.remove_prefix(slash + 1);

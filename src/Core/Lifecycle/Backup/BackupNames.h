@@ -9,6 +9,12 @@ namespace nomely {
 // components and at the end of a folder's. Raw bytes. Pure.
 namespace BackupNames {
 
+inline constexpr const char* backups = ".backups";  // the folder in a root
+// Folders and files of work that is under way; what follows them is drawn for each.
+inline constexpr const char* workPrefix = ".nomely-backup-work-";
+inline constexpr const char* partialPrefix = ".nomely-archive-";
+inline constexpr const char* partialSuffix = ".partial";
+
 // Whether it leads to one place below the root and nowhere else, on any system, and not into
 // backups: no absolute path, no empty, "." or ".." component, no ".backups", no backslash, NUL or
 // drive letter.

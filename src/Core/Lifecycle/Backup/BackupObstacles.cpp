@@ -17,11 +17,11 @@ BackupObstacles::BackupObstacles(FileSystem& fileSystem, std::filesystem::path r
 
 bool BackupObstacles::leavesOut(std::string_view name) const {
   const std::string_view last = lastComponent(name);
-  if (last == ".DS_Store" || last.starts_with(".nomely-archive-") ||
+  if (last == ".DS_Store" || last.starts_with(BackupNames::partialPrefix) ||
       FileManager::isTemporaryName(last))
     return true;
   // The rest are entries of the root itself; a manifest there is of an archive unpacked by hand.
-  return name == ".backups" || name == ".updates" || name == BackupManifest::fileName ||
+  return name == BackupNames::backups || name == ".updates" || name == BackupManifest::fileName ||
          (name == ".versions" && !includesVersions_) ||
          // Closed to all but the administrator.
          (name == "lost+found" && isMounted_);
@@ -30,7 +30,7 @@ bool BackupObstacles::leavesOut(std::string_view name) const {
 std::string_view BackupObstacles::reason(std::string_view name, FileType type) {
   if (type == FileType::symbolicLink) return "数据目录含符号链接，未生成可能无法恢复的归档";
   if (type == FileType::other) return "数据目录含管道、套接字或设备，请移走后再备份";
-  if (lastComponent(name) == ".backups") return "子目录不能叫 .backups，请改名后再备份";
+  if (lastComponent(name) == BackupNames::backups) return "子目录不能叫 .backups，请改名后再备份";
   if (!BackupNames::isSafe(name)) return "名称含反斜杠或盘符，无法恢复，请改名后再备份";
   return {};
 }

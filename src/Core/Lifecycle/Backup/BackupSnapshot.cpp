@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "Core/Lifecycle/Backup/BackupError.h"
+#include "Core/Lifecycle/Backup/BackupNames.h"
 #include "Core/Lifecycle/Backup/BackupObstacles.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
@@ -199,7 +200,7 @@ void BackupSnapshot::take(bool includesVersions, const BackupWork& work) {
 
 void BackupSnapshot::makeFolder() {
   FileSystem& fileSystem = files_.fileSystem();
-  const std::string name = ".nomely-backup-work-" + Uuid::random().string();
+  const std::string name = BackupNames::workPrefix + Uuid::random().string();
   const path beside = root_.parent_path() / name;
   if (!fileSystem.isMountPoint(root_)) {
     try {
@@ -212,8 +213,8 @@ void BackupSnapshot::makeFolder() {
         throw;
     }
   }
-  files_.createDirectories(root_ / ".backups", ownerOnly);
-  folder_ = root_ / ".backups" / name;
+  files_.createDirectories(root_ / BackupNames::backups, ownerOnly);
+  folder_ = root_ / BackupNames::backups / name;
   fileSystem.makeDirectory(folder_, ownerOnly);
 }
 

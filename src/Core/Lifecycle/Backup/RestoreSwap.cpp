@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "Core/Lifecycle/Backup/BackupError.h"
+#include "Core/Lifecycle/Backup/BackupNames.h"
 #include "Core/Storage/RescueFolders.h"
 #include "Platform/Files/DirectoryLock.h"
 #include "Platform/Files/FileError.h"
@@ -15,8 +16,6 @@ namespace nomely {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr const char* backupsName = ".backups";
 
 BackupError refused(const std::string& reason) {
   return {BackupError::Kind::restoreFailed, reason};
@@ -82,7 +81,7 @@ void RestoreSwap::swap() {
   else
     replace();
   sync(root_.parent_path());
-  if (former_ && files_.exists(places_.rescue / backupsName)) keepBackups();
+  if (former_ && files_.exists(places_.rescue / BackupNames::backups)) keepBackups();
 }
 
 // The restored data waits under the name that the former root is to have, so that there is no
@@ -105,7 +104,7 @@ void RestoreSwap::replace() {
 
 void RestoreSwap::keepBackups() {
   before(RestoreStep::preserveBackups);
-  move(places_.rescue / backupsName, root_ / backupsName);
+  move(places_.rescue / BackupNames::backups, root_ / BackupNames::backups);
   // First where they are to be found, so that a power cut leaves them in two places rather than in
   // none.
   sync(root_);
@@ -114,8 +113,8 @@ void RestoreSwap::keepBackups() {
 
 void RestoreSwap::takeBack() {
   if (former_ && ownerOf(root_) == Owner::restored && ownerOf(places_.rescue) == Owner::former &&
-      files_.exists(root_ / backupsName)) {
-    move(root_ / backupsName, places_.rescue / backupsName);
+      files_.exists(root_ / BackupNames::backups)) {
+    move(root_ / BackupNames::backups, places_.rescue / BackupNames::backups);
     sync(places_.rescue);
   }
   if (ownerOf(root_) == Owner::restored) {
@@ -159,8 +158,8 @@ void RestoreSwap::finishInterrupted(const StoreContext& context) {
   if (!files.isDirectory(root)) return;
   const std::vector<fs::path> rescues = RescueFolders::of(root, files);
   if (rescues.empty()) return;
-  const fs::path left = rescues.front() / backupsName;
-  const fs::path kept = root / backupsName;
+  const fs::path left = rescues.front() / BackupNames::backups;
+  const fs::path kept = root / BackupNames::backups;
   if (!files.isDirectory(left)) return;
   if (!files.exists(kept)) {
     moveFolder(left, kept, files);
