@@ -154,6 +154,7 @@ class TagsCommand final : public ActionCommand {
       const TagChange done = hosted("修改", false);
       session.say(operation.outcome(done));
       if (done.failed > 0) throw Error("tags.incomplete", TagOperation::shortfall(done));
+      session.application().tagConfig().move(operation.tag, operation.other);
     }
     if (session.isJson()) list(session);
   }
