@@ -15,8 +15,12 @@ void TagConfigStore::load() {
   } catch (const Error&) {
     // A fault in the file shows tags without colours and stops nothing.
   }
-  for (const Change& change : unsaved_) change(config);
-  config_.set(std::move(config));
+  adopt(std::move(config));
+}
+
+void TagConfigStore::adopt(TagConfig stored) {
+  for (const Change& change : unsaved_) change(stored);
+  config_.set(std::move(stored));
 }
 
 void TagConfigStore::setColor(const std::string& color, const std::string& tag) {

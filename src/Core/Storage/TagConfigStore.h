@@ -23,6 +23,8 @@ class TagConfigStore {
 
   // Reads the file; what is missing or invalid has its defaults.
   void load();
+  // The same for what was read, or changed through ConfigStore, off the main executor.
+  void adopt(TagConfig stored);
 
   void setColor(const std::string& color, const std::string& tag);
   void removeColor(const std::string& tag);
