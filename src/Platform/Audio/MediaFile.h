@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <stop_token>
 #include <string>
@@ -22,10 +23,17 @@ class MediaError : public Error {
   Kind kind_;
 };
 
+// What an answer "error KIND DETAIL" of `nomely-media` about a file tells; none is that of a crash.
+// The answer goes into the log.
+[[nodiscard]] MediaError mediaError(const std::optional<std::string>& answer);
+
 // What `nomely-media` does with files. Foreign ones are safe to give it: it opens nothing that they
 // refer to, and a crash of its decoder is an error here. Any thread; throws MediaError, FileError,
 // and CancellationError at once when asked to stop.
 namespace MediaFile {
+
+// A file to give it: a pipe or a device is refused. Throws FileError.
+[[nodiscard]] Descriptor open(const std::filesystem::path& file);
 
 // Seconds of sound; what is there counts, not what the file claims.
 [[nodiscard]] double duration(const std::filesystem::path& file, const std::stop_token& stop);
