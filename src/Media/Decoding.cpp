@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstddef>
 #include <optional>
 #include <utility>
@@ -184,6 +185,26 @@ double durationOf(int source) {
                  static_cast<double>(packet->duration) * ::av_q2d(file.audio().time_base));
   }
   return timeline.end();
+}
+
+SoundShape shapeOf(int source, std::size_t parts) {
+  constexpr int rate = 8000;
+  constexpr std::size_t window = rate / 20;
+  std::vector<float> peaks;
+  std::size_t samples = 0;
+  SoundDecoder(source).run({.rate = rate}, [&](Samples some) {
+    for (const std::int16_t sample : some) {
+      if (samples++ % window == 0) peaks.push_back(0);
+      peaks.back() = std::max(peaks.back(), std::abs(static_cast<float>(sample)) / 32768);
+    }
+  });
+  SoundShape shape{.seconds = static_cast<double>(samples) / rate,
+                   .peaks = std::vector<float>(std::min(parts, peaks.size()))};
+  for (std::size_t i = 0; i < peaks.size(); ++i) {
+    float& peak = shape.peaks[i * shape.peaks.size() / peaks.size()];
+    peak = std::max(peak, peaks[i]);
+  }
+  return shape;
 }
 
 void decode(int source, const SoundForm& form, int output) {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <vector>
 
 #include "Media/SourceFile.h"
 
@@ -37,6 +39,14 @@ class SoundDecoder {
 
 // Seconds of sound that the file on `source` has, counted rather than believed.
 [[nodiscard]] double durationOf(int source);
+
+// How loud a sound is over its time.
+struct SoundShape {
+  double seconds = 0;
+  std::vector<float> peaks;  // of equal parts, 0 to 1
+};
+// Of a sound cut into `parts`. Throws Failure.
+[[nodiscard]] SoundShape shapeOf(int source, std::size_t parts);
 
 // Writes all its sound to `output` as 16-bit samples of the machine's byte order. Throws Failure.
 void decode(int source, const SoundForm& form, int output);

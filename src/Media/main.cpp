@@ -2,6 +2,7 @@
 // hostile file takes nothing with it, and the libraries cost no start of the main program.
 //
 //   nomely-media probe          "duration SECONDS" of the file on descriptor 0
+//   nomely-media shape PARTS    "shape SECONDS PEAK..." of its sound, peaks from 0 to 1
 //   nomely-media decode         its samples to 3, 16 kHz, mono, 16 bits
 //   nomely-media remux          the recording on 0, playable everywhere, into the empty file on 3
 //   nomely-media convert        any sound on 0, as AAC in an m4a, into the empty file on 3
@@ -41,6 +42,13 @@ struct Arguments {
   }
 };
 
+void tellShape(std::size_t parts) {
+  const SoundShape shape = shapeOf(STDIN_FILENO, parts);
+  std::string answer = "shape " + std::to_string(shape.seconds);
+  for (const float peak : shape.peaks) answer += " " + std::to_string(peak);
+  Answers(STDOUT_FILENO).line(answer);
+}
+
 void run(std::string_view job, const Arguments& arguments) {
   ::av_log_set_level(AV_LOG_QUIET);
   if (job == "record") return record(arguments.at(0, "default"), file, STDIN_FILENO, STDOUT_FILENO);
@@ -52,6 +60,8 @@ void run(std::string_view job, const Arguments& arguments) {
   confine();
   if (job == "probe")
     Answers(STDOUT_FILENO).line("duration " + std::to_string(durationOf(STDIN_FILENO)));
+  else if (job == "shape")
+    tellShape(static_cast<std::size_t>(std::atoi(arguments.at(0, "100"))));
   else if (job == "decode")
     decode(STDIN_FILENO, {.rate = 16000}, file);
   else if (job == "remux")
@@ -60,7 +70,8 @@ void run(std::string_view job, const Arguments& arguments) {
     convert(STDIN_FILENO, file);
   else
     throw Failure("usage",
-                  "probe | decode | remux | convert | record DEVICE | play DEVICE SECONDS SPEED");
+                  "probe | shape PARTS | decode | remux | convert | record DEVICE | play DEVICE "
+                  "SECONDS SPEED");
 }
 
 int runReported(std::string_view job, const Arguments& arguments) {

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <charconv>
 #include <optional>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -56,6 +57,20 @@ double MediaFile::duration(const std::filesystem::path& file, const std::stop_to
   double seconds = 0;
   std::from_chars(line->data() + answer.size(), line->data() + line->size(), seconds);
   return seconds;
+}
+
+MediaFile::Shape MediaFile::shape(const std::filesystem::path& file, std::size_t parts,
+                                  const std::stop_token& stop) {
+  const Descriptor source = open(file);
+  HelperProcess process(
+      {.program = program, .arguments = {"shape", std::to_string(parts)}, .input = source.get()});
+  const auto line = process.readLine(stop);
+  if (!line || !line->starts_with("shape ")) throw mediaError(line);
+  std::istringstream words(line->substr(line->find(' ')));
+  Shape shape;
+  words >> shape.seconds;
+  for (double peak = 0; shape.peaks.size() < parts && words >> peak;) shape.peaks.push_back(peak);
+  return shape;
 }
 
 void MediaFile::remux(int source, int target, const std::stop_token& stop) {

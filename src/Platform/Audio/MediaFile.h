@@ -7,6 +7,7 @@
 #include <span>
 #include <stop_token>
 #include <string>
+#include <vector>
 
 #include "Platform/Audio/HelperProcess.h"
 
@@ -37,6 +38,15 @@ namespace MediaFile {
 
 // Seconds of sound; what is there counts, not what the file claims.
 [[nodiscard]] double duration(const std::filesystem::path& file, const std::stop_token& stop);
+
+// How loud a sound is over its time.
+struct Shape {
+  double seconds = 0;
+  std::vector<double> peaks;  // of equal parts of it, 0 to 1
+};
+// Of a file whose sound, all of which has to be decoded, is cut into at most `parts`.
+[[nodiscard]] Shape shape(const std::filesystem::path& file, std::size_t parts,
+                          const std::stop_token& stop);
 
 // Writes the recording on `source`, even one that was cut off, into the empty file on `target`, as
 // a plain m4a that is on the disk when this returns.
