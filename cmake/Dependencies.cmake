@@ -14,6 +14,12 @@ pkg_check_modules(libav REQUIRED IMPORTED_TARGET libavformat libavcodec libswres
 pkg_check_modules(alsa REQUIRED IMPORTED_TARGET alsa)
 # For its headers: it is loaded when first used.
 pkg_check_modules(secret REQUIRED libsecret-1)
+if(NOMELY_DESKTOP)
+  find_package(Qt6 6.4 REQUIRED COMPONENTS Quick DBus)
+  if(NOMELY_TESTS)
+    find_package(Qt6 REQUIRED COMPONENTS Test)
+  endif()
+endif()
 if(NOMELY_POCKETSPHINX)
   # No imported target: one of the folders that it names is not there on Debian.
   pkg_check_modules(pocketsphinx REQUIRED pocketsphinx)

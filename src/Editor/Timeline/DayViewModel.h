@@ -158,6 +158,11 @@ class DayViewModel {
     writing_.importAttachmentToMemo(file, std::move(memo), date);
   }
 
+  // Calls back once every write that was begun before has ended.
+  void afterWrites(std::function<void()> completion) {
+    jobs_.write([] { return true; }, [completion = std::move(completion)](bool) { completion(); });
+  }
+
   // The trash. Operations run one at a time in the order of the calls.
   void loadTrash() { trash_.loadTrash(); }
   void restoreFromTrash(const TrashEntry& entry) { trash_.batchRestoreTrash({entry}); }

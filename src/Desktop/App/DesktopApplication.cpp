@@ -1,0 +1,121 @@
+#include "Desktop/App/DesktopApplication.h"
+
+#include <QCoreApplication>
+#include <QQmlApplicationEngine>
+#include <QQuickWindow>
+#include <QUrl>
+#include <cerrno>
+#include <chrono>
+#include <utility>
+
+#include "Core/Storage/RescueFolders.h"
+#include "Desktop/Base/Qt.h"
+#include "Desktop/Pictures/IconProvider.h"
+#include "Editor/Timeline/DayViewModel.h"
+#include "Platform/Error.h"
+#include "Platform/Files/FileError.h"
+
+namespace nomely {
+namespace {
+
+constexpr std::chrono::seconds retryInterval{2};
+
+}  // namespace
+
+DesktopApplication::DesktopApplication(DesktopMachine machine,
+                                       std::optional<std::filesystem::path> root)
+    : machine_(std::move(machine)),
+      root_(root ? std::filesystem::absolute(*root).lexically_normal()
+                 : DiskPaths::usualRoot(machine_.environment)) {
+  open();
+}
+
+DesktopApplication::~DesktopApplication() {
+  lifetime_.end();
+  again_.reset();
+  engine_.reset();
+  leave();
+}
+
+QString DesktopApplication::version() {
+  return QStringLiteral(NOMELY_VERSION);
+}
+
+void DesktopApplication::start() {
+  engine_ = std::make_unique<QQmlApplicationEngine>();
+  engine_->addImportPath(QStringLiteral("qrc:/qt/qml"));
+  engine_->addImageProvider(QStringLiteral("icon"), new IconProvider);
+  engine_->setInitialProperties({{QStringLiteral("desktop"), QVariant::fromValue(this)}});
+  engine_->load(QUrl(QStringLiteral("qrc:/qt/qml/Nomely/Qml/Main.qml")));
+  if (engine_->rootObjects().isEmpty())
+    throw Error("desktop.window", "窗口无法打开，请重新安装 nomely-desktop");
+  window_ = qobject_cast<QQuickWindow*>(engine_->rootObjects().first());
+}
+
+void DesktopApplication::open() {
+  application_ = std::make_unique<Application>(ApplicationContext{
+      machine_.environment, root_, executor_, machine_.clock, machine_.fileSystem, machine_.secrets,
+      machine_.http, machine_.webSockets, machine_.timers, utf8(version())});
+  const StoreContext& storage = application_->storage();
+  try {
+    const auto found = storage.files.attributes(storage.paths.rootURL);
+    if (found && found->type != FileType::directory)
+      throw FileError("打开数据目录", storage.paths.rootURL, ENOTDIR);
+    if (!found) RescueFolders::throwIfAny(storage.gate.root(), storage.files);
+    if (found) (void)application_->becomeResident();
+  } catch (const Error& error) {
+    setObstacle(qt(error.what()));
+    return tryLater();
+  }
+  setObstacle({});
+  application_->onRootReplaced = [this] { startOver(); };
+  application_->onRootMissing = [this] {
+    setObstacle(tr("数据目录不见了，等它回来：%1").arg(qt(root_.string())));
+    tryLater();
+  };
+  DayViewModel& timeline = application_->dayViewModel();
+  loaded_ = timeline.hasLoadedInitialTimeline.observe(
+      [this](bool isLoaded) { application_->startMaintenance(isLoaded); });
+  screens_ = std::make_unique<DesktopScreens>(DesktopScreens::Context{
+      *application_, executor_, jobs_, machine_.clock, machine_.timers, machine_.fileSystem});
+  screens_->timeline()->showAll();
+  emit screensChanged();
+}
+
+void DesktopApplication::leave() {
+  loaded_ = {};
+  const std::unique_ptr<DesktopScreens> screens = std::move(screens_);
+  emit screensChanged();  // the window lets go of them first
+  if (application_) application_->endResidence();
+}
+
+// What is typed stays: it is put into the root that is there by now.
+void DesktopApplication::startOver() {
+  const FileManager files(machine_.fileSystem);
+  if (!files.isDirectory(root_)) return tryLater();
+  again_.reset();
+  if (screens_) screens_->flush();
+  leave();
+  application_.reset();
+  open();
+}
+
+void DesktopApplication::tryLater() {
+  again_ = machine_.timers.after(
+      retryInterval,
+      [this, guarded = lifetime_.guard([this] { startOver(); })] { executor_.post(guarded); });
+}
+
+void DesktopApplication::setObstacle(const QString& text) {
+  if (std::exchange(obstacle_, text) != text) emit obstacleChanged();
+}
+
+void DesktopApplication::close() {
+  if (std::exchange(isClosing_, true)) return;
+  again_.reset();
+  if (screens_) screens_->flush();
+  if (!screens_) return QCoreApplication::quit();
+  application_->dayViewModel().afterWrites(lifetime_.guard([] { QCoreApplication::quit(); }));
+}
+
+}  // namespace nomely

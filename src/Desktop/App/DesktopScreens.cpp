@@ -1,0 +1,17 @@
+#include "Desktop/App/DesktopScreens.h"
+
+#include "App/Application.h"
+
+namespace nomely {
+
+DesktopScreens::DesktopScreens(const Context& context) {
+  const ScreenContext screens{context.application, navigation_,    context.executor,  context.jobs,
+                              context.clock,       context.timers, context.fileSystem};
+  timeline_ = std::make_unique<TimelineScreen>(screens);
+}
+
+DesktopScreens::~DesktopScreens() = default;
+
+void DesktopScreens::flush() {}
+
+}  // namespace nomely

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QObject>
+#include <memory>
+
+#include <QtQml/qqmlregistration.h>
+
+#include "Desktop/Base/Navigation.h"
+#include "Desktop/Base/ScreenContext.h"
+#include "Desktop/Screens/TimelineScreen.h"
+
+namespace nomely {
+
+// All screens of one data root. Main thread.
+class DesktopScreens : public QObject {
+  Q_OBJECT
+  QML_ELEMENT
+  QML_UNCREATABLE("made by the program")
+  Q_PROPERTY(Navigation* navigation READ navigation CONSTANT)
+  Q_PROPERTY(TimelineScreen* timeline READ timeline CONSTANT)
+
+ public:
+  // As ScreenContext has it, but for what is made here.
+  struct Context {
+    Application& application;
+    MainExecutor& executor;
+    JobPool& jobs;
+    const Clock& clock;
+    Timers& timers;
+    FileSystem& fileSystem;
+  };
+  explicit DesktopScreens(const Context& context);
+  ~DesktopScreens() override;
+
+  [[nodiscard]] Navigation* navigation() { return &navigation_; }
+  [[nodiscard]] TimelineScreen* timeline() { return timeline_.get(); }
+
+  // Puts on the disk what is typed and not saved. Blocking.
+  void flush();
+
+ private:
+  Navigation navigation_;
+  std::unique_ptr<TimelineScreen> timeline_;
+};
+
+}  // namespace nomely

@@ -1,0 +1,24 @@
+import QtQuick
+import Nomely
+
+Window {
+    id: window
+    required property DesktopApplication desktop
+    width: 1280
+    height: 800
+    minimumWidth: 420
+    minimumHeight: 480
+    visible: true
+    title: "Nomely"
+    color: Theme.window
+    // qmllint disable signal-handler-parameters
+    onClosing: close => { close.accepted = false; window.desktop.close() }
+
+    Loader {
+        id: loader
+        anchors.fill: parent
+        active: window.desktop.screens !== null
+        sourceComponent: Shell { screens: window.desktop.screens }
+    }
+    Obstacle { visible: text; anchors.fill: parent; text: window.desktop.obstacle }
+}

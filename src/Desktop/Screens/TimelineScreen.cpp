@@ -1,0 +1,276 @@
+#include "Desktop/Screens/TimelineScreen.h"
+
+#include <QLocale>
+#include <chrono>
+#include <utility>
+
+#include "App/Application.h"
+#include "Desktop/Base/Qt.h"
+#include "Editor/Timeline/DayViewModel.h"
+#include "Platform/Time/ChineseDates.h"
+
+namespace nomely {
+namespace {
+
+constexpr std::size_t searchLimit = 50;
+constexpr std::chrono::seconds dayCheck{20};
+
+}  // namespace
+
+TimelineScreen::TimelineScreen(const ScreenContext& context)
+    : context_(context),
+      timeline_(context.application.dayViewModel()),
+      work_(context.executor, context.jobs) {
+  model_.setToday(context_.clock.today());
+  subscriptions_.push_back(timeline_.displayMemos.observe([this](const auto&) { showRows(); }));
+  subscriptions_.push_back(timeline_.allMemos.observe([this](const auto&) { countAll(); }));
+  subscriptions_.push_back(timeline_.isLoadingTimeline.observe([this](bool) {
+    showRows();
+    emit loadingChanged();
+    emit countsChanged();
+    revealAsked();
+  }));
+  timeline_.onSavedSuccessfully = [this] { emit changed(); };
+  midnight_.setInterval(dayCheck);
+  connect(&midnight_, &QTimer::timeout, this, [this] {
+    model_.setToday(context_.clock.today());
+    if (list_ == Today && day() != qtDate(context_.clock.today())) showToday();
+  });
+  midnight_.start();
+}
+
+TimelineScreen::~TimelineScreen() {
+  timeline_.onSavedSuccessfully = nullptr;
+}
+
+QDate TimelineScreen::day() const {
+  return list_ == Today || list_ == DayList ? qtDate(timeline_.selectedDate.get()) : QDate();
+}
+
+QString TimelineScreen::dayTitle() const {
+  const Day date = timeline_.selectedDate.get();
+  const bool isThisYear = date.civil().year() == context_.clock.today().civil().year();
+  return qt(ChineseDates(isThisYear ? "M月d日 EEEE" : "yyyy年M月d日 EEEE").format(date));
+}
+
+QString TimelineScreen::title() const {
+  switch (list_) {
+    case Today:
+      return tr("今天");
+    case DayList:
+      return dayTitle();
+    case All:
+      return tr("全部笔记");
+    case Pinned:
+      return tr("置顶");
+    case OnThisDay:
+      return tr("那年今日");
+    case Tag:
+      return tag_;
+    case Untagged:
+      return tr("无标签");
+    case Images:
+      return tr("有图片");
+    case Links:
+      return tr("有链接");
+    case Audio:
+      return tr("有录音");
+    case Attachments:
+      return tr("有附件");
+    case Search:
+      return tr("搜索「%1」").arg(query_);
+  }
+  return {};
+}
+
+QString TimelineScreen::counts() const {
+  if (isLoading() || memoCount_ == 0) return {};
+  const QLocale locale(QLocale::Chinese);
+  const QString memos = locale.toString(static_cast<qulonglong>(memoCount_));
+  if (dayCount_ < 2) return tr("%1 条").arg(memos);
+  return tr("%1 条 · %2 天").arg(memos, locale.toString(static_cast<qulonglong>(dayCount_)));
+}
+
+bool TimelineScreen::isLoading() const {
+  return timeline_.isLoadingTimeline.get();
+}
+
+bool TimelineScreen::isEmpty() const {
+  return model_.entries().empty() && !isLoading();
+}
+
+void TimelineScreen::lookAt(int row) {
+  if (std::exchange(rowInView_, row) != row) emit inViewChanged();
+}
+
+void TimelineScreen::choose(List list, const QString& tag, const QString& query) {
+  list_ = list;
+  tag_ = tag;
+  query_ = query;
+  isOtherList_ = true;
+  toReveal_.clear();
+  // A list that isn't sorted by day has no days to stand under.
+  model_.setHeadings(list == Audio ? TimelineModel::Headings::none : TimelineModel::Headings::days);
+}
+
+void TimelineScreen::showAll() {
+  choose(All);
+  timeline_.loadAllMemos();
+  emit listChanged();
+}
+
+void TimelineScreen::showToday() {
+  choose(Today);
+  timeline_.loadDay(context_.clock.today());
+  emit listChanged();
+}
+
+void TimelineScreen::showDay(QDate day) {
+  if (!day.isValid()) return;
+  choose(dayOf(day) == context_.clock.today() ? Today : DayList);
+  timeline_.loadDay(dayOf(day));
+  emit listChanged();
+}
+
+void TimelineScreen::showPinned() {
+  choose(Pinned);
+  timeline_.loadPinnedMemos();
+  emit listChanged();
+}
+
+void TimelineScreen::showOnThisDay() {
+  choose(OnThisDay);
+  timeline_.loadOnThisDay();
+  emit listChanged();
+}
+
+void TimelineScreen::showTag(const QString& tag) {
+  choose(Tag, tag);
+  timeline_.loadMemosWithTag(utf8(tag));
+  emit listChanged();
+}
+
+void TimelineScreen::showUntagged() {
+  choose(Untagged);
+  timeline_.loadMemosNoTag();
+  emit listChanged();
+}
+
+void TimelineScreen::showImages() {
+  choose(Images);
+  timeline_.loadMemosWithImages();
+  emit listChanged();
+}
+
+void TimelineScreen::showLinks() {
+  choose(Links);
+  timeline_.loadMemosWithLinks();
+  emit listChanged();
+}
+
+void TimelineScreen::showAudio() {
+  choose(Audio);
+  timeline_.loadMemosWithAudio();
+  emit listChanged();
+}
+
+void TimelineScreen::showAttachments() {
+  choose(Attachments);
+  timeline_.loadMemosWithAttachments();
+  emit listChanged();
+}
+
+void TimelineScreen::showSearch(const QString& query) {
+  if (query.trimmed().isEmpty()) return;
+  SearchIndex& index = context_.application.searchIndex();
+  work_.run([&index, text = utf8(query)](
+                const std::stop_token&) { return index.search(text, searchLimit); },
+            [this, query](const std::vector<SearchResult>& results) {
+              choose(Search, {}, query);
+              timeline_.loadSearchResults(results, utf8(query));
+              emit listChanged();
+            });
+}
+
+void TimelineScreen::reveal(QDate day, int seqNumber) {
+  if (!day.isValid()) return;
+  showDay(day);
+  toReveal_ = qt(memoKey(dayOf(day), seqNumber));
+}
+
+void TimelineScreen::revealAsked() {
+  if (toReveal_.isEmpty() || isLoading()) return;
+  const QString asked = std::exchange(toReveal_, {});
+  const TimelineModel::Entries& rows = model_.entries();
+  for (std::size_t row = 0; row < rows.size(); ++row)
+    if (qt(memoKey(rows[row].date, rows[row].memo->seqNumber)) == asked)
+      return emit revealed(static_cast<int>(row));
+}
+
+void TimelineScreen::stepDay(int days) {
+  showDay((day().isValid() ? day() : qtDate(context_.clock.today())).addDays(days));
+}
+
+void TimelineScreen::loadMore() {
+  timeline_.loadMoreDisplayMemos();
+}
+
+void TimelineScreen::togglePinned(const MemoHandle& memo) {
+  if (memo.isValid()) timeline_.togglePinned(*memo.entry.memo, memo.entry.date);
+}
+
+void TimelineScreen::toggleLocked(const MemoHandle& memo) {
+  if (memo.isValid()) timeline_.toggleLockedOnTop(*memo.entry.memo, memo.entry.date);
+}
+
+void TimelineScreen::remove(const MemoHandle& memo) {
+  if (memo.isValid()) timeline_.deleteMemo(*memo.entry.memo, memo.entry.date);
+}
+
+void TimelineScreen::move(const MemoHandle& memo, QDate to) {
+  if (memo.isValid() && to.isValid())
+    timeline_.moveMemo(*memo.entry.memo, memo.entry.date, dayOf(to));
+}
+
+void TimelineScreen::undoDelete() {
+  timeline_.undoDelete();
+}
+
+void TimelineScreen::toggleExpanded(const MemoHandle& memo) {
+  model_.setExpanded(memo.key(), !model_.isExpanded(memo.key()));
+}
+
+void TimelineScreen::refresh() {
+  model_.setToday(context_.clock.today());
+  SearchIndex& index = context_.application.searchIndex();
+  work_.run([&index](const std::stop_token&) { return index.rebuildIfDiskChanged(); },
+            [this](bool isOther) {
+              if (isOther) timeline_.refreshCurrentTimeline(DayViewModel::Cause::externalWrite);
+            });
+}
+
+// A filter that is read anew is empty for a moment; the cards stay until it is there.
+void TimelineScreen::showRows() {
+  const TimelineModel::Entries& rows = timeline_.displayMemos.get();
+  if (isOtherList_) {
+    model_.reset(rows);
+    isOtherList_ = rows.empty() && isLoading();
+  } else if (!rows.empty() || !isLoading()) {
+    model_.show(rows);
+  }
+  emit inViewChanged();
+}
+
+void TimelineScreen::countAll() {
+  const TimelineModel::Entries& all = timeline_.allMemos.get();
+  memoCount_ = all.size();
+  dayCount_ = 0;
+  const MemoEntry* before = nullptr;
+  for (const MemoEntry& entry : all) {
+    if (!before || before->date != entry.date) ++dayCount_;
+    before = &entry;
+  }
+  emit countsChanged();
+}
+
+}  // namespace nomely
