@@ -8,6 +8,7 @@ DesktopScreens::DesktopScreens(const Context& context) {
   const ScreenContext screens{context.application, navigation_,    context.executor,  context.jobs,
                               context.clock,       context.timers, context.fileSystem};
   timeline_ = std::make_unique<TimelineScreen>(screens);
+  cards_ = std::make_unique<CardActions>(screens);
 }
 
 DesktopScreens::~DesktopScreens() = default;

@@ -7,6 +7,7 @@
 
 #include "Desktop/Base/Navigation.h"
 #include "Desktop/Base/ScreenContext.h"
+#include "Desktop/Screens/CardActions.h"
 #include "Desktop/Screens/TimelineScreen.h"
 
 namespace nomely {
@@ -18,6 +19,7 @@ class DesktopScreens : public QObject {
   QML_UNCREATABLE("made by the program")
   Q_PROPERTY(Navigation* navigation READ navigation CONSTANT)
   Q_PROPERTY(TimelineScreen* timeline READ timeline CONSTANT)
+  Q_PROPERTY(CardActions* cards READ cards CONSTANT)
 
  public:
   // As ScreenContext has it, but for what is made here.
@@ -34,6 +36,7 @@ class DesktopScreens : public QObject {
 
   [[nodiscard]] Navigation* navigation() { return &navigation_; }
   [[nodiscard]] TimelineScreen* timeline() { return timeline_.get(); }
+  [[nodiscard]] CardActions* cards() { return cards_.get(); }
 
   // Puts on the disk what is typed and not saved. Blocking.
   void flush();
@@ -41,6 +44,7 @@ class DesktopScreens : public QObject {
  private:
   Navigation navigation_;
   std::unique_ptr<TimelineScreen> timeline_;
+  std::unique_ptr<CardActions> cards_;
 };
 
 }  // namespace nomely

@@ -12,4 +12,5 @@ Item {
         TopBar { id: bar; width: parent.width; screens: shell.screens; narrow: shell.narrow }
         TimelineView { anchors { fill: parent; topMargin: bar.height } screens: shell.screens; narrow: shell.narrow }
     }
+    ReaderSheet { screens: shell.screens }
 }

@@ -10,5 +10,9 @@ ContextMenu {
     MenuRow { objectName: "menuLock"; glyph: "lock"; text: menu.memo.lockedOnTop ? qsTr("取消固定") : qsTr("固定在最上面"); keyHint: "Shift+P"; onTriggered: menu.screens.timeline.toggleLocked(menu.memo) }
     MenuRow { objectName: "menuDay"; glyph: "calendar"; text: qsTr("看这一天"); onTriggered: menu.screens.timeline.reveal(menu.memo.date, menu.memo.seqNumber) }
     MenuLine {}
+    MenuRow { objectName: "menuCopyText"; glyph: "copy"; text: qsTr("复制文字"); onTriggered: menu.screens.cards.copyText(menu.memo) }
+    MenuRow { objectName: "menuCopyMarkdown"; text: qsTr("复制 Markdown"); onTriggered: menu.screens.cards.copyMarkdown(menu.memo) }
+    MenuRow { objectName: "menuCopyHtml"; text: qsTr("复制网页格式"); onTriggered: menu.screens.cards.copyHtml(menu.memo) }
+    MenuLine {}
     MenuRow { objectName: "menuDelete"; glyph: "trash"; text: qsTr("删除"); keyHint: "Delete"; destructive: true; onTriggered: menu.screens.timeline.remove(menu.memo) }
 }

@@ -42,7 +42,15 @@ Item {
                 width: parent.width
                 spacing: 8
                 CardHead { width: parent.width; memo: card.memo; screens: card.screens; lively: hover.hovered || card.current; onMenuAsked: from => card.menuAsked(from) }
-                Text { width: parent.width; text: card.memo.body; wrapMode: Text.Wrap; color: Theme.text; maximumLineCount: card.expanded ? 10000 : 6; elide: Text.ElideRight; font { family: Theme.sans; pixelSize: Theme.body } }
+                MemoBody {
+                    width: parent.width
+                    memo: card.memo
+                    expanded: card.expanded
+                    onTicked: line => card.screens.cards.tick(card.memo, line)
+                    onLinkActivated: address => card.screens.cards.openLink(address)
+                    onExpandAsked: card.screens.timeline.toggleExpanded(card.memo)
+                    onOpenLong: card.screens.cards.read(card.memo)
+                }
                 CardTags { width: parent.width; memo: card.memo; screens: card.screens }
             }
         }
