@@ -42,7 +42,7 @@ Item {
             width: kind === BodyMarks.Bar ? 3 : 16
             height: extent
             Rectangle { visible: mark.kind === BodyMarks.Bar; anchors.fill: parent; color: Theme.lineStrong }
-            CheckMark {
+            TickBox {
                 objectName: "box" + mark.sourceLine
                 visible: mark.kind === BodyMarks.Box
                 anchors.verticalCenter: parent.verticalCenter
