@@ -8,6 +8,9 @@ DesktopScreens::DesktopScreens(const Context& context) {
   const ScreenContext screens{context.application, navigation_,    context.executor,  context.jobs,
                               context.clock,       context.timers, context.fileSystem};
   timeline_ = std::make_unique<TimelineScreen>(screens);
+  media_ = std::make_unique<MediaScreen>(screens);
+  viewer_ = std::make_unique<ViewerScreen>(*media_);
+  player_ = std::make_unique<PlayerScreen>(screens);
 }
 
 DesktopScreens::~DesktopScreens() = default;

@@ -7,7 +7,10 @@
 
 #include "Desktop/Base/Navigation.h"
 #include "Desktop/Base/ScreenContext.h"
+#include "Desktop/Media/MediaScreen.h"
+#include "Desktop/Media/ViewerScreen.h"
 #include "Desktop/Screens/TimelineScreen.h"
+#include "Desktop/Sound/PlayerScreen.h"
 
 namespace nomely {
 
@@ -18,6 +21,9 @@ class DesktopScreens : public QObject {
   QML_UNCREATABLE("made by the program")
   Q_PROPERTY(Navigation* navigation READ navigation CONSTANT)
   Q_PROPERTY(TimelineScreen* timeline READ timeline CONSTANT)
+  Q_PROPERTY(MediaScreen* media READ media CONSTANT)
+  Q_PROPERTY(ViewerScreen* viewer READ viewer CONSTANT)
+  Q_PROPERTY(PlayerScreen* player READ player CONSTANT)
 
  public:
   // As ScreenContext has it, but for what is made here.
@@ -34,6 +40,9 @@ class DesktopScreens : public QObject {
 
   [[nodiscard]] Navigation* navigation() { return &navigation_; }
   [[nodiscard]] TimelineScreen* timeline() { return timeline_.get(); }
+  [[nodiscard]] MediaScreen* media() { return media_.get(); }
+  [[nodiscard]] ViewerScreen* viewer() { return viewer_.get(); }
+  [[nodiscard]] PlayerScreen* player() { return player_.get(); }
 
   // Puts on the disk what is typed and not saved. Blocking.
   void flush();
@@ -41,6 +50,9 @@ class DesktopScreens : public QObject {
  private:
   Navigation navigation_;
   std::unique_ptr<TimelineScreen> timeline_;
+  std::unique_ptr<MediaScreen> media_;
+  std::unique_ptr<ViewerScreen> viewer_;
+  std::unique_ptr<PlayerScreen> player_;
 };
 
 }  // namespace nomely

@@ -10,6 +10,7 @@ Item {
         id: main
         anchors.fill: parent
         TopBar { id: bar; width: parent.width; screens: shell.screens; narrow: shell.narrow }
+        MediaLayer { screens: shell.screens }
         TimelineView { anchors { fill: parent; topMargin: bar.height } screens: shell.screens; narrow: shell.narrow }
     }
 }

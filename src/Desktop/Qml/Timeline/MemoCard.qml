@@ -32,6 +32,7 @@ FocusScope {
             spacing: 8
             CardHead { width: parent.width; memo: card.memo; screens: card.screens; lively: card.lively; onMenuAsked: from => card.menuAsked(from) }
             Text { width: parent.width; text: card.memo.body; wrapMode: Text.Wrap; color: Theme.text; maximumLineCount: card.expanded ? 10000 : 6; elide: Text.ElideRight; font { family: Theme.sans; pixelSize: Theme.body } }
+            MemoAttachments { width: parent.width; memo: card.memo; screens: card.screens }
             CardTags { width: parent.width; memo: card.memo; screens: card.screens }
         }
     }
