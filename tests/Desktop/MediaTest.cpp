@@ -82,6 +82,7 @@ TEST_F(MediaTest, AFileIsSavedUnderItsOwnNameOrTellsWhyNot) {
   QObject::connect(screens().navigation(), &Navigation::failed,
                    [&](const QString& text) { told.append(text); });
   click("file", Qt::RightButton);
+  EXPECT_EQ(item("menuDelete"), nullptr);  // the card's own menu
   click("attachmentSave");
   EXPECT_EQ(suggested.fileName(), u"合同-上-下.pdf"_qs);
   const fs::path target = folder.path() / "saved.pdf";

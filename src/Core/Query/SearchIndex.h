@@ -61,6 +61,8 @@ class SearchIndex {
   // differ; returns whether it did.
   bool rebuildIfDiskChanged();
 
+  // Whether the next reader finds it built.
+  [[nodiscard]] bool isBuilt() const { return cached() != nullptr; }
   // Whether the Bloom filters of the present cache are ready. Searches without them find the same,
   // only slower.
   [[nodiscard]] bool isFiltered() const;

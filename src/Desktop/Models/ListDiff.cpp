@@ -1,9 +1,10 @@
 #include "Desktop/Models/ListDiff.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
-#include <string_view>
 #include <unordered_map>
+#include <utility>
 
 namespace nomely::ListDiff {
 namespace {
@@ -13,7 +14,8 @@ constexpr auto none = static_cast<std::size_t>(-1);
 
 bool isSameRow(const MemoEntry& left, const MemoEntry& right) {
   if (left.memo == right.memo) return left.date == right.date;
-  if (left.memo->memoId || right.memo->memoId) return left.memo->memoId == right.memo->memoId;
+  if (left.memo->memoId && right.memo->memoId) return left.memo->memoId == right.memo->memoId;
+  // One that another program wrote is given its identity by the first change.
   return left.date == right.date && left.memo->seqNumber == right.memo->seqNumber;
 }
 
@@ -72,11 +74,24 @@ bool isOneMove(const Middle& middle, std::size_t from, std::size_t to) {
   return true;
 }
 
-std::vector<Step> stepsOf(const Middle& middle) {
-  if (middle.beforeEnd == middle.afterEnd && middle.beforeEnd > middle.first) {
-    const std::size_t last = middle.beforeEnd - 1;
-    if (isOneMove(middle, middle.first, last)) return {{Step::Kind::move, middle.first, 1, last}};
-    if (isOneMove(middle, last, middle.first)) return {{Step::Kind::move, last, 1, middle.first}};
+// The move that does it all, if one does.
+std::optional<Step> moveOf(const Middle& middle) {
+  if (middle.beforeEnd != middle.afterEnd || middle.beforeEnd == middle.first) return std::nullopt;
+  const std::size_t last = middle.beforeEnd - 1;
+  // Of two neighbours that changed places the lower one rose: it was put on top.
+  for (const auto& [from, to] : {std::pair(last, middle.first), std::pair(middle.first, last)})
+    if (isOneMove(middle, from, to)) return Step{Step::Kind::move, from, 1, to};
+  return std::nullopt;
+}
+
+// `origins` gets, for each row after, the row before that it was, or `none`.
+std::vector<Step> stepsOf(const Middle& middle, std::vector<std::size_t>& origins) {
+  if (const std::optional<Step> move = moveOf(middle)) {
+    const std::size_t from = move->first;
+    const std::size_t to = move->to;
+    for (std::size_t row = middle.first; row < middle.afterEnd; ++row)
+      origins[row] = row == to ? from : from < to ? row + 1 : row - 1;
+    return {*move};
   }
   std::unordered_map<std::string, std::size_t> places;
   for (std::size_t i = middle.first; i < middle.afterEnd; ++i)
@@ -88,10 +103,9 @@ std::vector<Step> stepsOf(const Middle& middle) {
   }
   const std::vector<bool> stays = risingMembers(targets);
   std::vector<Step> steps;
-  std::vector<bool> isKept(middle.afterEnd, false);
   for (std::size_t i = targets.size(); i-- > 0;) {
     if (stays[i]) {
-      isKept[targets[i]] = true;
+      origins[targets[i]] = middle.first + i;
     } else if (!steps.empty() && steps.back().first == middle.first + i + 1) {
       --steps.back().first;
       ++steps.back().count;
@@ -100,7 +114,7 @@ std::vector<Step> stepsOf(const Middle& middle) {
     }
   }
   for (std::size_t i = middle.first; i < middle.afterEnd; ++i)
-    if (!isKept[i]) add(steps, Step::Kind::insert, i);
+    if (origins[i] == none) add(steps, Step::Kind::insert, i);
   return steps;
 }
 
@@ -115,24 +129,13 @@ std::vector<Step> steps(const Entries& before, const Entries& after) {
          isSameRow(before[before.size() - 1 - same], after[after.size() - 1 - same]))
     ++same;
   const Middle middle{before, after, first, before.size() - same, after.size() - same};
-  std::vector<Step> found = stepsOf(middle);
-
-  // Rows that came are new as they are; of those that stayed, which have other contents?
-  std::vector<bool> isNew(after.size(), false);
-  for (const Step& step : found)
-    if (step.kind == Step::Kind::insert)
-      std::fill_n(isNew.begin() + static_cast<std::ptrdiff_t>(step.first), step.count, true);
-  std::unordered_map<std::string, const MemoEntry*> known;
-  for (std::size_t i = first; i < middle.beforeEnd; ++i)
-    known.emplace(keyOf(before[i]), &before[i]);
-  for (std::size_t i = 0; i < after.size(); ++i) {
-    if (isNew[i]) continue;
-    const bool isBefore = i < first;
-    const bool isBehind = i >= middle.afterEnd;
-    const MemoEntry* old = isBefore   ? &before[i]
-                           : isBehind ? &before[i - after.size() + before.size()]
-                                      : known.at(keyOf(after[i]));
-    if (!isUnchanged(*old, after[i])) add(found, Step::Kind::change, i);
+  std::vector<std::size_t> origins(after.size(), none);
+  std::vector<Step> found = stepsOf(middle, origins);
+  for (std::size_t row = 0; row < after.size(); ++row) {
+    if (row < first) origins[row] = row;
+    if (row >= middle.afterEnd) origins[row] = row + before.size() - after.size();
+    if (origins[row] != none && !isUnchanged(before[origins[row]], after[row]))
+      add(found, Step::Kind::change, row);
   }
   return found;
 }

@@ -4,7 +4,6 @@
 
 #include "Desktop/Base/Qt.h"
 #include "Desktop/Models/ListDiff.h"
-#include "Desktop/Models/MemoHandle.h"
 
 namespace nomely {
 
@@ -31,9 +30,9 @@ QVariant TimelineModel::data(const QModelIndex& index, int role) const {
     case Memo:
       return QVariant::fromValue(handle);
     case Heading:
-      return heading(row);
+      return beginsSection(row) ? sectionOf(index.row()) : QString();
     case HeadingNote:
-      return headingNote(row);
+      return beginsSection(row) ? sectionNoteOf(index.row()) : QString();
     case Expanded:
       return expanded_.contains(handle.key());
     default:
@@ -52,17 +51,18 @@ bool TimelineModel::beginsSection(std::size_t row) const {
   return isOnTop(row - 1) || rows_[row].date != rows_[row - 1].date;
 }
 
-QString TimelineModel::heading(std::size_t row) const {
-  if (!beginsSection(row)) return {};
-  if (isOnTop(row)) return tr("置顶");
-  const Day date = rows_[row].date;
+QString TimelineModel::sectionOf(int row) const {
+  if (!has(row) || headings_ == Headings::none) return {};
+  const auto index = static_cast<std::size_t>(row);
+  if (isOnTop(index)) return tr("置顶");
+  const Day date = rows_[index].date;
   const bool isThisYear = date.civil().year() == today_.civil().year();
   return qt((isThisYear ? sameYear_ : otherYear_).format(date));
 }
 
-QString TimelineModel::headingNote(std::size_t row) const {
-  if (!beginsSection(row) || isOnTop(row)) return {};
-  const Day date = rows_[row].date;
+QString TimelineModel::sectionNoteOf(int row) const {
+  if (!has(row) || headings_ == Headings::none || isOnTop(static_cast<std::size_t>(row))) return {};
+  const Day date = rows_[static_cast<std::size_t>(row)].date;
   QString note = qt(weekday_.format(date));
   if (date == today_) note += tr(" · 今天");
   if (date == today_.plusDays(-1)) note += tr(" · 昨天");
@@ -131,6 +131,10 @@ void TimelineModel::setToday(Day today) {
 void TimelineModel::tellHeadings() {
   if (rows_.empty()) return;
   emit dataChanged(index(0), index(rowCount() - 1), {Heading, HeadingNote});
+}
+
+MemoHandle TimelineModel::at(int row) const {
+  return has(row) ? MemoHandle{.entry = rows_[static_cast<std::size_t>(row)]} : MemoHandle();
 }
 
 int TimelineModel::rowOf(const QString& key) const {

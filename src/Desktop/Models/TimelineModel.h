@@ -7,7 +7,7 @@
 
 #include <QtQml/qqmlregistration.h>
 
-#include "Core/Query/MemoEntry.h"
+#include "Desktop/Models/MemoHandle.h"
 #include "Platform/Time/ChineseDates.h"
 #include "Platform/Time/Day.h"
 
@@ -44,9 +44,15 @@ class TimelineModel : public QAbstractListModel {
   void setToday(Day today);
 
   [[nodiscard]] const Entries& entries() const { return rows_; }
+  // The heading under which a row stands, whether or not it begins there.
+  [[nodiscard]] QString sectionOf(int row) const;
+  [[nodiscard]] QString sectionNoteOf(int row) const;
+  // An empty one where there is none.
+  Q_INVOKABLE nomely::MemoHandle at(int row) const;
   // -1 where there is none.
   Q_INVOKABLE int rowOf(const QString& key) const;
-  Q_INVOKABLE void setExpanded(const QString& key, bool expanded);
+  void setExpanded(const QString& key, bool expanded);
+  [[nodiscard]] bool isExpanded(const QString& key) const { return expanded_.contains(key); }
 
  signals:
   void countChanged();
@@ -54,8 +60,9 @@ class TimelineModel : public QAbstractListModel {
  private:
   [[nodiscard]] bool isOnTop(std::size_t row) const;
   [[nodiscard]] bool beginsSection(std::size_t row) const;
-  [[nodiscard]] QString heading(std::size_t row) const;
-  [[nodiscard]] QString headingNote(std::size_t row) const;
+  [[nodiscard]] bool has(int row) const {
+    return row >= 0 && static_cast<std::size_t>(row) < rows_.size();
+  }
   void tellHeadings();
 
   Entries rows_;

@@ -99,8 +99,8 @@ bool TimelineScreen::isEmpty() const {
   return model_.entries().empty() && !isLoading();
 }
 
-void TimelineScreen::setDayInView(QDate day) {
-  if (std::exchange(dayInView_, day) != day) emit dayInViewChanged();
+void TimelineScreen::lookAt(int row) {
+  if (std::exchange(rowInView_, row) != row) emit inViewChanged();
 }
 
 void TimelineScreen::choose(List list, const QString& tag, const QString& query) {
@@ -236,6 +236,10 @@ void TimelineScreen::undoDelete() {
   timeline_.undoDelete();
 }
 
+void TimelineScreen::toggleExpanded(const MemoHandle& memo) {
+  model_.setExpanded(memo.key(), !model_.isExpanded(memo.key()));
+}
+
 void TimelineScreen::refresh() {
   model_.setToday(context_.clock.today());
   SearchIndex& index = context_.application.searchIndex();
@@ -254,6 +258,7 @@ void TimelineScreen::showRows() {
   } else if (!rows.empty() || !isLoading()) {
     model_.show(rows);
   }
+  emit inViewChanged();
 }
 
 void TimelineScreen::countAll() {

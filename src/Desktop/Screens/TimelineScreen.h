@@ -31,7 +31,9 @@ class TimelineScreen : public QObject {
   Q_PROPERTY(QString counts READ counts NOTIFY countsChanged)
   Q_PROPERTY(bool isLoading READ isLoading NOTIFY loadingChanged)
   Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY countsChanged)
-  Q_PROPERTY(QDate dayInView READ dayInView WRITE setDayInView NOTIFY dayInViewChanged)
+  Q_PROPERTY(QDate dayInView READ dayInView NOTIFY inViewChanged)
+  Q_PROPERTY(QString sectionInView READ sectionInView NOTIFY inViewChanged)
+  Q_PROPERTY(QString sectionNoteInView READ sectionNoteInView NOTIFY inViewChanged)
 
  public:
   enum List {
@@ -62,8 +64,11 @@ class TimelineScreen : public QObject {
   [[nodiscard]] QString counts() const;
   [[nodiscard]] bool isLoading() const;
   [[nodiscard]] bool isEmpty() const;
-  [[nodiscard]] QDate dayInView() const { return dayInView_; }
-  void setDayInView(QDate day);
+  [[nodiscard]] QDate dayInView() const { return model_.at(rowInView_).date(); }
+  [[nodiscard]] QString sectionInView() const { return model_.sectionOf(rowInView_); }
+  [[nodiscard]] QString sectionNoteInView() const { return model_.sectionNoteOf(rowInView_); }
+  // Tells which row stands at the top of the view.
+  Q_INVOKABLE void lookAt(int row);
 
   // Each shows another list.
   Q_INVOKABLE void showAll();
@@ -91,6 +96,9 @@ class TimelineScreen : public QObject {
   Q_INVOKABLE void move(const nomely::MemoHandle& memo, QDate to);
   Q_INVOKABLE void undoDelete();
 
+  // Unfolds or folds a card.
+  Q_INVOKABLE void toggleExpanded(const nomely::MemoHandle& memo);
+
   // To be called when the window is shown again: other programs may have written meanwhile.
   void refresh();
 
@@ -98,7 +106,7 @@ class TimelineScreen : public QObject {
   void listChanged();
   void countsChanged();
   void loadingChanged();
-  void dayInViewChanged();
+  void inViewChanged();
   // Notes were saved, moved or deleted here.
   void changed();
   // Asks the view to bring that row to the top.
@@ -117,7 +125,7 @@ class TimelineScreen : public QObject {
   List list_ = All;
   QString tag_;
   QString query_;
-  QDate dayInView_;
+  int rowInView_ = -1;
   bool isOtherList_ = true;  // the rows in the model are of the list before
   QString toReveal_;         // memoKey
   std::size_t memoCount_ = 0;

@@ -42,6 +42,8 @@ class TimelineListModel {
   using Entries = std::vector<MemoEntry>;
   using Membership = std::function<bool(const Memo&)>;
 
+  static constexpr std::size_t displayStep = 50;
+
   explicit TimelineListModel(Day today) : selectedDate(today) {}
 
   Property<std::vector<Memo>> memos;  // of selectedDate
@@ -92,8 +94,6 @@ class TimelineListModel {
   void removeAll(const Gone& isGone);
 
  private:
-  static constexpr std::size_t displayStep = 50;
-
   [[nodiscard]] std::optional<std::size_t> indexOf(Day date, std::int64_t seqNumber) const;
   [[nodiscard]] bool belongs(const Memo& memo) const;
   void setLimit(std::size_t limit);

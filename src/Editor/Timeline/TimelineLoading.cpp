@@ -106,10 +106,27 @@ void TimelineLoading::loadDay(Day date) {
          .date = date});
 }
 
+TimelineLoading::Query TimelineLoading::newestFirst(Query whole) {
+  return [this, whole = std::move(whole)](const std::stop_token& stop) -> Arrival {
+    Entries newest;
+    TimelineQueryStore(dayStore_).until(stop).forEachVisibleEntry([&](const MemoEntry& entry) {
+      newest.push_back(entry);
+      return newest.size() < TimelineListModel::displayStep;
+    });
+    return [this, whole, newest = std::move(newest)]() mutable {
+      if (list_.timelineMode.get() != TimelineMode::all) return;
+      list_.show(std::move(newest));
+      run(task_, whole);
+    };
+  };
+}
+
 void TimelineLoading::loadAllMemos() {
+  Query query = shows(TimelineMode::all,
+                      [](const TimelineQueryStore& store) { return store.visibleEntries(); });
+  const bool wouldWait = searchIndex_ && !searchIndex_->isBuilt() && list_.allMemos.get().empty();
   begin({.head = ofAll,
-         .query = shows(TimelineMode::all,
-                        [](const TimelineQueryStore& store) { return store.visibleEntries(); }),
+         .query = wouldWait ? newestFirst(std::move(query)) : std::move(query),
          .mode = TimelineMode::all});
 }
 

@@ -115,6 +115,9 @@ class TimelineLoading {
   // A query that shows what `find` returns unless the mode has changed.
   template <typename Find>
   [[nodiscard]] Query shows(TimelineMode mode, Find find);
+  // Shows the newest memos, read from their files, and then runs `whole`: nobody has to wait for
+  // the index to see what was written last.
+  [[nodiscard]] Query newestFirst(Query whole);
 
   void clearSearchContext();
   void setLoading(bool loading);

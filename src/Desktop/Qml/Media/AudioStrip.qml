@@ -25,7 +25,7 @@ Rectangle {
     color: Theme.sunken
     Accessible.role: Accessible.Grouping
     Accessible.name: qsTr("录音 %1").arg(name)
-    TapHandler { acceptedButtons: Qt.RightButton; onTapped: strip.menuAsked() }
+    MouseArea { anchors.fill: parent; acceptedButtons: Qt.RightButton; onClicked: strip.menuAsked() }
     SpokenText { id: said; memo: strip.memo; fileName: strip.fileName; position: strip.current ? strip.player.position : -1 }
 
     Column {

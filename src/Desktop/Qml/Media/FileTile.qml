@@ -23,9 +23,8 @@ AbstractButton {
         FocusRing { target: tile; radius: 12 }
     }
     contentItem: Item {
-        // Not on the button itself, which would then take every button of the mouse for a click.
-        HoverHandler { cursorShape: Qt.PointingHandCursor }
-        TapHandler { acceptedButtons: Qt.RightButton; onTapped: tile.menuAsked() }
+        // Takes the right button from the card, too; a handler would leave it both menus.
+        MouseArea { anchors.fill: parent; acceptedButtons: Qt.RightButton; cursorShape: Qt.PointingHandCursor; onClicked: tile.menuAsked() }
         Rectangle {
             id: badge
             x: 10

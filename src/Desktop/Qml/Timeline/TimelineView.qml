@@ -2,62 +2,76 @@ import QtQuick
 import QtQuick.Controls.Basic
 import Nomely
 
-// The cards.
-ListView {
-    id: list
-    objectName: "timeline"
+// The cards, and the heading of the day in view above them.
+FocusScope {
+    id: view
     required property DesktopScreens screens
     property bool narrow: false
     readonly property real column: Math.min(Theme.column, width - (narrow ? 24 : 48))
-    model: screens.timeline.model
-    clip: true
-    reuseItems: true
-    cacheBuffer: 600
-    boundsBehavior: Flickable.StopAtBounds
-    keyNavigationEnabled: true
-    highlightFollowsCurrentItem: false
-    currentIndex: -1
-    activeFocusOnTab: true
-    Accessible.role: Accessible.List
-    Accessible.name: screens.timeline.title
-    ScrollBar.vertical: FlatScrollBar {}
-    footer: Item { width: 1; height: 72 }
-    onAtYEndChanged: if (atYEnd && count > 0) screens.timeline.loadMore()
-    delegate: Item {
-        id: entry
-        required property int index
-        required property memoHandle memo
-        required property string heading
-        required property string headingNote
-        required property bool expanded
-        width: list.width
-        height: card.implicitHeight + card.y
-        Row {
-            id: head
-            visible: entry.heading
-            x: (parent.width - list.column) / 2 + 2
-            y: 16
-            spacing: 8
-            Text { id: headText; text: entry.heading; color: Theme.text; font { family: Theme.serif; pixelSize: 15; bold: true } }
-            Text { anchors.baseline: headText.baseline; text: entry.headingNote; color: Theme.text3; font { family: Theme.sans; pixelSize: Theme.small } }
-        }
-        MemoCard {
-            id: card
-            y: head.visible ? 44 : 12
-            width: list.column
-            anchors.horizontalCenter: parent.horizontalCenter
-            narrow: list.narrow
-            memo: entry.memo
-            expanded: entry.expanded
-            screens: list.screens
-            current: entry.ListView.isCurrentItem
-            onMenuAsked: from => { menu.memo = entry.memo; menu.popup(from, 0, from.height) }
-            onExpandAsked: expanded => list.model.setExpanded(entry.memo.key, expanded)
+    // Keys without a modifier are for the cards alone, not for what is inside of one.
+    readonly property bool hasKeys: list.activeFocus && !list.currentItem?.hasInnerFocus
+
+    ListView {
+        id: list
+        objectName: "timeline"
+        anchors.fill: parent
+        focus: true
+        model: view.screens.timeline.model
+        clip: true
+        reuseItems: true
+        cacheBuffer: 600
+        boundsBehavior: Flickable.StopAtBounds
+        flickDeceleration: 6000
+        highlightFollowsCurrentItem: false
+        currentIndex: -1
+        activeFocusOnTab: true
+        Accessible.role: Accessible.List
+        Accessible.name: view.screens.timeline.title
+        ScrollBar.vertical: FlatScrollBar {}
+        footer: Item { width: 1; height: 72 }
+        readonly property int topRow: indexAt(width / 2, contentY + 50)
+        onTopRowChanged: view.screens.timeline.lookAt(topRow)
+        onAtYEndChanged: if (atYEnd && count > 0) view.screens.timeline.loadMore()
+        onCurrentIndexChanged: if (currentIndex >= 0) positionViewAtIndex(currentIndex, ListView.Contain)
+        onActiveFocusChanged: if (activeFocus && currentIndex < 0 && count > 0) currentIndex = Math.max(0, topRow)
+        delegate: TimelineRow {
+            screens: view.screens
+            narrow: view.narrow
+            column: view.column
+            width: list.width
+            hasKeys: list.activeFocus
+            onMenuAsked: from => view.openMenu(memo, from)
+            onChosen: {
+                list.currentIndex = index
+                list.forceActiveFocus(Qt.MouseFocusReason)
+            }
         }
     }
-    CardMenu { id: menu; screens: list.screens }
+    StickyHeading {
+        width: parent.width
+        column: view.column
+        visible: list.contentY > list.originY + 50 && text
+        text: view.screens.timeline.sectionInView
+        note: view.screens.timeline.sectionNoteInView
+    }
+    TimelineEmpty { anchors.centerIn: parent; visible: view.screens.timeline.isEmpty; screens: view.screens }
+    CardMenu { id: menu; screens: view.screens }
+    TimelineKeys { list: list; screens: view.screens; active: view.hasKeys; onMenuAsked: view.openMenu(view.screens.timeline.model.at(list.currentIndex), list.currentItem) }
     Connections {
-        target: list.screens.timeline
-        function onRevealed(row) { list.positionViewAtIndex(row, ListView.Beginning) }
+        target: view.screens.timeline
+        function onRevealed(row) {
+            list.positionViewAtIndex(row, ListView.Beginning)
+            list.currentIndex = row
+        }
+        function onListChanged() {
+            list.currentIndex = -1
+            list.positionViewAtBeginning()
+        }
     }
+
+    function openMenu(memo, from) {
+        menu.memo = memo
+        menu.popup(from, from.width - menu.width, Math.min(from.height, 40))
+    }
+    function takeFocus() { list.forceActiveFocus(Qt.TabFocusReason) }
 }
