@@ -23,8 +23,9 @@ class TagConfigStore {
 
   // Reads the file; what is missing or invalid has its defaults.
   void load();
-  // The same for what was read, or changed through ConfigStore, off the main executor.
-  void adopt(TagConfig stored);
+
+  // Takes what a background job has read or saved through a ConfigStore.
+  void adopt(TagConfig config);
 
   void setColor(const std::string& color, const std::string& tag);
   void removeColor(const std::string& tag);

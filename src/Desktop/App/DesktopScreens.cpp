@@ -8,6 +8,12 @@ DesktopScreens::DesktopScreens(const Context& context) {
   const ScreenContext screens{context.application, navigation_,    context.executor,  context.jobs,
                               context.clock,       context.timers, context.fileSystem};
   timeline_ = std::make_unique<TimelineScreen>(screens);
+  banner_ = std::make_unique<BannerScreen>(screens);
+  trash_ = std::make_unique<TrashScreen>(screens, *banner_);
+  history_ = std::make_unique<HistoryScreen>(screens, *banner_);
+  settings_ = std::make_unique<SettingsScreen>(screens, *banner_);
+  QObject::connect(banner_.get(), &BannerScreen::historyAsked, history_.get(),
+                   &HistoryScreen::openIdentity);
 }
 
 DesktopScreens::~DesktopScreens() = default;

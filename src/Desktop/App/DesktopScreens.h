@@ -7,7 +7,11 @@
 
 #include "Desktop/Base/Navigation.h"
 #include "Desktop/Base/ScreenContext.h"
+#include "Desktop/Screens/BannerScreen.h"
+#include "Desktop/Screens/HistoryScreen.h"
+#include "Desktop/Screens/SettingsScreen.h"
 #include "Desktop/Screens/TimelineScreen.h"
+#include "Desktop/Screens/TrashScreen.h"
 
 namespace nomely {
 
@@ -18,6 +22,10 @@ class DesktopScreens : public QObject {
   QML_UNCREATABLE("made by the program")
   Q_PROPERTY(Navigation* navigation READ navigation CONSTANT)
   Q_PROPERTY(TimelineScreen* timeline READ timeline CONSTANT)
+  Q_PROPERTY(BannerScreen* banner READ banner CONSTANT)
+  Q_PROPERTY(TrashScreen* trash READ trash CONSTANT)
+  Q_PROPERTY(HistoryScreen* history READ history CONSTANT)
+  Q_PROPERTY(SettingsScreen* settings READ settings CONSTANT)
 
  public:
   // As ScreenContext has it, but for what is made here.
@@ -34,6 +42,10 @@ class DesktopScreens : public QObject {
 
   [[nodiscard]] Navigation* navigation() { return &navigation_; }
   [[nodiscard]] TimelineScreen* timeline() { return timeline_.get(); }
+  [[nodiscard]] BannerScreen* banner() { return banner_.get(); }
+  [[nodiscard]] TrashScreen* trash() { return trash_.get(); }
+  [[nodiscard]] HistoryScreen* history() { return history_.get(); }
+  [[nodiscard]] SettingsScreen* settings() { return settings_.get(); }
 
   // Puts on the disk what is typed and not saved. Blocking.
   void flush();
@@ -41,6 +53,10 @@ class DesktopScreens : public QObject {
  private:
   Navigation navigation_;
   std::unique_ptr<TimelineScreen> timeline_;
+  std::unique_ptr<BannerScreen> banner_;
+  std::unique_ptr<TrashScreen> trash_;
+  std::unique_ptr<HistoryScreen> history_;
+  std::unique_ptr<SettingsScreen> settings_;
 };
 
 }  // namespace nomely
