@@ -167,7 +167,7 @@ TEST_F(KeepingTest, SettingsDoAndShow) {
 
   fs::create_directories(folder.path() / "elsewhere");
   screens().settings()->chooseRoot(QUrl::fromLocalFile(qt((folder.path() / "elsewhere").string())));
-  click("confirm");
+  answer("改用这个数据目录？");
   ASSERT_TRUE(eventually(
       [&] { return desktop->application().paths().rootURL == folder.path() / "elsewhere"; }));
 }

@@ -36,6 +36,10 @@ void TagConfigStore::removeEmoji(const std::string& tag) {
   change([=](TagConfig& config) { config.emojis.erase(tag); });
 }
 
+void TagConfigStore::move(const std::string& from, const std::string& to) {
+  change([=](TagConfig& config) { config.move(from, to); });
+}
+
 void TagConfigStore::change(Change change) {
   unsaved_.push_back(std::move(change));
   try {
