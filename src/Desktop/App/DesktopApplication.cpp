@@ -77,6 +77,14 @@ void DesktopApplication::open() {
       [this](bool isLoaded) { application_->startMaintenance(isLoaded); });
   screens_ = std::make_unique<DesktopScreens>(DesktopScreens::Context{
       *application_, executor_, jobs_, machine_.clock, machine_.timers, machine_.fileSystem});
+  // Queued: the screen that tells of it goes with the root before.
+  connect(
+      screens_->settings(), &SettingsScreen::rootChosen, this,
+      [this](const QString& root) {
+        root_ = utf8(root);
+        startOver();
+      },
+      Qt::QueuedConnection);
   screens_->timeline()->showAll();
   emit screensChanged();
 }
