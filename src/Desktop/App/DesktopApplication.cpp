@@ -10,6 +10,7 @@
 
 #include "Core/Storage/RescueFolders.h"
 #include "Desktop/Base/Qt.h"
+#include "Desktop/Pictures/DiagramProvider.h"
 #include "Desktop/Pictures/IconProvider.h"
 #include "Editor/Timeline/DayViewModel.h"
 #include "Platform/Error.h"
@@ -45,6 +46,8 @@ void DesktopApplication::start() {
   engine_ = std::make_unique<QQmlApplicationEngine>();
   engine_->addImportPath(QStringLiteral("qrc:/qt/qml"));
   engine_->addImageProvider(QStringLiteral("icon"), new IconProvider);
+  engine_->addImageProvider(QStringLiteral("diagram"),
+                            new DiagramProvider(executor_, machine_.timers));
   engine_->setInitialProperties({{QStringLiteral("desktop"), QVariant::fromValue(this)}});
   engine_->load(QUrl(QStringLiteral("qrc:/qt/qml/Nomely/Qml/Main.qml")));
   if (engine_->rootObjects().isEmpty())
