@@ -12,6 +12,8 @@ struct RiskyOperation {
   const char* stopped = "已停止导入";  // what is said when that backup fails
 };
 
+inline const RiskyOperation deletingByTag{.label = "删除笔记", .stopped = "没有删除"};
+
 // The backup before it failed, so it was not begun.
 class ImportSafetyError : public Error {
  public:

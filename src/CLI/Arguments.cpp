@@ -158,8 +158,7 @@ std::int64_t Arguments::integer(const std::string& text, std::string_view what) 
 
 std::string Arguments::tag(const std::string& text) {
   if (auto tag = TagUtilities::cleanTag(text)) return *tag;
-  throw UsageError(fmt::format(
-      "“{}”不能作标签：标签不能为空，也不能以“/”开头、结尾或含有“//”。例如 生活/读书", text));
+  throw UsageError(TagUtilities::whyNoTag(text));
 }
 
 std::vector<std::string> Arguments::tags(const std::vector<std::string>& texts) {

@@ -64,19 +64,13 @@ class SearchCommand final : public Command {
   }
 
  private:
-  // The words of both kinds, parted by blanks of which an input method may have made others.
+  // The words of both kinds.
   [[nodiscard]] std::string query() const {
     std::vector<std::string> all = words_;
     all.insert(all.end(), more_.begin(), more_.end());
     const std::string typed = Arguments::joined(all).value_or("");
     if (!isValidUtf8(typed)) throw UsageError("要找的文字不是有效的 UTF-8 文本");
-    std::string query;
-    for (std::string_view rest = typed; !rest.empty();) {
-      const DecodedCharacter character = decodeFirst(rest);
-      appendUtf8(query, isHorizontalSpace(character.value) ? U' ' : character.value);
-      rest.remove_prefix(character.length);
-    }
-    return query;
+    return SearchQuery::typed(typed);
   }
 
   void forEach(Session& session, const SearchQuery& query,

@@ -1,35 +1,14 @@
 #include "CLI/TagLooks.h"
 
-#include <algorithm>
-#include <array>
 #include <charconv>
 
 #include <fmt/format.h>
 
 #include "CLI/UsageError.h"
-#include "Core/Storage/ConfigValue.h"
-#include "Platform/Text/Ascii.h"
-#include "Platform/Text/Unicode.h"
+#include "Core/Storage/TagColors.h"
 
 namespace nomely {
 namespace {
-
-struct NamedColor {
-  std::string_view chinese;
-  std::string_view english;
-  std::string_view value;
-};
-
-constexpr std::array<NamedColor, 10> namedColors{{{"红", "red", "#E5484D"},
-                                                  {"橙", "orange", "#F76B15"},
-                                                  {"黄", "yellow", "#E2A336"},
-                                                  {"绿", "green", "#30A46C"},
-                                                  {"青", "cyan", "#00A2C7"},
-                                                  {"蓝", "blue", "#0090FF"},
-                                                  {"紫", "purple", "#8E4EC6"},
-                                                  {"粉", "pink", "#D6409F"},
-                                                  {"棕", "brown", "#AD7F58"},
-                                                  {"灰", "gray", "#8B8D98"}}};
 
 bool isHexadecimal(std::string_view text) {
   return text.find_first_not_of("0123456789ABCDEFabcdef") == std::string_view::npos;
@@ -62,24 +41,12 @@ void TagLooks::addTo(Json& json, const std::string& tag) const {
 }
 
 std::string TagLooks::colorNamed(const std::string& text) {
-  for (const NamedColor& color : namedColors)
-    if (text == color.chinese || text == fmt::format("{}色", color.chinese) ||
-        loweredAscii(text) == color.english)
-      return std::string(color.value);
-  std::string digits = text.starts_with('#') ? text.substr(1) : text;
-  if (digits.size() == 3)
-    digits = {digits[0], digits[0], digits[1], digits[1], digits[2], digits[2]};
-  if (digits.size() != 6 || !isHexadecimal(digits))
-    throw UsageError(fmt::format("“{}”不是颜色，例如 '#FF8800'、橙 或 orange", text));
-  std::ranges::transform(digits, digits.begin(), [](char c) {
-    return c >= 'a' && c <= 'f' ? static_cast<char>(c - 'a' + 'A') : c;
-  });
-  return "#" + digits;
+  if (auto color = TagColors::valueOf(text)) return *std::move(color);
+  throw UsageError(fmt::format("“{}”不是颜色，例如 '#FF8800'、橙 或 orange", text));
 }
 
 std::string TagLooks::checkedEmoji(const std::string& text) {
-  if (!isOneLine(text) || graphemeCountUpTo(text, 2) != 1 || trimSpaceAndBreaks(text).empty())
-    throw UsageError("请只给一个表情，例如 🏃");
+  if (!TagColors::isEmoji(text)) throw UsageError(TagColors::notAnEmoji);
   return text;
 }
 

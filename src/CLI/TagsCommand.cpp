@@ -8,7 +8,7 @@
 #include "CLI/TagLooks.h"
 #include "CLI/UsageError.h"
 #include "Core/Extensions/TagNames.h"
-#include "Core/Query/TagManagementStore.h"
+#include "Core/Query/TagOperation.h"
 #include "Platform/Cancellation.h"
 
 namespace nomely {
@@ -43,7 +43,7 @@ class TagsCommand final : public ActionCommand {
   }
 
  private:
-  using Change = std::function<TagChange(const TagRun&)>;
+  using Kind = TagOperation::Kind;
 
   static Argument tagArgument(const char* name, const char* help, std::string& target) {
     return {
@@ -126,71 +126,52 @@ class TagsCommand final : public ActionCommand {
   }
 
   void erase(Session& session, const TagManagementStore& store) const {
-    const std::string tag = Arguments::tag(tag_);
-    const Change change = [&](const auto& run) {
-      return withMemos_ ? store.deleteTagWithMemos(tag, run) : store.deleteTag(tag, run);
-    };
-    apply(session, change, [&](const TagChange& planned) {
-      return withMemos_
-                 ? fmt::format("将把带有标签“{}”的 {} 条笔记移入回收站。", tag, planned.memos)
-                 : fmt::format("将从 {} 条笔记去掉标签“{}”{}。", planned.memos, tag,
-                               bodiesText(planned));
-    });
+    apply(session, store,
+          {withMemos_ ? Kind::removeWithMemos : Kind::remove, Arguments::tag(tag_)});
   }
 
   void rename(Session& session, const TagManagementStore& store) const {
-    replace(session, store, &TagManagementStore::renameTag);
+    replace(session, store, Kind::rename);
   }
   void merge(Session& session, const TagManagementStore& store) const {
-    replace(session, store, &TagManagementStore::mergeTag);
+    replace(session, store, Kind::merge);
   }
 
-  void replace(Session& session, const TagManagementStore& store,
-               TagChange (TagManagementStore::*change)(std::string_view, std::string_view,
-                                                       const TagRun&) const) const {
-    const std::string from = Arguments::tag(tag_);
-    const std::string to = Arguments::tag(other_);
-    if (from == to) throw UsageError("两个标签相同，没有要改的");
-    apply(
-        session, [&](const auto& run) { return (store.*change)(from, to, run); },
-        [&](const TagChange& planned) {
-          return fmt::format("将在 {} 条笔记中把标签“{}”换成“{}”{}。", planned.memos, from, to,
-                             bodiesText(planned));
-        });
+  void replace(Session& session, const TagManagementStore& store, Kind kind) const {
+    const TagOperation operation{kind, Arguments::tag(tag_), Arguments::tag(other_)};
+    if (operation.tag == operation.other) throw UsageError("两个标签相同，没有要改的");
+    apply(session, store, operation);
   }
 
   // Asks with what a dry run finds, then makes the change.
-  void apply(Session& session, const Change& change,
-             const std::function<std::string(const TagChange&)>& question) const {
-    if (session.confirm(question(hosted(session, "查找", change, true)))) {
-      if (withMemos_) backup_.make(session, {"删除笔记", "没有删除"});
-      const TagChange done = hosted(session, "修改", change, false);
-      session.say(fmt::format("已处理 {} 条笔记{}。", done.memos,
-                              withMemos_ ? "" : "，原文在各条的历史版本里"));
-      if (done.failed > 0)
-        throw Error("tags.incomplete", fmt::format("有 {} 处未能更新，其余已完成", done.failed));
+  void apply(Session& session, const TagManagementStore& store,
+             const TagOperation& operation) const {
+    const auto hosted = [&](const char* label, bool isDry) {
+      return TagsCommand::hosted(session, store, operation, label, isDry);
+    };
+    if (session.confirm(operation.question(hosted("查找", true)))) {
+      if (operation.isRisky()) backup_.make(session, deletingByTag);
+      const TagChange done = hosted("修改", false);
+      session.say(operation.outcome(done));
+      if (done.failed > 0) throw Error("tags.incomplete", TagOperation::shortfall(done));
+      session.application().tagConfig().move(operation.tag, operation.other);
     }
     if (session.isJson()) list(session);
   }
 
-  static TagChange hosted(Session& session, const char* label, const Change& change, bool isDry) {
+  static TagChange hosted(Session& session, const TagManagementStore& store,
+                          const TagOperation& operation, const char* label, bool isDry) {
     TagChange done;
     try {
       session.host([&](const std::stop_token& stop) {
         Progress progress(session, label);
-        done = change({isDry, stop, [&](double share) { progress.show(share); }});
+        done = operation.run(store, {isDry, stop, [&](double share) { progress.show(share); }});
       });
     } catch (const CancellationError&) {
-      if (!isDry) session.say("已改的笔记保持改后的样子；再执行一次就能改完其余的。");
+      if (!isDry) session.say(TagOperation::stopped);
       throw;
     }
     return done;
-  }
-
-  static std::string bodiesText(const TagChange& planned) {
-    return planned.bodies == 0
-               ? ""
-               : fmt::format("，其中 {} 条正文里的标签文字也会去掉", planned.bodies);
   }
 
   std::string tag_;

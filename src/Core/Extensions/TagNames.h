@@ -1,6 +1,8 @@
 #pragma once
 
 #include <array>
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace nomely {
@@ -27,6 +29,15 @@ constexpr std::string_view notesImportTag = "_notes_import";
 
 [[nodiscard]] constexpr bool isOrIsBelow(std::string_view tag, std::string_view root) {
   return tag == root || isBelow(tag, root);
+}
+
+// What becomes of `tag` when `from`, with all below it, is called `to`; absent when `to` is empty
+// and it goes.
+[[nodiscard]] inline std::optional<std::string> moved(std::string_view tag, std::string_view from,
+                                                      std::string_view to) {
+  if (!isOrIsBelow(tag, from)) return std::string(tag);
+  if (to.empty()) return std::nullopt;
+  return std::string(to) + std::string(tag.substr(from.size()));
 }
 
 }  // namespace TagNames

@@ -4,6 +4,8 @@
 #include <array>
 #include <unordered_set>
 
+#include <fmt/format.h>
+
 #include "Platform/Text/Replacing.h"
 #include "Platform/Text/Unicode.h"
 
@@ -45,6 +47,11 @@ std::optional<std::string> TagUtilities::cleanTag(std::string_view typed) {
       tag.find("//") != std::string::npos)
     return std::nullopt;
   return tag;
+}
+
+std::string TagUtilities::whyNoTag(std::string_view typed) {
+  return fmt::format(
+      "“{}”不能作标签：标签不能为空，也不能以“/”开头、结尾或含有“//”。例如 生活/读书", typed);
 }
 
 }  // namespace nomely

@@ -16,6 +16,8 @@ namespace TagUtilities {
 
 // "#工作／计划，" → "工作/计划". Absent when nothing is left or a level is empty ("a//b").
 [[nodiscard]] std::optional<std::string> cleanTag(std::string_view typed);
+// What is said of one for which that is absent.
+[[nodiscard]] std::string whyNoTag(std::string_view typed);
 
 }  // namespace TagUtilities
 

@@ -49,6 +49,16 @@ SearchQuery::SearchQuery(std::string_view text) {
                                     keywords_.begin());
 }
 
+std::string SearchQuery::typed(std::string_view text) {
+  std::string query;
+  while (!text.empty()) {
+    const DecodedCharacter character = decodeFirst(text);
+    appendUtf8(query, isHorizontalSpace(character.value) ? U' ' : character.value);
+    text.remove_prefix(character.length);
+  }
+  return query;
+}
+
 bool SearchQuery::Keyword::isIn(const SearchableText& text) const {
   return (!isTag && needle.isInFolded(text.body)) || needle.isInFolded(text.tags);
 }

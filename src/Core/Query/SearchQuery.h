@@ -14,6 +14,9 @@ namespace nomely {
 class SearchQuery {
  public:
   explicit SearchQuery(std::string_view text);
+  // A text as someone types it: an input method may have made other blanks of those that part its
+  // words.
+  [[nodiscard]] static std::string typed(std::string_view text);
 
   // Without words nothing is found.
   [[nodiscard]] bool isEmpty() const { return keywords_.empty(); }

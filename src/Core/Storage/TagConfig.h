@@ -18,6 +18,10 @@ struct TagConfig {
   std::map<std::string, std::string> emojis = {};  // by tag
   SortMode sortMode = SortMode::latestDate;
 
+  // The looks of `from` and of what is below it become those of `to`, unless that has its own;
+  // with an empty `to` they go.
+  void move(std::string_view from, std::string_view to);
+
   friend bool operator==(const TagConfig&, const TagConfig&) = default;
 };
 

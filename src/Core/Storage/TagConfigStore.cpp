@@ -15,8 +15,12 @@ void TagConfigStore::load() {
   } catch (const Error&) {
     // A fault in the file shows tags without colours and stops nothing.
   }
-  for (const Change& change : unsaved_) change(config);
-  config_.set(std::move(config));
+  adopt(std::move(config));
+}
+
+void TagConfigStore::adopt(TagConfig stored) {
+  for (const Change& change : unsaved_) change(stored);
+  config_.set(std::move(stored));
 }
 
 void TagConfigStore::setColor(const std::string& color, const std::string& tag) {
@@ -30,6 +34,10 @@ void TagConfigStore::setEmoji(const std::string& emoji, const std::string& tag) 
 }
 void TagConfigStore::removeEmoji(const std::string& tag) {
   change([=](TagConfig& config) { config.emojis.erase(tag); });
+}
+
+void TagConfigStore::move(const std::string& from, const std::string& to) {
+  change([=](TagConfig& config) { config.move(from, to); });
 }
 
 void TagConfigStore::change(Change change) {

@@ -23,11 +23,15 @@ class TagConfigStore {
 
   // Reads the file; what is missing or invalid has its defaults.
   void load();
+  // The same for what a background job has read or saved through a ConfigStore.
+  void adopt(TagConfig stored);
 
   void setColor(const std::string& color, const std::string& tag);
   void removeColor(const std::string& tag);
   void setEmoji(const std::string& emoji, const std::string& tag);
   void removeEmoji(const std::string& tag);
+  // See TagConfig.
+  void move(const std::string& from, const std::string& to);
 
  private:
   using Change = std::function<void(TagConfig&)>;

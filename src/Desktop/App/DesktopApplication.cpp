@@ -23,11 +23,8 @@ constexpr std::chrono::seconds retryInterval{2};
 
 }  // namespace
 
-DesktopApplication::DesktopApplication(DesktopMachine machine,
-                                       std::optional<std::filesystem::path> root)
-    : machine_(std::move(machine)),
-      root_(root ? std::filesystem::absolute(*root).lexically_normal()
-                 : DiskPaths::usualRoot(machine_.environment)) {
+DesktopApplication::DesktopApplication(DesktopMachine machine, std::filesystem::path root)
+    : machine_(std::move(machine)), root_(std::move(root)) {
   open();
 }
 

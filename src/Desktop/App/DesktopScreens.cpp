@@ -8,10 +8,15 @@ DesktopScreens::DesktopScreens(const Context& context) {
   const ScreenContext screens{context.application, navigation_,    context.executor,  context.jobs,
                               context.clock,       context.timers, context.fileSystem};
   timeline_ = std::make_unique<TimelineScreen>(screens);
+  quickInput_ = std::make_unique<QuickInputScreen>(screens);
+  focusEditor_ = std::make_unique<FocusEditorScreen>(screens);
 }
 
 DesktopScreens::~DesktopScreens() = default;
 
-void DesktopScreens::flush() {}
+void DesktopScreens::flush() {
+  quickInput_->flush();
+  focusEditor_->flush();
+}
 
 }  // namespace nomely

@@ -7,6 +7,8 @@
 
 #include "Desktop/Base/Navigation.h"
 #include "Desktop/Base/ScreenContext.h"
+#include "Desktop/Screens/FocusEditorScreen.h"
+#include "Desktop/Screens/QuickInputScreen.h"
 #include "Desktop/Screens/TimelineScreen.h"
 
 namespace nomely {
@@ -18,6 +20,8 @@ class DesktopScreens : public QObject {
   QML_UNCREATABLE("made by the program")
   Q_PROPERTY(Navigation* navigation READ navigation CONSTANT)
   Q_PROPERTY(TimelineScreen* timeline READ timeline CONSTANT)
+  Q_PROPERTY(QuickInputScreen* quickInput READ quickInput CONSTANT)
+  Q_PROPERTY(FocusEditorScreen* focusEditor READ focusEditor CONSTANT)
 
  public:
   // As ScreenContext has it, but for what is made here.
@@ -34,6 +38,8 @@ class DesktopScreens : public QObject {
 
   [[nodiscard]] Navigation* navigation() { return &navigation_; }
   [[nodiscard]] TimelineScreen* timeline() { return timeline_.get(); }
+  [[nodiscard]] QuickInputScreen* quickInput() { return quickInput_.get(); }
+  [[nodiscard]] FocusEditorScreen* focusEditor() { return focusEditor_.get(); }
 
   // Puts on the disk what is typed and not saved. Blocking.
   void flush();
@@ -41,6 +47,8 @@ class DesktopScreens : public QObject {
  private:
   Navigation navigation_;
   std::unique_ptr<TimelineScreen> timeline_;
+  std::unique_ptr<QuickInputScreen> quickInput_;
+  std::unique_ptr<FocusEditorScreen> focusEditor_;
 };
 
 }  // namespace nomely

@@ -38,6 +38,14 @@ struct CalloutLine {
 // one.
 [[nodiscard]] std::size_t lengthToLineBreak(std::string_view text);
 
+struct CheckLine {
+  bool isChecked = false;
+  std::string_view mark;  // what stands between the brackets
+  std::string_view text;
+};
+// "- [ ] text", "- [x] text" or "- [X] text"; a box without text is none.
+[[nodiscard]] std::optional<CheckLine> checkLine(std::string_view line);
+
 // Nothing but "-", "*" and blanks, three characters or more.
 [[nodiscard]] bool isRule(std::string_view line);
 
