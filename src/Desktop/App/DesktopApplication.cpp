@@ -12,6 +12,7 @@
 #include "Desktop/Base/Qt.h"
 #include "Desktop/Pictures/DiagramProvider.h"
 #include "Desktop/Pictures/IconProvider.h"
+#include "Desktop/Pictures/ThumbnailProvider.h"
 #include "Editor/Timeline/DayViewModel.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileError.h"
@@ -43,6 +44,7 @@ void DesktopApplication::start() {
   engine_ = std::make_unique<QQmlApplicationEngine>();
   engine_->addImportPath(QStringLiteral("qrc:/qt/qml"));
   engine_->addImageProvider(QStringLiteral("icon"), new IconProvider);
+  engine_->addImageProvider(QLatin1String(ThumbnailProvider::name), new ThumbnailProvider);
   engine_->addImageProvider(QStringLiteral("diagram"),
                             new DiagramProvider(executor_, machine_.timers));
   engine_->setInitialProperties({{QStringLiteral("desktop"), QVariant::fromValue(this)}});
