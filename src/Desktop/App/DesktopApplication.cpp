@@ -10,6 +10,7 @@
 
 #include "Core/Storage/RescueFolders.h"
 #include "Desktop/Base/Qt.h"
+#include "Desktop/Pictures/DiagramProvider.h"
 #include "Desktop/Pictures/IconProvider.h"
 #include "Desktop/Pictures/ThumbnailProvider.h"
 #include "Editor/Timeline/DayViewModel.h"
@@ -44,6 +45,8 @@ void DesktopApplication::start() {
   engine_->addImportPath(QStringLiteral("qrc:/qt/qml"));
   engine_->addImageProvider(QStringLiteral("icon"), new IconProvider);
   engine_->addImageProvider(QLatin1String(ThumbnailProvider::name), new ThumbnailProvider);
+  engine_->addImageProvider(QStringLiteral("diagram"),
+                            new DiagramProvider(executor_, machine_.timers));
   engine_->setInitialProperties({{QStringLiteral("desktop"), QVariant::fromValue(this)}});
   engine_->load(QUrl(QStringLiteral("qrc:/qt/qml/Nomely/Qml/Main.qml")));
   if (engine_->rootObjects().isEmpty())
