@@ -52,6 +52,10 @@ void DesktopApplication::start() {
   if (engine_->rootObjects().isEmpty())
     throw Error("desktop.window", "窗口无法打开，请重新安装 nomely-desktop");
   window_ = qobject_cast<QQuickWindow*>(engine_->rootObjects().first());
+  // Other programs may have written while the window was away.
+  connect(window_, &QWindow::activeChanged, this, [this] {
+    if (window_->isActive() && screens_) screens_->timeline()->refresh();
+  });
 }
 
 void DesktopApplication::open() {
@@ -118,6 +122,21 @@ void DesktopApplication::tryLater() {
 
 void DesktopApplication::setObstacle(const QString& text) {
   if (std::exchange(obstacle_, text) != text) emit obstacleChanged();
+}
+
+void DesktopApplication::take(const StartRequest& request) {
+  if (!request.activationToken.isEmpty())
+    qputenv("XDG_ACTIVATION_TOKEN", request.activationToken.toUtf8());
+  window_->show();
+  window_->raise();
+  window_->requestActivate();
+  if (!screens_) return;
+  if (request.day.isValid()) screens_->timeline()->showDay(request.day);
+  if (!request.files.isEmpty()) screens_->quickInput()->attach(request.files);
+  if (request.isCapture || !request.files.isEmpty()) {
+    screens_->navigation()->show(Navigation::Timeline);
+    emit inputAsked();
+  }
 }
 
 void DesktopApplication::close() {
