@@ -177,9 +177,9 @@ TEST_F(BodyTest, SelectedAcrossTexts) {
       {"copies without a selection",
        [&] { QTest::mouseClick(window, Qt::LeftButton, {}, place(0, 2)); },
        "头**尾**\n- 项\n\n```\n码\n```\n|甲|乙|\n|---|---|\n末", ""},
-      {"drags down", [&] { drag(place(0, 16), place(2, 40)); }, "尾\n• 项\n码\n甲",
+      {"drags down", [&] { drag(place(0, 16), place(2, 40)); }, "尾\n• 项\n码\n甲\t乙",
        "<p><strong>尾</strong></p><ul><li>项</li></ul><pre>码</pre>"
-       "<table><tr><th><strong>甲</strong></th></tr></table>"},
+       "<table><tr><th><strong>甲</strong></th><th><strong>乙</strong></th></tr></table>"},
       {"drags up", [&] { drag(place(3, 15), place(1, 0)); }, "码\n甲\t乙\n末", nullptr},
       {"clicks with Shift",
        [&] {

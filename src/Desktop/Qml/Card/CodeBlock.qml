@@ -25,12 +25,12 @@ Rectangle {
         y: 12
         width: parent.width - 28
         height: text.implicitHeight
-        contentWidth: Math.max(text.width, width)
+        contentWidth: text.width
         BodyText {
             id: text
             selection: box.selection
             says: filling.plainText
-            width: filling.hasLongLine ? box.width - 28 : implicitWidth
+            width: filling.hasLongLine ? box.width - 28 : Math.max(implicitWidth, box.width - 28)
             wrapMode: filling.hasLongLine ? TextEdit.WrapAnywhere : TextEdit.NoWrap
             font { family: Theme.mono; pixelSize: Theme.body - 2 }
         }

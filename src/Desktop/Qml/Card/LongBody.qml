@@ -8,6 +8,7 @@ BodySelection {
     property string keyword
     signal ticked(int line)
     signal linkActivated(string address)
+    signal pictureOpened(url picture)
 
     ListView {
         anchors.fill: parent
@@ -27,6 +28,7 @@ BodySelection {
             keyword: body.keyword
             onTicked: line => body.ticked(line)
             onOpened: address => body.linkActivated(address)
+            onPictureOpened: picture => body.pictureOpened(picture)
         }
     }
 }

@@ -10,8 +10,7 @@ Item {
     property bool expanded: false
     property bool narrow: false
     property bool current: false
-    // Whether the keyboard is at something inside of the card.
-    readonly property bool hasInnerFocus: inner.activeFocus
+    readonly property MemoBody body: text
     signal menuAsked(Item from)
     signal pressed()
     implicitHeight: frame.implicitHeight
@@ -43,14 +42,17 @@ Item {
                 spacing: 8
                 CardHead { width: parent.width; memo: card.memo; screens: card.screens; lively: hover.hovered || card.current; onMenuAsked: from => card.menuAsked(from) }
                 MemoBody {
+                    id: text
                     width: parent.width
                     memo: card.memo
                     expanded: card.expanded
+                    linksAsCards: card.screens.settings.linksAsCards
                     onTicked: line => card.screens.cards.tick(card.memo, line)
                     onLinkActivated: address => card.screens.cards.openLink(address)
                     onExpandAsked: card.screens.timeline.toggleExpanded(card.memo)
                     onOpenLong: card.screens.cards.read(card.memo)
                 }
+                MemoAttachments { width: parent.width; memo: card.memo; screens: card.screens }
                 CardTags { width: parent.width; memo: card.memo; screens: card.screens }
             }
         }

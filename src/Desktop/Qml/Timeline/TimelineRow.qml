@@ -13,7 +13,7 @@ Item {
     property real column: Theme.column
     property bool narrow: false
     property bool hasKeys: false
-    readonly property bool hasInnerFocus: card.hasInnerFocus
+    readonly property MemoBody body: card.body
     signal menuAsked(Item from)
     signal chosen()
     height: card.implicitHeight + card.y
