@@ -19,6 +19,7 @@ DesktopScreens::DesktopScreens(const Context& context) {
   settings_ = std::make_unique<SettingsScreen>(screens, *banner_);
   QObject::connect(banner_.get(), &BannerScreen::historyAsked, history_.get(),
                    &HistoryScreen::openIdentity);
+  cards_ = std::make_unique<CardActions>(screens);
 }
 
 DesktopScreens::~DesktopScreens() = default;

@@ -14,6 +14,7 @@
 #include "Desktop/Screens/HistoryScreen.h"
 #include "Desktop/Screens/QuickInputScreen.h"
 #include "Desktop/Screens/SettingsScreen.h"
+#include "Desktop/Screens/CardActions.h"
 #include "Desktop/Screens/TimelineScreen.h"
 #include "Desktop/Screens/TrashScreen.h"
 #include "Desktop/Sound/PlayerScreen.h"
@@ -36,6 +37,7 @@ class DesktopScreens : public QObject {
   Q_PROPERTY(TrashScreen* trash READ trash CONSTANT)
   Q_PROPERTY(HistoryScreen* history READ history CONSTANT)
   Q_PROPERTY(SettingsScreen* settings READ settings CONSTANT)
+  Q_PROPERTY(CardActions* cards READ cards CONSTANT)
 
  public:
   // As ScreenContext has it, but for what is made here.
@@ -61,6 +63,7 @@ class DesktopScreens : public QObject {
   [[nodiscard]] TrashScreen* trash() { return trash_.get(); }
   [[nodiscard]] HistoryScreen* history() { return history_.get(); }
   [[nodiscard]] SettingsScreen* settings() { return settings_.get(); }
+  [[nodiscard]] CardActions* cards() { return cards_.get(); }
 
   // Puts on the disk what is typed and not saved. Blocking.
   void flush();
@@ -77,6 +80,7 @@ class DesktopScreens : public QObject {
   std::unique_ptr<TrashScreen> trash_;
   std::unique_ptr<HistoryScreen> history_;
   std::unique_ptr<SettingsScreen> settings_;
+  std::unique_ptr<CardActions> cards_;
 };
 
 }  // namespace nomely
