@@ -8,7 +8,6 @@ DesktopScreens::DesktopScreens(const Context& context) {
   const ScreenContext screens{context.application, navigation_,    context.executor,  context.jobs,
                               context.clock,       context.timers, context.fileSystem};
   timeline_ = std::make_unique<TimelineScreen>(screens);
-  cards_ = std::make_unique<CardActions>(screens);
   quickInput_ = std::make_unique<QuickInputScreen>(screens);
   focusEditor_ = std::make_unique<FocusEditorScreen>(screens);
   media_ = std::make_unique<MediaScreen>(screens);
@@ -20,6 +19,7 @@ DesktopScreens::DesktopScreens(const Context& context) {
   settings_ = std::make_unique<SettingsScreen>(screens, *banner_);
   QObject::connect(banner_.get(), &BannerScreen::historyAsked, history_.get(),
                    &HistoryScreen::openIdentity);
+  cards_ = std::make_unique<CardActions>(screens);
 }
 
 DesktopScreens::~DesktopScreens() = default;

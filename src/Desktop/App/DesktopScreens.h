@@ -7,7 +7,6 @@
 
 #include "Desktop/Base/Navigation.h"
 #include "Desktop/Base/ScreenContext.h"
-#include "Desktop/Screens/CardActions.h"
 #include "Desktop/Media/MediaScreen.h"
 #include "Desktop/Media/ViewerScreen.h"
 #include "Desktop/Screens/BannerScreen.h"
@@ -15,6 +14,7 @@
 #include "Desktop/Screens/HistoryScreen.h"
 #include "Desktop/Screens/QuickInputScreen.h"
 #include "Desktop/Screens/SettingsScreen.h"
+#include "Desktop/Screens/CardActions.h"
 #include "Desktop/Screens/TimelineScreen.h"
 #include "Desktop/Screens/TrashScreen.h"
 #include "Desktop/Sound/PlayerScreen.h"
@@ -28,7 +28,6 @@ class DesktopScreens : public QObject {
   QML_UNCREATABLE("made by the program")
   Q_PROPERTY(Navigation* navigation READ navigation CONSTANT)
   Q_PROPERTY(TimelineScreen* timeline READ timeline CONSTANT)
-  Q_PROPERTY(CardActions* cards READ cards CONSTANT)
   Q_PROPERTY(QuickInputScreen* quickInput READ quickInput CONSTANT)
   Q_PROPERTY(FocusEditorScreen* focusEditor READ focusEditor CONSTANT)
   Q_PROPERTY(MediaScreen* media READ media CONSTANT)
@@ -38,6 +37,7 @@ class DesktopScreens : public QObject {
   Q_PROPERTY(TrashScreen* trash READ trash CONSTANT)
   Q_PROPERTY(HistoryScreen* history READ history CONSTANT)
   Q_PROPERTY(SettingsScreen* settings READ settings CONSTANT)
+  Q_PROPERTY(CardActions* cards READ cards CONSTANT)
 
  public:
   // As ScreenContext has it, but for what is made here.
@@ -54,7 +54,6 @@ class DesktopScreens : public QObject {
 
   [[nodiscard]] Navigation* navigation() { return &navigation_; }
   [[nodiscard]] TimelineScreen* timeline() { return timeline_.get(); }
-  [[nodiscard]] CardActions* cards() { return cards_.get(); }
   [[nodiscard]] QuickInputScreen* quickInput() { return quickInput_.get(); }
   [[nodiscard]] FocusEditorScreen* focusEditor() { return focusEditor_.get(); }
   [[nodiscard]] MediaScreen* media() { return media_.get(); }
@@ -64,6 +63,7 @@ class DesktopScreens : public QObject {
   [[nodiscard]] TrashScreen* trash() { return trash_.get(); }
   [[nodiscard]] HistoryScreen* history() { return history_.get(); }
   [[nodiscard]] SettingsScreen* settings() { return settings_.get(); }
+  [[nodiscard]] CardActions* cards() { return cards_.get(); }
 
   // Puts on the disk what is typed and not saved. Blocking.
   void flush();
@@ -71,7 +71,6 @@ class DesktopScreens : public QObject {
  private:
   Navigation navigation_;
   std::unique_ptr<TimelineScreen> timeline_;
-  std::unique_ptr<CardActions> cards_;
   std::unique_ptr<QuickInputScreen> quickInput_;
   std::unique_ptr<FocusEditorScreen> focusEditor_;
   std::unique_ptr<MediaScreen> media_;
@@ -81,6 +80,7 @@ class DesktopScreens : public QObject {
   std::unique_ptr<TrashScreen> trash_;
   std::unique_ptr<HistoryScreen> history_;
   std::unique_ptr<SettingsScreen> settings_;
+  std::unique_ptr<CardActions> cards_;
 };
 
 }  // namespace nomely

@@ -4,6 +4,7 @@ import Nomely
 // The window's contents for one data root.
 FocusScope {
     id: shell
+    required property DesktopApplication desktop
     required property DesktopScreens screens
     readonly property Navigation navigation: screens.navigation
     readonly property bool narrow: width < 720
@@ -15,7 +16,8 @@ FocusScope {
 
     Binding { target: Theme; property: "bodyFontSize"; value: shell.screens.settings.bodyFontSize }
     Binding { target: Theme; property: "tagFontSize"; value: shell.screens.settings.tagFontSize }
-    Binding { target: Theme; property: "dark"; value: shell.screens.settings.look === SettingsScreen.Dark; when: shell.screens.settings.look !== SettingsScreen.FollowDesktop }
+    Binding { target: Theme; property: "dark"; value: shell.screens.settings.look === SettingsScreen.FollowDesktop ? shell.desktop.theme.dark : shell.screens.settings.look === SettingsScreen.Dark }
+
     TimelinePage {
         id: timeline
         anchors { fill: parent; rightMargin: shell.pageMargin }
@@ -53,6 +55,7 @@ FocusScope {
         sourceComponent: HistoryPanel { screens: shell.screens }
         onLoaded: item.forceActiveFocus()
     }
+    ReaderSheet { screens: shell.screens }
     MediaLayer { screens: shell.screens }
     AskingDialog { question: shell.screens.settings.question; onAccepted: shell.screens.settings.accept(); onDismissed: shell.screens.settings.dismiss() }
     Toast { anchors { horizontalCenter: parent.horizontalCenter; bottom: parent.bottom; bottomMargin: 20 } banner: shell.screens.banner }
@@ -64,4 +67,8 @@ FocusScope {
         onHelpAsked: keySheet.open()
     }
     ReaderSheet { screens: shell.screens }
+    Connections {
+        target: shell.desktop
+        function onInputAsked() { timeline.takeInput() }
+    }
 }

@@ -8,6 +8,7 @@ Item {
     required property memoHandle memo
     required property DesktopScreens screens
     property bool expanded: false
+    property int seriesNumber: 0
     property bool narrow: false
     property bool current: false
     readonly property MemoBody body: text
@@ -40,12 +41,13 @@ Item {
                 id: content
                 width: parent.width
                 spacing: 8
-                CardHead { width: parent.width; memo: card.memo; screens: card.screens; lively: hover.hovered || card.current; onMenuAsked: from => card.menuAsked(from) }
+                CardHead { width: parent.width; memo: card.memo; screens: card.screens; seriesNumber: card.seriesNumber; lively: hover.hovered || card.current; onMenuAsked: from => card.menuAsked(from) }
                 MemoBody {
                     id: text
                     width: parent.width
                     memo: card.memo
                     expanded: card.expanded
+                    keyword: card.screens.timeline.query
                     linksAsCards: card.screens.settings.linksAsCards
                     onTicked: line => card.screens.cards.tick(card.memo, line)
                     onLinkActivated: address => card.screens.cards.openLink(address)
