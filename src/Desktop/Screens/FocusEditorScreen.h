@@ -1,14 +1,14 @@
 #pragma once
 
+#include <QObject>
+#include <QStringList>
+#include <QTimer>
 #include <cstdint>
 #include <exception>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include <QObject>
-#include <QStringList>
-#include <QTimer>
 #include <QtQml/qqmlregistration.h>
 
 #include "Core/Storage/Drafts.h"
@@ -143,6 +143,7 @@ class FocusEditorScreen final : public QObject {
   QString status_;
   QString notice_;
   bool isSaving_ = false;
+  bool savesAgain_ = false;  // once it is known what the disk has
   QTimer countTimer_;
   QTimer savedTimer_;
   QTimer noticeTimer_;
