@@ -2,10 +2,9 @@
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
-#include <optional>
 
+#include "App/ChosenRoot.h"
 #include "Desktop/App/DesktopApplication.h"
 #include "Desktop/Base/Qt.h"
 #include "Platform/Concurrency/Timers.h"
@@ -17,15 +16,6 @@
 extern void qml_register_types_Nomely();
 
 namespace {
-
-std::optional<std::filesystem::path> chosenRoot(const QCommandLineParser& parser,
-                                                const nomely::Environment& environment) {
-  const std::string given = nomely::utf8(parser.value(QStringLiteral("root")));
-  if (!given.empty()) return given;
-  const std::optional<std::string> set = environment.get("NOMELY_ROOT");
-  if (set && !set->empty()) return *set;
-  return std::nullopt;
-}
 
 int run() {
   QCommandLineParser parser;
@@ -44,7 +34,8 @@ int run() {
   const std::unique_ptr<nomely::Timers> timers = nomely::makeSystemTimers();
   nomely::DesktopApplication desktop(
       {environment, clock, nomely::posixFileSystem(), secrets, *http, *webSockets, *timers},
-      chosenRoot(parser, environment));
+      nomely::ChosenRoot::of(nomely::utf8(parser.value(QStringLiteral("root"))), environment,
+                             nomely::FileManager(nomely::posixFileSystem())));
   desktop.start();
   return QGuiApplication::exec();
 }

@@ -11,6 +11,7 @@
 #include "Core/Storage/RescueFolders.h"
 #include "Desktop/Base/Qt.h"
 #include "Desktop/Pictures/IconProvider.h"
+#include "Desktop/Pictures/ThumbnailProvider.h"
 #include "Editor/Timeline/DayViewModel.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileError.h"
@@ -22,11 +23,8 @@ constexpr std::chrono::seconds retryInterval{2};
 
 }  // namespace
 
-DesktopApplication::DesktopApplication(DesktopMachine machine,
-                                       std::optional<std::filesystem::path> root)
-    : machine_(std::move(machine)),
-      root_(root ? std::filesystem::absolute(*root).lexically_normal()
-                 : DiskPaths::usualRoot(machine_.environment)) {
+DesktopApplication::DesktopApplication(DesktopMachine machine, std::filesystem::path root)
+    : machine_(std::move(machine)), root_(std::move(root)) {
   open();
 }
 
@@ -45,6 +43,7 @@ void DesktopApplication::start() {
   engine_ = std::make_unique<QQmlApplicationEngine>();
   engine_->addImportPath(QStringLiteral("qrc:/qt/qml"));
   engine_->addImageProvider(QStringLiteral("icon"), new IconProvider);
+  engine_->addImageProvider(QLatin1String(ThumbnailProvider::name), new ThumbnailProvider);
   engine_->setInitialProperties({{QStringLiteral("desktop"), QVariant::fromValue(this)}});
   engine_->load(QUrl(QStringLiteral("qrc:/qt/qml/Nomely/Qml/Main.qml")));
   if (engine_->rootObjects().isEmpty())

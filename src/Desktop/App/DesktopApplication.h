@@ -4,7 +4,6 @@
 #include <QString>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include <QtQml/qqmlregistration.h>
@@ -44,8 +43,7 @@ class DesktopApplication : public QObject {
   Q_PROPERTY(QString version READ version CONSTANT)
 
  public:
-  // `root` absent: the usual one.
-  DesktopApplication(DesktopMachine machine, std::optional<std::filesystem::path> root);
+  DesktopApplication(DesktopMachine machine, std::filesystem::path root);
   ~DesktopApplication() override;
 
   // Shows the window. Throws Error when it can't be made.

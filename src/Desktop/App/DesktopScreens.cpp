@@ -10,6 +10,9 @@ DesktopScreens::DesktopScreens(const Context& context) {
   timeline_ = std::make_unique<TimelineScreen>(screens);
   quickInput_ = std::make_unique<QuickInputScreen>(screens);
   focusEditor_ = std::make_unique<FocusEditorScreen>(screens);
+  media_ = std::make_unique<MediaScreen>(screens);
+  viewer_ = std::make_unique<ViewerScreen>(*media_);
+  player_ = std::make_unique<PlayerScreen>(screens);
 }
 
 DesktopScreens::~DesktopScreens() = default;

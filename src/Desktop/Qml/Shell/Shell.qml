@@ -2,31 +2,34 @@ import QtQuick
 import Nomely
 
 // The window's contents for one data root.
-Item {
+FocusScope {
     id: shell
     required property DesktopScreens screens
+    readonly property Navigation navigation: screens.navigation
     readonly property bool narrow: width < 720
-    Item {
-        id: main
+    focus: true
+
+    TimelinePage {
+        id: timeline
         anchors.fill: parent
-        TopBar { id: bar; width: parent.width; screens: shell.screens; narrow: shell.narrow }
-        QuickInput {
-            id: input
-            objectName: "quickInput"
-            anchors { top: bar.bottom; horizontalCenter: parent.horizontalCenter }
-            width: Math.min(Theme.column, parent.width - (shell.narrow ? 24 : 48))
-            screen: shell.screens.quickInput
-            narrow: shell.narrow
-            room: shell.height
-            focus: true
-        }
-        TimelineView { anchors { fill: parent; topMargin: input.y + input.height + 8 } screens: shell.screens; narrow: shell.narrow }
-    }
-    FocusEditor {
-        objectName: "focusEditor"
-        anchors.fill: parent
-        visible: shell.screens.navigation.page === Navigation.Editor
-        screen: shell.screens.focusEditor
+        visible: shell.navigation.page === Navigation.Timeline
+        enabled: visible
+        focus: visible
+        screens: shell.screens
         narrow: shell.narrow
+    }
+    Loader {
+        anchors.fill: parent
+        active: shell.navigation.page === Navigation.Editor
+        sourceComponent: FocusEditor { objectName: "focusEditor"; screen: shell.screens.focusEditor; narrow: shell.narrow }
+        onLoaded: item.forceActiveFocus()
+    }
+    MediaLayer { screens: shell.screens }
+    KeySheet { id: keySheet; objectName: "keySheet" }
+    ShellKeys {
+        screens: shell.screens
+        onInputAsked: timeline.takeInput()
+        onRegionAsked: timeline.nextRegion()
+        onHelpAsked: keySheet.open()
     }
 }
