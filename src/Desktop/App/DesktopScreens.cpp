@@ -11,10 +11,17 @@ DesktopScreens::DesktopScreens(const Context& context) {
   media_ = std::make_unique<MediaScreen>(screens);
   viewer_ = std::make_unique<ViewerScreen>(*media_);
   player_ = std::make_unique<PlayerScreen>(screens);
+  // A list that is read again because another program wrote plays on.
+  connect(timeline_.get(), &TimelineScreen::listChanged, player_.get(), &PlayerScreen::stop);
+  quickInput_ = std::make_unique<QuickInputScreen>(screens);
+  focusEditor_ = std::make_unique<FocusEditorScreen>(screens);
 }
 
 DesktopScreens::~DesktopScreens() = default;
 
-void DesktopScreens::flush() {}
+void DesktopScreens::flush() {
+  quickInput_->flush();
+  focusEditor_->flush();
+}
 
 }  // namespace nomely

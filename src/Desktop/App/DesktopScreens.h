@@ -9,6 +9,8 @@
 #include "Desktop/Base/ScreenContext.h"
 #include "Desktop/Media/MediaScreen.h"
 #include "Desktop/Media/ViewerScreen.h"
+#include "Desktop/Screens/FocusEditorScreen.h"
+#include "Desktop/Screens/QuickInputScreen.h"
 #include "Desktop/Screens/TimelineScreen.h"
 #include "Desktop/Sound/PlayerScreen.h"
 
@@ -24,6 +26,8 @@ class DesktopScreens : public QObject {
   Q_PROPERTY(MediaScreen* media READ media CONSTANT)
   Q_PROPERTY(ViewerScreen* viewer READ viewer CONSTANT)
   Q_PROPERTY(PlayerScreen* player READ player CONSTANT)
+  Q_PROPERTY(QuickInputScreen* quickInput READ quickInput CONSTANT)
+  Q_PROPERTY(FocusEditorScreen* focusEditor READ focusEditor CONSTANT)
 
  public:
   // As ScreenContext has it, but for what is made here.
@@ -43,6 +47,8 @@ class DesktopScreens : public QObject {
   [[nodiscard]] MediaScreen* media() { return media_.get(); }
   [[nodiscard]] ViewerScreen* viewer() { return viewer_.get(); }
   [[nodiscard]] PlayerScreen* player() { return player_.get(); }
+  [[nodiscard]] QuickInputScreen* quickInput() { return quickInput_.get(); }
+  [[nodiscard]] FocusEditorScreen* focusEditor() { return focusEditor_.get(); }
 
   // Puts on the disk what is typed and not saved. Blocking.
   void flush();
@@ -53,6 +59,8 @@ class DesktopScreens : public QObject {
   std::unique_ptr<MediaScreen> media_;
   std::unique_ptr<ViewerScreen> viewer_;
   std::unique_ptr<PlayerScreen> player_;
+  std::unique_ptr<QuickInputScreen> quickInput_;
+  std::unique_ptr<FocusEditorScreen> focusEditor_;
 };
 
 }  // namespace nomely

@@ -17,6 +17,7 @@ Window {
     Loader {
         id: loader
         anchors.fill: parent
+        focus: true
         active: window.desktop.screens !== null
         sourceComponent: Shell { screens: window.desktop.screens }
     }
