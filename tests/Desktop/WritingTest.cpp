@@ -134,8 +134,8 @@ TEST_F(WritingTest, TagsCompleteAfterTheSign) {
     begin({});
     type(QString::fromUtf8(each.typed));
     const auto* completion = input().editor()->completion();
-    EXPECT_TRUE(eventually(
-        [&] { return completion->rowCount() == static_cast<int>(each.rows.size()); }));
+    EXPECT_TRUE(
+        eventually([&] { return completion->rowCount() == static_cast<int>(each.rows.size()); }));
     for (int row = 0; row < completion->rowCount(); ++row)
       EXPECT_EQ(utf8(completion->index(row).data(Qt::UserRole).toString()),
                 each.rows[static_cast<std::size_t>(row)]);
@@ -225,9 +225,8 @@ class FocusEditorTest : public WritingTest {
     auto* const model = screens().timeline()->model();
     ASSERT_TRUE(eventually([&] { return model->rowCount() > 0; }));
     page().open(model->index(0).data(model->roleNames().key("memo")).value<MemoHandle>());
-    ASSERT_TRUE(eventually([&] {
-      return screens().navigation()->page() == Navigation::Editor && page().isOpen();
-    }));
+    ASSERT_TRUE(eventually(
+        [&] { return screens().navigation()->page() == Navigation::Editor && page().isOpen(); }));
     settle();
   }
   [[nodiscard]] QString body() { return page().editor()->text(); }
@@ -285,7 +284,8 @@ TEST_F(FocusEditorTest, AConflictLosesNeitherText) {
     EXPECT_NE(readFile(file()).find("别处的"), std::string::npos);
     grab("conflict.png");
     click(each.answer);
-    EXPECT_TRUE(eventually([&] { return readFile(file()).find(each.onDisk) != std::string::npos; }));
+    EXPECT_TRUE(
+        eventually([&] { return readFile(file()).find(each.onDisk) != std::string::npos; }));
     for (const char* const part : each.inEditor)
       EXPECT_NE(utf8(body()).find(part), std::string::npos) << part;
     EXPECT_EQ(page().conflict(), FocusEditorScreen::NoConflict);

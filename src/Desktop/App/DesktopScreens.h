@@ -7,11 +7,16 @@
 
 #include "Desktop/Base/Navigation.h"
 #include "Desktop/Base/ScreenContext.h"
-#include "Desktop/Screens/FocusEditorScreen.h"
-#include "Desktop/Screens/QuickInputScreen.h"
 #include "Desktop/Media/MediaScreen.h"
 #include "Desktop/Media/ViewerScreen.h"
+#include "Desktop/Screens/BannerScreen.h"
+#include "Desktop/Screens/FocusEditorScreen.h"
+#include "Desktop/Screens/HistoryScreen.h"
+#include "Desktop/Screens/QuickInputScreen.h"
+#include "Desktop/Screens/SettingsScreen.h"
+#include "Desktop/Screens/CardActions.h"
 #include "Desktop/Screens/TimelineScreen.h"
+#include "Desktop/Screens/TrashScreen.h"
 #include "Desktop/Sound/PlayerScreen.h"
 
 namespace nomely {
@@ -28,6 +33,11 @@ class DesktopScreens : public QObject {
   Q_PROPERTY(MediaScreen* media READ media CONSTANT)
   Q_PROPERTY(ViewerScreen* viewer READ viewer CONSTANT)
   Q_PROPERTY(PlayerScreen* player READ player CONSTANT)
+  Q_PROPERTY(BannerScreen* banner READ banner CONSTANT)
+  Q_PROPERTY(TrashScreen* trash READ trash CONSTANT)
+  Q_PROPERTY(HistoryScreen* history READ history CONSTANT)
+  Q_PROPERTY(SettingsScreen* settings READ settings CONSTANT)
+  Q_PROPERTY(CardActions* cards READ cards CONSTANT)
 
  public:
   // As ScreenContext has it, but for what is made here.
@@ -49,6 +59,11 @@ class DesktopScreens : public QObject {
   [[nodiscard]] MediaScreen* media() { return media_.get(); }
   [[nodiscard]] ViewerScreen* viewer() { return viewer_.get(); }
   [[nodiscard]] PlayerScreen* player() { return player_.get(); }
+  [[nodiscard]] BannerScreen* banner() { return banner_.get(); }
+  [[nodiscard]] TrashScreen* trash() { return trash_.get(); }
+  [[nodiscard]] HistoryScreen* history() { return history_.get(); }
+  [[nodiscard]] SettingsScreen* settings() { return settings_.get(); }
+  [[nodiscard]] CardActions* cards() { return cards_.get(); }
 
   // Puts on the disk what is typed and not saved. Blocking.
   void flush();
@@ -61,6 +76,11 @@ class DesktopScreens : public QObject {
   std::unique_ptr<MediaScreen> media_;
   std::unique_ptr<ViewerScreen> viewer_;
   std::unique_ptr<PlayerScreen> player_;
+  std::unique_ptr<BannerScreen> banner_;
+  std::unique_ptr<TrashScreen> trash_;
+  std::unique_ptr<HistoryScreen> history_;
+  std::unique_ptr<SettingsScreen> settings_;
+  std::unique_ptr<CardActions> cards_;
 };
 
 }  // namespace nomely

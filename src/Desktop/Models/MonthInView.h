@@ -3,6 +3,7 @@
 #include <QDate>
 #include <QObject>
 #include <QString>
+
 #include <QtQml/qqmlregistration.h>
 
 namespace nomely {

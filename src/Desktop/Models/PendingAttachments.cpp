@@ -50,8 +50,9 @@ void PendingAttachments::add(const QList<QUrl>& urls) {
         [self = QPointer(this), generation = generation_,
          day](const std::optional<AttachmentManager::ImportResult>& imported) {
           if (self)
-            self->finish(generation, imported ? File{imported->filename, imported->originalName, day}
-                                              : File{{}, {}, day});
+            self->finish(generation, imported
+                                         ? File{imported->filename, imported->originalName, day}
+                                         : File{{}, {}, day});
         });
   }
 }
@@ -116,8 +117,8 @@ QVariant PendingAttachments::data(const QModelIndex& index, int role) const {
 }
 
 QHash<int, QByteArray> PendingAttachments::roleNames() const {
-  return {{Name, "name"}, {IsPicture, "isPicture"}, {Source, "source"}, {Kind, "kind"},
-          {Tint, "tint"}};
+  return {
+      {Name, "name"}, {IsPicture, "isPicture"}, {Source, "source"}, {Kind, "kind"}, {Tint, "tint"}};
 }
 
 }  // namespace nomely

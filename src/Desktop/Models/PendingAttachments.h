@@ -1,14 +1,14 @@
 #pragma once
 
+#include <QAbstractListModel>
+#include <QList>
+#include <QPointer>
+#include <QUrl>
 #include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
 
-#include <QAbstractListModel>
-#include <QList>
-#include <QPointer>
-#include <QUrl>
 #include <QtQml/qqmlregistration.h>
 
 #include "Desktop/Base/BackgroundWork.h"

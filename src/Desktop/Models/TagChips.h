@@ -1,9 +1,9 @@
 #pragma once
 
+#include <QAbstractListModel>
 #include <string>
 #include <vector>
 
-#include <QAbstractListModel>
 #include <QtQml/qqmlregistration.h>
 
 #include "Core/Storage/TagConfigStore.h"

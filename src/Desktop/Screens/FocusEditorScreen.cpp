@@ -111,8 +111,14 @@ void FocusEditorScreen::watch() {
     executor.post([guarded, place] { guarded(place); });
   };
   subscriptions_.push_back(context_.application.storage().gate.changes().observe(
-      {.written = [check](const Memo& memo, Day day) { check(MemoPlace{day, memo.seqNumber}); },
-       .removed = [check](Day day, std::int64_t number) { check(MemoPlace{day, number}); },
+      {.written =
+           [check](const Memo& memo, Day day) {
+             check(MemoPlace{day, memo.seqNumber});
+           },
+       .removed =
+           [check](Day day, std::int64_t number) {
+             check(MemoPlace{day, number});
+           },
        .manyChanged = [check] { check(std::nullopt); }}));
 }
 
@@ -193,8 +199,7 @@ void FocusEditorScreen::setFiles(const std::vector<std::string>& names,
   std::vector<PendingAttachments::File> files;
   for (const std::string& name : names) {
     const auto original = originalNames.find(name);
-    files.push_back(
-        {name, original == originalNames.end() ? "" : original->second, opened_->date});
+    files.push_back({name, original == originalNames.end() ? "" : original->second, opened_->date});
   }
   attachments_.set(std::move(files));
 }
@@ -258,8 +263,8 @@ Memo FocusEditorScreen::written() const {
   const QString text = editor_.text();
   // A text that nobody touched keeps every byte.
   if (text != opened_->shown)
-    memo.body = MemoFrontmatterParser::bodyAsRead(
-        MemoTextUtilities::editedBody(memo.body, utf8(text)));
+    memo.body =
+        MemoFrontmatterParser::bodyAsRead(MemoTextUtilities::editedBody(memo.body, utf8(text)));
   memo.tags = tags_.tags();
   memo.mood = mood_;
   memo.attachments.clear();
@@ -357,17 +362,15 @@ void FocusEditorScreen::finishSave(const Memo& memo, const std::exception_ptr& f
 
 void FocusEditorScreen::checkDisk() {
   if (!opened_ || isSaving_) return;
-  work_.run(
-      [memos = context_.application.dayStore().memoStore(), date = opened_->date,
-       number = opened_->base.seqNumber](const std::stop_token&) {
-        return memos.read(date, number);
-      },
-      [this, generation = generation_](const std::optional<Memo>& onDisk) {
-        if (opened_ && !isSaving_ && generation == generation_) compare(onDisk);
-      },
-      [](const std::string& failure) {
-        Log::error(LogChannel::app, "⚠️ FocusEditorScreen.checkDisk: {}", failure);
-      });
+  work_.run([memos = context_.application.dayStore().memoStore(), date = opened_->date,
+             number = opened_->base.seqNumber](
+                const std::stop_token&) { return memos.read(date, number); },
+            [this, generation = generation_](const std::optional<Memo>& onDisk) {
+              if (opened_ && !isSaving_ && generation == generation_) compare(onDisk);
+            },
+            [](const std::string& failure) {
+              Log::error(LogChannel::app, "⚠️ FocusEditorScreen.checkDisk: {}", failure);
+            });
 }
 
 void FocusEditorScreen::compare(const std::optional<Memo>& onDisk) {
@@ -456,8 +459,8 @@ void FocusEditorScreen::keepBoth() {
   for (const PendingAttachments::File& file : files) names.push_back(file.name);
   for (const std::string& name : without(theirs.attachments, names)) {
     const auto original = theirs.originalNames.find(name);
-    files.push_back({name, original == theirs.originalNames.end() ? "" : original->second,
-                     opened_->date});
+    files.push_back(
+        {name, original == theirs.originalNames.end() ? "" : original->second, opened_->date});
   }
   attachments_.set(std::move(files));
   opened_->base = theirs;
@@ -489,10 +492,11 @@ void FocusEditorScreen::saveAsNew() {
         show(date, *created, std::nullopt);
         say(tr("已存成新的笔记"));
         timeline_.refreshCurrentTimeline(DayViewModel::Cause::externalWrite);
-        work_.run([store = timeline_.draftStore(), date, before](const std::stop_token&) {
-          store.clearFocusDraft(date, before.seqNumber, before.memoId);
-        },
-                  [] {});
+        work_.run(
+            [store = timeline_.draftStore(), date, before](const std::stop_token&) {
+              store.clearFocusDraft(date, before.seqNumber, before.memoId);
+            },
+            [] {});
       }));
 }
 

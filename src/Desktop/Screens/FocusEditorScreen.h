@@ -1,14 +1,14 @@
 #pragma once
 
+#include <QObject>
+#include <QStringList>
+#include <QTimer>
 #include <cstdint>
 #include <exception>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include <QObject>
-#include <QStringList>
-#include <QTimer>
 #include <QtQml/qqmlregistration.h>
 
 #include "Core/Storage/Drafts.h"

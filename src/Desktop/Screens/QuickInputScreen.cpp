@@ -22,9 +22,8 @@ QuickInputScreen::QuickInputScreen(const ScreenContext& context)
       editor_(context),
       attachments_(context, [this] { return day(); }),
       writer_([this]() -> DraftWriter::Write {
-        return [store = timeline_.draftStore(), draft = draft()] {
-          store.saveQuickInputDraft(draft);
-        };
+        return
+            [store = timeline_.draftStore(), draft = draft()] { store.saveQuickInputDraft(draft); };
       }),
       work_(context.executor, context.jobs) {
   connect(&editor_, &MarkdownEditor::edited, this, &QuickInputScreen::note);
@@ -174,8 +173,7 @@ void QuickInputScreen::submit() {
     self->isSaving_ = false;
     if (made) return self->finish(text);
     emit self->changed();
-    self->context_.navigation.fail(tr("没有存成笔记：") +
-                                   qt(Outcome<Memo>{{}, failure}.message()));
+    self->context_.navigation.fail(tr("没有存成笔记：") + qt(Outcome<Memo>{{}, failure}.message()));
   };
   timeline_.createCompleteMemo(std::move(memo), done);
 }
@@ -198,9 +196,8 @@ void QuickInputScreen::finish(const QString& submittedText) {
 // No memo names the file yet, and the draft no longer does.
 void QuickInputScreen::discard(const std::string& name, Day day) {
   note();
-  work_.run([storage = context_.application.storage(), name, day](const std::stop_token&) {
-    AttachmentManager(storage).deleteFile(name, day);
-  },
+  work_.run([storage = context_.application.storage(), name,
+             day](const std::stop_token&) { AttachmentManager(storage).deleteFile(name, day); },
             [] {});
 }
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <optional>
-#include <string>
-#include <vector>
-
 #include <QDate>
 #include <QObject>
 #include <QStringList>
 #include <QTimer>
+#include <optional>
+#include <string>
+#include <vector>
+
 #include <QtQml/qqmlregistration.h>
 
 #include "Core/Storage/Drafts.h"

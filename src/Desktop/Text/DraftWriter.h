@@ -1,10 +1,9 @@
 #pragma once
 
+#include <QTimer>
 #include <functional>
 #include <mutex>
 #include <optional>
-
-#include <QTimer>
 
 #include "Platform/Concurrency/SerialQueue.h"
 

@@ -41,8 +41,7 @@ bool isSubmit(const QKeyEvent& key) {
 }
 
 bool isPlainPaste(const QKeyEvent& key) {
-  return key.key() == Qt::Key_V &&
-         modifiersOf(key) == (Qt::ControlModifier | Qt::ShiftModifier);
+  return key.key() == Qt::Key_V && modifiersOf(key) == (Qt::ControlModifier | Qt::ShiftModifier);
 }
 
 bool isMenuKey(const QKeyEvent& key) {

@@ -1,12 +1,11 @@
 #include "Desktop/Text/MarkdownEditor.h"
 
-#include <chrono>
-
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
 #include <QQuickItem>
 #include <QTextDocument>
+#include <chrono>
 
 #include "Core/Markdown/Clipboard/ClipboardMarkdownImporter.h"
 #include "Core/Markdown/Editing/MarkdownInlinePreviewRanges.h"
@@ -87,10 +86,9 @@ void MarkdownEditor::setArea(QQuickItem* area) {
     connect(area_, SIGNAL(cursorPositionChanged()), &boldTimer_, SLOT(start()));
     highlighter_.setDocument(&view_->document());
     setText(stored_);
-    connect(&view_->document(), &QTextDocument::contentsChange, this,
-            [this] {
-              if (!isSetting_ && !highlighter_.isInSlice()) emit edited();
-            });
+    connect(&view_->document(), &QTextDocument::contentsChange, this, [this] {
+      if (!isSetting_ && !highlighter_.isInSlice()) emit edited();
+    });
     completion_.attach(&*view_, area_);
   }
   emit areaChanged();
@@ -171,9 +169,8 @@ void MarkdownEditor::pastePlain() {
 }
 
 void MarkdownEditor::lookForBold() {
-  const bool isInside =
-      area_ && MarkdownInlinePreviewRanges::isInsideBold(view_->text(),
-                                                         view_->selectedRange().location);
+  const bool isInside = area_ && MarkdownInlinePreviewRanges::isInsideBold(
+                                     view_->text(), view_->selectedRange().location);
   if (isInside == isInsideBold_) return;
   isInsideBold_ = isInside;
   emit insideBoldChanged();

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <optional>
-
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -9,6 +7,8 @@
 #include <QString>
 #include <QTimer>
 #include <QUrl>
+#include <optional>
+
 #include <QtQml/qqmlregistration.h>
 
 #include "Desktop/Text/EditorKeyFilter.h"

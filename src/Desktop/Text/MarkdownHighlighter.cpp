@@ -1,13 +1,12 @@
 #include "Desktop/Text/MarkdownHighlighter.h"
 
-#include <algorithm>
-#include <string>
-#include <string_view>
-
 #include <QElapsedTimer>
 #include <QFont>
 #include <QTextCharFormat>
 #include <QTextDocument>
+#include <algorithm>
+#include <string>
+#include <string_view>
 
 #include "Core/Markdown/Blocks/BlockParser.h"
 #include "Core/Markdown/Editing/MarkdownInlinePreviewRanges.h"

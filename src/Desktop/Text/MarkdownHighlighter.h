@@ -1,10 +1,9 @@
 #pragma once
 
-#include <optional>
-
 #include <QColor>
 #include <QSyntaxHighlighter>
 #include <QTimer>
+#include <optional>
 
 class QTextDocument;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QQuickItem>
+
 #include <QtQml/qqmlregistration.h>
 
 #include "Desktop/Text/MarkdownEditor.h"

@@ -1,15 +1,15 @@
 #include "Desktop/Text/QtPasteboard.h"
 
-#include <array>
-#include <utility>
-
 #include <QBuffer>
 #include <QMimeData>
+#include <array>
+#include <utility>
 
 namespace nomely {
 namespace {
 
-// Formats whose bytes are kept as they are: a picture stored anew would lose quality, or its motion.
+// Formats whose bytes are kept as they are: a picture stored anew would lose quality, or its
+// motion.
 constexpr std::array<std::pair<const char*, const char*>, 4> keptFormats{
     {{"image/png", "png"}, {"image/jpeg", "jpg"}, {"image/gif", "gif"}, {"image/webp", "webp"}}};
 

@@ -1,13 +1,12 @@
 #pragma once
 
-#include <optional>
-#include <string>
-#include <vector>
-
 #include <QByteArray>
 #include <QImage>
 #include <QList>
 #include <QUrl>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "Core/Markdown/Clipboard/Pasteboard.h"
 

@@ -1,12 +1,11 @@
 #include "Desktop/Text/QuickTextView.h"
 
-#include <algorithm>
-
 #include <QQuickItem>
 #include <QQuickTextDocument>
 #include <QTextBlockFormat>
 #include <QTextCursor>
 #include <QTextDocument>
+#include <algorithm>
 
 namespace nomely {
 namespace {
@@ -80,8 +79,8 @@ void QuickTextView::replaceText(TextRange range, std::u16string_view replacement
   const QString all = content();
   const auto begin = static_cast<qsizetype>(range.begin);
   const QStringView after = viewOf(replacement);
-  const Difference middle = differenceOf(
-      QStringView(all).mid(begin, static_cast<qsizetype>(range.length())), after);
+  const Difference middle =
+      differenceOf(QStringView(all).mid(begin, static_cast<qsizetype>(range.length())), after);
   QTextCursor cursor(document_);
   cursor.beginEditBlock();
   cursor.setPosition(static_cast<int>(begin + middle.begin));

@@ -1,12 +1,11 @@
 #include "Desktop/Text/TagCompletion.h"
 
-#include <algorithm>
-#include <utility>
-
 #include <QKeyEvent>
 #include <QQuickItem>
 #include <QTextBlock>
 #include <QTextDocument>
+#include <algorithm>
+#include <utility>
 
 #include "App/Application.h"
 #include "Core/Extensions/TagNames.h"
@@ -39,8 +38,7 @@ void TagCompletion::attach(QuickTextView* view, QQuickItem* area) {
   close();
   view_ = view;
   area_ = area;
-  if (area_ != nullptr)
-    connect(area_, SIGNAL(cursorPositionChanged()), this, SLOT(follow()));
+  if (area_ != nullptr) connect(area_, SIGNAL(cursorPositionChanged()), this, SLOT(follow()));
 }
 
 std::optional<QString> TagCompletion::typedTag() const {
@@ -81,8 +79,8 @@ void TagCompletion::follow() {
   if (!typed) return close();
   if (!isOpen()) readTags();
   typed_ = *typed;
-  const auto sign = static_cast<int>(view_->selectedRange().location) -
-                    static_cast<int>(typed_.size()) - 1;
+  const auto sign =
+      static_cast<int>(view_->selectedRange().location) - static_cast<int>(typed_.size()) - 1;
   QMetaObject::invokeMethod(area_, "positionToRectangle", Q_RETURN_ARG(QRectF, place_),
                             Q_ARG(int, sign));
   show(matching(typed_));

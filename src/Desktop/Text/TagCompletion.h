@@ -1,11 +1,11 @@
 #pragma once
 
-#include <optional>
-#include <vector>
-
 #include <QAbstractListModel>
 #include <QRectF>
 #include <QString>
+#include <optional>
+#include <vector>
+
 #include <QtQml/qqmlregistration.h>
 
 #include "Desktop/Base/BackgroundWork.h"

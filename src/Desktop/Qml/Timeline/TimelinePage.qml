@@ -28,9 +28,15 @@ FocusScope {
         room: page.height
         focus: true
     }
+    FirstRunLine {
+        id: firstRun
+        anchors { top: input.bottom; horizontalCenter: parent.horizontalCenter }
+        width: input.width
+        settings: page.screens.settings
+    }
     TimelineView {
         id: cards
-        anchors { fill: parent; topMargin: input.y + input.height + 8 }
+        anchors { fill: parent; topMargin: input.y + input.height + firstRun.implicitHeight + 8 }
         screens: page.screens
         narrow: page.narrow
     }

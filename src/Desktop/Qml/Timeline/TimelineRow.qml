@@ -34,6 +34,7 @@ Item {
         narrow: row.narrow
         memo: row.memo
         expanded: row.expanded
+        seriesNumber: row.screens.settings.showsSeriesNumber ? row.screens.timeline.seriesNumber(row.index, row.screens.settings.seriesNumberAscending) : 0
         screens: row.screens
         current: row.hasKeys && row.ListView.isCurrentItem
         onMenuAsked: from => row.menuAsked(from)

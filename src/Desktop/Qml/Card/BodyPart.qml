@@ -1,0 +1,29 @@
+import QtQuick
+import Nomely
+
+// One segment of a body, as the item that its kind asks for.
+Item {
+    id: part
+    required property int index
+    required property int kind
+    required property bodySegment segment
+    required property bool standsClose
+    required property BodySelection selection
+    property string keyword
+    signal ticked(int line)
+    signal opened(string address)
+    implicitHeight: loader.y + loader.height
+
+    Loader {
+        id: loader
+        y: part.index === 0 ? 0 : part.standsClose ? 3 : 10
+        width: part.width
+        sourceComponent: [run, code, callout, table, diagram, rule][part.kind]
+    }
+    Component { id: run; TextRun { segment: part.segment; selection: part.selection; keyword: part.keyword; onTicked: line => part.ticked(line); onOpened: address => part.opened(address) } }
+    Component { id: code; CodeBlock { segment: part.segment; selection: part.selection; keyword: part.keyword } }
+    Component { id: callout; CalloutBlock { segment: part.segment; selection: part.selection; keyword: part.keyword; onOpened: address => part.opened(address) } }
+    Component { id: table; TableBlock { segment: part.segment; selection: part.selection; keyword: part.keyword; onOpened: address => part.opened(address) } }
+    Component { id: diagram; CodeBlock { segment: part.segment; selection: part.selection; keyword: part.keyword } }
+    Component { id: rule; RuleBlock {} }
+}
