@@ -7,6 +7,10 @@
 
 #include "Desktop/Base/Navigation.h"
 #include "Desktop/Base/ScreenContext.h"
+#include "Desktop/Screens/OverviewScreen.h"
+#include "Desktop/Screens/SearchScreen.h"
+#include "Desktop/Screens/SidebarScreen.h"
+#include "Desktop/Screens/TagsScreen.h"
 #include "Desktop/Screens/TimelineScreen.h"
 
 namespace nomely {
@@ -18,6 +22,12 @@ class DesktopScreens : public QObject {
   QML_UNCREATABLE("made by the program")
   Q_PROPERTY(Navigation* navigation READ navigation CONSTANT)
   Q_PROPERTY(TimelineScreen* timeline READ timeline CONSTANT)
+  Q_PROPERTY(SidebarScreen* sidebar READ sidebar CONSTANT)
+  Q_PROPERTY(TagsScreen* tags READ tags CONSTANT)
+  Q_PROPERTY(SearchScreen* search READ search CONSTANT)
+  // The one that floats over any page.
+  Q_PROPERTY(SearchScreen* floatingSearch READ floatingSearch CONSTANT)
+  Q_PROPERTY(OverviewScreen* overview READ overview CONSTANT)
 
  public:
   // As ScreenContext has it, but for what is made here.
@@ -34,6 +44,11 @@ class DesktopScreens : public QObject {
 
   [[nodiscard]] Navigation* navigation() { return &navigation_; }
   [[nodiscard]] TimelineScreen* timeline() { return timeline_.get(); }
+  [[nodiscard]] SidebarScreen* sidebar() { return sidebar_.get(); }
+  [[nodiscard]] TagsScreen* tags() { return tags_.get(); }
+  [[nodiscard]] SearchScreen* search() { return search_.get(); }
+  [[nodiscard]] SearchScreen* floatingSearch() { return floatingSearch_.get(); }
+  [[nodiscard]] OverviewScreen* overview() { return overview_.get(); }
 
   // Puts on the disk what is typed and not saved. Blocking.
   void flush();
@@ -41,6 +56,11 @@ class DesktopScreens : public QObject {
  private:
   Navigation navigation_;
   std::unique_ptr<TimelineScreen> timeline_;
+  std::unique_ptr<SidebarScreen> sidebar_;
+  std::unique_ptr<TagsScreen> tags_;
+  std::unique_ptr<SearchScreen> search_;
+  std::unique_ptr<SearchScreen> floatingSearch_;
+  std::unique_ptr<OverviewScreen> overview_;
 };
 
 }  // namespace nomely

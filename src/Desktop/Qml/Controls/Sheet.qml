@@ -1,12 +1,13 @@
 import QtQuick
 import QtQuick.Controls.Basic
+import QtQuick.Templates as T
 import Nomely
 
 // A page that lies over the window until it is answered or left by Esc.
 Popup {
     id: sheet
     property string title
-    parent: Overlay.overlay
+    parent: T.Overlay.overlay
     anchors.centerIn: parent
     width: Math.min(parent ? parent.width - 32 : 480, 480)
     padding: 24
@@ -18,7 +19,7 @@ Popup {
         Accessible.role: Accessible.Dialog
         Accessible.name: sheet.title
     }
-    Overlay.modal: Rectangle { color: Theme.scrim }
+    T.Overlay.modal: Rectangle { color: Theme.scrim }
     enter: Transition { NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.motion } }
     exit: Transition { NumberAnimation { property: "opacity"; from: 1; to: 0; duration: Theme.motion } }
 }
