@@ -4,10 +4,10 @@
 #include <exception>
 #include <functional>
 
+#include "App/ChosenRoot.h"
 #include "CLI/BashLine.h"
 #include "CLI/Completion.h"
 #include "CLI/CompletionCandidates.h"
-#include "Core/Storage/DiskPaths.h"
 #include "Platform/System/Log.h"
 
 namespace nomely {
@@ -28,11 +28,8 @@ std::string expanded(const std::string& word, const Environment& environment) {
 bool findRoot(const Completion& completion, Session& session) {
   const Environment& environment = session.environment();
   if (completion.root) session.options.root = expanded(*completion.root, environment);
-  const std::string named = session.options.root.empty()
-                                ? environment.get("NOMELY_ROOT").value_or("")
-                                : session.options.root;
-  return session.files().isDirectory(named.empty() ? DiskPaths::usualRoot(environment)
-                                                   : std::filesystem::path(named));
+  return session.files().isDirectory(
+      ChosenRoot::of(session.options.root, environment, session.files()));
 }
 
 CompletionCandidates candidates(const Completion& completion, Session& session) {

@@ -36,7 +36,7 @@ void Parser::declareGlobalOptions() {
   GlobalOptions& options = session_.options;
   program_.arguments = {
       {.name = "--root",
-       .help = "数据目录，默认 $NOMELY_ROOT，再默认 ~/NomelyData",
+       .help = "数据目录，默认 $NOMELY_ROOT，再默认在窗口的设置里选的，或 ~/NomelyData",
        .target = &options.root,
        .value = "DIR",
        .kind = WordKind::folder},

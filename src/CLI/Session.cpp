@@ -9,6 +9,7 @@
 
 #include <fmt/format.h>
 
+#include "App/ChosenRoot.h"
 #include "CLI/Interruption.h"
 #include "CLI/UsageError.h"
 #include "Core/Storage/RescueFolders.h"
@@ -23,11 +24,8 @@ Session::Session(Machine machine) : machine_(std::move(machine)) {}
 Session::~Session() = default;
 
 std::filesystem::path Session::chosenRoot() const {
-  const std::string root =
-      options.root.empty() ? environment().get("NOMELY_ROOT").value_or("") : options.root;
-  // Not left to the application, which would make it: only a write does.
-  if (root.empty()) return DiskPaths::usualRoot(environment());
-  return std::filesystem::absolute(root).lexically_normal();
+  // The usual one is not left to the application, which would make it: only a write does.
+  return ChosenRoot::of(options.root, environment(), files());
 }
 
 Application& Session::application() {

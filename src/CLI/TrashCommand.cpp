@@ -1,7 +1,6 @@
-#include <algorithm>
-
 #include <fmt/format.h>
 
+#include "App/TrashErasing.h"
 #include "CLI/ActionCommand.h"
 #include "CLI/Arguments.h"
 #include "CLI/MemoOutput.h"
@@ -86,11 +85,10 @@ class TrashCommand final : public ActionCommand {
     const bool byDate = !from_.empty() || !to_.empty();
     const std::vector<TrashEntry> entries = byDate ? dated(session) : named(session);
     if (entries.empty())
-      session.say("该范围内没有笔记");
-    else if (session.confirm(
-                 byDate ? "将永久删除指定日期范围内回收站中的所有笔记。"
-                        : fmt::format("将永久删除 {} 条笔记，此操作不可撤销。", entries.size()))) {
-      backup_.make(session, {"永久删除", "没有删除"});
+      session.say(TrashErasing::nothingBetween);
+    else if (session.confirm(byDate ? fmt::format("{}。", TrashErasing::warningBetween)
+                                    : TrashErasing::warning(entries.size()))) {
+      backup_.make(session, TrashErasing::deleting);
       session.memos().destroy(entries);
     }
     if (session.isJson()) list(session);
@@ -98,28 +96,14 @@ class TrashCommand final : public ActionCommand {
 
   void empty(Session& session) const {
     const TrashContents contents = session.memos().trashContents();
-    const bool isEmpty =
-        contents.entries.empty() && contents.others.empty() && contents.attachmentFiles == 0;
-    if (isEmpty)
+    if (TrashErasing::isEmpty(contents))
       session.say("回收站是空的。");
-    else if (session.confirm(questionFor(contents))) {
-      backup_.make(session, {"清空回收站", "没有清空"});
+    else if (session.confirm(TrashErasing::emptyingQuestion +
+                             Terminal::printable(TrashErasing::emptyingWarning(contents)))) {
+      backup_.make(session, TrashErasing::emptying);
       session.memos().emptyTrash();
     }
     if (session.isJson()) list(session);
-  }
-
-  // All that goes, and not only what a list shows.
-  static std::string questionFor(const TrashContents& contents) {
-    std::string question = "确认清空回收站？将永久删除回收站中的所有 " +
-                           std::to_string(contents.entries.size()) + " 条笔记";
-    if (!contents.others.empty())
-      question +=
-          fmt::format("、{} 个不是笔记的条目（{}）", contents.others.size(),
-                      Terminal::printable(fmt::format("{}", fmt::join(contents.others, "、"))));
-    if (contents.attachmentFiles > 0)
-      question += fmt::format("、{} 个取下的附件", contents.attachmentFiles);
-    return question + "，此操作不可撤销。";
   }
 
   [[nodiscard]] std::vector<TrashEntry> named(Session& session) const {
@@ -139,11 +123,7 @@ class TrashCommand final : public ActionCommand {
       throw UsageError("按日期删除需要同时给出 --from 和 --to，且不写名称");
     const Day from = Arguments::day(from_, session.clock());
     const Day to = Arguments::day(to_, session.clock());
-    std::vector<TrashEntry> entries = session.memos().trashed();
-    std::erase_if(entries, [&](const TrashEntry& entry) {
-      return entry.originalDate < from || entry.originalDate > to;
-    });
-    return entries;
+    return TrashErasing::between(session.memos().trashed(), from, to);
   }
 
   std::vector<std::string> names_;

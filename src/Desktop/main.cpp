@@ -2,11 +2,11 @@
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
-#include <optional>
 
+#include "App/ChosenRoot.h"
 #include "Desktop/App/DesktopApplication.h"
+#include "Desktop/App/SingleInstance.h"
 #include "Desktop/Base/Qt.h"
 #include "Platform/Concurrency/Timers.h"
 #include "Platform/Network/HttpClient.h"
@@ -18,24 +18,23 @@ extern void qml_register_types_Nomely();
 
 namespace {
 
-std::optional<std::filesystem::path> chosenRoot(const QCommandLineParser& parser,
-                                                const nomely::Environment& environment) {
-  const std::string given = nomely::utf8(parser.value(QStringLiteral("root")));
-  if (!given.empty()) return given;
-  const std::optional<std::string> set = environment.get("NOMELY_ROOT");
-  if (set && !set->empty()) return *set;
-  return std::nullopt;
-}
-
 int run() {
   QCommandLineParser parser;
   parser.setApplicationDescription(QObject::tr("Nomely 日记和备忘的窗口"));
   parser.addHelpOption();
   parser.addVersionOption();
   parser.addOption({QStringLiteral("root"), QObject::tr("数据目录"), QObject::tr("文件夹")});
+  nomely::StartRequest::addOptions(parser);
   parser.process(*QCoreApplication::instance());
+  const nomely::StartRequest request = nomely::StartRequest::of(parser);
 
   const nomely::Environment environment = nomely::Environment::current();
+  const std::filesystem::path root =
+      nomely::ChosenRoot::of(nomely::utf8(parser.value(QStringLiteral("root"))), environment,
+                             nomely::FileManager(nomely::posixFileSystem()));
+  nomely::SingleInstance instance(root, environment.stateFolder());
+  if (instance.claim(request) == nomely::SingleInstance::Role::handedOver) return 0;
+
   const nomely::SystemClock clock;
   nomely::DesktopSecrets secrets(environment, nomely::posixFileSystem());
   const nomely::NetworkOptions network = nomely::NetworkOptions::of(environment);
@@ -44,8 +43,11 @@ int run() {
   const std::unique_ptr<nomely::Timers> timers = nomely::makeSystemTimers();
   nomely::DesktopApplication desktop(
       {environment, clock, nomely::posixFileSystem(), secrets, *http, *webSockets, *timers},
-      chosenRoot(parser, environment));
+      root);
+  QObject::connect(&instance, &nomely::SingleInstance::requested, &desktop,
+                   &nomely::DesktopApplication::take);
   desktop.start();
+  desktop.take(request);
   return QGuiApplication::exec();
 }
 

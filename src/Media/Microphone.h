@@ -22,7 +22,7 @@ class Microphone {
   [[nodiscard]] std::size_t read(std::span<std::int16_t> samples);
 
  private:
-  snd_pcm_t* pcm_ = nullptr;
+  snd_pcm_t* pcm_;
 };
 
 }  // namespace nomely::media

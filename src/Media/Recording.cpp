@@ -20,6 +20,7 @@
 #include <unistd.h>
 
 #include "Media/Answers.h"
+#include "Media/Commands.h"
 #include "Media/Failure.h"
 #include "Media/Microphone.h"
 #include "Media/RecordingFile.h"
@@ -117,29 +118,16 @@ class Session {
 
  private:
   void waitForSomething() {
-    std::array<pollfd, 2> waited{{{commands_, POLLIN, 0}, {wakeUp, POLLIN, 0}}};
+    std::array<pollfd, 2> waited{{{commands_.descriptor(), POLLIN, 0}, {wakeUp, POLLIN, 0}}};
     if (::poll(waited.data(), waited.size(), -1) < 0) return;
     if (waited[1].revents != 0) {
       std::uint64_t count = 0;
       (void)!::read(wakeUp, &count, sizeof count);
     }
-    if (waited[0].revents != 0) readCommands();
-    if (signalled) ending_ = Ending::keep;
-  }
-
-  void readCommands() {
-    std::array<char, 256> bytes{};
-    const ssize_t count = ::read(commands_, bytes.data(), bytes.size());
-    if (count < 0 && errno == EINTR) return;
-    if (count <= 0) {
+    if (waited[0].revents != 0 &&
+        !commands_.read([this](std::string_view command) { obey(command); }))
       ending_ = Ending::keep;
-      return;
-    }
-    line_.append(bytes.data(), static_cast<std::size_t>(count));
-    for (std::size_t end = 0; (end = line_.find('\n')) != std::string::npos;) {
-      obey(std::string_view(line_).substr(0, end));
-      line_.erase(0, end + 1);
-    }
+    if (signalled) ending_ = Ending::keep;
   }
 
   void obey(std::string_view command) {
@@ -166,9 +154,8 @@ class Session {
 
   Capture& capture_;
   RecordingFile file_;
-  int commands_;
+  Commands commands_;
   Answers answers_;
-  std::string line_;
   Ending ending_ = Ending::none;
   std::size_t taken_ = 0;  // samples
   std::size_t told_ = 0;   // of them

@@ -46,7 +46,7 @@ void convert(int source, int output) {
     if (made.size() > mostBytes) throw Failure("tooLong", "too much sound");
     made.write(packet);
   };
-  decoder.run(rate, [&](Samples samples) { encoder.write(samples, write); });
+  decoder.run({.rate = rate}, [&](Samples samples) { encoder.write(samples, write); });
   encoder.finish(write);
   made.finish();
 }

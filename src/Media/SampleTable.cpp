@@ -172,8 +172,8 @@ bool SampleTable::beginChunk() {
   return true;
 }
 
-bool SampleTable::next(AVPacket& packet) {
-  ::av_packet_unref(&packet);
+// Makes offset_ and durationRun_ those of the next sample.
+bool SampleTable::findNext() {
   if (sample_ >= sizes_.count()) return false;
   while (leftInChunk_ == 0)
     if (!beginChunk()) return false;
@@ -182,17 +182,35 @@ bool SampleTable::next(AVPacket& packet) {
     ++durationRun_;
     usedOfRun_ = 0;
   }
+  return true;
+}
+
+std::int64_t SampleTable::duration() {
+  return static_cast<std::int64_t>(durationRuns_.at(durationRun_ * 2 + 1));
+}
+
+void SampleTable::advance() {
+  time_ += duration();
+  offset_ += sizes_.at(sample_);
+  ++usedOfRun_;
+  --leftInChunk_;
+  ++sample_;
+}
+
+void SampleTable::skipTo(std::int64_t time) {
+  while (findNext() && time_ + duration() <= time) advance();
+}
+
+bool SampleTable::next(AVPacket& packet) {
+  ::av_packet_unref(&packet);
+  if (!findNext()) return false;
   const std::uint64_t size = sizes_.at(sample_);
   if (size > largestSample || ::av_new_packet(&packet, static_cast<int>(size)) < 0) return false;
   if (readAt(file_, packet.data, size, offset_) != size) return false;
   packet.pts = packet.dts = time_;
-  packet.duration = static_cast<std::int64_t>(durationRuns_.at(durationRun_ * 2 + 1));
+  packet.duration = duration();
   packet.flags |= AV_PKT_FLAG_KEY;
-  time_ += packet.duration;
-  offset_ += size;
-  ++usedOfRun_;
-  --leftInChunk_;
-  ++sample_;
+  advance();
   return true;
 }
 

@@ -49,6 +49,8 @@ class SampleTable {
   // The next sample; false at the end, and where the file breaks off. Times are in units of the
   // track's.
   [[nodiscard]] bool next(AVPacket& packet);
+  // Leaves out the samples that end before `time`.
+  void skipTo(std::int64_t time);
 
  private:
   struct Box;
@@ -61,6 +63,9 @@ class SampleTable {
   [[nodiscard]] bool isSound(const Box& track) const;
   void appendEmptied(const Box& box, const Box& track, std::string& to, int depth = 0) const;
   [[nodiscard]] bool beginChunk();
+  [[nodiscard]] bool findNext();
+  [[nodiscard]] std::int64_t duration();
+  void advance();
 
   int file_;
   std::string header_;

@@ -1,5 +1,7 @@
 #include "Media/SourceFile.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 
 #include "Media/Failure.h"
@@ -66,6 +68,15 @@ bool SourceFile::next(AVPacket& packet) {
     if (result < 0) return false;
     if (packet.stream_index == audio_->index) return true;
   }
+}
+
+bool SourceFile::seek(double moment) {
+  const double place = (std::max(moment, 0.0) + origin_) / ::av_q2d(audio_->time_base);
+  constexpr double farthest = 1e18;
+  if (!(std::abs(place) < farthest)) return false;
+  const auto timestamp = static_cast<std::int64_t>(place);
+  if (table_) return table_->skipTo(timestamp), true;
+  return ::av_seek_frame(format_, audio_->index, timestamp, AVSEEK_FLAG_BACKWARD) >= 0;
 }
 
 double SourceFile::seconds(std::int64_t timestamp) const {

@@ -18,6 +18,9 @@ class SourceFile {
 
   // The next packet of sound; false at the end, and where a file that was cut off breaks off.
   [[nodiscard]] bool next(AVPacket& packet);
+  // Goes to the packet at `moment` seconds, or to one shortly before; false when it stays where it
+  // is.
+  [[nodiscard]] bool seek(double moment);
   [[nodiscard]] const AVStream& audio() const { return *audio_; }
   // Seconds from the beginning of the file's timeline, of a time in the sound's own units.
   [[nodiscard]] double seconds(std::int64_t timestamp) const;

@@ -15,6 +15,8 @@ class Timeline {
   // What lies apart less than this is joined.
   static constexpr double tolerance = 0.1;
 
+  explicit Timeline(double begin = 0) : end_(begin) {}
+
   // Where a piece begins that says `start` and lasts `duration`.
   double add(double start, double duration) {
     const double gap = start - end_;
@@ -31,7 +33,7 @@ class Timeline {
  private:
   static constexpr double mostGaps = 3600;  // all together
 
-  double end_ = 0;
+  double end_;
   double gaps_ = 0;
 };
 

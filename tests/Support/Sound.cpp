@@ -1,5 +1,7 @@
 #include "Support/Sound.h"
 
+#include <array>
+#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <fstream>
@@ -8,10 +10,12 @@
 #include <stdexcept>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Support/Deadline.h"
 #include "Support/TemporaryFolder.h"
 
 namespace nomely::test {
@@ -76,6 +80,42 @@ void PlayedMicrophone::play(double seconds) const {
     bytes += count;
     left -= static_cast<std::size_t>(count);
   }
+}
+
+HeardSpeaker::HeardSpeaker(const fs::path& folder) {
+  const fs::path pipe = folder / "speaker";
+  if (::mkfifo(pipe.c_str(), 0600) != 0) throw std::runtime_error("no pipe");
+  pipe_ = ::open(pipe.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
+  ::fcntl(pipe_, F_SETPIPE_SZ, 4096);  // a moment of sound
+  writeFile(folder / "speaker.conf",
+            "pcm.default { type file slave.pcm { type null } format raw file \"" + pipe.string() +
+                "\" }\n");
+  ::setenv("ALSA_CONFIG_PATH", (folder / "speaker.conf").c_str(), 1);
+}
+
+HeardSpeaker::~HeardSpeaker() {
+  ::unsetenv("ALSA_CONFIG_PATH");
+  ::close(pipe_);
+}
+
+std::vector<std::int16_t> HeardSpeaker::hearUntil(
+    const std::function<bool(std::size_t samples)>& isEnough) const {
+  std::vector<std::int16_t> heard;
+  const auto deadline = std::chrono::steady_clock::now() + longestWait;
+  while (!isEnough(heard.size())) {
+    if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error("nothing is heard");
+    pollfd waited{pipe_, POLLIN, 0};
+    if (::poll(&waited, 1, 5) <= 0) continue;
+    std::array<std::int16_t, 960> samples{};
+    const ssize_t count = ::read(pipe_, samples.data(), sizeof samples);
+    if (count > 0) heard.insert(heard.end(), samples.begin(), samples.begin() + count / 2);
+  }
+  return heard;
+}
+
+std::vector<std::int16_t> HeardSpeaker::hear(double seconds) const {
+  const auto wanted = static_cast<std::size_t>(seconds * rate * 2);
+  return hearUntil([wanted](std::size_t samples) { return samples >= wanted; });
 }
 
 std::vector<pid_t> childrenOf(pid_t parent) {

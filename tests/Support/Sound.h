@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -37,6 +39,26 @@ class PlayedMicrophone {
 
  private:
   std::filesystem::path configuration_;
+  int pipe_ = -1;
+};
+
+// The usual device of ALSA's for programs started meanwhile by this process: it takes no more sound
+// than a test hears.
+class HeardSpeaker {
+ public:
+  static constexpr std::size_t rate = 48000;  // frames a second, of two samples
+
+  explicit HeardSpeaker(const std::filesystem::path& folder);
+  ~HeardSpeaker();
+  HeardSpeaker(const HeardSpeaker&) = delete;
+  HeardSpeaker& operator=(const HeardSpeaker&) = delete;
+
+  // Hears on until `isEnough`, and returns the samples. Throws when that takes too long.
+  std::vector<std::int16_t> hearUntil(
+      const std::function<bool(std::size_t samples)>& isEnough) const;
+  std::vector<std::int16_t> hear(double seconds) const;
+
+ private:
   int pipe_ = -1;
 };
 

@@ -23,9 +23,8 @@ class TagConfigStore {
 
   // Reads the file; what is missing or invalid has its defaults.
   void load();
-
-  // Takes what a background job has read or saved through a ConfigStore.
-  void adopt(TagConfig config);
+  // The same for what a background job has read or saved through a ConfigStore.
+  void adopt(TagConfig stored);
 
   void setColor(const std::string& color, const std::string& tag);
   void removeColor(const std::string& tag);

@@ -10,7 +10,9 @@
 
 #include "Core/Storage/RescueFolders.h"
 #include "Desktop/Base/Qt.h"
+#include "Desktop/Pictures/DiagramProvider.h"
 #include "Desktop/Pictures/IconProvider.h"
+#include "Desktop/Pictures/ThumbnailProvider.h"
 #include "Editor/Timeline/DayViewModel.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileError.h"
@@ -22,11 +24,8 @@ constexpr std::chrono::seconds retryInterval{2};
 
 }  // namespace
 
-DesktopApplication::DesktopApplication(DesktopMachine machine,
-                                       std::optional<std::filesystem::path> root)
-    : machine_(std::move(machine)),
-      root_(root ? std::filesystem::absolute(*root).lexically_normal()
-                 : DiskPaths::usualRoot(machine_.environment)) {
+DesktopApplication::DesktopApplication(DesktopMachine machine, std::filesystem::path root)
+    : machine_(std::move(machine)), root_(std::move(root)) {
   open();
 }
 
@@ -45,11 +44,18 @@ void DesktopApplication::start() {
   engine_ = std::make_unique<QQmlApplicationEngine>();
   engine_->addImportPath(QStringLiteral("qrc:/qt/qml"));
   engine_->addImageProvider(QStringLiteral("icon"), new IconProvider);
+  engine_->addImageProvider(QLatin1String(ThumbnailProvider::name), new ThumbnailProvider);
+  engine_->addImageProvider(QStringLiteral("diagram"),
+                            new DiagramProvider(executor_, machine_.timers));
   engine_->setInitialProperties({{QStringLiteral("desktop"), QVariant::fromValue(this)}});
   engine_->load(QUrl(QStringLiteral("qrc:/qt/qml/Nomely/Qml/Main.qml")));
   if (engine_->rootObjects().isEmpty())
     throw Error("desktop.window", "窗口无法打开，请重新安装 nomely-desktop");
   window_ = qobject_cast<QQuickWindow*>(engine_->rootObjects().first());
+  // Other programs may have written while the window was away.
+  connect(window_, &QWindow::activeChanged, this, [this] {
+    if (window_->isActive() && screens_) screens_->timeline()->refresh();
+  });
 }
 
 void DesktopApplication::open() {
@@ -78,6 +84,14 @@ void DesktopApplication::open() {
       [this](bool isLoaded) { application_->startMaintenance(isLoaded); });
   screens_ = std::make_unique<DesktopScreens>(DesktopScreens::Context{
       *application_, executor_, jobs_, machine_.clock, machine_.timers, machine_.fileSystem});
+  // Queued: the screen that tells of it goes with the root before.
+  connect(
+      screens_->settings(), &SettingsScreen::rootChosen, this,
+      [this](const QString& root) {
+        root_ = utf8(root);
+        startOver();
+      },
+      Qt::QueuedConnection);
   screens_->timeline()->showAll();
   emit screensChanged();
 }
@@ -108,6 +122,21 @@ void DesktopApplication::tryLater() {
 
 void DesktopApplication::setObstacle(const QString& text) {
   if (std::exchange(obstacle_, text) != text) emit obstacleChanged();
+}
+
+void DesktopApplication::take(const StartRequest& request) {
+  if (!request.activationToken.isEmpty())
+    qputenv("XDG_ACTIVATION_TOKEN", request.activationToken.toUtf8());
+  window_->show();
+  window_->raise();
+  window_->requestActivate();
+  if (!screens_) return;
+  if (request.day.isValid()) screens_->timeline()->showDay(request.day);
+  if (!request.files.isEmpty()) screens_->quickInput()->attach(request.files);
+  if (request.isCapture || !request.files.isEmpty()) {
+    screens_->navigation()->show(Navigation::Timeline);
+    emit inputAsked();
+  }
 }
 
 void DesktopApplication::close() {

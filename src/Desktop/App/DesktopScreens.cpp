@@ -19,10 +19,24 @@ DesktopScreens::DesktopScreens(const Context& context) {
   search_ = std::make_unique<SearchScreen>(screens, *timeline_, searchResults);
   floatingSearch_ = std::make_unique<SearchScreen>(screens, *timeline_, floatingSearchResults);
   overview_ = std::make_unique<OverviewScreen>(screens, *timeline_);
+  quickInput_ = std::make_unique<QuickInputScreen>(screens);
+  focusEditor_ = std::make_unique<FocusEditorScreen>(screens);
+  media_ = std::make_unique<MediaScreen>(screens);
+  viewer_ = std::make_unique<ViewerScreen>(*media_);
+  player_ = std::make_unique<PlayerScreen>(screens);
+  banner_ = std::make_unique<BannerScreen>(screens);
+  trash_ = std::make_unique<TrashScreen>(screens, *banner_);
+  history_ = std::make_unique<HistoryScreen>(screens, *banner_);
+  settings_ = std::make_unique<SettingsScreen>(screens, *banner_);
+  QObject::connect(banner_.get(), &BannerScreen::historyAsked, history_.get(),
+                   &HistoryScreen::openIdentity);
 }
 
 DesktopScreens::~DesktopScreens() = default;
 
-void DesktopScreens::flush() {}
+void DesktopScreens::flush() {
+  quickInput_->flush();
+  focusEditor_->flush();
+}
 
 }  // namespace nomely

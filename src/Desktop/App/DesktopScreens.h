@@ -7,11 +7,20 @@
 
 #include "Desktop/Base/Navigation.h"
 #include "Desktop/Base/ScreenContext.h"
+#include "Desktop/Media/MediaScreen.h"
+#include "Desktop/Media/ViewerScreen.h"
+#include "Desktop/Screens/BannerScreen.h"
+#include "Desktop/Screens/FocusEditorScreen.h"
+#include "Desktop/Screens/HistoryScreen.h"
 #include "Desktop/Screens/OverviewScreen.h"
+#include "Desktop/Screens/QuickInputScreen.h"
 #include "Desktop/Screens/SearchScreen.h"
+#include "Desktop/Screens/SettingsScreen.h"
 #include "Desktop/Screens/SidebarScreen.h"
 #include "Desktop/Screens/TagsScreen.h"
 #include "Desktop/Screens/TimelineScreen.h"
+#include "Desktop/Screens/TrashScreen.h"
+#include "Desktop/Sound/PlayerScreen.h"
 
 namespace nomely {
 
@@ -28,6 +37,15 @@ class DesktopScreens : public QObject {
   // The one that floats over any page.
   Q_PROPERTY(SearchScreen* floatingSearch READ floatingSearch CONSTANT)
   Q_PROPERTY(OverviewScreen* overview READ overview CONSTANT)
+  Q_PROPERTY(QuickInputScreen* quickInput READ quickInput CONSTANT)
+  Q_PROPERTY(FocusEditorScreen* focusEditor READ focusEditor CONSTANT)
+  Q_PROPERTY(MediaScreen* media READ media CONSTANT)
+  Q_PROPERTY(ViewerScreen* viewer READ viewer CONSTANT)
+  Q_PROPERTY(PlayerScreen* player READ player CONSTANT)
+  Q_PROPERTY(BannerScreen* banner READ banner CONSTANT)
+  Q_PROPERTY(TrashScreen* trash READ trash CONSTANT)
+  Q_PROPERTY(HistoryScreen* history READ history CONSTANT)
+  Q_PROPERTY(SettingsScreen* settings READ settings CONSTANT)
 
  public:
   // As ScreenContext has it, but for what is made here.
@@ -49,6 +67,15 @@ class DesktopScreens : public QObject {
   [[nodiscard]] SearchScreen* search() { return search_.get(); }
   [[nodiscard]] SearchScreen* floatingSearch() { return floatingSearch_.get(); }
   [[nodiscard]] OverviewScreen* overview() { return overview_.get(); }
+  [[nodiscard]] QuickInputScreen* quickInput() { return quickInput_.get(); }
+  [[nodiscard]] FocusEditorScreen* focusEditor() { return focusEditor_.get(); }
+  [[nodiscard]] MediaScreen* media() { return media_.get(); }
+  [[nodiscard]] ViewerScreen* viewer() { return viewer_.get(); }
+  [[nodiscard]] PlayerScreen* player() { return player_.get(); }
+  [[nodiscard]] BannerScreen* banner() { return banner_.get(); }
+  [[nodiscard]] TrashScreen* trash() { return trash_.get(); }
+  [[nodiscard]] HistoryScreen* history() { return history_.get(); }
+  [[nodiscard]] SettingsScreen* settings() { return settings_.get(); }
 
   // Puts on the disk what is typed and not saved. Blocking.
   void flush();
@@ -61,6 +88,15 @@ class DesktopScreens : public QObject {
   std::unique_ptr<SearchScreen> search_;
   std::unique_ptr<SearchScreen> floatingSearch_;
   std::unique_ptr<OverviewScreen> overview_;
+  std::unique_ptr<QuickInputScreen> quickInput_;
+  std::unique_ptr<FocusEditorScreen> focusEditor_;
+  std::unique_ptr<MediaScreen> media_;
+  std::unique_ptr<ViewerScreen> viewer_;
+  std::unique_ptr<PlayerScreen> player_;
+  std::unique_ptr<BannerScreen> banner_;
+  std::unique_ptr<TrashScreen> trash_;
+  std::unique_ptr<HistoryScreen> history_;
+  std::unique_ptr<SettingsScreen> settings_;
 };
 
 }  // namespace nomely

@@ -14,7 +14,8 @@ constexpr auto none = static_cast<std::size_t>(-1);
 
 bool isSameRow(const MemoEntry& left, const MemoEntry& right) {
   if (left.memo == right.memo) return left.date == right.date;
-  if (left.memo->memoId || right.memo->memoId) return left.memo->memoId == right.memo->memoId;
+  if (left.memo->memoId && right.memo->memoId) return left.memo->memoId == right.memo->memoId;
+  // One that another program wrote is given its identity by the first change.
   return left.date == right.date && left.memo->seqNumber == right.memo->seqNumber;
 }
 

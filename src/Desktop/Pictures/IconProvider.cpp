@@ -17,10 +17,17 @@ struct Glyph {
 // By name.
 constexpr Glyph glyphs[]{
     {"all", "M4 6h16M4 12h16M4 18h10"},
+    {"archivebox", "M4 5h16v4H4zM5.500 9v10h13V9M10 13h4"},
     {"bold", "M7 5h6a3.500 3.500 0 0 1 0 7H7zM7 12h7a3.500 3.500 0 0 1 0 7H7z"},
     {"book",
      "M5 5.500A2.500 2.500 0 0 1 7.500 4H19v13H7.500A2.500 2.500 0 0 0 5 19.500zM5 19.500A2 2 0 0 "
      "0 7 21h12v-4"},
+    {"brain.head.profile",
+     "M12 5a3 3 0 0 0-5.500 1.500A3.500 3.500 0 0 0 5 13a3.500 3.500 0 0 0 4 5.500A2.500 2.500 0 0 "
+     "0 12 "
+     "18zM12 5a3 3 0 0 1 5.500 1.500A3.500 3.500 0 0 1 19 13a3.500 3.500 0 0 1-4 5.500A2.500 2.500 "
+     "0 0 1 12 "
+     "18z"},
     {"calendar", "M5 5h14v15H5zM5 10h14M9 3v4M15 3v4"},
     {"chart", "M5 19V11M10 19V6M15 19v-5M20 19V9"},
     {"chat", "M4 5h16v11H11l-4 4v-4H4z"},
@@ -31,6 +38,11 @@ constexpr Glyph glyphs[]{
     {"close", "M6.500 6.500l11 11M17.500 6.500l-11 11"},
     {"code", "M8.500 8L4 12l4.500 4M15.500 8l4.500 4-4.500 4"},
     {"copy", "M8 8h12v12H8zM16 8V4H4v12h4"},
+    {"doc", "M6 3.500h8l4 4.500v12.500H6zM14 3.500V8h4"},
+    {"doc.plaintext", "M6 3.500h8l4 4.500v12.500H6zM9 12h6M9 15.500h4"},
+    {"doc.richtext",
+     "M6 3.500h8l4 4.500v12.500H6zM14 3.500V8h4M9 17l2.500-5 1.500 3 1-1.500 1.500 3.500"},
+    {"doc.text", "M6 3.500h8l4 4.500v12.500H6zM14 3.500V8h4M9 12h6M9 15h6M9 18h4"},
     {"down", "M6 9.500l6 5.500 6-5.500"},
     {"edit", "M5 19h3.500L19 8.500 15.500 5 5 15.500zM13 7.500l3.500 3.500"},
     {"expand", "M14 5h5v5M10 19H5v-5M19 5l-6 6M5 19l6-6"},
@@ -58,6 +70,7 @@ constexpr Glyph glyphs[]{
     {"merge", "M6 4v5c0 3 6 3 6 6v5M18 4v5c0 3-6 3-6 6M9 17l3 3 3-3"},
     {"mic",
      "M12 4a3 3 0 0 1 3 3v5a3 3 0 0 1-6 0V7a3 3 0 0 1 3-3zM6 11.500a6 6 0 0 0 12 0M12 17.500V21"},
+    {"minus", "M5 12h14"},
     {"more", "M6 12h.1M12 12h.1M18 12h.1"},
     {"numbers", "M10 6h10M10 12h10M10 18h10M4 4.500h1.500V9M4 14h3l-3 5h3"},
     {"palette",
@@ -66,8 +79,10 @@ constexpr Glyph glyphs[]{
     {"pause", "M8 5.500v13M16 5.500v13"},
     {"pin", "M9 4h6l-1 6 3 3H7l3-3zM12 13v7"},
     {"play", "M8 5.500l11 6.500-11 6.500z"},
+    {"play.rectangle", "M4 5.500h16v13H4zM10 9l5 3-5 3z"},
     {"plus", "M12 5v14M5 12h14"},
     {"quote", "M6 17h3l1.500-4V7H5v6h3zM15 17h3l1.500-4V7H14v6h3z"},
+    {"rectangle.on.rectangle", "M8 9h12v10H8zM16 9V5H4v10h4"},
     {"right", "M9.500 6l5.500 6-5.500 6"},
     {"save", "M5 5h11l3 3v11H5zM8 5v5h7V5M8 19v-6h8v6"},
     {"search", "M11 5a6 6 0 1 0 0 12 6 6 0 0 0 0-12zM15.500 15.500L20 20"},
@@ -84,6 +99,7 @@ constexpr Glyph glyphs[]{
     {"strike",
      "M5 12h14M8 8a3.500 3.500 0 0 1 4-3c2.500 0 4 1.300 4 3M16 16c0 1.800-1.500 3-4 "
      "3s-4-1.200-4-3"},
+    {"tablecells", "M4 5h16v14H4zM4 10h16M4 14.500h16M10 5v14"},
     {"tick", "M5 12.5l4.5 4.5L19 7.5"},
     {"today", "M5 5h14v15H5zM5 10h14M9 3v4M15 3v4M12 14v2.5"},
     {"trash", "M5 7h14M10 7V4.500h4V7M7 7l.8 13h8.400L17 7M10.500 11v5.500M13.500 11v5.500"},
@@ -91,6 +107,7 @@ constexpr Glyph glyphs[]{
     {"untag", "M4 4h7l9 9-7 7-9-9zM8 8v.1M4 20L20 4"},
     {"up", "M6 14.5l6-5 6 5"},
     {"warn", "M12 4l9 16H3zM12 10v4.500M12 17.500v.1"},
+    {"waveform", "M4 10.500v3M8 7v10M12 4v16M16 8v8M20 10.500v3"},
 };
 
 const char* pathOf(const QString& name) {

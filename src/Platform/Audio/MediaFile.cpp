@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <charconv>
 #include <optional>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -20,7 +21,25 @@ namespace {
 
 constexpr auto program = "nomely-media";
 
-Descriptor openSource(const std::filesystem::path& file) {
+void requireSuccess(HelperProcess& process, const std::stop_token& stop) {
+  if (const auto line = process.readLine(stop); !line || *line != "done") throw mediaError(line);
+}
+
+}  // namespace
+
+MediaError mediaError(const std::optional<std::string>& answer) {
+  Log::information(LogChannel::app, "nomely-media: {}", answer.value_or("ended without an answer"));
+  const std::string_view told = answer ? std::string_view(*answer) : "";
+  using Kind = MediaError::Kind;
+  if (told.starts_with("error noAudio")) return {Kind::noAudio, "文件里没有声音"};
+  if (told.starts_with("error noSpace")) return {Kind::noSpace, "磁盘空间不足"};
+  if (!answer || told.starts_with("error unreadable"))
+    return {Kind::unreadable, "不是可读的音频文件，或者文件已损坏"};
+  if (told.starts_with("error tooLong")) return {Kind::other, "声音太长"};
+  return {Kind::other, "音频处理失败，详情见日志"};
+}
+
+Descriptor MediaFile::open(const std::filesystem::path& file) {
   // Of a pipe nobody writes to, opening alone would wait for ever.
   Descriptor opened(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status {};
@@ -29,35 +48,29 @@ Descriptor openSource(const std::filesystem::path& file) {
   return opened;
 }
 
-// Throws what the line "error KIND DETAIL" tells; an absent line is that of a crash.
-[[noreturn]] void fail(const std::optional<std::string>& line) {
-  Log::information(LogChannel::app, "nomely-media: {}", line.value_or("ended without an answer"));
-  const std::string_view told = line ? std::string_view(*line) : "";
-  if (told.starts_with("error noAudio"))
-    throw MediaError(MediaError::Kind::noAudio, "文件里没有声音");
-  if (told.starts_with("error noSpace"))
-    throw MediaError(MediaError::Kind::noSpace, "磁盘空间不足");
-  if (!line || told.starts_with("error unreadable"))
-    throw MediaError(MediaError::Kind::unreadable, "不是可读的音频文件，或者文件已损坏");
-  if (told.starts_with("error tooLong")) throw MediaError(MediaError::Kind::other, "声音太长");
-  throw MediaError(MediaError::Kind::other, "音频处理失败，详情见日志");
-}
-
-void requireSuccess(HelperProcess& process, const std::stop_token& stop) {
-  if (const auto line = process.readLine(stop); !line || *line != "done") fail(line);
-}
-
-}  // namespace
-
 double MediaFile::duration(const std::filesystem::path& file, const std::stop_token& stop) {
-  const Descriptor source = openSource(file);
+  const Descriptor source = open(file);
   HelperProcess process({.program = program, .arguments = {"probe"}, .input = source.get()});
   constexpr std::string_view answer = "duration ";
   const auto line = process.readLine(stop);
-  if (!line || !line->starts_with(answer)) fail(line);
+  if (!line || !line->starts_with(answer)) throw mediaError(line);
   double seconds = 0;
   std::from_chars(line->data() + answer.size(), line->data() + line->size(), seconds);
   return seconds;
+}
+
+MediaFile::Shape MediaFile::shape(const std::filesystem::path& file, std::size_t parts,
+                                  const std::stop_token& stop) {
+  const Descriptor source = open(file);
+  HelperProcess process(
+      {.program = program, .arguments = {"shape", std::to_string(parts)}, .input = source.get()});
+  const auto line = process.readLine(stop);
+  if (!line || !line->starts_with("shape ")) throw mediaError(line);
+  std::istringstream words(line->substr(line->find(' ')));
+  Shape shape;
+  words >> shape.seconds;
+  for (double peak = 0; shape.peaks.size() < parts && words >> peak;) shape.peaks.push_back(peak);
+  return shape;
 }
 
 void MediaFile::remux(int source, int target, const std::stop_token& stop) {
@@ -68,7 +81,7 @@ void MediaFile::remux(int source, int target, const std::stop_token& stop) {
 
 void MediaFile::convertToM4A(const std::filesystem::path& source,
                              const std::filesystem::path& target, const std::stop_token& stop) {
-  const Descriptor foreign = openSource(source);
+  const Descriptor foreign = open(source);
   const auto hidden = target.parent_path() / fmt::format(".{}.part", Uuid::random().compact());
   const Descriptor made(::open(hidden.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
   if (made.get() < 0) throw FileError("写入", target, errno);
@@ -85,7 +98,7 @@ void MediaFile::convertToM4A(const std::filesystem::path& source,
 }
 
 SampleStream::SampleStream(const std::filesystem::path& file)
-    : source_(openSource(file)),
+    : source_(MediaFile::open(file)),
       samples_(makePipe()),
       process_({.program = program,
                 .arguments = {"decode"},

@@ -3,9 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <stop_token>
 #include <string>
+#include <vector>
 
 #include "Platform/Audio/HelperProcess.h"
 
@@ -22,13 +24,29 @@ class MediaError : public Error {
   Kind kind_;
 };
 
+// What an answer "error KIND DETAIL" of `nomely-media` about a file tells; none is that of a crash.
+// The answer goes into the log.
+[[nodiscard]] MediaError mediaError(const std::optional<std::string>& answer);
+
 // What `nomely-media` does with files. Foreign ones are safe to give it: it opens nothing that they
 // refer to, and a crash of its decoder is an error here. Any thread; throws MediaError, FileError,
 // and CancellationError at once when asked to stop.
 namespace MediaFile {
 
+// A file to give it: a pipe or a device is refused. Throws FileError.
+[[nodiscard]] Descriptor open(const std::filesystem::path& file);
+
 // Seconds of sound; what is there counts, not what the file claims.
 [[nodiscard]] double duration(const std::filesystem::path& file, const std::stop_token& stop);
+
+// How loud a sound is over its time.
+struct Shape {
+  double seconds = 0;
+  std::vector<double> peaks;  // of equal parts of it, 0 to 1
+};
+// Of a file whose sound, all of which has to be decoded, is cut into at most `parts`.
+[[nodiscard]] Shape shape(const std::filesystem::path& file, std::size_t parts,
+                          const std::stop_token& stop);
 
 // Writes the recording on `source`, even one that was cut off, into the empty file on `target`, as
 // a plain m4a that is on the disk when this returns.

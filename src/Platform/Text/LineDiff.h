@@ -23,9 +23,8 @@ struct DiffHunk {
   std::vector<DiffLine> lines;
 };
 
-// What turns `before` into `after`, in the fewest removed and added lines; no hunks for equal
-// texts. Texts with so little in common that finding these would take long are shown as replaced
-// from their first difference to their last. The hunks' texts are parts of the arguments. Pure.
+// What turns `before` into `after`, by sequenceDiff's changes; no hunks for equal texts. The hunks'
+// texts are parts of the arguments. Pure.
 [[nodiscard]] std::vector<DiffHunk> lineDiff(std::span<const std::string_view> before,
                                              std::span<const std::string_view> after,
                                              std::size_t context = 3);

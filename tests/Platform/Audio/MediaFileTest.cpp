@@ -61,6 +61,10 @@ TEST_F(MediaFileTest, ATwoSecondToneOutlivesItsConversion) {
     EXPECT_NEAR(MediaFile::duration(file("made.m4a"), {}), 2.0, 0.05);
     EXPECT_EQ(readFile(file("made.m4a")).substr(4, 8), "ftypM4A ");
 
+    const auto shape = MediaFile::shape(source, 10, {});
+    EXPECT_NEAR(shape.seconds, 2.0, 0.05);
+    EXPECT_THAT(shape.peaks, testing::AllOf(testing::SizeIs(10), testing::Each(testing::Gt(0.3))));
+
     SampleStream stream(file("made.m4a"));
     std::vector<std::int16_t> second(SampleStream::rate);
     ASSERT_EQ(stream.read(second, {}), second.size());

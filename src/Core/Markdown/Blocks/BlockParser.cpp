@@ -139,22 +139,16 @@ bool BlockParser::passHeading(std::string_view line) {
 
 // Lines that begin with a mark of one or two characters.
 bool BlockParser::passMarked(std::string_view line) {
-  constexpr std::size_t boxLength = 5;
   const char mark = line.front();
   if (mark == '>' && line.starts_with("> ")) {
     passQuote();
     return true;
   }
   if (mark == '-' || mark == '*') {
-    const std::string_view box = line.substr(0, boxLength);
-    const bool isChecked = box == "- [x]" || box == "- [X]";
-    // The bracket may have a mark of its own on it.
-    const bool hasBox = line.size() > boxLength && (isChecked || box == "- [ ]") &&
-                        graphemePrefix(line.substr(boxLength - 1), 1).size() == 1;
     if (LineRules::isRule(line))
       add(markdown::HorizontalRule{});
-    else if (hasBox)
-      add(markdown::CheckItem{isChecked, std::string(trimHorizontal(line.substr(boxLength)))});
+    else if (const auto item = LineRules::checkLine(line))
+      add(markdown::CheckItem{item->isChecked, std::string(item->text), next_});
     else if (line.size() > 1 && line[1] == ' ')
       add(markdown::BulletItem{std::string(line.substr(2))});
     else
@@ -184,7 +178,7 @@ void BlockParser::passQuote() {
 
 void BlockParser::flushCode() {
   std::string code = joined(code_);
-  if (equalsIgnoringAsciiCase(language_, "mermaid"))
+  if (LineRules::isDiagram(language_))
     blocks_.emplace_back(markdown::Mermaid{std::move(code)});
   else if (language_.empty())
     blocks_.emplace_back(markdown::CodeBlock{std::move(code), std::nullopt});

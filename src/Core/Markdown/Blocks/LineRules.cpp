@@ -113,8 +113,24 @@ std::optional<LineRules::CalloutLine> LineRules::calloutLine(std::string_view li
   return std::nullopt;
 }
 
+std::optional<LineRules::CheckLine> LineRules::checkLine(std::string_view line) {
+  constexpr std::string_view boxes[] = {"- [ ]", "- [x]", "- [X]"};
+  constexpr std::size_t length = boxes[0].size();
+  constexpr std::size_t mark = length - 2;
+  const std::string_view box = line.substr(0, length);
+  if (line.size() <= length || std::ranges::find(boxes, box) == std::end(boxes))
+    return std::nullopt;
+  // The bracket may have a mark of its own on it.
+  if (graphemePrefix(line.substr(length - 1), 1).size() > 1) return std::nullopt;
+  return CheckLine{box[mark] != ' ', line.substr(mark, 1), trimHorizontal(line.substr(length))};
+}
+
 bool LineRules::isRule(std::string_view line) {
   return line.size() >= leastRule && line.find_first_not_of("-* ") == std::string_view::npos;
+}
+
+bool LineRules::isDiagram(std::string_view language) {
+  return equalsIgnoringAsciiCase(trimSpaceAndBreaks(language), "mermaid");
 }
 
 }  // namespace nomely

@@ -38,8 +38,19 @@ struct CalloutLine {
 // one.
 [[nodiscard]] std::size_t lengthToLineBreak(std::string_view text);
 
+struct CheckLine {
+  bool isChecked = false;
+  std::string_view mark;  // what stands between the brackets
+  std::string_view text;
+};
+// "- [ ] text", "- [x] text" or "- [X] text"; a box without text is none.
+[[nodiscard]] std::optional<CheckLine> checkLine(std::string_view line);
+
 // Nothing but "-", "*" and blanks, three characters or more.
 [[nodiscard]] bool isRule(std::string_view line);
+
+// Whether code in that language, as it stands behind the opening fence, is a diagram's source.
+[[nodiscard]] bool isDiagram(std::string_view language);
 
 }  // namespace LineRules
 

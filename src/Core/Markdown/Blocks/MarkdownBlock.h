@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -50,10 +51,14 @@ struct NumberedItem {
   std::string text;
   friend bool operator==(const NumberedItem&, const NumberedItem&) = default;
 };
+// Equal to another that looks the same, wherever each stands.
 struct CheckItem {
   bool checked = false;
   std::string text;
-  friend bool operator==(const CheckItem&, const CheckItem&) = default;
+  std::size_t line = 0;  // of the text that was parsed; the first is 0
+  friend bool operator==(const CheckItem& a, const CheckItem& b) {
+    return a.checked == b.checked && a.text == b.text;
+  }
 };
 struct Blockquote {
   std::string text;

@@ -29,6 +29,10 @@ const Binding* bindingOf(const KeyPress& key) {
 
 }  // namespace
 
+bool MarkdownCommandTextView::takes(const KeyPress& key) {
+  return bindingOf(key) != nullptr;
+}
+
 bool MarkdownCommandTextView::handleKey(const KeyPress& key) {
   const Binding* const binding = bindingOf(key);
   if (binding == nullptr) return false;

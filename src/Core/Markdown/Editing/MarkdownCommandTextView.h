@@ -37,6 +37,8 @@ class MarkdownCommandTextView {
  public:
   explicit MarkdownCommandTextView(EditableTextView& view) : view_(view) {}
 
+  // Whether handleKey takes that key.
+  [[nodiscard]] static bool takes(const KeyPress& key);
   // To be called with each key press before the view handles it. False: the view has to handle it.
   [[nodiscard]] bool handleKey(const KeyPress& key);
   // Return. False: the view inserts its own line break.

@@ -16,6 +16,11 @@ QtObject {
     readonly property color line: dark ? "#363330" : "#E4DED1"
     readonly property color lineStrong: dark ? "#4A4641" : "#CFC7B6"
     readonly property color hover: Qt.rgba(text.r, text.g, text.b, 0.05)
+    // Under a picture that fills the window, in either look.
+    readonly property color backdrop: "#F4141311"
+    readonly property color backdropText: "#F0EADD"
+    readonly property color backdropVeil: "#73141311"
+    readonly property color backdropHover: "#28FFFFFF"
     readonly property color scrim: dark ? "#A0000000" : "#66201A10"
 
     readonly property color outline: dark ? "#807869" : "#948B79"

@@ -3,47 +3,83 @@ import QtQuick.Controls.Basic
 import Nomely
 
 // The window's contents for one data root.
-Item {
+FocusScope {
     id: shell
     required property DesktopScreens screens
-    readonly property bool narrow: width < 720
     readonly property Navigation navigation: screens.navigation
+    readonly property bool narrow: width < 720
+    // Beside the page where there is room, else over it.
+    readonly property bool hasPanel: navigation.panel === Navigation.History
+    readonly property bool isPanelBeside: width >= 1180
+    readonly property int pageMargin: hasPanel && isPanelBeside ? panel.width : 0
+    readonly property bool hasSidebar: !narrow && !isSidebarHidden
+    property bool isSidebarHidden: false
+    focus: true
+
+    Binding { target: Theme; property: "bodyFontSize"; value: shell.screens.settings.bodyFontSize }
+    Binding { target: Theme; property: "tagFontSize"; value: shell.screens.settings.tagFontSize }
+    Binding { target: Theme; property: "dark"; value: shell.screens.settings.look === SettingsScreen.Dark; when: shell.screens.settings.look !== SettingsScreen.FollowDesktop }
     Sidebar {
         id: side
-        visible: !shell.narrow
-        width: shell.narrow ? 0 : implicitWidth
+        visible: shell.hasSidebar
+        width: shell.hasSidebar ? implicitWidth : 0
         height: parent.height
         screens: shell.screens
     }
-    Item {
-        id: main
-        anchors { left: side.right; right: parent.right; top: parent.top; bottom: parent.bottom }
-        Item {
+    FocusScope {
+        id: pages
+        anchors { left: side.right; right: parent.right; top: parent.top; bottom: parent.bottom; rightMargin: shell.pageMargin }
+        focus: true
+        component Page: Loader {
+            required property int page
+            anchors.fill: parent
+            active: shell.navigation.page === page
+            onLoaded: item.forceActiveFocus()
+        }
+        TimelinePage {
+            id: timeline
             anchors.fill: parent
             visible: shell.navigation.page === Navigation.Timeline
-            TopBar { id: bar; width: parent.width; screens: shell.screens; narrow: shell.narrow; onSidebarAsked: drawer.open(); onSearchAsked: floating.open(); onSearchLeft: timeline.forceActiveFocus() }
-            TimelineView { id: timeline; anchors { fill: parent; topMargin: bar.height } screens: shell.screens; narrow: shell.narrow }
+            enabled: visible
+            focus: visible
+            screens: shell.screens
+            narrow: shell.narrow
+            topInset: errors.implicitHeight
+            onSidebarAsked: drawer.open()
+            onSearchAsked: floating.open()
         }
-        Loader {
-            anchors.fill: parent
-            active: shell.navigation.page === Navigation.Overview
-            sourceComponent: OverviewPage { screens: shell.screens }
-        }
+        Page { page: Navigation.Editor; sourceComponent: FocusEditor { objectName: "focusEditor"; screen: shell.screens.focusEditor; narrow: shell.narrow } }
+        Page { page: Navigation.Overview; sourceComponent: OverviewPage { screens: shell.screens; topInset: errors.implicitHeight } }
+        Page { page: Navigation.Trash; sourceComponent: TrashPage { screens: shell.screens; topInset: errors.implicitHeight } }
+        Page { page: Navigation.Settings; sourceComponent: SettingsPage { screens: shell.screens; topInset: errors.implicitHeight } }
+        ErrorBanner { id: errors; y: shell.narrow ? 52 : 68; width: parent.width; banner: shell.screens.banner }
+        Toast { anchors { horizontalCenter: parent.horizontalCenter; bottom: parent.bottom; bottomMargin: 20 } banner: shell.screens.banner }
     }
-    Drawer {
-        id: drawer
-        width: 280
-        height: shell.height
-        interactive: shell.narrow
-        background: Rectangle { color: Theme.sidebar }
-        Loader {
-            anchors.fill: parent
-            active: shell.narrow && drawer.visible
-            sourceComponent: Sidebar { screens: shell.screens; onChosen: drawer.close() }
-        }
+    Loader {
+        id: panel
+        anchors { right: parent.right; top: parent.top; bottom: parent.bottom }
+        width: shell.isPanelBeside ? 360 : parent.width
+        active: shell.hasPanel
+        sourceComponent: HistoryPanel { screens: shell.screens }
+        onLoaded: item.forceActiveFocus()
     }
+    MediaLayer { screens: shell.screens }
+    AskingDialog { question: shell.screens.settings.question; onAccepted: shell.screens.settings.accept(); onDismissed: shell.screens.settings.dismiss() }
+    KeySheet { id: keySheet; objectName: "keySheet" }
     FloatingSearch { id: floating; search: shell.screens.floatingSearch }
-    Shortcut { sequence: "Ctrl+F"; onActivated: shell.narrow || shell.navigation.page !== Navigation.Timeline ? floating.open() : bar.takeSearch() }
-    Shortcut { sequence: "Ctrl+P"; onActivated: floating.open() }
-    Shortcut { sequence: "Ctrl+\\"; enabled: shell.narrow; onActivated: drawer.open() }
+    SidebarDrawer { id: drawer; screens: shell.screens; narrow: shell.narrow; height: shell.height }
+    ShellKeys {
+        screens: shell.screens
+        onInputAsked: timeline.takeInput()
+        onRegionAsked: shell.nextRegion()
+        onHelpAsked: keySheet.open()
+        onFloatingSearchAsked: floating.open()
+        onSearchAsked: shell.narrow || !onTimeline ? floating.open() : timeline.takeSearch()
+        onSidebarAsked: shell.narrow ? drawer.open() : shell.isSidebarHidden = !shell.isSidebarHidden
+    }
+    // The input, the cards, the sidebar.
+    function nextRegion() {
+        if (hasSidebar && timeline.lastRegion) side.takeFocus()
+        else timeline.nextRegion()
+    }
 }

@@ -43,6 +43,7 @@ Item {
                 spacing: 8
                 CardHead { width: parent.width; memo: card.memo; screens: card.screens; lively: hover.hovered || card.current; onMenuAsked: from => card.menuAsked(from) }
                 Text { width: parent.width; text: card.memo.body; wrapMode: Text.Wrap; color: Theme.text; maximumLineCount: card.expanded ? 10000 : 6; elide: Text.ElideRight; font { family: Theme.sans; pixelSize: Theme.body } }
+                MemoAttachments { width: parent.width; memo: card.memo; screens: card.screens }
                 CardTags { width: parent.width; memo: card.memo; screens: card.screens }
             }
         }

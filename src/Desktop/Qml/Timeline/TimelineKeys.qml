@@ -6,19 +6,21 @@ Item {
     id: keys
     required property ListView list
     required property DesktopScreens screens
-    property memoHandle memo
     property bool active: false
     signal menuAsked()
-    readonly property bool onCard: active && memo.isValid
+    readonly property bool onCard: active && list.currentIndex >= 0
     Shortcut { enabled: keys.active; sequences: ["J", "Down"]; onActivated: keys.list.incrementCurrentIndex() }
     Shortcut { enabled: keys.active; sequences: ["K", "Up"]; onActivated: keys.list.decrementCurrentIndex() }
     Shortcut { enabled: keys.active; sequence: "Home"; onActivated: keys.list.currentIndex = 0 }
     Shortcut { enabled: keys.active; sequence: "End"; onActivated: keys.list.currentIndex = keys.list.count - 1 }
     Shortcut { enabled: keys.active; sequence: "PgDown"; onActivated: keys.list.flick(0, -2600) }
     Shortcut { enabled: keys.active; sequence: "PgUp"; onActivated: keys.list.flick(0, 2600) }
-    Shortcut { enabled: keys.onCard; sequence: "Space"; onActivated: keys.screens.timeline.toggleExpanded(keys.memo) }
-    Shortcut { enabled: keys.onCard; sequence: "P"; onActivated: keys.screens.timeline.togglePinned(keys.memo) }
-    Shortcut { enabled: keys.onCard; sequence: "Shift+P"; onActivated: keys.screens.timeline.toggleLocked(keys.memo) }
-    Shortcut { enabled: keys.onCard; sequence: "Delete"; onActivated: keys.screens.timeline.remove(keys.memo) }
+    Shortcut { enabled: keys.onCard; sequence: "Space"; onActivated: keys.screens.timeline.toggleExpanded(keys.current()) }
+    Shortcut { enabled: keys.onCard; sequence: "P"; onActivated: keys.screens.timeline.togglePinned(keys.current()) }
+    Shortcut { enabled: keys.onCard; sequence: "Shift+P"; onActivated: keys.screens.timeline.toggleLocked(keys.current()) }
+    Shortcut { enabled: keys.onCard; sequence: "Delete"; onActivated: keys.screens.timeline.remove(keys.current()) }
     Shortcut { enabled: keys.onCard; sequences: ["Menu", "Shift+F10"]; onActivated: keys.menuAsked() }
+
+    // Read when a key is pressed: rows come and go under the same index.
+    function current() { return screens.timeline.model.at(list.currentIndex) }
 }

@@ -10,7 +10,6 @@ FocusScope {
     readonly property real column: Math.min(Theme.column, width - (narrow ? 24 : 48))
     // Keys without a modifier are for the cards alone, not for what is inside of one.
     readonly property bool hasKeys: list.activeFocus && !list.currentItem?.hasInnerFocus
-    readonly property memoHandle currentMemo: screens.timeline.model.at(list.currentIndex)
 
     ListView {
         id: list
@@ -57,7 +56,7 @@ FocusScope {
     }
     TimelineEmpty { anchors.centerIn: parent; visible: view.screens.timeline.isEmpty; screens: view.screens }
     CardMenu { id: menu; screens: view.screens }
-    TimelineKeys { list: list; screens: view.screens; memo: view.currentMemo; active: view.hasKeys; onMenuAsked: view.openMenu(view.currentMemo, list.currentItem) }
+    TimelineKeys { list: list; screens: view.screens; active: view.hasKeys; onMenuAsked: view.openMenu(view.screens.timeline.model.at(list.currentIndex), list.currentItem) }
     Connections {
         target: view.screens.timeline
         function onRevealed(row) {

@@ -1,7 +1,9 @@
 #include <thread>
 
 #include "Core/Markdown/Blocks/BlockParser.h"
+#include "Core/Markdown/Blocks/CheckMarks.h"
 #include "Core/Markdown/Blocks/MarkdownRenderCache.h"
+#include "Core/Markdown/Text/MemoTextUtilities.h"
 #include "Support/Matchers.h"
 
 namespace nomely::test {
@@ -86,6 +88,37 @@ TEST(BlockParserTest, Blocks) {
   };
   for (const auto& [text, expected] : cases)
     EXPECT_THAT(shown(MarkdownTextView::parseBlocks(text)), ElementsAreArray(expected)) << text;
+}
+
+// Each item of what a card shows, ticked: that item is another, and nothing else.
+TEST(CheckMarksTest, TickedWhereTheyAreShown) {
+  const auto shownOf = [](const std::string& body) {
+    return *MarkdownTextView::blocks(MemoTextUtilities::stripOriginalComment(body));
+  };
+  const std::string kept = MemoTextUtilities::appendOriginal("- [ ] old", "");
+  const std::pair<std::string, std::size_t> cases[] = {
+      {"- [ ] a\n  - [X] b\n", 2},
+      {"\n \n[Image #1]\n\uFFFC[附件 #2]\n图\n- [ ] a" + kept, 1},
+      {"| a | b |\n|---|---|\n| - [ ] c | d |\n```\n- [ ] e\n```\n- [x] f [File #3]\n- [ ]f", 2},
+  };
+  for (const auto& [body, count] : cases) {
+    std::size_t ticked = 0;
+    MarkdownBlocks blocks = shownOf(body);
+    for (MarkdownBlock& block : blocks) {
+      auto* const item = std::get_if<markdown::CheckItem>(&block);
+      if (item == nullptr) continue;
+      const std::string changed = CheckMarks::toggled(body, item->line).value_or("");
+      item->checked = !item->checked;
+      EXPECT_EQ(shownOf(changed), blocks) << body;
+      EXPECT_EQ(changed.size(), body.size());
+      item->checked = !item->checked;
+      ++ticked;
+    }
+    EXPECT_EQ(ticked, count) << body;
+  }
+  for (const auto& [body, line] : std::initializer_list<std::pair<std::string, std::size_t>>{
+           {"- [ ]\na", 0}, {"a", 7}, {"a<!-- original:x -->\n- [ ] b", 1}})
+    EXPECT_EQ(CheckMarks::toggled(body, line), std::nullopt) << body;
 }
 
 TEST(BlockParserTest, DiagramsAndCleanedBodies) {

@@ -1,0 +1,92 @@
+#include "Desktop/Text/QuickTextView.h"
+
+#include <QQuickItem>
+#include <QQuickTextDocument>
+#include <QTextBlockFormat>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <algorithm>
+
+namespace nomely {
+namespace {
+
+QStringView viewOf(std::u16string_view text) {
+  return {text.data(), static_cast<qsizetype>(text.size())};
+}
+
+// What of `before` has to become what of `after`.
+struct Difference {
+  qsizetype begin = 0;
+  qsizetype endBefore = 0;
+  qsizetype endAfter = 0;
+};
+
+Difference differenceOf(QStringView before, QStringView after) {
+  const qsizetype shorter = std::min(before.size(), after.size());
+  qsizetype begin = 0;
+  while (begin < shorter && before[begin] == after[begin]) ++begin;
+  // A pair of surrogates is changed whole.
+  if (begin > 0 && before[begin - 1].isHighSurrogate()) --begin;
+  qsizetype same = 0;
+  while (same < shorter - begin &&
+         before[before.size() - 1 - same] == after[after.size() - 1 - same])
+    ++same;
+  if (same > 0 && before[before.size() - same].isLowSurrogate()) --same;
+  return {begin, before.size() - same, after.size() - same};
+}
+
+}  // namespace
+
+QuickTextView::QuickTextView(QQuickItem& area)
+    : area_(area),
+      document_(area.property("textDocument").value<QQuickTextDocument*>()->textDocument()) {}
+
+QString QuickTextView::content() const {
+  QString text = document_->toRawText();
+  text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+  return text;
+}
+
+void QuickTextView::reset(const QString& text) {
+  document_->setUndoRedoEnabled(false);
+  QTextCursor cursor(document_);
+  cursor.select(QTextCursor::Document);
+  cursor.insertText(text);
+  document_->setUndoRedoEnabled(true);
+}
+
+std::u16string QuickTextView::text() const {
+  return content().toStdU16String();
+}
+
+TextSelection QuickTextView::selectedRange() const {
+  const auto begin = area_.property("selectionStart").toUInt();
+  const auto end = area_.property("selectionEnd").toUInt();
+  return {begin, end - begin};
+}
+
+void QuickTextView::setSelectedRange(TextSelection selection) {
+  const auto begin = static_cast<int>(selection.location);
+  const auto end = begin + static_cast<int>(selection.length);
+  QMetaObject::invokeMethod(&area_, "select", Q_ARG(int, begin), Q_ARG(int, end));
+}
+
+bool QuickTextView::shouldChangeText(TextRange /*range*/, std::u16string_view /*replacement*/) {
+  return !area_.property("readOnly").toBool();
+}
+
+void QuickTextView::replaceText(TextRange range, std::u16string_view replacement) {
+  const QString all = content();
+  const auto begin = static_cast<qsizetype>(range.begin);
+  const QStringView after = viewOf(replacement);
+  const Difference middle =
+      differenceOf(QStringView(all).mid(begin, static_cast<qsizetype>(range.length())), after);
+  QTextCursor cursor(document_);
+  cursor.beginEditBlock();
+  cursor.setPosition(static_cast<int>(begin + middle.begin));
+  cursor.setPosition(static_cast<int>(begin + middle.endBefore), QTextCursor::KeepAnchor);
+  cursor.insertText(after.mid(middle.begin, middle.endAfter - middle.begin).toString());
+  cursor.endEditBlock();
+}
+
+}  // namespace nomely
