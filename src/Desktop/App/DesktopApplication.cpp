@@ -132,7 +132,9 @@ void DesktopApplication::take(const StartRequest& request) {
   window_->requestActivate();
   if (!screens_) return;
   if (request.day.isValid()) screens_->timeline()->showDay(request.day);
-  if (!request.files.isEmpty()) screens_->quickInput()->attach(request.files);
+  QList<QUrl> files;
+  for (const QString& file : request.files) files.append(QUrl::fromLocalFile(file));
+  if (!files.isEmpty()) screens_->quickInput()->attachments()->add(files);
   if (request.isCapture || !request.files.isEmpty()) {
     screens_->navigation()->show(Navigation::Timeline);
     emit inputAsked();

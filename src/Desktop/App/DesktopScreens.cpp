@@ -24,12 +24,15 @@ DesktopScreens::DesktopScreens(const Context& context) {
   media_ = std::make_unique<MediaScreen>(screens);
   viewer_ = std::make_unique<ViewerScreen>(*media_);
   player_ = std::make_unique<PlayerScreen>(screens);
+  // A list that is read again because another program wrote plays on.
+  connect(timeline_.get(), &TimelineScreen::listChanged, player_.get(), &PlayerScreen::stop);
   banner_ = std::make_unique<BannerScreen>(screens);
   trash_ = std::make_unique<TrashScreen>(screens, *banner_);
   history_ = std::make_unique<HistoryScreen>(screens, *banner_);
   settings_ = std::make_unique<SettingsScreen>(screens, *banner_);
   QObject::connect(banner_.get(), &BannerScreen::historyAsked, history_.get(),
                    &HistoryScreen::openIdentity);
+  cards_ = std::make_unique<CardActions>(screens);
 }
 
 DesktopScreens::~DesktopScreens() = default;

@@ -10,6 +10,7 @@
 #include "Desktop/Media/MediaScreen.h"
 #include "Desktop/Media/ViewerScreen.h"
 #include "Desktop/Screens/BannerScreen.h"
+#include "Desktop/Screens/CardActions.h"
 #include "Desktop/Screens/FocusEditorScreen.h"
 #include "Desktop/Screens/HistoryScreen.h"
 #include "Desktop/Screens/OverviewScreen.h"
@@ -46,6 +47,7 @@ class DesktopScreens : public QObject {
   Q_PROPERTY(TrashScreen* trash READ trash CONSTANT)
   Q_PROPERTY(HistoryScreen* history READ history CONSTANT)
   Q_PROPERTY(SettingsScreen* settings READ settings CONSTANT)
+  Q_PROPERTY(CardActions* cards READ cards CONSTANT)
 
  public:
   // As ScreenContext has it, but for what is made here.
@@ -76,6 +78,7 @@ class DesktopScreens : public QObject {
   [[nodiscard]] TrashScreen* trash() { return trash_.get(); }
   [[nodiscard]] HistoryScreen* history() { return history_.get(); }
   [[nodiscard]] SettingsScreen* settings() { return settings_.get(); }
+  [[nodiscard]] CardActions* cards() { return cards_.get(); }
 
   // Puts on the disk what is typed and not saved. Blocking.
   void flush();
@@ -97,6 +100,7 @@ class DesktopScreens : public QObject {
   std::unique_ptr<TrashScreen> trash_;
   std::unique_ptr<HistoryScreen> history_;
   std::unique_ptr<SettingsScreen> settings_;
+  std::unique_ptr<CardActions> cards_;
 };
 
 }  // namespace nomely

@@ -100,6 +100,28 @@ bool TimelineScreen::isEmpty() const {
   return model_.entries().empty() && !isLoading();
 }
 
+EmptyText TimelineScreen::emptyText() const {
+  using Text = EmptyText::List;
+  constexpr Text texts[]{Text::today,    Text::day,    Text::all,   Text::pinned,
+                         Text::onThisDay, Text::tag,    Text::untagged, Text::images,
+                         Text::links,    Text::audio,  Text::attachments, Text::search};
+  static_assert(std::size(texts) == Search + 1);
+  return EmptyText::of(texts[list_], list_ == Tag ? tag_ : query_, day());
+}
+
+void TimelineScreen::followEmptyText() {
+  switch (emptyText().action) {
+    case EmptyText::Action::ShowAll:
+      return showAll();
+    case EmptyText::Action::Write:
+      return emit inputAsked();
+    case EmptyText::Action::AddFile:
+      return emit fileAsked();
+    case EmptyText::Action::None:
+      break;
+  }
+}
+
 void TimelineScreen::lookAt(int row) {
   if (std::exchange(rowInView_, row) != row) emit inViewChanged();
 }

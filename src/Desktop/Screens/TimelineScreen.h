@@ -13,6 +13,7 @@
 #include "Desktop/Base/ScreenContext.h"
 #include "Desktop/Models/MemoHandle.h"
 #include "Desktop/Models/TimelineModel.h"
+#include "Desktop/Screens/EmptyText.h"
 #include "Platform/Concurrency/Subscription.h"
 
 namespace nomely {
@@ -33,6 +34,7 @@ class TimelineScreen : public QObject {
   Q_PROPERTY(QString counts READ counts NOTIFY countsChanged)
   Q_PROPERTY(bool isLoading READ isLoading NOTIFY loadingChanged)
   Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY countsChanged)
+  Q_PROPERTY(nomely::EmptyText emptyText READ emptyText NOTIFY listChanged)
   Q_PROPERTY(QDate dayInView READ dayInView NOTIFY inViewChanged)
   Q_PROPERTY(QString sectionInView READ sectionInView NOTIFY inViewChanged)
   Q_PROPERTY(QString sectionNoteInView READ sectionNoteInView NOTIFY inViewChanged)
@@ -66,6 +68,7 @@ class TimelineScreen : public QObject {
   [[nodiscard]] QString counts() const;
   [[nodiscard]] bool isLoading() const;
   [[nodiscard]] bool isEmpty() const;
+  [[nodiscard]] EmptyText emptyText() const;
   [[nodiscard]] QDate dayInView() const { return model_.at(rowInView_).date(); }
   [[nodiscard]] QString sectionInView() const { return model_.sectionOf(rowInView_); }
   [[nodiscard]] QString sectionNoteInView() const { return model_.sectionNoteOf(rowInView_); }
@@ -106,6 +109,13 @@ class TimelineScreen : public QObject {
   // Unfolds or folds a card.
   Q_INVOKABLE void toggleExpanded(const nomely::MemoHandle& memo);
 
+  // Does what the text of an empty list offers.
+  Q_INVOKABLE void followEmptyText();
+  // The number of a row in a list that is counted, 1 for the oldest or for the newest.
+  Q_INVOKABLE int seriesNumber(int row, bool ascending) const {
+    return ascending ? static_cast<int>(memoCount_) - row : row + 1;
+  }
+
   // To be called when the window is shown again: other programs may have written meanwhile.
   void refresh();
 
@@ -116,6 +126,9 @@ class TimelineScreen : public QObject {
   void inViewChanged();
   // Notes were saved, moved or deleted here.
   void changed();
+  // Ask the view for the input, or for a file to put into it.
+  void inputAsked();
+  void fileAsked();
   // Asks the view to bring that row to the top.
   void revealed(int row);
 

@@ -46,8 +46,8 @@ Item {
         height: diagram.size.width > 0 ? diagram.size.height * width / diagram.size.width : 0
         focusPolicy: Qt.TabFocus
         onClicked: block.opened(diagram.picture)
-        Keys.onReturnPressed: click()
-        Keys.onEnterPressed: click()
+        Keys.onReturnPressed: clicked()
+        Keys.onEnterPressed: clicked()
         Accessible.role: Accessible.Button
         Accessible.name: qsTr("图表：%1").arg(block.code)
         Accessible.description: qsTr("打开大图")

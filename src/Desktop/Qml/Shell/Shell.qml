@@ -5,6 +5,7 @@ import Nomely
 // The window's contents for one data root.
 FocusScope {
     id: shell
+    required property DesktopApplication desktop
     required property DesktopScreens screens
     readonly property Navigation navigation: screens.navigation
     readonly property bool narrow: width < 720
@@ -18,7 +19,7 @@ FocusScope {
 
     Binding { target: Theme; property: "bodyFontSize"; value: shell.screens.settings.bodyFontSize }
     Binding { target: Theme; property: "tagFontSize"; value: shell.screens.settings.tagFontSize }
-    Binding { target: Theme; property: "dark"; value: shell.screens.settings.look === SettingsScreen.Dark; when: shell.screens.settings.look !== SettingsScreen.FollowDesktop }
+    Binding { target: Theme; property: "dark"; value: shell.screens.settings.look === SettingsScreen.FollowDesktop ? shell.desktop.theme.dark : shell.screens.settings.look === SettingsScreen.Dark }
     Sidebar {
         id: side
         visible: shell.hasSidebar
@@ -63,6 +64,7 @@ FocusScope {
         sourceComponent: HistoryPanel { screens: shell.screens }
         onLoaded: item.forceActiveFocus()
     }
+    ReaderSheet { screens: shell.screens }
     MediaLayer { screens: shell.screens }
     AskingDialog { question: shell.screens.settings.question; onAccepted: shell.screens.settings.accept(); onDismissed: shell.screens.settings.dismiss() }
     KeySheet { id: keySheet; objectName: "keySheet" }
@@ -81,5 +83,9 @@ FocusScope {
     function nextRegion() {
         if (hasSidebar && timeline.lastRegion) side.takeFocus()
         else timeline.nextRegion()
+    }
+    Connections {
+        target: shell.desktop
+        function onInputAsked() { timeline.takeInput() }
     }
 }

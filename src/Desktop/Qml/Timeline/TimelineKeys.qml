@@ -19,6 +19,8 @@ Item {
     Shortcut { enabled: keys.onCard; sequence: "P"; onActivated: keys.screens.timeline.togglePinned(keys.current()) }
     Shortcut { enabled: keys.onCard; sequence: "Shift+P"; onActivated: keys.screens.timeline.toggleLocked(keys.current()) }
     Shortcut { enabled: keys.onCard; sequence: "Delete"; onActivated: keys.screens.timeline.remove(keys.current()) }
+    Shortcut { enabled: keys.onCard; sequence: StandardKey.Copy; onActivated: keys.list.currentItem.body.copy() }
+    Shortcut { enabled: keys.onCard; sequence: StandardKey.SelectAll; onActivated: keys.list.currentItem.body.selectAll() }
     Shortcut { enabled: keys.onCard; sequences: ["Menu", "Shift+F10"]; onActivated: keys.menuAsked() }
 
     // Read when a key is pressed: rows come and go under the same index.
