@@ -16,15 +16,14 @@ struct EmptyText {
   Q_PROPERTY(QString text MEMBER text)
   Q_PROPERTY(QString note MEMBER note)
   Q_PROPERTY(QString actionText MEMBER actionText)
-  Q_PROPERTY(Action action MEMBER action)
+  // Where the action leads: to the list of all notes, else to the input.
+  Q_PROPERTY(bool leadsToAll MEMBER leadsToAll)
 
  public:
-  enum class Action { None, Write, ShowAll, AddFile };
-  Q_ENUM(Action)
   enum class List {
-    all,
     today,
     day,
+    all,
     pinned,
     onThisDay,
     tag,
@@ -40,7 +39,7 @@ struct EmptyText {
   QString text;
   QString note = {};
   QString actionText = {};
-  Action action = Action::None;
+  bool leadsToAll = false;
 
   // `name` is the tag or the words that were searched for.
   [[nodiscard]] static EmptyText of(List list, const QString& name = {}, QDate day = {});

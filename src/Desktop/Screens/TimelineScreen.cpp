@@ -95,6 +95,11 @@ bool TimelineScreen::isLoading() const {
   return timeline_.isLoadingTimeline.get();
 }
 
+EmptyText TimelineScreen::emptyText() const {
+  static_assert(static_cast<int>(EmptyText::List::search) == Search);
+  return EmptyText::of(static_cast<EmptyText::List>(list_), list_ == Tag ? tag_ : query_, day());
+}
+
 bool TimelineScreen::isEmpty() const {
   return model_.entries().empty() && !isLoading();
 }

@@ -11,6 +11,7 @@
 #include "Desktop/Base/ScreenContext.h"
 #include "Desktop/Models/MemoHandle.h"
 #include "Desktop/Models/TimelineModel.h"
+#include "Desktop/Screens/EmptyText.h"
 #include "Platform/Concurrency/Subscription.h"
 
 namespace nomely {
@@ -31,6 +32,7 @@ class TimelineScreen : public QObject {
   Q_PROPERTY(QString counts READ counts NOTIFY countsChanged)
   Q_PROPERTY(bool isLoading READ isLoading NOTIFY loadingChanged)
   Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY countsChanged)
+  Q_PROPERTY(nomely::EmptyText emptyText READ emptyText NOTIFY listChanged)
   Q_PROPERTY(QDate dayInView READ dayInView NOTIFY inViewChanged)
   Q_PROPERTY(QString sectionInView READ sectionInView NOTIFY inViewChanged)
   Q_PROPERTY(QString sectionNoteInView READ sectionNoteInView NOTIFY inViewChanged)
@@ -64,6 +66,7 @@ class TimelineScreen : public QObject {
   [[nodiscard]] QString counts() const;
   [[nodiscard]] bool isLoading() const;
   [[nodiscard]] bool isEmpty() const;
+  [[nodiscard]] EmptyText emptyText() const;
   [[nodiscard]] QDate dayInView() const { return model_.at(rowInView_).date(); }
   [[nodiscard]] QString sectionInView() const { return model_.sectionOf(rowInView_); }
   [[nodiscard]] QString sectionNoteInView() const { return model_.sectionNoteOf(rowInView_); }

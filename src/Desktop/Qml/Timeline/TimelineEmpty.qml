@@ -1,8 +1,14 @@
 import QtQuick
 import Nomely
 
+// What stands in place of an empty list.
 EmptyState {
     required property DesktopScreens screens
-    glyph: "all"
-    text: qsTr("这里还没有笔记")
+    readonly property emptyText words: screens.timeline.emptyText
+    signal inputAsked()
+    glyph: words.glyph
+    text: words.text
+    note: words.note
+    actionText: words.actionText
+    onTriggered: words.leadsToAll ? screens.timeline.showAll() : inputAsked()
 }

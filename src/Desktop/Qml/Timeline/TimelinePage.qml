@@ -39,6 +39,7 @@ FocusScope {
         anchors { fill: parent; topMargin: input.y + input.height + firstRun.implicitHeight + 8 }
         screens: page.screens
         narrow: page.narrow
+        onInputAsked: page.takeInput()
     }
     function takeInput() { input.forceActiveFocus(Qt.ShortcutFocusReason) }
     function takeCards() { cards.takeFocus() }

@@ -5,6 +5,7 @@ import Nomely
 // The cards, and the heading of the day in view above them.
 FocusScope {
     id: view
+    signal inputAsked()
     required property DesktopScreens screens
     property bool narrow: false
     readonly property real column: Math.min(Theme.column, width - (narrow ? 24 : 48))
@@ -54,7 +55,7 @@ FocusScope {
         text: view.screens.timeline.sectionInView
         note: view.screens.timeline.sectionNoteInView
     }
-    TimelineEmpty { anchors.centerIn: parent; visible: view.screens.timeline.isEmpty; screens: view.screens }
+    TimelineEmpty { anchors.centerIn: parent; visible: view.screens.timeline.isEmpty; screens: view.screens; onInputAsked: view.inputAsked() }
     CardMenu { id: menu; screens: view.screens }
     TimelineKeys { list: list; screens: view.screens; active: view.hasKeys; onMenuAsked: view.openMenu(view.screens.timeline.model.at(list.currentIndex), list.currentItem) }
     Connections {
