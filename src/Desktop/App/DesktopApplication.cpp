@@ -8,8 +8,8 @@
 #include <chrono>
 #include <utility>
 
-#include "Core/Storage/RescueFolders.h"
 #include "Desktop/Base/Qt.h"
+#include "Desktop/Pictures/DiagramProvider.h"
 #include "Desktop/Pictures/IconProvider.h"
 #include "Desktop/Pictures/ThumbnailProvider.h"
 #include "Editor/Timeline/DayViewModel.h"
@@ -44,11 +44,17 @@ void DesktopApplication::start() {
   engine_->addImportPath(QStringLiteral("qrc:/qt/qml"));
   engine_->addImageProvider(QStringLiteral("icon"), new IconProvider);
   engine_->addImageProvider(QLatin1String(ThumbnailProvider::name), new ThumbnailProvider);
+  engine_->addImageProvider(QStringLiteral("diagram"),
+                            new DiagramProvider(executor_, machine_.timers));
   engine_->setInitialProperties({{QStringLiteral("desktop"), QVariant::fromValue(this)}});
   engine_->load(QUrl(QStringLiteral("qrc:/qt/qml/Nomely/Qml/Main.qml")));
   if (engine_->rootObjects().isEmpty())
     throw Error("desktop.window", "窗口无法打开，请重新安装 nomely-desktop");
   window_ = qobject_cast<QQuickWindow*>(engine_->rootObjects().first());
+  // Other programs may have written while the window was away.
+  connect(window_, &QWindow::activeChanged, this, [this] {
+    if (window_->isActive() && screens_) screens_->timeline()->refresh();
+  });
 }
 
 void DesktopApplication::open() {
@@ -60,8 +66,9 @@ void DesktopApplication::open() {
     const auto found = storage.files.attributes(storage.paths.rootURL);
     if (found && found->type != FileType::directory)
       throw FileError("打开数据目录", storage.paths.rootURL, ENOTDIR);
-    if (!found) RescueFolders::throwIfAny(storage.gate.root(), storage.files);
-    if (found) (void)application_->becomeResident();
+    // One that isn't there yet is made: whether it vanishes later could not be told else.
+    if (!found) storage.paths.createRoot(storage.files);
+    (void)application_->becomeResident();
   } catch (const Error& error) {
     setObstacle(qt(error.what()));
     return tryLater();
@@ -115,6 +122,23 @@ void DesktopApplication::tryLater() {
 
 void DesktopApplication::setObstacle(const QString& text) {
   if (std::exchange(obstacle_, text) != text) emit obstacleChanged();
+}
+
+void DesktopApplication::take(const StartRequest& request) {
+  if (!request.activationToken.isEmpty())
+    qputenv("XDG_ACTIVATION_TOKEN", request.activationToken.toUtf8());
+  window_->show();
+  window_->raise();
+  window_->requestActivate();
+  if (!screens_) return;
+  if (request.day.isValid()) screens_->timeline()->showDay(request.day);
+  QList<QUrl> files;
+  for (const QString& file : request.files) files.append(QUrl::fromLocalFile(file));
+  if (!files.isEmpty()) screens_->quickInput()->attachments()->add(files);
+  if (request.isCapture || !request.files.isEmpty()) {
+    screens_->navigation()->show(Navigation::Timeline);
+    emit inputAsked();
+  }
 }
 
 void DesktopApplication::close() {

@@ -4,11 +4,15 @@ namespace nomely {
 namespace {
 
 EmptyText toWrite(const char* glyph, const QString& text, const QString& note = {}) {
-  return {QLatin1String(glyph), text, note, QObject::tr("写一条"), false};
+  return {QLatin1String(glyph), text, note, QObject::tr("写一条"), EmptyText::Action::Write};
 }
 
 EmptyText toAll(const char* glyph, const QString& text, const QString& note = {}) {
-  return {QLatin1String(glyph), text, note, QObject::tr("看全部笔记"), true};
+  return {QLatin1String(glyph), text, note, QObject::tr("看全部笔记"), EmptyText::Action::ShowAll};
+}
+
+EmptyText toAdd(const char* glyph, const QString& text, const QString& note) {
+  return {QLatin1String(glyph), text, note, QObject::tr("添加文件"), EmptyText::Action::AddFile};
 }
 
 }  // namespace
@@ -32,15 +36,15 @@ EmptyText EmptyText::of(List list, const QString& name, QDate day) {
     case List::untagged:
       return toAll("untag", QObject::tr("每条笔记都有标签"));
     case List::images:
-      return toWrite("image", QObject::tr("没有带图片的笔记"),
+      return toAdd("image", QObject::tr("没有带图片的笔记"),
                    QObject::tr("粘贴或拖进来的图片会出现在这里。"));
     case List::links:
       return toAll("link", QObject::tr("没有带链接的笔记"));
     case List::audio:
-      return toWrite("mic", QObject::tr("没有带录音的笔记"),
+      return toAdd("mic", QObject::tr("没有带录音的笔记"),
                    QObject::tr("录音文件拖进输入框就能带上。"));
     case List::attachments:
-      return toWrite("clip", QObject::tr("没有带附件的笔记"),
+      return toAdd("clip", QObject::tr("没有带附件的笔记"),
                    QObject::tr("文件拖进输入框就能带上。"));
     case List::search:
       return toAll("search", QObject::tr("没有找到「%1」").arg(name),

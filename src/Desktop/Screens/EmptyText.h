@@ -16,14 +16,15 @@ struct EmptyText {
   Q_PROPERTY(QString text MEMBER text)
   Q_PROPERTY(QString note MEMBER note)
   Q_PROPERTY(QString actionText MEMBER actionText)
-  // Where the action leads: to the list of all notes, else to the input.
-  Q_PROPERTY(bool leadsToAll MEMBER leadsToAll)
+  Q_PROPERTY(Action action MEMBER action)
 
  public:
+  enum class Action { None, Write, ShowAll, AddFile };
+  Q_ENUM(Action)
   enum class List {
+    all,
     today,
     day,
-    all,
     pinned,
     onThisDay,
     tag,
@@ -39,7 +40,7 @@ struct EmptyText {
   QString text;
   QString note = {};
   QString actionText = {};
-  bool leadsToAll = false;
+  Action action = Action::None;
 
   // `name` is the tag or the words that were searched for.
   [[nodiscard]] static EmptyText of(List list, const QString& name = {}, QDate day = {});

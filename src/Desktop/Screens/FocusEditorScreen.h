@@ -143,6 +143,7 @@ class FocusEditorScreen final : public QObject {
   QString status_;
   QString notice_;
   bool isSaving_ = false;
+  bool savesAgain_ = false;  // once it is known what the disk has
   QTimer countTimer_;
   QTimer savedTimer_;
   QTimer noticeTimer_;

@@ -86,12 +86,14 @@ void DesktopTest::click(QQuickItem* item, Qt::MouseButton button) {
 }
 
 void DesktopTest::clickAt(QPoint point, Qt::MouseButton button) {
+  settle();
   QTest::mouseMove(desktop->window(), point);
   QTest::mouseClick(desktop->window(), button, {}, point);
   settle();
 }
 
 void DesktopTest::key(const char* keys) {
+  settle();
   QTest::keySequence(desktop->window(), QKeySequence::fromString(QString::fromUtf8(keys)));
   settle();
 }
@@ -118,8 +120,12 @@ bool DesktopTest::eventually(const std::function<bool()>& condition) {
 }
 
 void DesktopTest::settle() const {
-  // Each pass may post more: a change, its bindings, their polishing.
-  for (int pass = 0; pass < 5; ++pass) QCoreApplication::processEvents();
+  // Each pass may post more: a change, its bindings, and their layout, which comes with the frame.
+  for (int pass = 0; pass < 5; ++pass) {
+    QCoreApplication::processEvents();
+    QEvent frame(QEvent::UpdateRequest);
+    QCoreApplication::sendEvent(desktop->window(), &frame);
+  }
 }
 
 QImage DesktopTest::grab(const char* name) const {

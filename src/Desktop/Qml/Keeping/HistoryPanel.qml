@@ -50,7 +50,6 @@ FocusScope {
         ScrollBar.vertical: FlatScrollBar {}
         Accessible.role: Accessible.List
         Accessible.name: qsTr("历史版本")
-        FocusRing { target: list; visible: list.activeFocus; radius: 10 }
         Keys.onUpPressed: panel.history.choose(panel.history.chosen - 1)
         Keys.onDownPressed: panel.history.choose(panel.history.chosen + 1)
         Keys.onReturnPressed: panel.history.restore()
@@ -62,6 +61,7 @@ FocusScope {
             onClicked: { list.forceActiveFocus(); panel.history.choose(index) }
         }
     }
+    FocusRing { anchors.fill: list; target: list; visible: list.activeFocus; radius: 10 }
     Rectangle {
         id: box
         visible: !panel.isEmpty

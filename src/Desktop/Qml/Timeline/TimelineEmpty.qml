@@ -1,14 +1,14 @@
 import QtQuick
 import Nomely
 
-// What stands in place of an empty list.
+// What stands in place of the cards while there are none.
 EmptyState {
+    id: empty
     required property DesktopScreens screens
-    readonly property emptyText words: screens.timeline.emptyText
-    signal inputAsked()
-    glyph: words.glyph
-    text: words.text
-    note: words.note
-    actionText: words.actionText
-    onTriggered: words.leadsToAll ? screens.timeline.showAll() : inputAsked()
+    readonly property emptyText content: screens.timeline.emptyText
+    glyph: content.glyph
+    text: content.text
+    note: content.note
+    actionText: content.actionText
+    onTriggered: screens.timeline.followEmptyText()
 }

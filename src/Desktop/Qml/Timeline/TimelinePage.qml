@@ -17,6 +17,8 @@ FocusScope {
         screens: page.screens
         narrow: page.narrow
         onSidebarAsked: page.sidebarAsked()
+        onSearchAsked: page.searchAsked()
+        onSearchLeft: cards.takeFocus()
     }
     QuickInput {
         id: input
@@ -39,7 +41,11 @@ FocusScope {
         anchors { fill: parent; topMargin: input.y + input.height + firstRun.implicitHeight + 8 }
         screens: page.screens
         narrow: page.narrow
-        onInputAsked: page.takeInput()
+    }
+    Connections {
+        target: page.screens.timeline
+        function onInputAsked() { page.takeInput() }
+        function onFileAsked() { page.takeInput(); page.screens.quickInput.beginPicking() }
     }
     function takeInput() { input.forceActiveFocus(Qt.ShortcutFocusReason) }
     function takeCards() { cards.takeFocus() }
