@@ -7,10 +7,10 @@
 
 #include "Desktop/Base/Navigation.h"
 #include "Desktop/Base/ScreenContext.h"
-#include "Desktop/Screens/FocusEditorScreen.h"
-#include "Desktop/Screens/QuickInputScreen.h"
 #include "Desktop/Media/MediaScreen.h"
 #include "Desktop/Media/ViewerScreen.h"
+#include "Desktop/Screens/FocusEditorScreen.h"
+#include "Desktop/Screens/QuickInputScreen.h"
 #include "Desktop/Screens/TimelineScreen.h"
 #include "Desktop/Sound/PlayerScreen.h"
 

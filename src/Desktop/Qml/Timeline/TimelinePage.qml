@@ -27,6 +27,7 @@ FocusScope {
         narrow: page.narrow
         room: page.height
         focus: true
+        onLeaveAsked: cards.takeFocus()
     }
     TimelineView {
         id: cards
