@@ -29,6 +29,7 @@ FocusScope {
         narrow: page.narrow
         room: page.height
         focus: true
+        onLeaveAsked: cards.takeFocus()
     }
     FirstRunLine {
         id: firstRun
