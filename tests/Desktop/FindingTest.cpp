@@ -179,7 +179,11 @@ TEST_F(FindingTest, TagsAreRenamedMergedAndDeletedOnTheDisk) {
          click("tagSuggestion");
        },
        [&] { return isReady(); }},
-      {"merged", [&] { click("tagConfirm"); },
+      {"merged",
+       [&] {
+         grab("merge.png");
+         click("tagConfirm");
+       },
        [&] {
          return isClosed() && onDisk("2026-06-17/003.md", "- 运动") &&
                 tagRows() == QStringList{"标签", "运动"};

@@ -76,7 +76,9 @@ QString TagsScreen::confirmText() const {
 }
 
 void TagsScreen::open(Operation operation, const QString& tag) {
-  if (stage_ == Working || tag.isEmpty()) return;
+  // What is under way, and was sent away, is shown again.
+  if (stage_ == Working) return emit changed();
+  if (tag.isEmpty()) return;
   operation_ = {.kind = static_cast<TagOperation::Kind>(operation), .tag = utf8(tag)};
   other_ = operation == Rename ? tag : QString();
   suggest();
@@ -173,7 +175,7 @@ TagsScreen::Outcome TagsScreen::perform(Application& application, const TagOpera
         [&](const std::string& error) { outcome.errors.push_back(error); });
     outcome.change = operation.run(store, run);
   } catch (const CancellationError&) {
-    outcome.failure = run.isDry ? "" : TagOperation::stopped;
+    outcome.isStopped = true;
   } catch (const Error& error) {
     outcome.failure = error.what();
   }
@@ -188,14 +190,16 @@ void TagsScreen::finish(const Outcome& outcome) {
   if (!outcome.failure.empty()) troubles << qt(outcome.failure);
   if (!outcome.errors.empty()) troubles << qt(outcome.errors.front());
   if (outcome.change.failed > 0) troubles << qt(TagOperation::shortfall(outcome.change));
-  if (troubles.isEmpty()) {
+  if (outcome.isStopped) {
+    context_.navigation.toast(qt(TagOperation::stopped));
+  } else if (troubles.isEmpty()) {
     sidebar_.follow(tag, qt(operation_.other));
     context_.navigation.toast(qt(operation_.outcome(outcome.change)));
   } else {
     context_.navigation.fail(troubles.join(tr("；")));
   }
   show(Closed, {});
-  if (showsTag && troubles.isEmpty())
+  if (showsTag && troubles.isEmpty() && !outcome.isStopped)
     operation_.other.empty() ? timeline_.showAll() : timeline_.showTag(qt(operation_.other));
   else
     context_.application.dayViewModel().refreshCurrentTimeline(DayViewModel::Cause::externalWrite);

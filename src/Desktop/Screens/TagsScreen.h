@@ -31,6 +31,7 @@ class TagsScreen : public QObject {
   // The tag's other name; only some operations have one.
   Q_PROPERTY(bool hasOther READ hasOther NOTIFY changed)
   Q_PROPERTY(QString other READ other WRITE setOther NOTIFY changed)
+  Q_PROPERTY(bool offersTags READ offersTags NOTIFY changed)
   Q_PROPERTY(QStringListModel* suggestions READ suggestions CONSTANT)
   // What will happen, is happening, or why it can't.
   Q_PROPERTY(QString text READ text NOTIFY changed)
@@ -53,6 +54,7 @@ class TagsScreen : public QObject {
   [[nodiscard]] Stage stage() const { return stage_; }
   [[nodiscard]] QString title() const;
   [[nodiscard]] bool hasOther() const { return operation_.hasOther(); }
+  [[nodiscard]] bool offersTags() const { return operation_.kind == TagOperation::Kind::merge; }
   [[nodiscard]] QString other() const { return other_; }
   void setOther(const QString& other);
   [[nodiscard]] QStringListModel* suggestions() { return &suggestions_; }
@@ -77,6 +79,7 @@ class TagsScreen : public QObject {
     TagChange change;
     std::vector<std::string> errors;
     std::string failure;  // why nothing was begun
+    bool isStopped = false;
   };
 
   void plan();

@@ -122,6 +122,11 @@ void TimelineScreen::followEmptyText() {
   }
 }
 
+QDate TimelineScreen::dayInView() const {
+  const MemoHandle memo = model_.at(rowInView_);
+  return memo.isPinned() || memo.isLockedOnTop() ? QDate() : memo.date();
+}
+
 void TimelineScreen::lookAt(int row) {
   if (std::exchange(rowInView_, row) != row) emit inViewChanged();
 }

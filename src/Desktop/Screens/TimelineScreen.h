@@ -69,7 +69,8 @@ class TimelineScreen : public QObject {
   [[nodiscard]] bool isLoading() const;
   [[nodiscard]] bool isEmpty() const;
   [[nodiscard]] EmptyText emptyText() const;
-  [[nodiscard]] QDate dayInView() const { return model_.at(rowInView_).date(); }
+  // None while it is a memo that stands on top of the days.
+  [[nodiscard]] QDate dayInView() const;
   [[nodiscard]] QString sectionInView() const { return model_.sectionOf(rowInView_); }
   [[nodiscard]] QString sectionNoteInView() const { return model_.sectionNoteOf(rowInView_); }
   // Tells which row stands at the top of the view.

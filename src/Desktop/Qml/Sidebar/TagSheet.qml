@@ -42,9 +42,11 @@ Sheet {
         ListView {
             id: choices
             objectName: "tagSuggestions"
-            visible: count > 0 && !sheet.isWorking
+            visible: sheet.tags.offersTags
+            enabled: count > 0 && !sheet.isWorking
             width: parent.width
-            height: contentHeight
+            // However many there are: nothing moves away from under the pointer.
+            height: 6 * 31
             interactive: false
             activeFocusOnTab: true
             model: sheet.tags.suggestions
