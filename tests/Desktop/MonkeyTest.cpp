@@ -106,7 +106,7 @@ class MonkeyTest : public DesktopTest {
 
   // What stands in the list of all notes, and what the files say.
   void expectListsAsOnDisk() {
-    const auto keys = [](const std::vector<MemoEntry>& entries) {
+    const auto texted = [](const std::vector<MemoEntry>& entries) {
       std::vector<std::string> all;
       for (const MemoEntry& entry : entries)
         all.push_back(memoKey(entry.date, entry.memo->seqNumber) + entry.memo->body);
@@ -118,7 +118,7 @@ class MonkeyTest : public DesktopTest {
     EXPECT_TRUE(eventually([&] {
       screens().timeline()->refresh();
       return !timeline.isLoadingTimeline.get() &&
-             keys(timeline.allMemos.get()) == keys(onDisk.visibleEntries());
+             texted(timeline.allMemos.get()) == texted(onDisk.visibleEntries());
     }));
   }
 
