@@ -90,7 +90,7 @@ class FocusEditorScreen final : public QObject {
   Q_INVOKABLE void keepBoth();
   Q_INVOKABLE void saveAsNew();
 
-  // Looks whether the memo was changed elsewhere. To be called when the window is active again.
+  // Looks whether the memo was changed elsewhere.
   void checkDisk();
   // Returns when the draft is on the disk. Blocking: for the end of the window.
   void flush();
@@ -143,6 +143,7 @@ class FocusEditorScreen final : public QObject {
   QString status_;
   QString notice_;
   bool isSaving_ = false;
+  bool savesAgain_ = false;  // once it is known what the disk has
   QTimer countTimer_;
   QTimer savedTimer_;
   QTimer noticeTimer_;

@@ -41,6 +41,14 @@ MarkdownEditCommand commandOf(MarkdownEditor::Command command) {
   return MarkdownEdit::Bold{};
 }
 
+// A text with the line ends that an area has: all others become them there.
+QString withLineFeeds(QString text) {
+  text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+  text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+  text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+  return text;
+}
+
 }  // namespace
 
 MarkdownEditor::MarkdownEditor(const ScreenContext& context)
@@ -103,10 +111,10 @@ bool MarkdownEditor::isEmpty() const {
 }
 
 void MarkdownEditor::setText(const QString& text) {
-  stored_ = text;
+  stored_ = withLineFeeds(text);
   if (!area_) return;
   isSetting_ = true;
-  view_->reset(text);
+  view_->reset(stored_);
   isSetting_ = false;
 }
 
@@ -130,9 +138,8 @@ void MarkdownEditor::insertTagSign() {
   commands_->insertSnippet(needsBlank ? u" #" : u"#");
 }
 
-void MarkdownEditor::insert(QString text) {
-  text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-  commands_->insertSnippet(text.toStdU16String());
+void MarkdownEditor::insert(const QString& text) {
+  commands_->insertSnippet(withLineFeeds(text).toStdU16String());
 }
 
 void MarkdownEditor::take(const QMimeData& mime) {

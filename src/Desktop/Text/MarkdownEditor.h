@@ -72,7 +72,7 @@ class MarkdownEditor final : public QObject {
   void pictureOffered(const nomely::OfferedPicture& picture);
 
  private:
-  void insert(QString text);
+  void insert(const QString& text);
   void pasteFrom(bool selection);
   void pastePlain();
   void lookForBold();
