@@ -66,6 +66,7 @@ class Application {
   // Since a restore has replaced the data, until the process ends: start-up jobs refuse to start.
   [[nodiscard]] bool dataMaintenance() const { return storage_.gate.isFrozen(); }
 
+  [[nodiscard]] const Environment& environment() const { return environment_; }
   [[nodiscard]] const DiskPaths& paths() const { return storage_.paths; }
   [[nodiscard]] const StoreContext& storage() const { return storage_; }
   [[nodiscard]] const DayStore& dayStore() const { return memos_.days(); }

@@ -7,6 +7,8 @@
 #include "CLI/OutputFile.h"
 #include "CLI/Progress.h"
 #include "CLI/UsageError.h"
+#include "Editor/Diagrams/DiagramHelper.h"
+#include "Editor/Diagrams/MermaidSnapshotStore.h"
 #include "Export/HTMLExporter.h"
 #include "Export/MarkdownExporter.h"
 
@@ -16,7 +18,10 @@ namespace {
 class ExportCommand final : public ActionCommand {
  public:
   void declare(Syntax& syntax) override {
-    addFormat(syntax, {"html", "一个自带图片的网页", "html"}, &ExportCommand::html);
+    addFormat(syntax, {"html", "一个自带图片的网页", "html"}, &ExportCommand::html)
+        .add({.name = "--diagrams",
+              .help = "把 mermaid 代码块画成图（需要软件包 nomely-diagrams），画不出的仍是代码",
+              .target = &hasDiagrams_});
     addFormat(syntax, {"markdown", "一个 Markdown 文档，附件放在旁边的文件夹里", "md"},
               &ExportCommand::markdown);
   }
@@ -32,11 +37,12 @@ class ExportCommand final : public ActionCommand {
     Session& session;
     std::optional<OutputFile> file;
     ExportSelection selection;
+    std::stop_token stop;
   };
   // Writes the document and returns its length in bytes.
   using Write = std::size_t (ExportCommand::*)(const Job&) const;
 
-  void addFormat(Syntax& syntax, const Format& format, Write write) {
+  Syntax& addFormat(Syntax& syntax, const Format& format, Write write) {
     Syntax& part =
         add(syntax, format.name, format.summary,
             [this, format, write](Session& session) { exportAs(format, session, write); });
@@ -50,6 +56,7 @@ class ExportCommand final : public ActionCommand {
          .kind = WordKind::file});
     part.examples = {
         fmt::format("nomely export {} --all -o 日记.{}", format.name, format.extension)};
+    return part;
   }
 
   [[nodiscard]] std::optional<OutputFile> target(const Session& session,
@@ -64,7 +71,7 @@ class ExportCommand final : public ActionCommand {
     auto file = target(session, format);
     if (!file && session.isJson()) throw UsageError("-o - 不能和 --json 一起用");
     if (file && !file->confirm(session)) return;
-    Job job{.session = session, .file = file, .selection = {}};
+    Job job{.session = session, .file = file, .selection = {}, .stop = {}};
     std::size_t count = 0;
     std::size_t bytes = 0;
     session.host([&](const std::stop_token& stop) {
@@ -83,6 +90,7 @@ class ExportCommand final : public ActionCommand {
   std::size_t writeCounted(Job& job, std::size_t count, const std::stop_token& stop,
                            Write write) const {
     Progress progress(job.session, "导出");
+    job.stop = stop;
     std::size_t done = 0;
     job.selection = {count, [&](const auto& visit) {
                        done = 0;
@@ -99,13 +107,25 @@ class ExportCommand final : public ActionCommand {
   }
 
   [[nodiscard]] std::size_t html(const Job& job) const {
+    DiagramHelper helper(job.session.timers());
+    if (hasDiagrams_ && !helper.isInstalled())
+      throw Error("diagram.missing", "要画出图表，请安装软件包 nomely-diagrams");
+    MermaidSnapshotStore snapshots(helper);
+    const auto element = [&](const std::string& code) -> std::string {
+      snapshots.prepare({code}, job.stop);
+      const auto picture = snapshots.snapshot(code);
+      return picture ? HTMLExporter::pictureElement(picture->png, picture->width, code) : "";
+    };
     std::size_t bytes = 0;
     const auto page = [&](const ExportSink& sink) {
-      HTMLExporter::writePage(job.selection, AttachmentManager(job.session.application().storage()),
-                              job.session.clock(), [&](std::string_view piece) {
-                                bytes += piece.size();
-                                sink(piece);
-                              });
+      HTMLExporter::writePage(
+          job.selection, AttachmentManager(job.session.application().storage()),
+          job.session.clock(),
+          [&](std::string_view piece) {
+            bytes += piece.size();
+            sink(piece);
+          },
+          hasDiagrams_ ? DiagramElement(element) : nullptr);
     };
     if (job.file)
       job.file->write(job.session.files(), page);
@@ -128,6 +148,7 @@ class ExportCommand final : public ActionCommand {
 
   MemoSelection selection_{MemoSelection::Default::today};
   std::optional<std::string> output_;
+  bool hasDiagrams_ = false;
 };
 
 }  // namespace

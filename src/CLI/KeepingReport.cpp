@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "App/BackupAge.h"
 #include "CLI/ByteCount.h"
 #include "CLI/Progress.h"
 #include "Core/Extensions/DateFormatters.h"
@@ -10,9 +11,6 @@
 
 namespace nomely {
 namespace {
-
-// With a backup a day nobody loses more than that.
-constexpr std::chrono::days tooOld{7};
 
 std::optional<KeepingReport::Newest> newestOf(Session& session) {
   const BackupManager& backups = session.application().backups();
@@ -34,13 +32,6 @@ std::optional<KeepingReport::Newest> newestOf(Session& session) {
     }
   });
   return newest;
-}
-
-std::string ageText(std::chrono::microseconds age) {
-  if (age < std::chrono::hours(1)) return "不到一小时前";
-  if (age < std::chrono::days(2))
-    return fmt::format("{} 小时前", std::chrono::floor<std::chrono::hours>(age).count());
-  return fmt::format("{} 天前", std::chrono::floor<std::chrono::days>(age).count());
 }
 
 }  // namespace
@@ -120,8 +111,9 @@ void KeepingReport::addAge(ReportLines& lines) const {
     lines.say("还没有备份。做一份：nomely backup");
   } else if (newest && newest->fault.empty()) {
     const auto age = now - newest->file.date;
-    lines.say(fmt::format("最近的备份：{}，{} 条笔记，验过，能恢复{}", ageText(age), newest->notes,
-                          age > tooOld ? "。已经很久了，做一份新的：nomely backup" : ""));
+    lines.say(fmt::format(
+        "最近的备份：{}，{} 条笔记，验过，能恢复{}", BackupAge::text(age), newest->notes,
+        BackupAge::isTooOld(age) ? "。已经很久了，做一份新的：nomely backup" : ""));
   }
 }
 

@@ -86,7 +86,7 @@ class TrashCommand final : public ActionCommand {
     const std::vector<TrashEntry> entries = byDate ? dated(session) : named(session);
     if (entries.empty())
       session.say(TrashErasing::nothingBetween);
-    else if (session.confirm(byDate ? std::string(TrashErasing::warningBetween) + "。"
+    else if (session.confirm(byDate ? fmt::format("{}。", TrashErasing::warningBetween)
                                     : TrashErasing::warning(entries.size()))) {
       backup_.make(session, TrashErasing::deleting);
       session.memos().destroy(entries);

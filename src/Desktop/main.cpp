@@ -6,6 +6,7 @@
 
 #include "App/ChosenRoot.h"
 #include "Desktop/App/DesktopApplication.h"
+#include "Desktop/App/SingleInstance.h"
 #include "Desktop/Base/Qt.h"
 #include "Platform/Concurrency/Timers.h"
 #include "Platform/Network/HttpClient.h"
@@ -23,9 +24,17 @@ int run() {
   parser.addHelpOption();
   parser.addVersionOption();
   parser.addOption({QStringLiteral("root"), QObject::tr("数据目录"), QObject::tr("文件夹")});
+  nomely::StartRequest::addOptions(parser);
   parser.process(*QCoreApplication::instance());
+  const nomely::StartRequest request = nomely::StartRequest::of(parser);
 
   const nomely::Environment environment = nomely::Environment::current();
+  const std::filesystem::path root =
+      nomely::ChosenRoot::of(nomely::utf8(parser.value(QStringLiteral("root"))), environment,
+                             nomely::FileManager(nomely::posixFileSystem()));
+  nomely::SingleInstance instance(root, environment.stateFolder());
+  if (instance.claim(request) == nomely::SingleInstance::Role::handedOver) return 0;
+
   const nomely::SystemClock clock;
   nomely::DesktopSecrets secrets(environment, nomely::posixFileSystem());
   const nomely::NetworkOptions network = nomely::NetworkOptions::of(environment);
@@ -34,9 +43,11 @@ int run() {
   const std::unique_ptr<nomely::Timers> timers = nomely::makeSystemTimers();
   nomely::DesktopApplication desktop(
       {environment, clock, nomely::posixFileSystem(), secrets, *http, *webSockets, *timers},
-      nomely::ChosenRoot::of(nomely::utf8(parser.value(QStringLiteral("root"))), environment,
-                             nomely::FileManager(nomely::posixFileSystem())));
+      root);
+  QObject::connect(&instance, &nomely::SingleInstance::requested, &desktop,
+                   &nomely::DesktopApplication::take);
   desktop.start();
+  desktop.take(request);
   return QGuiApplication::exec();
 }
 

@@ -88,11 +88,12 @@ constexpr std::string_view pageStart =
 constexpr std::string_view pageEnd = "\n</div>\n</body>\n</html>";
 
 // A reader of the page has no use for the comment that keeps an older text.
-std::string contentOf(const Memo& memo) {
+std::string contentOf(const Memo& memo, const DiagramElement& diagrams = {}) {
   const std::string& body = memo.body;
   return MemoTextUtilities::hasOriginalComment(body)
-             ? markdownToHTML(MemoTextUtilities::stripOriginalComment(body), RenderMode::plain)
-             : markdownToHTML(body, RenderMode::plain);
+             ? markdownToHTML(MemoTextUtilities::stripOriginalComment(body), RenderMode::plain,
+                              diagrams)
+             : markdownToHTML(body, RenderMode::plain, diagrams);
 }
 
 constexpr struct {
@@ -144,12 +145,12 @@ std::string dateAndTime(const MemoFrontmatter& memo, Day date) {
   return date.string() + " " + InlineHTML::escapeText(memo.time);
 }
 
-void writeBlock(const Memo& memo, Day date, const AttachmentManager& attachments,
-                const Sink& sink) {
+void writeBlock(const Memo& memo, Day date, const AttachmentManager& attachments, const Sink& sink,
+                const DiagramElement& diagrams = {}) {
   sink("<div class=\"memo\">\n  <div class=\"time\">");
   sink(dateAndTime(memo, date));
   sink("</div>\n  <div class=\"content\">");
-  sink(contentOf(memo));
+  sink(contentOf(memo, diagrams));
   sink("</div>\n  ");
   Pictures{"<div class=\"files\">\n", "  </div>"}.write(memo, date, attachments, sink);
   sink("\n</div>");
@@ -174,7 +175,7 @@ std::string collected(Write write) {
 }  // namespace
 
 void HTMLExporter::writePage(const Selection& selection, const AttachmentManager& attachmentManager,
-                             const Clock& clock, const Sink& sink) {
+                             const Clock& clock, const Sink& sink, const DiagramElement& diagrams) {
   sink(pageStart);
   sink(fmt::format("{} 条记录 · 生成于 {}</div>\n</header>\n<div class=\"memos\">\n",
                    selection.count, DateFormatters::chineseDateTime.format(clock.now())));
@@ -182,9 +183,16 @@ void HTMLExporter::writePage(const Selection& selection, const AttachmentManager
   selection.forEach([&](const MemoEntry& entry) {
     if (!isFirst) sink("\n");
     isFirst = false;
-    writeBlock(*entry.memo, entry.date, attachmentManager, sink);
+    writeBlock(*entry.memo, entry.date, attachmentManager, sink, diagrams);
   });
   sink(pageEnd);
+}
+
+std::string HTMLExporter::pictureElement(std::string_view png, double width,
+                                         std::string_view name) {
+  return fmt::format(
+      "<img src=\"data:image/png;base64,{}\" style=\"width:{:.0f}px;max-width:100%\" alt=\"{}\">",
+      encodeBase64(png), width, InlineHTML::escapeAttribute(name));
 }
 
 std::string HTMLExporter::exportMemosFlomo(const std::vector<MemoEntry>& entries,

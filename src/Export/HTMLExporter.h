@@ -17,10 +17,13 @@ namespace HTMLExporter {
 using Sink = ExportSink;
 using Selection = ExportSelection;
 
-// Writes the whole page, holding one memo and one picture in memory at a time. Throws what the sink
-// or the selection throws.
+// Writes the whole page, holding one memo and one picture in memory at a time. Throws what the
+// sink, the selection or `diagrams` throws.
 void writePage(const Selection& selection, const AttachmentManager& attachmentManager,
-               const Clock& clock, const Sink& sink);
+               const Clock& clock, const Sink& sink, const DiagramElement& diagrams = {});
+
+// A picture in PNG as an element of a page, so many points wide.
+[[nodiscard]] std::string pictureElement(std::string_view png, double width, std::string_view name);
 
 // The whole page as one string.
 [[nodiscard]] std::string exportMemosFlomo(const std::vector<MemoEntry>& entries,

@@ -40,7 +40,8 @@ std::optional<ChecklistItem> checklistItem(std::string_view line) {
 
 class Converter {
  public:
-  Converter(std::string_view text, RenderMode mode) : lines_(linesOf(text)), mode_(mode) {
+  Converter(std::string_view text, RenderMode mode, const DiagramElement& diagrams)
+      : lines_(linesOf(text)), mode_(mode), diagrams_(diagrams) {
     html_.reserve(text.size() + text.size() / 4);
   }
 
@@ -56,7 +57,7 @@ class Converter {
   std::size_t readFrom(std::size_t index) {
     const std::string_view line = trimHorizontal(lines_[index]);
     if (line.starts_with("```")) {
-      toggleCode();
+      toggleCode(line);
     } else if (code_) {
       code_->push_back(lines_[index]);
     } else if (const auto table = MarkdownTableParser::parse(lines_, index)) {
@@ -109,13 +110,25 @@ class Converter {
         level, sizes[level - 1]);
   }
 
-  void toggleCode() {
+  void toggleCode(std::string_view fence) {
     if (code_) return closeCode();
     closeList();
     code_.emplace();
+    isDiagram_ = diagrams_ && LineRules::isDiagram(fence.substr(3));
+  }
+
+  // The open block as a picture; false where there is none.
+  bool closeDiagram() {
+    const std::string element =
+        isDiagram_ ? diagrams_(fmt::format("{}", fmt::join(*code_, "\n"))) : "";
+    if (element.empty()) return false;
+    code_.reset();
+    emit(element);
+    return true;
   }
 
   void closeCode() {
+    if (closeDiagram()) return;
     std::string block = "<pre><code>";
     for (std::size_t i = 0; i < code_->size(); ++i)
       block.append(i > 0 ? "\n" : "").append(InlineHTML::escapeText((*code_)[i]));
@@ -184,15 +197,17 @@ class Converter {
 
   std::vector<std::string_view> lines_;
   RenderMode mode_;
+  const DiagramElement& diagrams_;
   std::string html_;
   std::optional<std::vector<std::string_view>> code_;  // the open block's lines
+  bool isDiagram_ = false;                             // that block
   std::string_view list_;                              // the start tag of the open list
 };
 
 }  // namespace
 
-std::string markdownToHTML(std::string_view text, RenderMode mode) {
-  return Converter(text, mode).convert();
+std::string markdownToHTML(std::string_view text, RenderMode mode, const DiagramElement& diagrams) {
+  return Converter(text, mode, diagrams).convert();
 }
 
 }  // namespace nomely

@@ -39,6 +39,17 @@ TEST(MarkdownHTMLTest, Plain) {
     EXPECT_EQ(markdownToHTML(text, RenderMode::plain), expected) << name;
 }
 
+TEST(MarkdownHTMLTest, ADiagramWithAPictureTakesItsCodesPlace) {
+  const DiagramElement draw = [](const std::string& code) {
+    return code == "a\nb" ? HTMLExporter::pictureElement("png", 299.6, code + "\"") : "";
+  };
+  EXPECT_EQ(markdownToHTML("``` Mermaid \na\nb\n```\n```js\na\nb\n```\n```mermaid\nbad",
+                           RenderMode::plain, draw),
+            "<img src=\"data:image/png;base64,cG5n\" style=\"width:300px;max-width:100%\" "
+            "alt=\"a\nb&quot;\">\n"
+            "<pre><code>a\nb</code></pre>\n<pre><code>bad</code></pre>");
+}
+
 TEST(MarkdownHTMLTest, StyledIsPlainWithStyles) {
   const std::string text = "## a\n- b\n> c\n\n1. d\n\n`e`\na|b\n---|---\n1|2";
   const RegularExpression styles(R"( style="[^"]+"|<div style=[^>]*>\n|\n</div>)");

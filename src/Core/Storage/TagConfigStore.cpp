@@ -18,9 +18,9 @@ void TagConfigStore::load() {
   adopt(std::move(config));
 }
 
-void TagConfigStore::adopt(TagConfig stored) {
-  for (const Change& change : unsaved_) change(stored);
-  config_.set(std::move(stored));
+void TagConfigStore::adopt(TagConfig config) {
+  for (const Change& change : unsaved_) change(config);
+  config_.set(std::move(config));
 }
 
 void TagConfigStore::setColor(const std::string& color, const std::string& tag) {

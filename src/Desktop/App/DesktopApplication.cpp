@@ -10,6 +10,7 @@
 
 #include "Core/Storage/RescueFolders.h"
 #include "Desktop/Base/Qt.h"
+#include "Desktop/Pictures/DiagramProvider.h"
 #include "Desktop/Pictures/IconProvider.h"
 #include "Desktop/Pictures/ThumbnailProvider.h"
 #include "Editor/Timeline/DayViewModel.h"
@@ -44,11 +45,17 @@ void DesktopApplication::start() {
   engine_->addImportPath(QStringLiteral("qrc:/qt/qml"));
   engine_->addImageProvider(QStringLiteral("icon"), new IconProvider);
   engine_->addImageProvider(QLatin1String(ThumbnailProvider::name), new ThumbnailProvider);
+  engine_->addImageProvider(QStringLiteral("diagram"),
+                            new DiagramProvider(executor_, machine_.timers));
   engine_->setInitialProperties({{QStringLiteral("desktop"), QVariant::fromValue(this)}});
   engine_->load(QUrl(QStringLiteral("qrc:/qt/qml/Nomely/Qml/Main.qml")));
   if (engine_->rootObjects().isEmpty())
     throw Error("desktop.window", "窗口无法打开，请重新安装 nomely-desktop");
   window_ = qobject_cast<QQuickWindow*>(engine_->rootObjects().first());
+  // Other programs may have written while the window was away.
+  connect(window_, &QWindow::activeChanged, this, [this] {
+    if (window_->isActive() && screens_) screens_->timeline()->refresh();
+  });
 }
 
 void DesktopApplication::open() {
@@ -77,6 +84,14 @@ void DesktopApplication::open() {
       [this](bool isLoaded) { application_->startMaintenance(isLoaded); });
   screens_ = std::make_unique<DesktopScreens>(DesktopScreens::Context{
       *application_, executor_, jobs_, machine_.clock, machine_.timers, machine_.fileSystem});
+  // Queued: the screen that tells of it goes with the root before.
+  connect(
+      screens_->settings(), &SettingsScreen::rootChosen, this,
+      [this](const QString& root) {
+        root_ = utf8(root);
+        startOver();
+      },
+      Qt::QueuedConnection);
   screens_->timeline()->showAll();
   emit screensChanged();
 }
@@ -107,6 +122,23 @@ void DesktopApplication::tryLater() {
 
 void DesktopApplication::setObstacle(const QString& text) {
   if (std::exchange(obstacle_, text) != text) emit obstacleChanged();
+}
+
+void DesktopApplication::take(const StartRequest& request) {
+  if (!request.activationToken.isEmpty())
+    qputenv("XDG_ACTIVATION_TOKEN", request.activationToken.toUtf8());
+  window_->show();
+  window_->raise();
+  window_->requestActivate();
+  if (!screens_) return;
+  if (request.day.isValid()) screens_->timeline()->showDay(request.day);
+  QList<QUrl> files;
+  for (const QString& file : request.files) files.append(QUrl::fromLocalFile(file));
+  if (!files.isEmpty()) screens_->quickInput()->attachments()->add(files);
+  if (request.isCapture || !request.files.isEmpty()) {
+    screens_->navigation()->show(Navigation::Timeline);
+    emit inputAsked();
+  }
 }
 
 void DesktopApplication::close() {

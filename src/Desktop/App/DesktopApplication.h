@@ -10,6 +10,8 @@
 
 #include "App/Application.h"
 #include "Desktop/App/DesktopScreens.h"
+#include "Desktop/App/StartRequest.h"
+#include "Desktop/App/ThemeWatcher.h"
 #include "Desktop/Base/QtMainExecutor.h"
 #include "Platform/Concurrency/JobPool.h"
 
@@ -40,6 +42,7 @@ class DesktopApplication : public QObject {
   QML_UNCREATABLE("made by main")
   Q_PROPERTY(DesktopScreens* screens READ screens NOTIFY screensChanged)
   Q_PROPERTY(QString obstacle READ obstacle NOTIFY obstacleChanged)
+  Q_PROPERTY(ThemeWatcher* theme READ theme CONSTANT)
   Q_PROPERTY(QString version READ version CONSTANT)
 
  public:
@@ -54,7 +57,11 @@ class DesktopApplication : public QObject {
   [[nodiscard]] DesktopScreens* screens() { return screens_.get(); }
   // Why nothing can be shown or saved for the moment; empty when nothing is in the way.
   [[nodiscard]] QString obstacle() const { return obstacle_; }
+  [[nodiscard]] ThemeWatcher* theme() { return &theme_; }
   [[nodiscard]] static QString version();
+
+  // Brings the window to the front and does what a start of the program asks for.
+  void take(const StartRequest& request);
 
   // Puts on the disk what is not there yet, and then ends the program.
   Q_INVOKABLE void close();
@@ -62,6 +69,8 @@ class DesktopApplication : public QObject {
  signals:
   void screensChanged();
   void obstacleChanged();
+  // Asks the view to put the caret into the input.
+  void inputAsked();
 
  private:
   void open();
@@ -71,6 +80,7 @@ class DesktopApplication : public QObject {
   void setObstacle(const QString& text);
 
   DesktopMachine machine_;
+  ThemeWatcher theme_;
   std::filesystem::path root_;
   QtMainExecutor executor_;
   JobPool jobs_;

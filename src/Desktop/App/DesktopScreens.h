@@ -9,9 +9,18 @@
 #include "Desktop/Base/ScreenContext.h"
 #include "Desktop/Media/MediaScreen.h"
 #include "Desktop/Media/ViewerScreen.h"
+#include "Desktop/Screens/BannerScreen.h"
 #include "Desktop/Screens/FocusEditorScreen.h"
+#include "Desktop/Screens/HistoryScreen.h"
 #include "Desktop/Screens/QuickInputScreen.h"
+#include "Desktop/Screens/SettingsScreen.h"
+#include "Desktop/Screens/CardActions.h"
+#include "Desktop/Screens/OverviewScreen.h"
+#include "Desktop/Screens/SearchScreen.h"
+#include "Desktop/Screens/SidebarScreen.h"
+#include "Desktop/Screens/TagsScreen.h"
 #include "Desktop/Screens/TimelineScreen.h"
+#include "Desktop/Screens/TrashScreen.h"
 #include "Desktop/Sound/PlayerScreen.h"
 
 namespace nomely {
@@ -28,6 +37,17 @@ class DesktopScreens : public QObject {
   Q_PROPERTY(MediaScreen* media READ media CONSTANT)
   Q_PROPERTY(ViewerScreen* viewer READ viewer CONSTANT)
   Q_PROPERTY(PlayerScreen* player READ player CONSTANT)
+  Q_PROPERTY(BannerScreen* banner READ banner CONSTANT)
+  Q_PROPERTY(TrashScreen* trash READ trash CONSTANT)
+  Q_PROPERTY(HistoryScreen* history READ history CONSTANT)
+  Q_PROPERTY(SettingsScreen* settings READ settings CONSTANT)
+  Q_PROPERTY(CardActions* cards READ cards CONSTANT)
+  Q_PROPERTY(SidebarScreen* sidebar READ sidebar CONSTANT)
+  Q_PROPERTY(TagsScreen* tags READ tags CONSTANT)
+  Q_PROPERTY(SearchScreen* search READ search CONSTANT)
+  // The one that floats over any page.
+  Q_PROPERTY(SearchScreen* floatingSearch READ floatingSearch CONSTANT)
+  Q_PROPERTY(OverviewScreen* overview READ overview CONSTANT)
 
  public:
   // As ScreenContext has it, but for what is made here.
@@ -49,6 +69,16 @@ class DesktopScreens : public QObject {
   [[nodiscard]] MediaScreen* media() { return media_.get(); }
   [[nodiscard]] ViewerScreen* viewer() { return viewer_.get(); }
   [[nodiscard]] PlayerScreen* player() { return player_.get(); }
+  [[nodiscard]] BannerScreen* banner() { return banner_.get(); }
+  [[nodiscard]] TrashScreen* trash() { return trash_.get(); }
+  [[nodiscard]] HistoryScreen* history() { return history_.get(); }
+  [[nodiscard]] SettingsScreen* settings() { return settings_.get(); }
+  [[nodiscard]] CardActions* cards() { return cards_.get(); }
+  [[nodiscard]] SidebarScreen* sidebar() { return sidebar_.get(); }
+  [[nodiscard]] TagsScreen* tags() { return tags_.get(); }
+  [[nodiscard]] SearchScreen* search() { return search_.get(); }
+  [[nodiscard]] SearchScreen* floatingSearch() { return floatingSearch_.get(); }
+  [[nodiscard]] OverviewScreen* overview() { return overview_.get(); }
 
   // Puts on the disk what is typed and not saved. Blocking.
   void flush();
@@ -61,6 +91,16 @@ class DesktopScreens : public QObject {
   std::unique_ptr<MediaScreen> media_;
   std::unique_ptr<ViewerScreen> viewer_;
   std::unique_ptr<PlayerScreen> player_;
+  std::unique_ptr<BannerScreen> banner_;
+  std::unique_ptr<TrashScreen> trash_;
+  std::unique_ptr<HistoryScreen> history_;
+  std::unique_ptr<SettingsScreen> settings_;
+  std::unique_ptr<CardActions> cards_;
+  std::unique_ptr<SidebarScreen> sidebar_;
+  std::unique_ptr<TagsScreen> tags_;
+  std::unique_ptr<SearchScreen> search_;
+  std::unique_ptr<SearchScreen> floatingSearch_;
+  std::unique_ptr<OverviewScreen> overview_;
 };
 
 }  // namespace nomely

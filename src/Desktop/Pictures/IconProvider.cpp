@@ -70,6 +70,7 @@ constexpr Glyph glyphs[]{
     {"merge", "M6 4v5c0 3 6 3 6 6v5M18 4v5c0 3-6 3-6 6M9 17l3 3 3-3"},
     {"mic",
      "M12 4a3 3 0 0 1 3 3v5a3 3 0 0 1-6 0V7a3 3 0 0 1 3-3zM6 11.500a6 6 0 0 0 12 0M12 17.500V21"},
+    {"minus", "M5 12h14"},
     {"more", "M6 12h.1M12 12h.1M18 12h.1"},
     {"numbers", "M10 6h10M10 12h10M10 18h10M4 4.500h1.500V9M4 14h3l-3 5h3"},
     {"palette",

@@ -11,15 +11,15 @@ Window {
     visible: true
     title: "Nomely"
     color: Theme.window
-    // qmllint disable signal-handler-parameters
     onClosing: close => { close.accepted = false; window.desktop.close() }
 
+    Binding { target: Theme; property: "animated"; value: window.desktop.theme.animated }
     Loader {
         id: loader
         anchors.fill: parent
         focus: true
         active: window.desktop.screens !== null
-        sourceComponent: Shell { screens: window.desktop.screens }
+        sourceComponent: Shell { desktop: window.desktop; screens: window.desktop.screens }
     }
     Obstacle { visible: text; anchors.fill: parent; text: window.desktop.obstacle }
 }

@@ -3,14 +3,17 @@
 #include <QDate>
 #include <QObject>
 #include <QTimer>
+#include <optional>
 #include <vector>
 
 #include <QtQml/qqmlregistration.h>
 
+#include "Core/Storage/MemoPlace.h"
 #include "Desktop/Base/BackgroundWork.h"
 #include "Desktop/Base/ScreenContext.h"
 #include "Desktop/Models/MemoHandle.h"
 #include "Desktop/Models/TimelineModel.h"
+#include "Desktop/Screens/EmptyText.h"
 #include "Platform/Concurrency/Subscription.h"
 
 namespace nomely {
@@ -31,6 +34,7 @@ class TimelineScreen : public QObject {
   Q_PROPERTY(QString counts READ counts NOTIFY countsChanged)
   Q_PROPERTY(bool isLoading READ isLoading NOTIFY loadingChanged)
   Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY countsChanged)
+  Q_PROPERTY(nomely::EmptyText emptyText READ emptyText NOTIFY listChanged)
   Q_PROPERTY(QDate dayInView READ dayInView NOTIFY inViewChanged)
   Q_PROPERTY(QString sectionInView READ sectionInView NOTIFY inViewChanged)
   Q_PROPERTY(QString sectionNoteInView READ sectionNoteInView NOTIFY inViewChanged)
@@ -64,6 +68,7 @@ class TimelineScreen : public QObject {
   [[nodiscard]] QString counts() const;
   [[nodiscard]] bool isLoading() const;
   [[nodiscard]] bool isEmpty() const;
+  [[nodiscard]] EmptyText emptyText() const;
   [[nodiscard]] QDate dayInView() const { return model_.at(rowInView_).date(); }
   [[nodiscard]] QString sectionInView() const { return model_.sectionOf(rowInView_); }
   [[nodiscard]] QString sectionNoteInView() const { return model_.sectionNoteOf(rowInView_); }
@@ -84,6 +89,11 @@ class TimelineScreen : public QObject {
   Q_INVOKABLE void showAttachments();
   // Searches off the main thread; the list before stays until the results come.
   Q_INVOKABLE void showSearch(const QString& query);
+  // The same from a search.
+  void revealFound(QDate day, int seqNumber);
+  // Back to the list and the place where one was before a search; nothing when another list was
+  // chosen since.
+  Q_INVOKABLE void leaveSearch();
   // The day of a memo, with its card in view.
   Q_INVOKABLE void reveal(QDate day, int seqNumber);
   Q_INVOKABLE void stepDay(int days);
@@ -99,6 +109,13 @@ class TimelineScreen : public QObject {
   // Unfolds or folds a card.
   Q_INVOKABLE void toggleExpanded(const nomely::MemoHandle& memo);
 
+  // Does what the text of an empty list offers.
+  Q_INVOKABLE void followEmptyText();
+  // The number of a row in a list that is counted, 1 for the oldest or for the newest.
+  Q_INVOKABLE int seriesNumber(int row, bool ascending) const {
+    return ascending ? static_cast<int>(memoCount_) - row : row + 1;
+  }
+
   // To be called when the window is shown again: other programs may have written meanwhile.
   void refresh();
 
@@ -109,14 +126,27 @@ class TimelineScreen : public QObject {
   void inViewChanged();
   // Notes were saved, moved or deleted here.
   void changed();
+  // Ask the view for the input, or for a file to put into it.
+  void inputAsked();
+  void fileAsked();
   // Asks the view to bring that row to the top.
   void revealed(int row);
 
  private:
+  // Where a search began.
+  struct Place {
+    List list = All;
+    QString tag;
+    QDate day;
+    std::optional<MemoPlace> atTop;  // the memo in view
+  };
+  [[nodiscard]] Place here() const;
+  void show(const Place& place);
   void choose(List list, const QString& tag = {}, const QString& query = {});
   void showRows();
   void countAll();
   void revealAsked();
+  [[nodiscard]] int rowOf(const MemoPlace& place) const;
   [[nodiscard]] QString dayTitle() const;
 
   const ScreenContext context_;
@@ -125,9 +155,10 @@ class TimelineScreen : public QObject {
   List list_ = All;
   QString tag_;
   QString query_;
+  std::optional<Place> beforeSearch_;
   int rowInView_ = -1;
   bool isOtherList_ = true;  // the rows in the model are of the list before
-  QString toReveal_;         // memoKey
+  std::optional<MemoPlace> toReveal_;
   std::size_t memoCount_ = 0;
   std::size_t dayCount_ = 0;
   QTimer midnight_;

@@ -6,17 +6,11 @@
 #include <utility>
 
 #include "Desktop/Base/Qt.h"
-#include "Platform/Concurrency/NotificationCenter.h"
 
 namespace nomely {
 
 PlayerScreen::PlayerScreen(const ScreenContext& context)
-    : context_(context), shapes_(context.executor) {
-  stopped_ = NotificationCenter::shared().observe(
-      Notifications::stopAudioPlayback,
-      [&executor = context.executor, stopPlaying = lifetime_.guard([this] { stop(); })](
-          const std::string&) { executor.post(stopPlaying); });
-}
+    : context_(context), shapes_(context.executor) {}
 
 PlayerScreen::~PlayerScreen() {
   lifetime_.end();

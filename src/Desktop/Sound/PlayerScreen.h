@@ -11,7 +11,6 @@
 #include "Desktop/Sound/SoundShapes.h"
 #include "Platform/Audio/AudioPlayback.h"
 #include "Platform/Concurrency/Lifetime.h"
-#include "Platform/Concurrency/Subscription.h"
 
 namespace nomely {
 
@@ -75,7 +74,6 @@ class PlayerScreen : public QObject {
   double speed_ = 1;
   QString failure_;
   SoundShapes shapes_;
-  Subscription stopped_;
   Lifetime lifetime_;
 };
 

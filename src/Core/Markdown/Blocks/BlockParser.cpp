@@ -178,7 +178,7 @@ void BlockParser::passQuote() {
 
 void BlockParser::flushCode() {
   std::string code = joined(code_);
-  if (equalsIgnoringAsciiCase(language_, "mermaid"))
+  if (LineRules::isDiagram(language_))
     blocks_.emplace_back(markdown::Mermaid{std::move(code)});
   else if (language_.empty())
     blocks_.emplace_back(markdown::CodeBlock{std::move(code), std::nullopt});

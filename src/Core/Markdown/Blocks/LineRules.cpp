@@ -129,4 +129,8 @@ bool LineRules::isRule(std::string_view line) {
   return line.size() >= leastRule && line.find_first_not_of("-* ") == std::string_view::npos;
 }
 
+bool LineRules::isDiagram(std::string_view language) {
+  return equalsIgnoringAsciiCase(trimSpaceAndBreaks(language), "mermaid");
+}
+
 }  // namespace nomely

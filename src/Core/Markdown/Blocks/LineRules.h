@@ -49,6 +49,9 @@ struct CheckLine {
 // Nothing but "-", "*" and blanks, three characters or more.
 [[nodiscard]] bool isRule(std::string_view line);
 
+// Whether code in that language, as it stands behind the opening fence, is a diagram's source.
+[[nodiscard]] bool isDiagram(std::string_view language);
+
 }  // namespace LineRules
 
 }  // namespace nomely

@@ -34,6 +34,6 @@ AbstractButton {
             }
         }
     }
-    Keys.onReturnPressed: click()
+    Keys.onReturnPressed: clicked()
     Keys.onDeletePressed: if (removable) removed()
 }

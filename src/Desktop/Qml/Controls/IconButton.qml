@@ -20,7 +20,7 @@ AbstractButton {
         FocusRing { target: control }
     }
     contentItem: Item { Icon { anchors.centerIn: parent; name: control.glyph; tint: control.tint; size: control.glyphSize } }
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
     Hint { text: control.hint }
 }

@@ -15,6 +15,6 @@ AbstractButton {
     background: Item { FocusRing { target: control; radius: 6 } }
     contentItem: Text { id: label; text: control.text; color: control.ink; verticalAlignment: Text.AlignVCenter; font { family: Theme.sans; pixelSize: control.fontSize; underline: control.hovered } }
     HoverHandler { cursorShape: Qt.PointingHandCursor }
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
 }

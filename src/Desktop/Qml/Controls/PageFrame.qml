@@ -7,6 +7,7 @@ Rectangle {
     property string title
     property string note
     property int columnWidth: Theme.column
+    property real topInset: 0
     property alias actions: actionRow.data
     default property alias content: body.data
     readonly property bool narrow: width < 560
@@ -29,5 +30,5 @@ Rectangle {
         }
         Row { id: actionRow; anchors { right: parent.right; rightMargin: Math.max(8, (parent.width - page.column) / 2); verticalCenter: parent.verticalCenter } spacing: 8 }
     }
-    Item { id: body; anchors { top: bar.bottom; bottom: parent.bottom; horizontalCenter: parent.horizontalCenter } width: page.column }
+    Item { id: body; anchors { top: bar.bottom; topMargin: page.topInset; bottom: parent.bottom; horizontalCenter: parent.horizontalCenter } width: page.column }
 }

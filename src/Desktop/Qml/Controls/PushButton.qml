@@ -31,6 +31,6 @@ AbstractButton {
             Text { visible: control.keyHint; anchors.verticalCenter: parent.verticalCenter; text: control.keyHint; color: control.ink; opacity: 0.85; font { family: Theme.sans; pixelSize: Theme.tiny } }
         }
     }
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
 }

@@ -7,6 +7,7 @@ Item {
     required property memoHandle memo
     required property DesktopScreens screens
     property bool lively: false
+    property int seriesNumber: 0
     property bool showsDate: memo.pinned || memo.lockedOnTop
     signal menuAsked(Item from)
     implicitHeight: 22
@@ -14,6 +15,7 @@ Item {
         spacing: 8
         anchors.verticalCenter: parent.verticalCenter
         Icon { visible: head.memo.pinned; anchors.verticalCenter: parent.verticalCenter; name: head.memo.lockedOnTop ? "lock" : "pin"; size: 14; tint: Theme.accent }
+        Text { visible: head.seriesNumber > 0; anchors.verticalCenter: parent.verticalCenter; text: head.seriesNumber; color: Theme.text2; font { family: Theme.serif; pixelSize: Theme.normal; bold: true } }
         Text { anchors.verticalCenter: parent.verticalCenter; text: (head.showsDate ? Qt.formatDate(head.memo.date, qsTr("M月d日")) + " " : "") + head.memo.time; color: Theme.text3; font { family: Theme.sans; pixelSize: Theme.small } }
         Text { visible: text; anchors.verticalCenter: parent.verticalCenter; text: head.memo.mood; font { family: Theme.emoji; pixelSize: 13 } }
         Text { visible: text; anchors.verticalCenter: parent.verticalCenter; text: head.memo.source; color: Theme.text3; font { family: Theme.sans; pixelSize: Theme.small } }

@@ -8,10 +8,10 @@ Item {
     required property memoHandle memo
     required property DesktopScreens screens
     property bool expanded: false
+    property int seriesNumber: 0
     property bool narrow: false
     property bool current: false
-    // Whether the keyboard is at something inside of the card.
-    readonly property bool hasInnerFocus: inner.activeFocus
+    readonly property MemoBody body: text
     signal menuAsked(Item from)
     signal pressed()
     implicitHeight: frame.implicitHeight
@@ -41,8 +41,19 @@ Item {
                 id: content
                 width: parent.width
                 spacing: 8
-                CardHead { width: parent.width; memo: card.memo; screens: card.screens; lively: hover.hovered || card.current; onMenuAsked: from => card.menuAsked(from) }
-                Text { width: parent.width; text: card.memo.body; wrapMode: Text.Wrap; color: Theme.text; maximumLineCount: card.expanded ? 10000 : 6; elide: Text.ElideRight; font { family: Theme.sans; pixelSize: Theme.body } }
+                CardHead { width: parent.width; memo: card.memo; screens: card.screens; seriesNumber: card.seriesNumber; lively: hover.hovered || card.current; onMenuAsked: from => card.menuAsked(from) }
+                MemoBody {
+                    id: text
+                    width: parent.width
+                    memo: card.memo
+                    expanded: card.expanded
+                    keyword: card.screens.timeline.query
+                    linksAsCards: card.screens.settings.linksAsCards
+                    onTicked: line => card.screens.cards.tick(card.memo, line)
+                    onLinkActivated: address => card.screens.cards.openLink(address)
+                    onExpandAsked: card.screens.timeline.toggleExpanded(card.memo)
+                    onOpenLong: card.screens.cards.read(card.memo)
+                }
                 MemoAttachments { width: parent.width; memo: card.memo; screens: card.screens }
                 CardTags { width: parent.width; memo: card.memo; screens: card.screens }
             }

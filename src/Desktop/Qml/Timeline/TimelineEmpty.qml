@@ -1,8 +1,14 @@
 import QtQuick
 import Nomely
 
+// What stands in place of the cards while there are none.
 EmptyState {
+    id: empty
     required property DesktopScreens screens
-    glyph: "all"
-    text: qsTr("这里还没有笔记")
+    readonly property emptyText content: screens.timeline.emptyText
+    glyph: content.glyph
+    text: content.text
+    note: content.note
+    actionText: content.actionText
+    onTriggered: screens.timeline.followEmptyText()
 }

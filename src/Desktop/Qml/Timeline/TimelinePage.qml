@@ -17,6 +17,8 @@ FocusScope {
         screens: page.screens
         narrow: page.narrow
         onSidebarAsked: page.sidebarAsked()
+        onSearchAsked: page.searchAsked()
+        onSearchLeft: cards.takeFocus()
     }
     QuickInput {
         id: input
@@ -29,11 +31,22 @@ FocusScope {
         focus: true
         onLeaveAsked: cards.takeFocus()
     }
+    FirstRunLine {
+        id: firstRun
+        anchors { top: input.bottom; horizontalCenter: parent.horizontalCenter }
+        width: input.width
+        settings: page.screens.settings
+    }
     TimelineView {
         id: cards
-        anchors { fill: parent; topMargin: input.y + input.height + 8 }
+        anchors { fill: parent; topMargin: input.y + input.height + firstRun.implicitHeight + 8 }
         screens: page.screens
         narrow: page.narrow
+    }
+    Connections {
+        target: page.screens.timeline
+        function onInputAsked() { page.takeInput() }
+        function onFileAsked() { page.takeInput(); page.screens.quickInput.beginPicking() }
     }
     function takeInput() { input.forceActiveFocus(Qt.ShortcutFocusReason) }
     function takeCards() { cards.takeFocus() }

@@ -13,7 +13,7 @@ Item {
     property real column: Theme.column
     property bool narrow: false
     property bool hasKeys: false
-    readonly property bool hasInnerFocus: card.hasInnerFocus
+    readonly property MemoBody body: card.body
     signal menuAsked(Item from)
     signal chosen()
     height: card.implicitHeight + card.y
@@ -34,6 +34,7 @@ Item {
         narrow: row.narrow
         memo: row.memo
         expanded: row.expanded
+        seriesNumber: row.screens.settings.showsSeriesNumber ? row.screens.timeline.seriesNumber(row.index, row.screens.settings.seriesNumberAscending) : 0
         screens: row.screens
         current: row.hasKeys && row.ListView.isCurrentItem
         onMenuAsked: from => row.menuAsked(from)

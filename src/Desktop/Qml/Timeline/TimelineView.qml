@@ -9,7 +9,7 @@ FocusScope {
     property bool narrow: false
     readonly property real column: Math.min(Theme.column, width - (narrow ? 24 : 48))
     // Keys without a modifier are for the cards alone, not for what is inside of one.
-    readonly property bool hasKeys: list.activeFocus && !list.currentItem?.hasInnerFocus
+    readonly property bool hasKeys: list.activeFocus && (Window.activeFocusItem === list || Window.activeFocusItem === list.currentItem)
 
     ListView {
         id: list
@@ -33,7 +33,8 @@ FocusScope {
         onTopRowChanged: view.screens.timeline.lookAt(topRow)
         onAtYEndChanged: if (atYEnd && count > 0) view.screens.timeline.loadMore()
         onCurrentIndexChanged: if (currentIndex >= 0) positionViewAtIndex(currentIndex, ListView.Contain)
-        onActiveFocusChanged: if (activeFocus && currentIndex < 0 && count > 0) currentIndex = Math.max(0, topRow)
+        // Not for what is inside of a card: a current card would take the focus from it.
+        onActiveFocusChanged: if (view.hasKeys && currentIndex < 0 && count > 0) currentIndex = Math.max(0, topRow)
         delegate: TimelineRow {
             screens: view.screens
             narrow: view.narrow
