@@ -22,6 +22,7 @@ FocusScope {
 
     // Puts the caret into the text.
     function write() { writing.area.forceActiveFocus() }
+    function pickFiles() { files.open() }
 
     Rectangle {
         visible: box.activeFocus

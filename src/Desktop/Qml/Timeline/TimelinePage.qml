@@ -46,7 +46,7 @@ FocusScope {
     Connections {
         target: page.screens.timeline
         function onInputAsked() { page.takeInput() }
-        function onFileAsked() { page.takeInput(); page.screens.quickInput.beginPicking() }
+        function onFileAsked() { input.pickFiles() }
     }
     function takeInput() { input.forceActiveFocus(Qt.ShortcutFocusReason) }
     function takeCards() { cards.takeFocus() }
