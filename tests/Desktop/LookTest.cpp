@@ -66,6 +66,7 @@ class LookTest : public DesktopTest {
   }
   void leave() {
     for (int i = 0; i < 3; ++i) key("Esc");
+    screens().quickInput()->editor()->replaceText({});
     screens().navigation()->showPanel(Navigation::NoPanel);
     screens().navigation()->show(Navigation::Timeline);
     screens().timeline()->showAll();
@@ -103,20 +104,22 @@ TEST_F(LookTest, WhatTakesTheFocusHasANameAndARole) {
   }
 }
 
-// What Tab reaches in one round is all that can be reached.
-TEST_F(LookTest, TabReachesEverything) {
+TEST_F(LookTest, TheKeyboardReachesWhatThePointerDoes) {
   open();
-  for (const Page& page : pages()) {
-    if (page.name == std::string("menu")) continue;  // worked with arrows
-    SCOPED_TRACE(page.name);
-    page.show();
+  const struct {
+    Navigation::Page page;
+    std::size_t atLeast;
+  } rows[]{{Navigation::Timeline, 9}, {Navigation::Overview, 4}, {Navigation::Settings, 8}};
+  for (const auto& [page, atLeast] : rows) {
+    screens().navigation()->show(page);
     quiet();
+    if (page == Navigation::Timeline) key("F6");  // in a text Tab indents
     std::set<QQuickItem*> reached;
-    for (int press = 0; press < 120; ++press) {
+    for (int press = 0; press < 40; ++press) {
       QTest::keyClick(desktop->window(), Qt::Key_Tab);
-      if (QQuickItem* item = desktop->window()->activeFocusItem()) reached.insert(item);
+      reached.insert(desktop->window()->activeFocusItem());
     }
-    EXPECT_GT(reached.size(), 2U);
+    EXPECT_GE(reached.size(), atLeast) << page;
     leave();
   }
 }
