@@ -42,8 +42,7 @@ int run() {
   const std::unique_ptr<nomely::WebSocketClient> webSockets = nomely::makeWebSocketClient(network);
   const std::unique_ptr<nomely::Timers> timers = nomely::makeSystemTimers();
   nomely::DesktopApplication desktop(
-      {environment, clock, nomely::posixFileSystem(), secrets, *http, *webSockets, *timers},
-      root);
+      {environment, clock, nomely::posixFileSystem(), secrets, *http, *webSockets, *timers}, root);
   QObject::connect(&instance, &nomely::SingleInstance::requested, &desktop,
                    &nomely::DesktopApplication::take);
   desktop.start();

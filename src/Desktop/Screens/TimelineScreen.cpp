@@ -101,9 +101,9 @@ bool TimelineScreen::isEmpty() const {
 
 EmptyText TimelineScreen::emptyText() const {
   using Text = EmptyText::List;
-  constexpr Text texts[]{Text::today,    Text::day,    Text::all,   Text::pinned,
-                         Text::onThisDay, Text::tag,    Text::untagged, Text::images,
-                         Text::links,    Text::audio,  Text::attachments, Text::search};
+  constexpr Text texts[]{Text::today,     Text::day,   Text::all,         Text::pinned,
+                         Text::onThisDay, Text::tag,   Text::untagged,    Text::images,
+                         Text::links,     Text::audio, Text::attachments, Text::search};
   static_assert(std::size(texts) == Search + 1);
   return EmptyText::of(texts[list_], list_ == Tag ? tag_ : query_, day());
 }
