@@ -80,6 +80,7 @@ TEST_F(KeepingTest, TrashDoesAndShows) {
 
   fs::remove_all(root / ".backups");
   writeFile(root / ".backups", "stands against a backup");
+  ASSERT_TRUE(eventually([&] { return !item("stopBackup"); }));
   click("trashEmpty");
   answer("确认清空回收站？");
   ASSERT_TRUE(eventually([&] { return screens().trash()->question().isAsked(); }));
@@ -105,14 +106,16 @@ TEST_F(KeepingTest, HistoryDoesAndShows) {
              need("historySize")->property("text").toString() == qt(text);
     });
   };
-  EXPECT_TRUE(shown("+3 −0 字")) << "the newest against the present";
+  EXPECT_TRUE(shown("+2 −0 字")) << "the newest against the present";
   key("Down");
-  EXPECT_TRUE(shown("+4 −1 字"));
+  EXPECT_TRUE(shown("+3 −1 字"));
   click("compareNext");
   EXPECT_TRUE(shown("+1 −1 字"));
   grab("history.png");
   click("historyRestore");
-  ASSERT_TRUE(eventually([&] { return stored().body == "早上跑步五公里"; }));
+  grab("history-restored.png");
+  ASSERT_TRUE(eventually([&] { return stored().body == "早上跑步五公里"; }))
+      << utf8(screens().banner()->error());
   ASSERT_TRUE(eventually([&] { return item("historyRow", 2) != nullptr; }));
   click("toastAction");
   ASSERT_TRUE(eventually([&] { return stored().body == "早上跑步六公里，下雨"; })) << "undone";

@@ -8,7 +8,6 @@
 #include <chrono>
 #include <utility>
 
-#include "Core/Storage/RescueFolders.h"
 #include "Desktop/Base/Qt.h"
 #include "Desktop/Pictures/DiagramProvider.h"
 #include "Desktop/Pictures/IconProvider.h"
@@ -67,8 +66,9 @@ void DesktopApplication::open() {
     const auto found = storage.files.attributes(storage.paths.rootURL);
     if (found && found->type != FileType::directory)
       throw FileError("打开数据目录", storage.paths.rootURL, ENOTDIR);
-    if (!found) RescueFolders::throwIfAny(storage.gate.root(), storage.files);
-    if (found) (void)application_->becomeResident();
+    // One that isn't there yet is made: whether it vanishes later could not be told else.
+    if (!found) storage.paths.createRoot(storage.files);
+    (void)application_->becomeResident();
   } catch (const Error& error) {
     setObstacle(qt(error.what()));
     return tryLater();

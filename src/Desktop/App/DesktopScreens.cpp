@@ -3,11 +3,20 @@
 #include "App/Application.h"
 
 namespace nomely {
+namespace {
+
+constexpr std::size_t searchResults = 50;
+constexpr std::size_t floatingSearchResults = 30;
+
+}  // namespace
 
 DesktopScreens::DesktopScreens(const Context& context) {
   const ScreenContext screens{context.application, navigation_,    context.executor,  context.jobs,
                               context.clock,       context.timers, context.fileSystem};
   timeline_ = std::make_unique<TimelineScreen>(screens);
+  // Whoever chooses a list, wherever that is, wants to see it.
+  connect(timeline_.get(), &TimelineScreen::listChanged, &navigation_,
+          [this] { navigation_.show(Navigation::Timeline); });
   quickInput_ = std::make_unique<QuickInputScreen>(screens);
   focusEditor_ = std::make_unique<FocusEditorScreen>(screens);
   media_ = std::make_unique<MediaScreen>(screens);
@@ -22,6 +31,11 @@ DesktopScreens::DesktopScreens(const Context& context) {
   QObject::connect(banner_.get(), &BannerScreen::historyAsked, history_.get(),
                    &HistoryScreen::openIdentity);
   cards_ = std::make_unique<CardActions>(screens);
+  sidebar_ = std::make_unique<SidebarScreen>(screens, *timeline_);
+  tags_ = std::make_unique<TagsScreen>(screens, *sidebar_, *timeline_);
+  search_ = std::make_unique<SearchScreen>(screens, *timeline_, searchResults);
+  floatingSearch_ = std::make_unique<SearchScreen>(screens, *timeline_, floatingSearchResults);
+  overview_ = std::make_unique<OverviewScreen>(screens, *timeline_);
 }
 
 DesktopScreens::~DesktopScreens() = default;

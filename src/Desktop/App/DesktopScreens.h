@@ -13,8 +13,12 @@
 #include "Desktop/Screens/CardActions.h"
 #include "Desktop/Screens/FocusEditorScreen.h"
 #include "Desktop/Screens/HistoryScreen.h"
+#include "Desktop/Screens/OverviewScreen.h"
 #include "Desktop/Screens/QuickInputScreen.h"
+#include "Desktop/Screens/SearchScreen.h"
 #include "Desktop/Screens/SettingsScreen.h"
+#include "Desktop/Screens/SidebarScreen.h"
+#include "Desktop/Screens/TagsScreen.h"
 #include "Desktop/Screens/TimelineScreen.h"
 #include "Desktop/Screens/TrashScreen.h"
 #include "Desktop/Sound/PlayerScreen.h"
@@ -38,6 +42,12 @@ class DesktopScreens : public QObject {
   Q_PROPERTY(HistoryScreen* history READ history CONSTANT)
   Q_PROPERTY(SettingsScreen* settings READ settings CONSTANT)
   Q_PROPERTY(CardActions* cards READ cards CONSTANT)
+  Q_PROPERTY(SidebarScreen* sidebar READ sidebar CONSTANT)
+  Q_PROPERTY(TagsScreen* tags READ tags CONSTANT)
+  Q_PROPERTY(SearchScreen* search READ search CONSTANT)
+  // The one that floats over any page.
+  Q_PROPERTY(SearchScreen* floatingSearch READ floatingSearch CONSTANT)
+  Q_PROPERTY(OverviewScreen* overview READ overview CONSTANT)
 
  public:
   // As ScreenContext has it, but for what is made here.
@@ -64,6 +74,11 @@ class DesktopScreens : public QObject {
   [[nodiscard]] HistoryScreen* history() { return history_.get(); }
   [[nodiscard]] SettingsScreen* settings() { return settings_.get(); }
   [[nodiscard]] CardActions* cards() { return cards_.get(); }
+  [[nodiscard]] SidebarScreen* sidebar() { return sidebar_.get(); }
+  [[nodiscard]] TagsScreen* tags() { return tags_.get(); }
+  [[nodiscard]] SearchScreen* search() { return search_.get(); }
+  [[nodiscard]] SearchScreen* floatingSearch() { return floatingSearch_.get(); }
+  [[nodiscard]] OverviewScreen* overview() { return overview_.get(); }
 
   // Puts on the disk what is typed and not saved. Blocking.
   void flush();
@@ -81,6 +96,11 @@ class DesktopScreens : public QObject {
   std::unique_ptr<HistoryScreen> history_;
   std::unique_ptr<SettingsScreen> settings_;
   std::unique_ptr<CardActions> cards_;
+  std::unique_ptr<SidebarScreen> sidebar_;
+  std::unique_ptr<TagsScreen> tags_;
+  std::unique_ptr<SearchScreen> search_;
+  std::unique_ptr<SearchScreen> floatingSearch_;
+  std::unique_ptr<OverviewScreen> overview_;
 };
 
 }  // namespace nomely

@@ -1,5 +1,6 @@
 #include "Desktop/Screens/FocusEditorScreen.h"
 
+#include <QGuiApplication>
 #include <algorithm>
 #include <chrono>
 #include <utility>
@@ -80,6 +81,11 @@ FocusEditorScreen::FocusEditorScreen(const ScreenContext& context)
 FocusEditorScreen::~FocusEditorScreen() = default;
 
 void FocusEditorScreen::watch() {
+  // Who comes back to the window may have been in another program with this note.
+  connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
+          [this](Qt::ApplicationState state) {
+            if (state == Qt::ApplicationActive) checkDisk();
+          });
   subscriptions_.push_back(NotificationCenter::shared().observe(
       Notifications::externalMemoWritten,
       lifetime_.guard([this](const std::string&) { checkDisk(); })));

@@ -15,10 +15,10 @@
 #include "Desktop/Base/BackgroundWork.h"
 #include "Desktop/Base/ScreenContext.h"
 #include "Desktop/Models/MemoHandle.h"
-#include "Desktop/Models/PendingAttachments.h"
 #include "Desktop/Models/TagChips.h"
 #include "Desktop/Text/DraftWriter.h"
 #include "Desktop/Text/MarkdownEditor.h"
+#include "Desktop/Text/PendingAttachments.h"
 #include "Platform/Concurrency/Lifetime.h"
 #include "Platform/Concurrency/Subscription.h"
 
@@ -90,7 +90,7 @@ class FocusEditorScreen final : public QObject {
   Q_INVOKABLE void keepBoth();
   Q_INVOKABLE void saveAsNew();
 
-  // Looks whether the memo was changed elsewhere. To be called when the window is active again.
+  // Looks whether the memo was changed elsewhere.
   void checkDisk();
   // Returns when the draft is on the disk. Blocking: for the end of the window.
   void flush();

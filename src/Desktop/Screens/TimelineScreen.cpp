@@ -1,6 +1,7 @@
 #include "Desktop/Screens/TimelineScreen.h"
 
 #include <QLocale>
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -130,7 +131,8 @@ void TimelineScreen::choose(List list, const QString& tag, const QString& query)
   tag_ = tag;
   query_ = query;
   isOtherList_ = true;
-  toReveal_.clear();
+  toReveal_.reset();
+  beforeSearch_.reset();
   // A list that isn't sorted by day has no days to stand under.
   model_.setHeadings(list == Audio ? TimelineModel::Headings::none : TimelineModel::Headings::days);
 }
@@ -202,13 +204,64 @@ void TimelineScreen::showAttachments() {
   emit listChanged();
 }
 
+void TimelineScreen::show(const Place& place) {
+  switch (place.list) {
+    case Today:
+      return showToday();
+    case DayList:
+      return showDay(place.day);
+    case Pinned:
+      return showPinned();
+    case OnThisDay:
+      return showOnThisDay();
+    case Tag:
+      return showTag(place.tag);
+    case Untagged:
+      return showUntagged();
+    case Images:
+      return showImages();
+    case Links:
+      return showLinks();
+    case Audio:
+      return showAudio();
+    case Attachments:
+      return showAttachments();
+    case All:
+    case Search:
+      break;
+  }
+  showAll();
+}
+
+void TimelineScreen::leaveSearch() {
+  if (!beforeSearch_) return;
+  const Place place = *beforeSearch_;
+  show(place);
+  toReveal_ = place.atTop;
+}
+
+TimelineScreen::Place TimelineScreen::here() const {
+  Place place{list_, tag_, day(), {}};
+  if (const MemoHandle atTop = model_.at(rowInView_); atTop.isValid() && rowInView_ > 0)
+    place.atTop = MemoPlace{atTop.entry.date, atTop.entry.memo->seqNumber};
+  return place;
+}
+
+void TimelineScreen::revealFound(QDate day, int seqNumber) {
+  const Place place = beforeSearch_.value_or(here());
+  reveal(day, seqNumber);
+  beforeSearch_ = place;
+}
+
 void TimelineScreen::showSearch(const QString& query) {
   if (query.trimmed().isEmpty()) return;
   SearchIndex& index = context_.application.searchIndex();
   work_.run([&index, text = utf8(query)](
                 const std::stop_token&) { return index.search(text, searchLimit); },
             [this, query](const std::vector<SearchResult>& results) {
+              const Place place = beforeSearch_.value_or(here());
               choose(Search, {}, query);
+              beforeSearch_ = place;
               timeline_.loadSearchResults(results, utf8(query));
               emit listChanged();
             });
@@ -217,16 +270,26 @@ void TimelineScreen::showSearch(const QString& query) {
 void TimelineScreen::reveal(QDate day, int seqNumber) {
   if (!day.isValid()) return;
   showDay(day);
-  toReveal_ = qt(memoKey(dayOf(day), seqNumber));
+  toReveal_ = MemoPlace{dayOf(day), seqNumber};
 }
 
 void TimelineScreen::revealAsked() {
-  if (toReveal_.isEmpty() || isLoading()) return;
-  const QString asked = std::exchange(toReveal_, {});
+  if (!toReveal_ || isLoading()) return;
+  const MemoPlace asked = *std::exchange(toReveal_, {});
+  int row = rowOf(asked);
+  if (row < 0 && timeline_.canLoadMoreDisplayMemos()) {
+    timeline_.loadAllDisplayMemos();
+    row = rowOf(asked);
+  }
+  if (row >= 0) emit revealed(row);
+}
+
+int TimelineScreen::rowOf(const MemoPlace& place) const {
   const TimelineModel::Entries& rows = model_.entries();
-  for (std::size_t row = 0; row < rows.size(); ++row)
-    if (qt(memoKey(rows[row].date, rows[row].memo->seqNumber)) == asked)
-      return emit revealed(static_cast<int>(row));
+  const auto found = std::ranges::find_if(rows, [&](const MemoEntry& entry) {
+    return entry.date == place.day && entry.memo->seqNumber == place.seqNumber;
+  });
+  return found == rows.end() ? -1 : static_cast<int>(found - rows.begin());
 }
 
 void TimelineScreen::stepDay(int days) {

@@ -3,10 +3,12 @@
 #include <QDate>
 #include <QObject>
 #include <QTimer>
+#include <optional>
 #include <vector>
 
 #include <QtQml/qqmlregistration.h>
 
+#include "Core/Storage/MemoPlace.h"
 #include "Desktop/Base/BackgroundWork.h"
 #include "Desktop/Base/ScreenContext.h"
 #include "Desktop/Models/MemoHandle.h"
@@ -87,6 +89,11 @@ class TimelineScreen : public QObject {
   Q_INVOKABLE void showAttachments();
   // Searches off the main thread; the list before stays until the results come.
   Q_INVOKABLE void showSearch(const QString& query);
+  // The same from a search.
+  void revealFound(QDate day, int seqNumber);
+  // Back to the list and the place where one was before a search; nothing when another list was
+  // chosen since.
+  Q_INVOKABLE void leaveSearch();
   // The day of a memo, with its card in view.
   Q_INVOKABLE void reveal(QDate day, int seqNumber);
   Q_INVOKABLE void stepDay(int days);
@@ -126,10 +133,20 @@ class TimelineScreen : public QObject {
   void revealed(int row);
 
  private:
+  // Where a search began.
+  struct Place {
+    List list = All;
+    QString tag;
+    QDate day;
+    std::optional<MemoPlace> atTop;  // the memo in view
+  };
+  [[nodiscard]] Place here() const;
+  void show(const Place& place);
   void choose(List list, const QString& tag = {}, const QString& query = {});
   void showRows();
   void countAll();
   void revealAsked();
+  [[nodiscard]] int rowOf(const MemoPlace& place) const;
   [[nodiscard]] QString dayTitle() const;
 
   const ScreenContext context_;
@@ -138,9 +155,10 @@ class TimelineScreen : public QObject {
   List list_ = All;
   QString tag_;
   QString query_;
+  std::optional<Place> beforeSearch_;
   int rowInView_ = -1;
   bool isOtherList_ = true;  // the rows in the model are of the list before
-  QString toReveal_;         // memoKey
+  std::optional<MemoPlace> toReveal_;
   std::size_t memoCount_ = 0;
   std::size_t dayCount_ = 0;
   QTimer midnight_;

@@ -2,7 +2,7 @@ import QtQuick
 import Nomely
 
 // A page other than the timeline: a title with a way back, actions at its right, and a column.
-Rectangle {
+FocusScope {
     id: page
     property string title
     property string note
@@ -13,9 +13,9 @@ Rectangle {
     readonly property bool narrow: width < 560
     readonly property real column: Math.min(columnWidth, width - (narrow ? 24 : 48))
     signal backAsked()
-    color: Theme.window
     Accessible.role: Accessible.Pane
     Accessible.name: title
+    Rectangle { anchors.fill: parent; color: Theme.window }
     Item {
         id: bar
         width: parent.width

@@ -10,6 +10,8 @@ FocusScope {
     // The window's height, which it takes at most 40 % of, or most of it when enlarged.
     property real room: 800
     property bool enlarged: false
+    // The keyboard wants out of the text.
+    signal leaveAsked()
     readonly property bool composing: writing.composing
     readonly property bool inUse: activeFocus || screen.isFilled || moods.opened || days.opened || files.shown || writing.menuOpened
     readonly property real most: Math.round(room * (enlarged ? 0.8 : 0.4))
@@ -20,6 +22,7 @@ FocusScope {
 
     // Puts the caret into the text.
     function write() { writing.area.forceActiveFocus() }
+    function pickFiles() { files.open() }
 
     Rectangle {
         visible: box.activeFocus
@@ -139,5 +142,9 @@ FocusScope {
     Connections {
         target: box.screen
         function onSubmitted() { box.enlarged = false }
+    }
+    Connections {
+        target: box.screen.editor
+        function onEscaped() { box.leaveAsked() }
     }
 }

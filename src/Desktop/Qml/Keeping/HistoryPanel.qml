@@ -4,17 +4,21 @@ import Nomely
 
 // A note's earlier versions: what changed, and the way back. Beside the page as a panel, or in its
 // place where there is no room; side by side where there is much.
-Rectangle {
+FocusScope {
     id: panel
     objectName: "historyPanel"
     required property DesktopScreens screens
     readonly property HistoryScreen history: screens.history
     readonly property bool wide: width >= 640
     readonly property bool isEmpty: list.count === 0
-    color: Theme.sidebar
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("历史版本")
-    Rectangle { width: 1; height: parent.height; color: Theme.line }
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.sidebar
+        Rectangle { width: 1; height: parent.height; color: Theme.line }
+        MouseArea { anchors.fill: parent; hoverEnabled: true; onWheel: wheel => wheel.accepted = true }
+    }
     Item {
         id: bar
         width: parent.width
@@ -46,7 +50,6 @@ Rectangle {
         ScrollBar.vertical: FlatScrollBar {}
         Accessible.role: Accessible.List
         Accessible.name: qsTr("历史版本")
-        FocusRing { target: list; visible: list.activeFocus; radius: 10 }
         Keys.onUpPressed: panel.history.choose(panel.history.chosen - 1)
         Keys.onDownPressed: panel.history.choose(panel.history.chosen + 1)
         Keys.onReturnPressed: panel.history.restore()
@@ -58,6 +61,7 @@ Rectangle {
             onClicked: { list.forceActiveFocus(); panel.history.choose(index) }
         }
     }
+    FocusRing { anchors.fill: list; target: list; visible: list.activeFocus; radius: 10 }
     Rectangle {
         id: box
         visible: !panel.isEmpty

@@ -15,6 +15,8 @@ Item {
     Shortcut { enabled: keys.active; sequence: "End"; onActivated: keys.list.currentIndex = keys.list.count - 1 }
     Shortcut { enabled: keys.active; sequence: "PgDown"; onActivated: keys.list.flick(0, -2600) }
     Shortcut { enabled: keys.active; sequence: "PgUp"; onActivated: keys.list.flick(0, 2600) }
+    Shortcut { enabled: keys.onCard; sequences: ["Return", "Enter", "Ctrl+E"]; onActivated: keys.screens.focusEditor.open(keys.current()) }
+    Shortcut { enabled: keys.onCard; sequences: [StandardKey.Copy]; onActivated: keys.screens.cards.copyMarkdown(keys.current()) }
     Shortcut { enabled: keys.onCard; sequence: "Space"; onActivated: keys.screens.timeline.toggleExpanded(keys.current()) }
     Shortcut { enabled: keys.onCard; sequence: "P"; onActivated: keys.screens.timeline.togglePinned(keys.current()) }
     Shortcut { enabled: keys.onCard; sequence: "Shift+P"; onActivated: keys.screens.timeline.toggleLocked(keys.current()) }

@@ -17,6 +17,8 @@ FocusScope {
         screens: page.screens
         narrow: page.narrow
         onSidebarAsked: page.sidebarAsked()
+        onSearchAsked: page.searchAsked()
+        onSearchLeft: cards.takeFocus()
     }
     QuickInput {
         id: input
@@ -27,6 +29,7 @@ FocusScope {
         narrow: page.narrow
         room: page.height
         focus: true
+        onLeaveAsked: cards.takeFocus()
     }
     FirstRunLine {
         id: firstRun
@@ -39,6 +42,11 @@ FocusScope {
         anchors { fill: parent; topMargin: input.y + input.height + firstRun.implicitHeight + 8 }
         screens: page.screens
         narrow: page.narrow
+    }
+    Connections {
+        target: page.screens.timeline
+        function onInputAsked() { page.takeInput() }
+        function onFileAsked() { input.pickFiles() }
     }
     function takeInput() { input.forceActiveFocus(Qt.ShortcutFocusReason) }
     function takeCards() { cards.takeFocus() }

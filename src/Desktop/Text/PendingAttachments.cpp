@@ -1,4 +1,4 @@
-#include "Desktop/Models/PendingAttachments.h"
+#include "Desktop/Text/PendingAttachments.h"
 
 #include <utility>
 
