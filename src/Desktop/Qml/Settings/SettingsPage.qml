@@ -56,8 +56,8 @@ PageFrame {
             SettingsSection {
                 title: qsTr("列表")
                 SettingsLine {
-                    text: qsTr("显示当天的序号")
-                    Toggle { objectName: "showsNumber"; label: qsTr("显示当天的序号"); checked: page.settings.showsSeriesNumber; onToggled: page.settings.showsSeriesNumber = checked }
+                    text: qsTr("显示序号")
+                    Toggle { objectName: "showsNumber"; label: qsTr("显示序号"); checked: page.settings.showsSeriesNumber; onToggled: page.settings.showsSeriesNumber = checked }
                 }
                 SettingsLine {
                     text: qsTr("序号从早到晚")
