@@ -87,7 +87,7 @@ PageFrame {
                 }
                 SettingsLine {
                     text: qsTr("最近的备份")
-                    note: page.settings.isBackupOld ? qsTr("已经很久了，可以用命令 nomely backup 做一份新的。") : ""
+                    note: page.settings.isBackupOld ? qsTr("可以用命令 nomely backup 做一份新的。") : ""
                     isLast: true
                     Text { objectName: "backupNote"; text: page.settings.backupNote; color: page.settings.isBackupOld ? Theme.warn : Theme.text2; font { family: Theme.sans; pixelSize: Theme.normal } }
                 }
