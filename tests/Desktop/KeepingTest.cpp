@@ -146,6 +146,7 @@ TEST_F(KeepingTest, SettingsDoAndShow) {
   };
   const char* display = "_config/display-config.yaml";
   click("bodySizeMore");
+  EXPECT_TRUE(holds(display, "bodyFontSize: 15"));
   click("bodySizeMore");
   click("linkCard");
   click("showsNumber");
