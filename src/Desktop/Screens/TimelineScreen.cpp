@@ -32,6 +32,7 @@ TimelineScreen::TimelineScreen(const ScreenContext& context)
     revealAsked();
   }));
   timeline_.onSavedSuccessfully = [this] { emit changed(); };
+  connect(&moveMonth_, &MonthInView::chosen, this, [this](QDate day) { move(moving_, day); });
   midnight_.setInterval(dayCheck);
   connect(&midnight_, &QTimer::timeout, this, [this] {
     model_.setToday(context_.clock.today());
@@ -98,6 +99,11 @@ bool TimelineScreen::isLoading() const {
 
 bool TimelineScreen::isEmpty() const {
   return model_.entries().empty() && !isLoading();
+}
+
+QDate TimelineScreen::dayInView() const {
+  const MemoHandle memo = model_.at(rowInView_);
+  return memo.isPinned() || memo.isLockedOnTop() ? qtDate(context_.clock.today()) : memo.date();
 }
 
 EmptyText TimelineScreen::emptyText() const {
@@ -315,6 +321,11 @@ void TimelineScreen::remove(const MemoHandle& memo) {
 void TimelineScreen::move(const MemoHandle& memo, QDate to) {
   if (memo.isValid() && to.isValid())
     timeline_.moveMemo(*memo.entry.memo, memo.entry.date, dayOf(to));
+}
+
+void TimelineScreen::beginMoving(const MemoHandle& memo) {
+  moving_ = memo;
+  moveMonth_.show(memo.date());
 }
 
 void TimelineScreen::undoDelete() {

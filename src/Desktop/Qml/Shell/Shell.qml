@@ -13,7 +13,7 @@ FocusScope {
     readonly property bool hasPanel: navigation.panel === Navigation.History
     readonly property bool isPanelBeside: width >= 1180
     readonly property int pageMargin: hasPanel && isPanelBeside ? panel.width : 0
-    readonly property bool hasSidebar: !narrow && !isSidebarHidden
+    readonly property bool hasSidebar: !narrow && !isSidebarHidden && navigation.page !== Navigation.Editor
     property bool isSidebarHidden: false
     focus: true
 
