@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Window
 import QtQuick.Controls.Basic
 import Nomely
 
@@ -34,11 +35,10 @@ Flow {
             Image {
                 anchors { fill: parent; margins: entry.activeFocus ? 2 : 0 }
                 visible: entry.isPicture
-                source: entry.isPicture ? entry.source : ""
-                sourceSize: Qt.size(112, 112)
-                fillMode: Image.PreserveAspectCrop
+                source: entry.isPicture ? entry.source + "?radius=" + Math.round(8 * Screen.devicePixelRatio) : ""
+                sourceSize: Qt.size(56 * Screen.devicePixelRatio, 56 * Screen.devicePixelRatio)
+                cache: false
                 asynchronous: true
-                clip: true
             }
             Rectangle {
                 visible: !entry.isPicture

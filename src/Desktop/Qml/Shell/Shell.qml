@@ -50,7 +50,7 @@ FocusScope {
             onSidebarAsked: drawer.open()
             onSearchAsked: floating.open()
         }
-        Page { page: Navigation.Editor; sourceComponent: FocusEditor { objectName: "focusEditor"; screen: shell.screens.focusEditor; narrow: shell.narrow } }
+        Page { page: Navigation.Editor; sourceComponent: FocusEditor { objectName: "focusEditor"; screen: shell.screens.focusEditor; narrow: shell.narrow; onHistoryAsked: shell.screens.history.open(screen.memo) } }
         Page { page: Navigation.Overview; sourceComponent: OverviewPage { screens: shell.screens; topInset: errors.implicitHeight } }
         Page { page: Navigation.Trash; sourceComponent: TrashPage { screens: shell.screens; topInset: errors.implicitHeight } }
         Page { page: Navigation.Settings; sourceComponent: SettingsPage { screens: shell.screens; topInset: errors.implicitHeight } }
