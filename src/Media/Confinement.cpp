@@ -67,13 +67,13 @@ void limit(__rlimit_resource resource, rlim_t most) {
 
 }  // namespace
 
-void confine() {
+void confine([[maybe_unused]] std::uint64_t memory) {
   constexpr rlim_t hour = 3600;
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   limit(RLIMIT_CORE, 0);
   limit(RLIMIT_CPU, hour);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-  limit(RLIMIT_AS, rlim_t{2} << 30);
+  limit(RLIMIT_AS, memory);
 #endif
   if (machine == 0) return;
   Program filter = makeFilter();

@@ -1,12 +1,12 @@
+#include <QAccessible>
+#include <QImage>
+#include <QTest>
 #include <cstdlib>
 #include <functional>
 #include <set>
 #include <string>
 #include <vector>
 
-#include <QAccessible>
-#include <QImage>
-#include <QTest>
 #include <fmt/format.h>
 
 #include "Desktop/Support/DesktopTest.h"
@@ -19,15 +19,21 @@ namespace {
 class LookTest : public DesktopTest {
  protected:
   LookTest() {
-    put("2026-03-01", 1, "傍晚沿着北山街走回家，雨刚停，湖面上一层薄雾。忽然觉得这一天**没有白过**。 #生活/散步",
-        "memo_id: memo_00000000000000000000000000000001\ntime: \"18:42\"\ntags: [生活/散步]\nmood: 4");
+    put("2026-03-01", 1,
+        "傍晚沿着北山街走回家，雨刚停，湖面上一层薄雾。忽然觉得这一天**没有白过**。 #生活/散步",
+        "memo_id: memo_00000000000000000000000000000001\ntime: \"18:42\"\ntags: [生活/散步]\nmood: "
+        "4");
     put("2026-03-01", 2,
-        "## 六月开支\n\n| 项目 | 金额 | 备注 |\n|---|---|---|\n| 房租 | 4,200 | 含物业 |\n| 买书 | 386 | 三本 |\n\n"
-        "> [!TIP] 提醒\n> 下个月起每周日晚上记一次。\n\n```sh\nnomely add '买菜 43.5'\n```\n\n#生活",
+        "## 六月开支\n\n| 项目 | 金额 | 备注 |\n|---|---|---|\n| 房租 | 4,200 | 含物业 |\n| 买书 | "
+        "386 | 三本 |\n\n"
+        "> [!TIP] 提醒\n> 下个月起每周日晚上记一次。\n\n```sh\nnomely add '买菜 "
+        "43.5'\n```\n\n#生活",
         "memo_id: memo_00000000000000000000000000000002\ntime: \"21:20\"\ntags: [生活]");
     put("2026-02-27", 1,
-        "## 这周要做完的事\n\n- [x] 给妈妈订体检\n- [ ] 合同第三版发给小周\n- [ ] 修阳台漏水的水龙头\n\n#工作",
-        "memo_id: memo_00000000000000000000000000000003\ntime: \"14:05\"\ntags: [工作]\npinned: true\nlock_on_top: true");
+        "## 这周要做完的事\n\n- [x] 给妈妈订体检\n- [ ] 合同第三版发给小周\n- [ ] "
+        "修阳台漏水的水龙头\n\n#工作",
+        "memo_id: memo_00000000000000000000000000000003\ntime: \"14:05\"\ntags: [工作]\npinned: "
+        "true\nlock_on_top: true");
     put("2025-03-01", 1, "去年今天：参考 https://example.org/essay 的原文。 #读书",
         "memo_id: memo_00000000000000000000000000000004\ntime: \"09:00\"\ntags: [读书]");
   }
@@ -43,7 +49,10 @@ class LookTest : public DesktopTest {
     const auto memo = [this] { return screens().timeline()->model()->at(1); };
     return {
         {"all", [this] { screens().timeline()->showAll(); }},
-        {"day", [this] { screens().timeline()->showDay({2026, 2, 27}); }},
+        {"day",
+         [this] {
+           screens().timeline()->showDay({2026, 2, 27});
+         }},
         {"empty", [this] { screens().timeline()->showAudio(); }},
         {"writing",
          [this] {
@@ -66,6 +75,7 @@ class LookTest : public DesktopTest {
   }
   void leave() {
     for (int i = 0; i < 3; ++i) key("Esc");
+    screens().quickInput()->editor()->replaceText({});
     screens().navigation()->showPanel(Navigation::NoPanel);
     screens().navigation()->show(Navigation::Timeline);
     screens().timeline()->showAll();
@@ -103,20 +113,22 @@ TEST_F(LookTest, WhatTakesTheFocusHasANameAndARole) {
   }
 }
 
-// What Tab reaches in one round is all that can be reached.
-TEST_F(LookTest, TabReachesEverything) {
+TEST_F(LookTest, TheKeyboardReachesWhatThePointerDoes) {
   open();
-  for (const Page& page : pages()) {
-    if (page.name == std::string("menu")) continue;  // worked with arrows
-    SCOPED_TRACE(page.name);
-    page.show();
+  const struct {
+    Navigation::Page page;
+    std::size_t atLeast;
+  } rows[]{{Navigation::Timeline, 9}, {Navigation::Overview, 4}, {Navigation::Settings, 8}};
+  for (const auto& [page, atLeast] : rows) {
+    screens().navigation()->show(page);
     quiet();
+    if (page == Navigation::Timeline) key("F6");  // in a text Tab indents
     std::set<QQuickItem*> reached;
-    for (int press = 0; press < 120; ++press) {
+    for (int press = 0; press < 40; ++press) {
       QTest::keyClick(desktop->window(), Qt::Key_Tab);
-      if (QQuickItem* item = desktop->window()->activeFocusItem()) reached.insert(item);
+      reached.insert(desktop->window()->activeFocusItem());
     }
-    EXPECT_GT(reached.size(), 2U);
+    EXPECT_GE(reached.size(), atLeast) << page;
     leave();
   }
 }
@@ -148,7 +160,8 @@ TEST_F(LookTest, PagesLookAsTheyDid) {
         quiet();
         const std::string name =
             fmt::format("{}-{}-{}.png", page.name, dark ? "dark" : "light", each.width());
-        const QImage now = grab(name.c_str()).scaledToWidth(each.width() / 2, Qt::SmoothTransformation);
+        const QImage now =
+            grab(name.c_str()).scaledToWidth(each.width() / 2, Qt::SmoothTransformation);
         const QString file = qt((fs::path(TestPaths::fixtures) / "pictures" / name).string());
         if (std::getenv("NOMELY_REBASELINE"))
           EXPECT_TRUE(now.save(file));

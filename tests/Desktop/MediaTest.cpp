@@ -85,6 +85,7 @@ TEST_F(MediaTest, AFileIsSavedUnderItsOwnNameOrTellsWhyNot) {
   EXPECT_EQ(item("menuDelete"), nullptr);  // the card's own menu
   click("attachmentSave");
   EXPECT_EQ(suggested.fileName(), u"合同-上-下.pdf"_qs);
+  key("Esc");  // the dialog
   const fs::path target = folder.path() / "saved.pdf";
   screens().media()->saveTo(QUrl::fromLocalFile(qt(target.string())));
   EXPECT_TRUE(eventually([&] { return fs::exists(target) && readFile(target) == "contract"; }));

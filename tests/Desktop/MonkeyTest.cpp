@@ -1,11 +1,10 @@
-#include <cstdlib>
-#include <random>
-#include <vector>
-
 #include <QDesktopServices>
 #include <QGuiApplication>
 #include <QTest>
 #include <QWheelEvent>
+#include <cstdlib>
+#include <random>
+#include <vector>
 
 #include "Core/Query/TimelineQueryStore.h"
 #include "Desktop/Support/DesktopTest.h"
@@ -23,8 +22,7 @@ class Nowhere : public QObject {
       QDesktopServices::setUrlHandler(QString::fromUtf8(scheme), this, "open");
   }
   ~Nowhere() override {
-    for (const char* scheme : schemes)
-      QDesktopServices::unsetUrlHandler(QString::fromUtf8(scheme));
+    for (const char* scheme : schemes) QDesktopServices::unsetUrlHandler(QString::fromUtf8(scheme));
   }
  public slots:
   void open(const QUrl& url) { opened = url; }
@@ -36,8 +34,8 @@ class Nowhere : public QObject {
   static constexpr const char* schemes[]{"http", "https", "mailto", "file"};
 };
 
-// Hands that know nothing of the program: what they do must neither end it nor make its lists differ
-// from the disk. NOMELY_MONKEY is the number of events.
+// Hands that know nothing of the program: what they do must neither end it nor make its lists
+// differ from the disk. NOMELY_MONKEY is the number of events.
 class MonkeyTest : public DesktopTest {
  protected:
   [[nodiscard]] int below(int bound) {
@@ -106,7 +104,7 @@ class MonkeyTest : public DesktopTest {
 
   // What stands in the list of all notes, and what the files say.
   void expectListsAsOnDisk() {
-    const auto keys = [](const std::vector<MemoEntry>& entries) {
+    const auto texted = [](const std::vector<MemoEntry>& entries) {
       std::vector<std::string> all;
       for (const MemoEntry& entry : entries)
         all.push_back(memoKey(entry.date, entry.memo->seqNumber) + entry.memo->body);
@@ -118,17 +116,23 @@ class MonkeyTest : public DesktopTest {
     EXPECT_TRUE(eventually([&] {
       screens().timeline()->refresh();
       return !timeline.isLoadingTimeline.get() &&
-             keys(timeline.allMemos.get()) == keys(onDisk.visibleEntries());
+             texted(timeline.allMemos.get()) == texted(onDisk.visibleEntries());
     }));
   }
 
  private:
-  static constexpr const char* texts[]{"早上好 #散步 ", "- [ ] 买菜\n", "**粗** `码` ", "| a | b |\n",
-                                       "https://example.org/x ", "#", "😀é", "```\n"};
+  static constexpr const char* texts[]{"早上好 #散步 ",
+                                       "- [ ] 买菜\n",
+                                       "**粗** `码` ",
+                                       "| a | b |\n",
+                                       "https://example.org/x ",
+                                       "#",
+                                       "😀é",
+                                       "```\n"};
   static constexpr const char* keys[]{
-      "Ctrl+Return", "Esc",    "Tab",    "Shift+Tab", "Return", "Down",  "Up",     "J",
+      "Ctrl+Return", "Esc",    "Tab",    "Shift+Tab", "Return", "Down",   "Up",     "J",
       "K",           "P",      "Delete", "Space",     "Ctrl+N", "Ctrl+F", "Ctrl+P", "Ctrl+1",
-      "Ctrl+2",      "Ctrl+3", "Ctrl+4", "Alt+Left",  "F6",     "F1",    "Ctrl+Z", "Ctrl+E",
+      "Ctrl+2",      "Ctrl+3", "Ctrl+4", "Alt+Left",  "F6",     "F1",     "Ctrl+Z", "Ctrl+E",
       "Ctrl+S",      "Ctrl+B", "Ctrl+,", "Backspace", "Ctrl+A", "Ctrl+C", "Ctrl+V", "Ctrl+X",
       "Menu",        "Home",   "End",    "PgDown"};
 
@@ -139,7 +143,8 @@ TEST_F(MonkeyTest, RandomEventsLeaveTheListsAsTheDiskIs) {
   const Nowhere nowhere;
   for (int number = 1; number <= 30; ++number)
     put("2026-02-2" + std::to_string(number % 9), number,
-        "## 第 " + std::to_string(number) + " 条\n\n- [ ] 一\n- [x] 二\n\n> [!TIP]\n> 记\n\n#散步/西湖");
+        "## 第 " + std::to_string(number) +
+            " 条\n\n- [ ] 一\n- [x] 二\n\n> [!TIP]\n> 记\n\n#散步/西湖");
   open();
   const char* asked = std::getenv("NOMELY_MONKEY");
   const int events = asked ? std::atoi(asked) : 1500;

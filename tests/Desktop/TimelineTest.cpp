@@ -45,7 +45,7 @@ TEST_F(TimelineTest, DoesAndSees) {
        "置顶|晚上 #散步|3月1日|早上|2月28日|昨天"},
       {"goes down and locks by key",
        [&] {
-         click("card");
+         key("F6");
          key("Home");
          key("J");
          key("Shift+P");

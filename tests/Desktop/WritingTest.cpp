@@ -5,6 +5,7 @@
 #include <QMimeData>
 #include <QTest>
 #include <QUrl>
+#include <csignal>
 #include <string>
 #include <vector>
 
@@ -219,6 +220,25 @@ TEST_F(WritingTest, ADraftComesBackWhole) {
   ASSERT_TRUE(eventually([&] { return !fs::exists(root / ".drafts/quick-input.json"); }));
   EXPECT_NE(saved(1).find("mood: 4"), std::string::npos);
   EXPECT_NE(saved(1).find("- 梦境"), std::string::npos);
+}
+
+// The program that dies is this one, begun anew over the same root.
+TEST_F(WritingTest, AKilledProgramLosesNothingOlderThan300Milliseconds) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  constexpr auto shared = "NOMELY_TEST_KILLED_ROOT";
+  if (qEnvironmentVariableIsSet(shared)) root = qgetenv(shared).toStdString();
+  qputenv(shared, QByteArray::fromStdString(root.string()));
+  const auto typeAndDie = [&] {
+    open();
+    click("quickText");
+    type(QStringLiteral("还没写完"));
+    QTest::qWait(300);
+    ::raise(SIGKILL);
+  };
+  EXPECT_EXIT(typeAndDie(), testing::KilledBySignal(SIGKILL), "");
+  qunsetenv(shared);
+  open();
+  EXPECT_TRUE(eventually([&] { return utf8(text()) == "还没写完"; }));
 }
 
 class FocusEditorTest : public WritingTest {

@@ -19,8 +19,10 @@ namespace nomely::test {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::AnyOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 TEST(MermaidRenderCacheTest, TheFirstInsertedGoesFirst) {
@@ -131,17 +133,12 @@ TEST_F(DiagramHelperTest, AProgramThatAlwaysEndsIsGivenUp) {
 TEST_F(DiagramHelperTest, WhoLeavesDisturbsNobody) {
   std::stop_source stop;
   std::promise<bool> left;
-  {
-    const auto leaver = waitingThread([&] {
-      try {
-        (void)helper.render({.code = "slow"}, stop.get_token());
-      } catch (const CancellationError&) {
-        left.set_value(true);
-      }
-    });
-    stop.request_stop();
-    EXPECT_TRUE(inTime(left));
-  }
+  const auto leaver = waitingThread([&] {
+    EXPECT_THROW((void)helper.render({.code = "slow"}, stop.get_token()), CancellationError);
+    left.set_value(true);
+  });
+  stop.request_stop();
+  EXPECT_TRUE(inTime(left));
   EXPECT_EQ(draw("next"), "300x120");
   EXPECT_EQ(fake.count("started"), 1);
   DiagramHelper none(*timers, {.program = "nomely-no-diagrams"});
@@ -154,9 +151,9 @@ TEST(DiagramProgramTest, DrawsOfflineAndSurvivesHostileDiagrams) {
   if (!HelperProcess::isInstalled("nomely-diagrams")) GTEST_SKIP() << "needs Qt WebEngine";
   const auto timers = makeSystemTimers();
   DiagramHelper helper(*timers);
-  const auto draw = [&](const std::string& code, double scale = 1) -> std::string {
+  const auto draw = [&](const std::string& code) -> std::string {
     try {
-      const DiagramPicture picture = helper.render({.code = code, .scale = scale}, {});
+      const DiagramPicture picture = helper.render({.code = code, .scale = 2}, {});
       EXPECT_THAT(picture.png, StartsWith("\x89PNG"));
       return picture.height >= 50 && picture.width <= 600 ? "drawn" : "wrong size";
     } catch (const DiagramError& error) {
@@ -181,18 +178,17 @@ TEST(DiagramProgramTest, DrawsOfflineAndSurvivesHostileDiagrams) {
        "{\"htmlLabels\": true}}}%%\n"
        "graph TD\nA[\"<iframe src='file:///etc/passwd'></iframe>\"]",
        "drawn"},
-      {"%%{init: {\"themeCSS\": \"@import url(https://example.com/a.css)\"}}%%\ngraph TD\nA",
-       "drawn"},
       {"flowchart TD\nA@{ img: \"https://example.com/a.png\", w: 60, h: 60 }", "diagram.source"},
       {"graph TD\n" + std::string(150'000, 'A'), "drawn"},  // the library's own notice
-      {many, "d"},
-      {"sequenceDiagram\nA->>B: still there", "drawn"},
+      {many, "drawn"},
       {"sequenceDiagram\nA->>B: still there", "drawn"},
   };
-  for (const auto& row : rows)
-    EXPECT_THAT(draw(row.code, 2), StartsWith(row.result)) << row.code.substr(0, 60);
-  EXPECT_THAT(MermaidRenderCache::shared(DiagramLook::light).svg(rows[0].code).value_or(""),
-              testing::AllOf(HasSubstr("<svg"), testing::Not(HasSubstr("foreignObject"))));
+  for (const auto& row : rows) {
+    EXPECT_THAT(draw(row.code), StartsWith(row.result)) << row.code.substr(0, 60);
+    EXPECT_THAT(
+        MermaidRenderCache::shared(DiagramLook::light).svg(row.code).value_or(""),
+        Not(AnyOf(HasSubstr("<foreignObject"), HasSubstr("<script"), HasSubstr("<iframe"))));
+  }
 }
 
 }  // namespace

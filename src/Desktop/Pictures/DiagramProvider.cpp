@@ -5,8 +5,10 @@ namespace nomely {
 QImage DiagramProvider::requestImage(const QString& id, QSize* size, const QSize& requestedSize) {
   QImage image = client_.image(id);
   if (size) *size = image.size();
-  if (image.isNull() || requestedSize.isEmpty()) return image;
-  return image.scaled(requestedSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  const QSize fitting = image.size().scaled(requestedSize, Qt::KeepAspectRatio);
+  // Larger it would only be blurred.
+  if (requestedSize.isEmpty() || fitting.width() >= image.width()) return image;
+  return image.scaled(fitting, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
 }  // namespace nomely

@@ -15,10 +15,10 @@
 #include "Desktop/Base/BackgroundWork.h"
 #include "Desktop/Base/ScreenContext.h"
 #include "Desktop/Models/MemoHandle.h"
-#include "Desktop/Models/PendingAttachments.h"
 #include "Desktop/Models/TagChips.h"
 #include "Desktop/Text/DraftWriter.h"
 #include "Desktop/Text/MarkdownEditor.h"
+#include "Desktop/Text/PendingAttachments.h"
 #include "Platform/Concurrency/Lifetime.h"
 #include "Platform/Concurrency/Subscription.h"
 

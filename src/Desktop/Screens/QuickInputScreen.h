@@ -14,9 +14,9 @@
 #include "Desktop/Base/BackgroundWork.h"
 #include "Desktop/Base/ScreenContext.h"
 #include "Desktop/Models/MonthInView.h"
-#include "Desktop/Models/PendingAttachments.h"
 #include "Desktop/Text/DraftWriter.h"
 #include "Desktop/Text/MarkdownEditor.h"
+#include "Desktop/Text/PendingAttachments.h"
 #include "Platform/Concurrency/Subscription.h"
 
 namespace nomely {

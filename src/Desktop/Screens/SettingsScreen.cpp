@@ -124,6 +124,7 @@ void SettingsScreen::setTagOrder(TagOrder order) {
 }
 
 void SettingsScreen::save(std::function<void()> write) {
+  ++changeNumber_;
   unsaved_.push_back(std::move(write));
   if (unsaved_.size() == 1) saveNext();
 }
@@ -171,11 +172,13 @@ SettingsScreen::Files SettingsScreen::readFiles(const std::string& lastStamp) co
 
 void SettingsScreen::lookAtFiles() {
   work_.run([this, last = stamp_](const std::stop_token&) { return readFiles(last); },
-            [this](const Files& files) { show(files); });
+            [this, number = changeNumber_](const Files& files) {
+              // What was read may be from before a change of ours.
+              if (number == changeNumber_) show(files);
+            });
 }
 
 void SettingsScreen::show(const Files& files) {
-  // A change of ours is under way: what was read may be from before it.
   if (!files.areRead || !unsaved_.empty()) return;
   stamp_ = files.stamp;
   showDisplay(files.display);

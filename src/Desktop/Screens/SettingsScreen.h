@@ -132,6 +132,7 @@ class SettingsScreen : public QObject {
   DisplayConfig display_;
   std::string stamp_;
   std::deque<std::function<void()>> unsaved_;  // the first is under way
+  std::size_t changeNumber_ = 0;
   QString backupNote_;
   bool isBackupOld_ = false;
   Question question_;

@@ -32,6 +32,7 @@ TimelineScreen::TimelineScreen(const ScreenContext& context)
     revealAsked();
   }));
   timeline_.onSavedSuccessfully = [this] { emit changed(); };
+  connect(&moveMonth_, &MonthInView::chosen, this, [this](QDate day) { move(moving_, day); });
   midnight_.setInterval(dayCheck);
   connect(&midnight_, &QTimer::timeout, this, [this] {
     model_.setToday(context_.clock.today());
@@ -100,6 +101,11 @@ bool TimelineScreen::isEmpty() const {
   return model_.entries().empty() && !isLoading();
 }
 
+QDate TimelineScreen::dayInView() const {
+  const MemoHandle memo = model_.at(rowInView_);
+  return memo.isPinned() || memo.isLockedOnTop() ? qtDate(context_.clock.today()) : memo.date();
+}
+
 EmptyText TimelineScreen::emptyText() const {
   using Text = EmptyText::List;
   constexpr Text texts[]{Text::today,     Text::day,   Text::all,         Text::pinned,
@@ -120,11 +126,6 @@ void TimelineScreen::followEmptyText() {
     case EmptyText::Action::None:
       break;
   }
-}
-
-QDate TimelineScreen::dayInView() const {
-  const MemoHandle memo = model_.at(rowInView_);
-  return memo.isPinned() || memo.isLockedOnTop() ? QDate() : memo.date();
 }
 
 void TimelineScreen::lookAt(int row) {
@@ -320,6 +321,11 @@ void TimelineScreen::remove(const MemoHandle& memo) {
 void TimelineScreen::move(const MemoHandle& memo, QDate to) {
   if (memo.isValid() && to.isValid())
     timeline_.moveMemo(*memo.entry.memo, memo.entry.date, dayOf(to));
+}
+
+void TimelineScreen::beginMoving(const MemoHandle& memo) {
+  moving_ = memo;
+  moveMonth_.show(memo.date());
 }
 
 void TimelineScreen::undoDelete() {

@@ -12,6 +12,7 @@
 #include "Desktop/Base/BackgroundWork.h"
 #include "Desktop/Base/ScreenContext.h"
 #include "Desktop/Models/MemoHandle.h"
+#include "Desktop/Models/MonthInView.h"
 #include "Desktop/Models/TimelineModel.h"
 #include "Desktop/Screens/EmptyText.h"
 #include "Platform/Concurrency/Subscription.h"
@@ -35,6 +36,8 @@ class TimelineScreen : public QObject {
   Q_PROPERTY(bool isLoading READ isLoading NOTIFY loadingChanged)
   Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY countsChanged)
   Q_PROPERTY(nomely::EmptyText emptyText READ emptyText NOTIFY listChanged)
+  // The month from which the day for a memo is chosen.
+  Q_PROPERTY(nomely::MonthInView* moveMonth READ moveMonth CONSTANT)
   Q_PROPERTY(QDate dayInView READ dayInView NOTIFY inViewChanged)
   Q_PROPERTY(QString sectionInView READ sectionInView NOTIFY inViewChanged)
   Q_PROPERTY(QString sectionNoteInView READ sectionNoteInView NOTIFY inViewChanged)
@@ -69,7 +72,7 @@ class TimelineScreen : public QObject {
   [[nodiscard]] bool isLoading() const;
   [[nodiscard]] bool isEmpty() const;
   [[nodiscard]] EmptyText emptyText() const;
-  // None while it is a memo that stands on top of the days.
+  // What is pinned stands above the days: while it is in view, that is today.
   [[nodiscard]] QDate dayInView() const;
   [[nodiscard]] QString sectionInView() const { return model_.sectionOf(rowInView_); }
   [[nodiscard]] QString sectionNoteInView() const { return model_.sectionNoteOf(rowInView_); }
@@ -104,7 +107,10 @@ class TimelineScreen : public QObject {
   Q_INVOKABLE void togglePinned(const nomely::MemoHandle& memo);
   Q_INVOKABLE void toggleLocked(const nomely::MemoHandle& memo);
   Q_INVOKABLE void remove(const nomely::MemoHandle& memo);
-  Q_INVOKABLE void move(const nomely::MemoHandle& memo, QDate to);
+  void move(const nomely::MemoHandle& memo, QDate to);
+  // The same with the day that is chosen in moveMonth.
+  Q_INVOKABLE void beginMoving(const nomely::MemoHandle& memo);
+  [[nodiscard]] MonthInView* moveMonth() { return &moveMonth_; }
   Q_INVOKABLE void undoDelete();
 
   // Unfolds or folds a card.
@@ -162,6 +168,8 @@ class TimelineScreen : public QObject {
   std::optional<MemoPlace> toReveal_;
   std::size_t memoCount_ = 0;
   std::size_t dayCount_ = 0;
+  MonthInView moveMonth_;
+  MemoHandle moving_;
   QTimer midnight_;
   std::vector<Subscription> subscriptions_;
   BackgroundWork work_;

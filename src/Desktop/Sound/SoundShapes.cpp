@@ -33,7 +33,7 @@ SoundShapes::Shape shapeOf(const std::filesystem::path& file, const std::stop_to
 void SoundShapes::ask(const QString& path, std::function<void(const Shape&)> then) {
   if (const auto known = shapes_.find(path); known != shapes_.end()) return then(known->second);
   work_.run([file = utf8(path)](const std::stop_token& stop) { return shapeOf(file, stop); },
-            [this, path, then](Shape shape) {
+            [this, path, then = std::move(then)](Shape shape) {
               if (shapes_.size() >= mostKept) shapes_.clear();
               then(shapes_.insert_or_assign(path, std::move(shape)).first->second);
             });

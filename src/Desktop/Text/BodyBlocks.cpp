@@ -9,6 +9,10 @@
 namespace nomely {
 namespace {
 
+// What a card could not lay out without a pause.
+constexpr std::size_t mostCharacters = 20'000;
+constexpr std::ptrdiff_t mostLines = 400;
+
 bool hasMoreCharacters(std::string_view text, std::size_t count) {
   const auto begins = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; };
   return text.size() > count &&
@@ -17,7 +21,7 @@ bool hasMoreCharacters(std::string_view text, std::size_t count) {
 
 // A preview counts characters, of which a single one may be any number of bytes.
 std::string preview(std::string_view text) {
-  constexpr std::size_t longest = 6'000;
+  constexpr std::size_t longest = 3'000;
   std::string shown = MemoBodyKit::collapsedPreview(text);
   if (shown.size() > longest) shown.resize(fittingLength(shown, longest));
   return shown;
@@ -67,11 +71,11 @@ QHash<int, QByteArray> BodyBlocks::roleNames() const {
 }
 
 void BodyBlocks::update() {
-  constexpr std::size_t mostCharacters = 20'000;
   const std::string body =
       memo_.isValid() ? MemoTextUtilities::stripOriginalComment(memo_.entry.memo->body) : "";
   collapses_ = MemoBodyKit::shouldCollapse(body);
-  isTooLong_ = hasMoreCharacters(body, mostCharacters);
+  isTooLong_ =
+      hasMoreCharacters(body, mostCharacters) || std::ranges::count(body, '\n') > mostLines;
   const bool isAll = isWhole_ || !collapses_ || (isExpanded_ && !isTooLong_);
   show(bodySegments(*MarkdownTextView::blocks(isAll ? body : preview(body))));
   emit shownChanged();

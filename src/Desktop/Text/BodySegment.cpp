@@ -13,7 +13,8 @@ namespace {
 constexpr std::size_t longestText = 8'000;  // bytes
 constexpr std::size_t longestCode = 100'000;
 constexpr std::size_t mostBlocks = 60;
-constexpr std::size_t mostCells = 600;
+constexpr std::size_t mostCells = 150;
+constexpr std::size_t fewestRows = 8;
 
 constexpr auto npos = std::string_view::npos;
 
@@ -67,7 +68,7 @@ struct Cut {
   }
 
   void operator()(const MarkdownTable& block) const {
-    const std::size_t rows = std::max<std::size_t>(mostCells / block.headers.size(), 1);
+    const std::size_t rows = std::max(mostCells / block.headers.size(), fewestRows);
     for (std::size_t at = 0; at == 0 || at < block.rows.size(); at += rows) {
       MarkdownTable part{block.headers, {}};
       const auto from = block.rows.begin() + static_cast<std::ptrdiff_t>(at);

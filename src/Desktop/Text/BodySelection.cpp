@@ -128,6 +128,10 @@ bool BodySelection::childMouseEventFilter(QQuickItem* item, QEvent* event) {
     case QEvent::MouseMove:
       return drag(*static_cast<QMouseEvent*>(event));
     case QEvent::MouseButtonRelease:
+      // Later, as the text has yet to see the click, which may be on a link.
+      if (isText(item) && !hasSelection())
+        QMetaObject::invokeMethod(this, &BodySelection::tapped, Qt::QueuedConnection);
+      [[fallthrough]];
     case QEvent::UngrabMouse:
       spansTexts_ = false;
       return false;

@@ -36,6 +36,8 @@ class BodySelection : public QQuickItem {
 
  signals:
   void memoChanged();
+  // A text was clicked, and nothing selected.
+  void tapped();
 
  protected:
   bool childMouseEventFilter(QQuickItem* item, QEvent* event) override;

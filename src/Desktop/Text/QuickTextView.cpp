@@ -50,8 +50,15 @@ QString QuickTextView::content() const {
 void QuickTextView::reset(const QString& text) {
   document_->setUndoRedoEnabled(false);
   QTextCursor cursor(document_);
+  cursor.beginEditBlock();
   cursor.select(QTextCursor::Document);
   cursor.insertText(text);
+  // Lines that are typed later take it over from those before.
+  QTextBlockFormat format;
+  format.setLineHeight(area_.property("lineHeight").toInt(), QTextBlockFormat::ProportionalHeight);
+  cursor.select(QTextCursor::Document);
+  cursor.mergeBlockFormat(format);
+  cursor.endEditBlock();
   document_->setUndoRedoEnabled(true);
 }
 

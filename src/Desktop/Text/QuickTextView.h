@@ -21,7 +21,8 @@ class QuickTextView final : public EditableTextView {
   // The text as it will be stored: lines end at line feeds, and every other character is as it was
   // typed.
   [[nodiscard]] QString content() const;
-  // Puts `text` in place of everything, with nothing to undo.
+  // Puts `text` in place of everything, in lines as high as the area's `lineHeight` says, with
+  // nothing to undo.
   void reset(const QString& text);
 
   [[nodiscard]] std::u16string text() const override;

@@ -12,13 +12,12 @@
 #include <QImageReader>
 #include <QThreadPool>
 #include <algorithm>
-#include <array>
+#include <cstdint>
 #include <cstdlib>
-#include <span>
+#include <exception>
 #include <string>
 #include <string_view>
 
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include "Media/Answers.h"
@@ -27,8 +26,9 @@
 namespace nomely::media {
 namespace {
 
-constexpr int pixels = 3;                                 // a descriptor
-constexpr int mostSeconds = 20;                           // of a decoder
+constexpr int pixels = 3;        // a descriptor
+constexpr int mostSeconds = 20;  // of a decoder
+constexpr std::uint64_t mostMemory = std::uint64_t{1} << 30;
 constexpr int longestSide = 16384;                        // that is asked for
 constexpr qint64 mostPixels = qint64{250} * 1000 * 1000;  // of a picture
 
@@ -82,7 +82,7 @@ Picture decode(QFile& file, const Wanted& wanted) {
   QImageReader reader(&file, format);
   reader.setAutoTransform(true);
   (void)reader.canRead();  // loads the plugin, which later can't be opened
-  confine();
+  confine(mostMemory);
 
   QSize own = reader.size();
   if (own.isEmpty()) throw PictureFailure("damaged");
@@ -146,6 +146,8 @@ int main(int count, char** arguments) {
   const nomely::media::Wanted wanted{.cuts = std::string_view(arguments[1]) == "cover",
                                      .size = {side(2), side(3)}};
   ::alarm(nomely::media::mostSeconds);
+  // What a decoder has to say of a damaged file is no news to whoever reads the log.
+  qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
   // Nobody waits for a picture as for a key.
   (void)::nice(10);
   // On the thread of the pool: there large pictures are scaled without more threads, which a

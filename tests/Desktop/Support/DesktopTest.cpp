@@ -44,8 +44,11 @@ void DesktopTest::open() {
   ASSERT_TRUE(QTest::qWaitForWindowExposed(desktop->window()));
   desktop->window()->requestActivate();
   if (!desktop->screens()) return;
-  ASSERT_TRUE(eventually(
-      [&] { return desktop->application().dayViewModel().hasLoadedInitialTimeline.get(); }));
+  // A note that maintenance upgrades at this moment could not be changed.
+  ASSERT_TRUE(eventually([&] {
+    return desktop->application().startup().state() == StartupCoordinator::State::completed &&
+           !desktop->application().dayViewModel().isLoadingTimeline.get();
+  }));
   settle();
 }
 

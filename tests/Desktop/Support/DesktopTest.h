@@ -26,7 +26,7 @@ class DesktopTest : public testing::Test {
   DesktopTest();
   ~DesktopTest() override;
 
-  // The window of `root`, once its first list stands.
+  // The window of `root`, once its first list stands and maintenance is over.
   void open();
   // As a user closes it; returns when the program would end.
   void close();

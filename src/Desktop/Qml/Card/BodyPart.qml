@@ -12,7 +12,6 @@ Item {
     property string keyword
     signal ticked(int line)
     signal opened(string address)
-    signal pictureOpened(url picture)
     implicitHeight: loader.y + loader.height
 
     Loader {
@@ -25,6 +24,6 @@ Item {
     Component { id: codeView; CodeBlock { segment: part.segment; selection: part.selection; keyword: part.keyword } }
     Component { id: callout; CalloutBlock { segment: part.segment; selection: part.selection; keyword: part.keyword; onOpened: address => part.opened(address) } }
     Component { id: table; TableBlock { segment: part.segment; selection: part.selection; keyword: part.keyword; onOpened: address => part.opened(address) } }
-    Component { id: diagram; MermaidBlock { code: part.segment.code; sourceView: codeView; onOpened: picture => part.pictureOpened(picture) } }
+    Component { id: diagram; MermaidBlock { code: part.segment.code; sourceView: codeView } }
     Component { id: rule; RuleBlock {} }
 }

@@ -23,5 +23,6 @@ TextEdit {
     Accessible.name: says
     Accessible.readOnly: true
     HoverHandler { cursorShape: text.hoveredLink ? Qt.PointingHandCursor : Qt.IBeamCursor }
-    AddressHint { address: text.hoveredLink }
+    // Made when it is needed: most texts have no link.
+    Loader { active: text.hoveredLink; sourceComponent: AddressHint { parent: text; address: text.hoveredLink } }
 }

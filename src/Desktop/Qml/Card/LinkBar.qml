@@ -49,7 +49,7 @@ Flow {
                 }
             }
             HoverHandler { cursorShape: Qt.PointingHandCursor }
-            AddressHint { address: link.hovered ? link.address : "" }
+            Loader { active: link.hovered; sourceComponent: AddressHint { parent: link; address: link.address } }
         }
     }
 }

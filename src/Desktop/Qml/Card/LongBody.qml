@@ -8,7 +8,6 @@ BodySelection {
     property string keyword
     signal ticked(int line)
     signal linkActivated(string address)
-    signal pictureOpened(url picture)
 
     ListView {
         anchors.fill: parent
@@ -28,7 +27,6 @@ BodySelection {
             keyword: body.keyword
             onTicked: line => body.ticked(line)
             onOpened: address => body.linkActivated(address)
-            onPictureOpened: picture => body.pictureOpened(picture)
         }
     }
 }

@@ -9,7 +9,6 @@ BodySelection {
     property bool linksAsCards: false
     signal ticked(int line)
     signal linkActivated(string address)
-    signal pictureOpened(url picture)
     signal expandAsked(bool expanded)
     signal openLong()
     readonly property bool collapses: blocks.collapses
@@ -32,7 +31,6 @@ BodySelection {
                 keyword: body.keyword
                 onTicked: line => body.ticked(line)
                 onOpened: address => body.linkActivated(address)
-                onPictureOpened: picture => body.pictureOpened(picture)
             }
         }
         LinkButton {

@@ -3,14 +3,12 @@ import QtQuick.Controls.Basic
 import QtQuick.Window
 import Nomely
 
-// A diagram: its picture, or its source where there is none, with the reason.
+// A diagram: its picture, which opens in full, or its source where there is none, with the reason.
 Item {
     id: block
     property string code
     // How the source is shown where there is no picture; it fills the width.
     property Component sourceView: plainSource
-    // The picture is to be looked at in full.
-    signal opened(url picture)
 
     readonly property bool failed: diagram.status === Diagram.Failed || diagram.status === Diagram.Missing
     implicitHeight: failed ? fallback.implicitHeight : Math.max(50, diagram.status === Diagram.Drawn ? shot.height : diagram.size.height)
@@ -45,7 +43,7 @@ Item {
         width: Math.min(block.width, diagram.size.width)
         height: diagram.size.width > 0 ? diagram.size.height * width / diagram.size.width : 0
         focusPolicy: Qt.TabFocus
-        onClicked: block.opened(diagram.picture)
+        onClicked: full.active = true
         Keys.onReturnPressed: clicked()
         Keys.onEnterPressed: clicked()
         Accessible.role: Accessible.Button
@@ -79,25 +77,31 @@ Item {
         }
     }
 
+    Loader {
+        id: full
+        active: false
+        sourceComponent: DiagramViewer {
+            code: block.code
+            visible: true
+            onClosed: full.active = false
+        }
+    }
+
     Rectangle {
         id: fallback
         objectName: "diagramFallback"
+        readonly property int inset: diagram.status === Diagram.Failed ? 12 : 0
         visible: block.failed
         width: parent.width
-        implicitHeight: Math.max(diagram.status === Diagram.Failed ? 250 : 0, words.implicitHeight + 24)
+        implicitHeight: Math.max(inset > 0 ? 250 : 0, words.implicitHeight + 2 * inset)
         radius: 8
-        color: Theme.sunken
+        color: inset > 0 ? Theme.badSoft : "transparent"
         Column {
             id: words
-            x: 14
-            y: 12
-            width: parent.width - 28
-            spacing: 10
-            Loader {
-                width: parent.width
-                active: block.failed
-                sourceComponent: block.sourceView
-            }
+            x: fallback.inset
+            y: fallback.inset
+            width: parent.width - 2 * fallback.inset
+            spacing: 8
             TextEdit {
                 objectName: "diagramMessage"
                 width: parent.width
@@ -106,12 +110,17 @@ Item {
                 wrapMode: TextEdit.Wrap
                 readOnly: true
                 selectByMouse: true
-                color: diagram.status === Diagram.Missing ? Theme.text3 : Theme.bad
+                color: fallback.inset > 0 ? Theme.bad : Theme.text3
                 selectionColor: Theme.selection
                 selectedTextColor: Theme.text
-                font { family: diagram.status === Diagram.Missing ? Theme.sans : Theme.mono; pixelSize: Theme.small }
+                font { family: fallback.inset > 0 ? Theme.mono : Theme.sans; pixelSize: Theme.small }
                 Accessible.role: Accessible.StaticText
                 Accessible.name: text
+            }
+            Loader {
+                width: parent.width
+                active: block.failed
+                sourceComponent: block.sourceView
             }
         }
     }

@@ -51,7 +51,7 @@ FocusScope {
                 Accessible.name: text
             }
             IconButton { objectName: "editorHistory"; visible: !page.narrow; anchors.verticalCenter: parent.verticalCenter; glyph: "history"; hint: qsTr("历史"); onClicked: page.historyAsked() }
-            PushButton { objectName: "editorSave"; anchors.verticalCenter: parent.verticalCenter; primary: true; enabled: !page.screen.isSaving; text: qsTr("保存"); onClicked: page.screen.save(); Hint { text: "Ctrl+S" } }
+            PushButton { objectName: "editorSave"; anchors.verticalCenter: parent.verticalCenter; primary: true; enabled: !page.screen.isSaving && page.screen.conflict === FocusEditorScreen.NoConflict; text: qsTr("保存"); onClicked: page.screen.save(); Hint { text: "Ctrl+S" } }
         }
     }
     EditorTags { id: tagLine; visible: page.narrow; x: 20; anchors.top: bar.bottom; height: 30; screen: page.screen }

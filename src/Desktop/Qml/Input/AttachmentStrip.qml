@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Window
 import QtQuick.Controls.Basic
 import Nomely
 
@@ -19,8 +20,8 @@ Flow {
             required property string kind
             required property color tint
             objectName: "attachment"
-            width: isPicture ? 56 : Math.min(220, words.implicitWidth + 62)
-            height: isPicture ? 56 : 40
+            width: isPicture ? 56 : Math.min(220, Math.ceil(words.implicitWidth) + 70)
+            height: 56
             activeFocusOnTab: true
             Accessible.role: Accessible.ListItem
             Accessible.name: name
@@ -34,25 +35,24 @@ Flow {
             Image {
                 anchors { fill: parent; margins: entry.activeFocus ? 2 : 0 }
                 visible: entry.isPicture
-                source: entry.isPicture ? entry.source : ""
-                sourceSize: Qt.size(112, 112)
-                fillMode: Image.PreserveAspectCrop
+                source: entry.isPicture ? entry.source + "?radius=" + Math.round(8 * Screen.devicePixelRatio) : ""
+                sourceSize: Qt.size(56 * Screen.devicePixelRatio, 56 * Screen.devicePixelRatio)
+                cache: false
                 asynchronous: true
-                clip: true
             }
             Rectangle {
                 visible: !entry.isPicture
                 x: 8
                 anchors.verticalCenter: parent.verticalCenter
-                width: 24; height: 24; radius: 5
+                width: 28; height: 28; radius: 6
                 color: entry.tint
                 Text { anchors.centerIn: parent; text: entry.kind.slice(0, 4); color: "#FFFFFF"; font { family: Theme.sans; pixelSize: 8; bold: true } }
             }
             Text {
                 id: words
                 visible: !entry.isPicture
-                x: 38
-                width: parent.width - 62
+                x: 44
+                width: parent.width - 68
                 anchors.verticalCenter: parent.verticalCenter
                 text: entry.name
                 elide: Text.ElideMiddle
@@ -61,7 +61,7 @@ Flow {
             }
             AbstractButton {
                 objectName: "removeAttachment"
-                anchors { right: parent.right; top: parent.top; margins: entry.isPicture ? 3 : 12 }
+                anchors { right: parent.right; top: parent.top; margins: entry.isPicture ? 3 : 6 }
                 width: 16; height: 16
                 focusPolicy: Qt.NoFocus
                 Accessible.name: qsTr("移除 %1").arg(entry.name)

@@ -29,7 +29,11 @@ FocusScope {
             id: area
             objectName: "text"
             focus: true
+            // Per cent of the face's own; each paragraph of the document has it.
+            property int lineHeight: Theme.lineHeight
             padding: 0
+            leftPadding: 0
+            rightPadding: 0
             background: null
             wrapMode: TextArea.Wrap
             textFormat: TextEdit.PlainText

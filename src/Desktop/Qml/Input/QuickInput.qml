@@ -16,7 +16,7 @@ FocusScope {
     readonly property bool inUse: activeFocus || screen.isFilled || moods.opened || days.opened || files.shown || writing.menuOpened
     readonly property real most: Math.round(room * (enlarged ? 0.8 : 0.4))
     readonly property real extra: inUse ? 28 + tools.height + (strip.visible ? strip.height + 10 : 0) + 10 : 28
-    implicitHeight: inUse ? Math.max(enlarged ? most : 0, Math.min(most, Math.max(24, writing.implicitHeight) + extra)) : 48
+    implicitHeight: inUse ? Math.max(enlarged ? most : 0, Math.min(most, Math.max(26, writing.implicitHeight) + extra)) : 48
     Accessible.role: Accessible.Grouping
     Accessible.name: qsTr("写笔记")
 
@@ -42,9 +42,9 @@ FocusScope {
         objectName: "quickText"
         focus: true
         x: 16
-        y: box.inUse ? 14 : 12
+        y: box.inUse ? 14 : 11
         width: parent.width - 32
-        height: Math.max(24, parent.height - box.extra + (box.inUse ? 0 : 4))
+        height: Math.max(26, parent.height - box.extra + (box.inUse ? 0 : 4))
         editor: box.screen.editor
         label: qsTr("写一条笔记")
         placeholder: qsTr("写点什么…")

@@ -56,8 +56,8 @@ PageFrame {
             SettingsSection {
                 title: qsTr("列表")
                 SettingsLine {
-                    text: qsTr("显示当天的序号")
-                    Toggle { objectName: "showsNumber"; label: qsTr("显示当天的序号"); checked: page.settings.showsSeriesNumber; onToggled: page.settings.showsSeriesNumber = checked }
+                    text: qsTr("显示序号")
+                    Toggle { objectName: "showsNumber"; label: qsTr("显示序号"); checked: page.settings.showsSeriesNumber; onToggled: page.settings.showsSeriesNumber = checked }
                 }
                 SettingsLine {
                     text: qsTr("序号从早到晚")
@@ -87,7 +87,7 @@ PageFrame {
                 }
                 SettingsLine {
                     text: qsTr("最近的备份")
-                    note: page.settings.isBackupOld ? qsTr("已经很久了，可以用命令 nomely backup 做一份新的。") : ""
+                    note: page.settings.isBackupOld ? qsTr("可以用命令 nomely backup 做一份新的。") : ""
                     isLast: true
                     Text { objectName: "backupNote"; text: page.settings.backupNote; color: page.settings.isBackupOld ? Theme.warn : Theme.text2; font { family: Theme.sans; pixelSize: Theme.normal } }
                 }

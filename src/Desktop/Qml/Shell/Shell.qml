@@ -13,7 +13,7 @@ FocusScope {
     readonly property bool hasPanel: navigation.panel === Navigation.History
     readonly property bool isPanelBeside: width >= 1180
     readonly property int pageMargin: hasPanel && isPanelBeside ? panel.width : 0
-    readonly property bool hasSidebar: !narrow && !isSidebarHidden
+    readonly property bool hasSidebar: !narrow && !isSidebarHidden && navigation.page !== Navigation.Editor
     property bool isSidebarHidden: false
     focus: true
 
@@ -50,7 +50,7 @@ FocusScope {
             onSidebarAsked: drawer.open()
             onSearchAsked: floating.open()
         }
-        Page { page: Navigation.Editor; sourceComponent: FocusEditor { objectName: "focusEditor"; screen: shell.screens.focusEditor; narrow: shell.narrow } }
+        Page { page: Navigation.Editor; sourceComponent: FocusEditor { objectName: "focusEditor"; screen: shell.screens.focusEditor; narrow: shell.narrow; onHistoryAsked: shell.screens.history.open(screen.memo) } }
         Page { page: Navigation.Overview; sourceComponent: OverviewPage { screens: shell.screens; topInset: errors.implicitHeight } }
         Page { page: Navigation.Trash; sourceComponent: TrashPage { screens: shell.screens; topInset: errors.implicitHeight } }
         Page { page: Navigation.Settings; sourceComponent: SettingsPage { screens: shell.screens; topInset: errors.implicitHeight } }

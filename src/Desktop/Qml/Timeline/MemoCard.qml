@@ -49,6 +49,7 @@ Item {
                     expanded: card.expanded
                     keyword: card.screens.timeline.query
                     linksAsCards: card.screens.settings.linksAsCards
+                    onTapped: card.pressed()
                     onTicked: line => card.screens.cards.tick(card.memo, line)
                     onLinkActivated: address => card.screens.cards.openLink(address)
                     onExpandAsked: card.screens.timeline.toggleExpanded(card.memo)

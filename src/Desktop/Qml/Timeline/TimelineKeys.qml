@@ -16,13 +16,12 @@ Item {
     Shortcut { enabled: keys.active; sequence: "PgDown"; onActivated: keys.list.flick(0, -2600) }
     Shortcut { enabled: keys.active; sequence: "PgUp"; onActivated: keys.list.flick(0, 2600) }
     Shortcut { enabled: keys.onCard; sequences: ["Return", "Enter", "Ctrl+E"]; onActivated: keys.screens.focusEditor.open(keys.current()) }
-    Shortcut { enabled: keys.onCard; sequences: [StandardKey.Copy]; onActivated: keys.screens.cards.copyMarkdown(keys.current()) }
     Shortcut { enabled: keys.onCard; sequence: "Space"; onActivated: keys.screens.timeline.toggleExpanded(keys.current()) }
     Shortcut { enabled: keys.onCard; sequence: "P"; onActivated: keys.screens.timeline.togglePinned(keys.current()) }
     Shortcut { enabled: keys.onCard; sequence: "Shift+P"; onActivated: keys.screens.timeline.toggleLocked(keys.current()) }
     Shortcut { enabled: keys.onCard; sequence: "Delete"; onActivated: keys.screens.timeline.remove(keys.current()) }
-    Shortcut { enabled: keys.onCard; sequence: StandardKey.Copy; onActivated: keys.list.currentItem.body.copy() }
-    Shortcut { enabled: keys.onCard; sequence: StandardKey.SelectAll; onActivated: keys.list.currentItem.body.selectAll() }
+    Shortcut { enabled: keys.onCard; sequences: [StandardKey.Copy]; onActivated: keys.list.currentItem.body.copy() }
+    Shortcut { enabled: keys.onCard; sequences: [StandardKey.SelectAll]; onActivated: keys.list.currentItem.body.selectAll() }
     Shortcut { enabled: keys.onCard; sequences: ["Menu", "Shift+F10"]; onActivated: keys.menuAsked() }
 
     // Read when a key is pressed: rows come and go under the same index.

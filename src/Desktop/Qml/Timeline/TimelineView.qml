@@ -34,7 +34,7 @@ FocusScope {
         onAtYEndChanged: if (atYEnd && count > 0) view.screens.timeline.loadMore()
         onCurrentIndexChanged: if (currentIndex >= 0) positionViewAtIndex(currentIndex, ListView.Contain)
         // Not for what is inside of a card: a current card would take the focus from it.
-        onActiveFocusChanged: if (view.hasKeys && currentIndex < 0 && count > 0) currentIndex = Math.max(0, topRow)
+        onActiveFocusChanged: if (Window.activeFocusItem === list && currentIndex < 0 && count > 0) currentIndex = Math.max(0, topRow)
         delegate: TimelineRow {
             screens: view.screens
             narrow: view.narrow
@@ -44,7 +44,7 @@ FocusScope {
             onMenuAsked: from => view.openMenu(memo, from)
             onChosen: {
                 list.currentIndex = index
-                list.forceActiveFocus(Qt.MouseFocusReason)
+                list.currentItem.forceActiveFocus(Qt.MouseFocusReason)
             }
         }
     }
@@ -56,7 +56,8 @@ FocusScope {
         note: view.screens.timeline.sectionNoteInView
     }
     TimelineEmpty { anchors.centerIn: parent; visible: view.screens.timeline.isEmpty; screens: view.screens }
-    CardMenu { id: menu; screens: view.screens }
+    CardMenu { id: menu; screens: view.screens; onDateAsked: { view.screens.timeline.beginMoving(memo); days.open() } }
+    DatePicker { id: days; parent: view; x: (view.width - width) / 2; y: 60; month: view.screens.timeline.moveMonth }
     TimelineKeys { list: list; screens: view.screens; active: view.hasKeys; onMenuAsked: view.openMenu(view.screens.timeline.model.at(list.currentIndex), list.currentItem) }
     Connections {
         target: view.screens.timeline

@@ -1,4 +1,4 @@
-#include "Desktop/Models/PendingAttachments.h"
+#include "Desktop/Text/PendingAttachments.h"
 
 #include <utility>
 
@@ -8,6 +8,7 @@
 #include "Core/Extensions/PathNames.h"
 #include "Desktop/Base/Navigation.h"
 #include "Desktop/Base/Qt.h"
+#include "Desktop/Pictures/ThumbnailProvider.h"
 #include "Editor/Timeline/DayViewModel.h"
 
 namespace nomely {
@@ -104,8 +105,7 @@ QVariant PendingAttachments::data(const QModelIndex& index, int role) const {
     case Source: {
       const std::filesystem::path path =
           context_.application.paths().dayFolder(file.day) / file.name;
-      return QString(QLatin1String("image://thumbnail/") +
-                     QString::fromLatin1(QUrl::toPercentEncoding(qt(path.string()))));
+      return ThumbnailProvider::source(qt(path.string()));
     }
     case Kind:
       return qt(lowerCaseExtension(file.name)).toUpper();
