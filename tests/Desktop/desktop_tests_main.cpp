@@ -1,5 +1,6 @@
 #include <QGuiApplication>
 #include <QQuickWindow>
+#include <QStyleHints>
 #include <cstdlib>
 
 #include <gmock/gmock.h>
@@ -18,6 +19,7 @@ int main(int count, char** arguments) {
   QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
   const QGuiApplication application(count, arguments);
   QGuiApplication::setQuitOnLastWindowClosed(false);
+  QGuiApplication::styleHints()->setCursorFlashTime(0);  // pictures show the caret
   qml_register_types_Nomely();
   return RUN_ALL_TESTS();
 }

@@ -85,11 +85,11 @@ void DesktopTest::click(const char* objectName, Qt::MouseButton button) {
 }
 
 void DesktopTest::click(QQuickItem* item, Qt::MouseButton button) {
+  settle();  // it may be on its way to its place
   clickAt(item->mapToScene({item->width() / 2, item->height() / 2}).toPoint(), button);
 }
 
 void DesktopTest::clickAt(QPoint point, Qt::MouseButton button) {
-  settle();
   QTest::mouseMove(desktop->window(), point);
   QTest::mouseClick(desktop->window(), button, {}, point);
   settle();

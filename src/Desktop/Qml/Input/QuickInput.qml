@@ -44,7 +44,7 @@ FocusScope {
         x: 16
         y: box.inUse ? 14 : 11
         width: parent.width - 32
-        height: Math.max(26, parent.height - box.extra + (box.inUse ? 0 : 4))
+        height: Math.max(26, box.enlarged ? box.most - box.extra : Math.min(box.most - box.extra, implicitHeight))
         editor: box.screen.editor
         label: qsTr("写一条笔记")
         placeholder: qsTr("写点什么…")
