@@ -113,6 +113,7 @@ void FocusEditorScreen::keepBoth() {
   tags_.set(TagUtilities::uniqueTags(tags));
   std::vector<PendingAttachments::File> files = attachments_.files();
   std::vector<std::string> names;
+  names.reserve(files.size());
   for (const PendingAttachments::File& file : files) names.push_back(file.name);
   for (const std::string& name : without(theirs.attachments, names)) {
     const auto original = theirs.originalNames.find(name);

@@ -164,7 +164,7 @@ void TagsScreen::start(Run run) {
 }
 
 TagsScreen::Outcome TagsScreen::perform(Application& application, const TagOperation& operation,
-                                        TagRun run) {
+                                        const TagRun& run) {
   Outcome outcome;
   try {
     if (!run.isDry && operation.isRisky())

@@ -90,7 +90,7 @@ class TagsScreen : public QObject {
   void show(Stage stage, const QString& text);
   void setProgress(double share);
   [[nodiscard]] static Outcome perform(Application& application, const TagOperation& operation,
-                                       TagRun run);
+                                       const TagRun& run);
 
   const ScreenContext context_;
   SidebarScreen& sidebar_;

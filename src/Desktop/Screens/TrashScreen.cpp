@@ -190,7 +190,7 @@ void TrashScreen::dismiss() {
 
 void TrashScreen::backUpAndErase(const Erasing& erasing) {
   if (backup_) return;
-  backup_.emplace();
+  backup_ = Backup{};
   emit backupChanged();
   const std::stop_source stop = backup_->stop;
   const auto progress = [&executor = context_.executor, stop, shown = -1,

@@ -3,7 +3,7 @@ import Nomely
 
 // A text of a body that can be selected, also together with the others of its body.
 TextEdit {
-    id: text
+    id: run
     required property BodySelection selection
     property string says
     signal opened(string address)
@@ -17,12 +17,12 @@ TextEdit {
     selectionColor: Theme.selection
     selectedTextColor: Theme.text
     font { family: Theme.sans; pixelSize: Theme.body }
-    Keys.forwardTo: [text.selection]
-    onLinkActivated: link => text.opened(link)
+    Keys.forwardTo: [run.selection]
+    onLinkActivated: link => run.opened(link)
     Accessible.role: Accessible.StaticText
     Accessible.name: says
     Accessible.readOnly: true
-    HoverHandler { cursorShape: text.hoveredLink ? Qt.PointingHandCursor : Qt.IBeamCursor }
+    HoverHandler { cursorShape: run.hoveredLink ? Qt.PointingHandCursor : Qt.IBeamCursor }
     // Made when it is needed: most texts have no link.
-    Loader { active: text.hoveredLink; sourceComponent: AddressHint { parent: text; address: text.hoveredLink } }
+    Loader { active: run.hoveredLink; sourceComponent: AddressHint { parent: run; address: run.hoveredLink } }
 }

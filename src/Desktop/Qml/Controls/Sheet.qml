@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls
 import QtQuick.Controls.Basic
 import QtQuick.Templates as T
 import Nomely
