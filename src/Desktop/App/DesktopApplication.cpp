@@ -145,8 +145,9 @@ void DesktopApplication::close() {
   if (std::exchange(isClosing_, true)) return;
   again_.reset();
   if (screens_) screens_->flush();
-  if (!screens_) return QCoreApplication::quit();
-  application_->dayViewModel().afterWrites(lifetime_.guard([] { QCoreApplication::quit(); }));
+  // Not quit(), which asks the window once more and takes its no for an answer.
+  if (!screens_) return QCoreApplication::exit();
+  application_->dayViewModel().afterWrites(lifetime_.guard([] { QCoreApplication::exit(); }));
 }
 
 }  // namespace nomely
