@@ -59,10 +59,6 @@ bool OverviewScreen::isShown() const {
   return context_.navigation.page() == Navigation::Overview;
 }
 
-void OverviewScreen::showMonth(QDate day) {
-  if (day.isValid()) show(monthOf(dayOf(day)));
-}
-
 void OverviewScreen::step(int months) {
   show(month_ + std::chrono::months(months));
 }

@@ -59,7 +59,6 @@ class OverviewScreen : public QObject {
   [[nodiscard]] bool isReady() const { return isReady_; }
   [[nodiscard]] bool isEmpty() const { return isReady_ && overview_.totalMemos == 0; }
 
-  Q_INVOKABLE void showMonth(QDate day);
   Q_INVOKABLE void step(int months);
   Q_INVOKABLE void showThisMonth();
   // In the timeline: a day of the month; the memo of a thread's entry, or of an anomaly.

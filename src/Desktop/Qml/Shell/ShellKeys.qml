@@ -8,11 +8,9 @@ Item {
     readonly property Navigation navigation: screens.navigation
     readonly property bool onTimeline: navigation.page === Navigation.Timeline
     signal inputAsked()
-    signal cardsAsked()
     signal searchAsked()
     signal floatingSearchAsked()
     signal sidebarAsked()
-    signal sideFocusAsked()
     signal regionAsked()
     signal helpAsked()
     Shortcut { sequence: "Ctrl+N"; onActivated: { keys.navigation.show(Navigation.Timeline); keys.inputAsked() } }

@@ -49,7 +49,6 @@ FocusScope {
         function onFileAsked() { input.pickFiles() }
     }
     function takeInput() { input.forceActiveFocus(Qt.ShortcutFocusReason) }
-    function takeCards() { cards.takeFocus() }
     function takeSearch() { bar.takeSearch() }
     function nextRegion() { input.activeFocus ? cards.takeFocus() : takeInput() }
 }
