@@ -134,7 +134,8 @@ class ManyProcessesTest : public testing::Test {
     const pid_t child = ::fork();
     if (child != 0) return child;
     try {
-      const BackupManager backups(context(), 3);
+      // Everybody's archives are of one moment here, so none may be the one too many.
+      const BackupManager backups(context(), 2 * restorers_);
       const auto restored = backups.restore(backups.backup(), SafetyCopy::make, {});
       ::_exit(fs::exists(restored.safetyCopy) ? 0 : 1);
     } catch (const std::exception& error) {
