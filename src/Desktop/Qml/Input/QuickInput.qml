@@ -114,7 +114,7 @@ FocusScope {
                 Accessible.role: Accessible.Button
                 Accessible.name: qsTr("日期：%1").arg(box.screen.dateText)
                 onClicked: { box.screen.beginPicking(); days.open() }
-                Keys.onReturnPressed: click()
+                Keys.onReturnPressed: clicked()
                 background: Rectangle { radius: 8; color: dayButton.hovered ? Theme.hover : "transparent"; FocusRing { target: dayButton } }
                 contentItem: Item {
                     Row {

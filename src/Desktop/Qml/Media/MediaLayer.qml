@@ -4,9 +4,10 @@ import Nomely
 
 // What attachments have over the window: the viewer, and the question where to save one.
 Item {
-    id: layer
+    id: over
+    objectName: "attachmentsOver"
     required property DesktopScreens screens
-    ImageViewer { media: layer.screens.media; screen: layer.screens.viewer }
+    ImageViewer { media: over.screens.media; screen: over.screens.viewer }
     // Made when it is first asked for: it loads a good deal.
     Loader {
         id: saving
@@ -14,11 +15,11 @@ Item {
         sourceComponent: FileDialog {
             fileMode: FileDialog.SaveFile
             title: qsTr("另存为")
-            onAccepted: layer.screens.media.saveTo(selectedFile)
+            onAccepted: over.screens.media.saveTo(selectedFile)
         }
     }
     Connections {
-        target: layer.screens.media
+        target: over.screens.media
         function onSaveAsked(suggested) {
             saving.active = true
             saving.item.currentFolder = suggested.toString().replace(/[^/]*$/, "")

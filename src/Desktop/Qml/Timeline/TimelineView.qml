@@ -44,7 +44,7 @@ FocusScope {
             onMenuAsked: from => view.openMenu(memo, from)
             onChosen: {
                 list.currentIndex = index
-                list.currentItem.forceActiveFocus(Qt.MouseFocusReason)
+                list.currentItem?.forceActiveFocus(Qt.MouseFocusReason)
             }
         }
     }
