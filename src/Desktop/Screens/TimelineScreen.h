@@ -26,7 +26,7 @@ class TimelineScreen : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("made by the window")
-  Q_PROPERTY(TimelineModel* model READ model CONSTANT)
+  Q_PROPERTY(nomely::TimelineModel* model READ model CONSTANT)
   Q_PROPERTY(List list READ list NOTIFY listChanged)
   Q_PROPERTY(QString tag READ tag NOTIFY listChanged)
   Q_PROPERTY(QString query READ query NOTIFY listChanged)
