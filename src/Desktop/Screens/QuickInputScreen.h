@@ -72,6 +72,8 @@ class QuickInputScreen final : public QObject {
   void noticeChanged();
   // A memo was made of it.
   void submitted();
+  // Asks the view for the input.
+  void shownAsked();
 
  private:
   [[nodiscard]] Day day() const;
@@ -82,6 +84,7 @@ class QuickInputScreen final : public QObject {
   void say(const QString& text);
   void restore(std::optional<QuickInputDraft> draft);
   void discard(const std::string& name, Day day);
+  void tellUnsaved(const QString& why);
   void finish(const QString& submittedText);
 
   const ScreenContext context_;
