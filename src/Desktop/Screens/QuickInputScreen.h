@@ -70,8 +70,8 @@ class QuickInputScreen final : public QObject {
  signals:
   void changed();
   void noticeChanged();
-  // A memo was made of it.
-  void submitted();
+  // A memo was made of it, which stands there.
+  void submitted(QDate day, int seqNumber);
 
  private:
   [[nodiscard]] Day day() const;
@@ -82,7 +82,7 @@ class QuickInputScreen final : public QObject {
   void say(const QString& text);
   void restore(std::optional<QuickInputDraft> draft);
   void discard(const std::string& name, Day day);
-  void finish(const QString& submittedText);
+  void finish(const QString& submittedText, Day date, const Memo& made);
 
   const ScreenContext context_;
   DayViewModel& timeline_;
