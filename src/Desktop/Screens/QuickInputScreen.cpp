@@ -171,11 +171,11 @@ void QuickInputScreen::submit() {
       .date = content.selectedDate,
       .sourceDates = content.pendingAttachmentDates,
       .fallbackDate = content.selectedDate};
-  const auto done = [self = QPointer(this), text = qt(content.text)](
+  const auto done = [self = QPointer(this), text = qt(content.text), date = content.selectedDate](
                         const std::optional<Memo>& made, const std::exception_ptr& failure) {
     if (!self) return;
     self->isSaving_ = false;
-    if (made) return self->finish(text);
+    if (made) return self->finish(text, date, *made);
     emit self->changed();
     self->tellUnsaved(qt(Outcome<Memo>{{}, failure}.message()));
   };
@@ -194,7 +194,7 @@ void QuickInputScreen::tellUnsaved(const QString& why) {
        }});
 }
 
-void QuickInputScreen::finish(const QString& submittedText) {
+void QuickInputScreen::finish(const QString& submittedText, Day date, const Memo& made) {
   // What was typed while the memo was being written stays.
   const QString now = editor_.text();
   editor_.setText(now.startsWith(submittedText) ? now.mid(submittedText.size()) : QString());
@@ -209,7 +209,7 @@ void QuickInputScreen::finish(const QString& submittedText) {
   timeline_.refreshCurrentTimeline(DayViewModel::Cause::externalWrite);
   context_.application.entryDateIndex().refresh();
   NotificationCenter::shared().post(Notifications::refreshSidebarTags);
-  emit submitted();
+  emit submitted(qtDate(date), static_cast<int>(made.seqNumber));
 }
 
 // No memo names the file yet, and the draft no longer does.

@@ -151,6 +151,7 @@ FocusScope {
             }
         }
     }
+    Shortcut { enabled: box.activeFocus && !box.composing && !box.narrow; sequence: "Ctrl+E"; onActivated: box.enlarged = !box.enlarged }
     FilePicker { id: files; attachments: box.screen.attachments }
     Connections {
         target: box.screen

@@ -66,6 +66,7 @@ FocusScope {
             list.positionViewAtIndex(row, ListView.Beginning)
             list.currentIndex = row
         }
+        function onFollowed(row) { row === 0 ? list.positionViewAtBeginning() : list.positionViewAtIndex(row, ListView.Contain) }
         function onListChanged() {
             list.currentIndex = -1
             list.positionViewAtBeginning()
