@@ -42,10 +42,10 @@ class DesktopApplication : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("made by main")
-  Q_PROPERTY(DesktopScreens* screens READ screens NOTIFY screensChanged)
+  Q_PROPERTY(nomely::DesktopScreens* screens READ screens NOTIFY screensChanged)
   Q_PROPERTY(QString obstacle READ obstacle NOTIFY obstacleChanged)
   Q_PROPERTY(nomely::Question question READ question NOTIFY questionChanged)
-  Q_PROPERTY(ThemeWatcher* theme READ theme CONSTANT)
+  Q_PROPERTY(nomely::ThemeWatcher* theme READ theme CONSTANT)
   Q_PROPERTY(QString version READ version CONSTANT)
 
  public:

@@ -19,6 +19,8 @@ DesktopScreens::DesktopScreens(const Context& context) : application_(context.ap
   connect(timeline_.get(), &TimelineScreen::listChanged, &navigation_,
           [this] { navigation_.show(Navigation::Timeline); });
   quickInput_ = std::make_unique<QuickInputScreen>(screens);
+  connect(quickInput_.get(), &QuickInputScreen::submitted, timeline_.get(),
+          &TimelineScreen::follow);
   focusEditor_ = std::make_unique<FocusEditorScreen>(screens);
   media_ = std::make_unique<MediaScreen>(screens);
   viewer_ = std::make_unique<ViewerScreen>(*media_);

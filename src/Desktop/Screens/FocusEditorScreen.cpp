@@ -51,6 +51,7 @@ FocusEditorScreen::FocusEditorScreen(const ScreenContext& context)
       editor_(context),
       attachments_(context, [this] { return opened_ ? opened_->date : Day({}); }),
       tags_(context.application.tagConfig()),
+      tagChoices_(context, tags_.tags()),
       writer_([this] { return draftWrite(); }),
       work_(context.executor, context.jobs) {
   connect(&editor_, &MarkdownEditor::edited, this, &FocusEditorScreen::note);
@@ -349,7 +350,17 @@ void FocusEditorScreen::finishSave(const Memo& memo, const std::exception_ptr& f
 } catch (const Error& error) {
   say(tr("没有保存"));
   writer_.changed();
-  context_.navigation.fail(tr("没有保存，草稿还在：") + qt(error.what()));
+  context_.navigation.fail(tr("没有保存，草稿还在：") + qt(error.what()), wayOn());
+}
+
+Navigation::Action FocusEditorScreen::wayOn() {
+  const bool isShown = context_.navigation.page() == Navigation::Editor;
+  return {isShown ? tr("重试") : tr("打开草稿"), lifetime_.guard([this, isShown, failed = memo()] {
+            const bool isOpenStill = memo().key() == failed.key();
+            if (isOpenStill && isShown) return save();
+            if (isOpenStill) return context_.navigation.show(Navigation::Editor);
+            open(failed);
+          })};
 }
 
 void FocusEditorScreen::leave() {

@@ -70,8 +70,10 @@ class QuickInputScreen final : public QObject {
  signals:
   void changed();
   void noticeChanged();
-  // A memo was made of it.
-  void submitted();
+  // A memo was made of it, which stands there.
+  void submitted(QDate day, int seqNumber);
+  // Asks the view for the input.
+  void shownAsked();
 
  private:
   [[nodiscard]] Day day() const;
@@ -82,7 +84,8 @@ class QuickInputScreen final : public QObject {
   void say(const QString& text);
   void restore(std::optional<QuickInputDraft> draft);
   void discard(const std::string& name, Day day);
-  void finish(const QString& submittedText);
+  void tellUnsaved(const QString& why);
+  void finish(const QString& submittedText, Day date, const Memo& made);
 
   const ScreenContext context_;
   DayViewModel& timeline_;

@@ -24,8 +24,8 @@ class SidebarScreen : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("made by the window")
-  Q_PROPERTY(CalendarModel* calendar READ calendar CONSTANT)
-  Q_PROPERTY(TagTreeModel* tags READ tags CONSTANT)
+  Q_PROPERTY(nomely::CalendarModel* calendar READ calendar CONSTANT)
+  Q_PROPERTY(nomely::TagTreeModel* tags READ tags CONSTANT)
   // As texts; empty while they are not known.
   Q_PROPERTY(QString allCount READ allCount NOTIFY countsChanged)
   Q_PROPERTY(QString todayCount READ todayCount NOTIFY countsChanged)
@@ -59,7 +59,8 @@ class SidebarScreen : public QObject {
   Q_INVOKABLE void togglePinned(const QString& tag);
 
   // A tag has another name, or none any more (`to` empty): how it looks and stands follows.
-  void follow(const QString& from, const QString& to);
+  // Returns what takes that back.
+  std::function<void()> follow(const QString& from, const QString& to);
 
  signals:
   void countsChanged();

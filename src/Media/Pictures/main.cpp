@@ -26,6 +26,7 @@
 
 #include "Media/Answers.h"
 #include "Media/Confinement.h"
+#include "Media/Pictures/HeifPicture.h"
 
 namespace nomely::media {
 namespace {
@@ -79,26 +80,15 @@ struct Picture {
   QSize own;
 };
 
-Picture decode(QFile& file, const Wanted& wanted) {
-  const QByteArray format = formatOf(file.peek(16));
-  if (format.isEmpty()) throw PictureFailure("unknown");
-  QImageReader::setAllocationLimit(1024);
-  QImageReader reader(&file, format);
-  reader.setAutoTransform(true);
-  (void)reader.canRead();  // loads the plugin, which later can't be opened
-  confine(mostMemory);
-
-  QSize own = reader.size();
+void check(const QSize& own) {
   if (own.isEmpty()) throw PictureFailure("damaged");
   if (qint64{own.width()} * own.height() > mostPixels) throw PictureFailure("large");
-  const bool isTurned = (reader.transformation() & QImageIOHandler::TransformationRotate90) != 0;
-  if (isTurned) own.transpose();
-  const QSize scaled = scaledSize(own, wanted);
-  QSize read = readSize(own, scaled, format);
-  if (isTurned) read.transpose();
-  if (reader.supportsOption(QImageIOHandler::ScaledSize)) reader.setScaledSize(read);
-  QImage image = reader.read();
+}
+
+// Scaled and cut; a picture of another size was read larger.
+Picture finished(QImage image, const QSize& own, const Wanted& wanted) {
   if (image.isNull()) throw PictureFailure("damaged");
+  const QSize scaled = scaledSize(own, wanted);
   if (image.size() != scaled)
     image = image.scaled(scaled, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
   if (wanted.cuts) {
@@ -107,6 +97,36 @@ Picture decode(QFile& file, const Wanted& wanted) {
     image = image.copy(QRect(corner, wanted.size));
   }
   return {image.convertToFormat(QImage::Format_ARGB32_Premultiplied), own};
+}
+
+Picture decodeHeif(QFile& file, const Wanted& wanted) {
+  HeifPicture picture(file);
+  confine(mostMemory, Threads::some);
+  const QSize own = picture.size();
+  check(own);
+  return finished(picture.read(), own, wanted);
+}
+
+Picture decode(QFile& file, const Wanted& wanted) {
+  const QByteArray begin = file.peek(16);
+  if (HeifPicture::isAt(begin)) return decodeHeif(file, wanted);
+  const QByteArray format = formatOf(begin);
+  if (format.isEmpty()) throw PictureFailure("unknown");
+  QImageReader::setAllocationLimit(1024);
+  QImageReader reader(&file, format);
+  reader.setAutoTransform(true);
+  (void)reader.canRead();  // loads the plugin, which later can't be opened
+  confine(mostMemory);
+
+  QSize own = reader.size();
+  check(own);
+  const bool isTurned = (reader.transformation() & QImageIOHandler::TransformationRotate90) != 0;
+  if (isTurned) own.transpose();
+  const QSize scaled = scaledSize(own, wanted);
+  QSize read = readSize(own, scaled, format);
+  if (isTurned) read.transpose();
+  if (reader.supportsOption(QImageIOHandler::ScaledSize)) reader.setScaledSize(read);
+  return finished(reader.read(), own, wanted);
 }
 
 void writeAll(const QImage& image) {

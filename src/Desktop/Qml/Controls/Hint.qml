@@ -6,7 +6,7 @@ import Nomely
 ToolTip {
     id: hint
     delay: 600
-    visible: parent !== null && parent.hovered && text
+    visible: parent instanceof Control && (parent as Control).hovered && text
     contentItem: Text { text: hint.text; color: Theme.toastText; font { family: Theme.sans; pixelSize: Theme.small } }
     background: Rectangle { radius: 6; color: Theme.toast }
 }

@@ -6,8 +6,8 @@ import Nomely
 Loader {
     id: picker
     required property PendingAttachments attachments
-    readonly property bool shown: item !== null && item.visible
-    function open() { active = true; item.open() }
+    readonly property bool shown: item !== null && (item as FileDialog).visible
+    function open() { active = true; (item as FileDialog).open() }
     active: false
     sourceComponent: FileDialog {
         title: qsTr("添加图片和文件")

@@ -7,7 +7,7 @@ Popup {
     id: picker
     objectName: "moodPicker"
     property int mood
-    property list<string> faces
+    property var faces: []
     signal picked(int mood)
     padding: 6
     focus: true

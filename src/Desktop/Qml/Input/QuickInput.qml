@@ -10,6 +10,9 @@ FocusScope {
     // The window's height, which it takes at most 40 % of, or most of it when enlarged.
     property real room: 800
     property bool enlarged: false
+    // How saving goes, said where nothing more urgent is.
+    property string saveNote
+    property bool unsaved: false
     // The keyboard wants out of the text.
     signal leaveAsked()
     readonly property bool composing: writing.composing
@@ -48,6 +51,16 @@ FocusScope {
         editor: box.screen.editor
         label: qsTr("写一条笔记")
         placeholder: qsTr("写点什么…")
+    }
+    Text {
+        objectName: "saveNote"
+        visible: !box.inUse && text
+        anchors { right: parent.right; rightMargin: 16; verticalCenter: parent.verticalCenter }
+        text: box.saveNote
+        color: box.unsaved ? Theme.bad : Theme.text3
+        font { family: Theme.sans; pixelSize: Theme.small }
+        Accessible.role: Accessible.StatusBar
+        Accessible.name: text
     }
     AttachmentStrip {
         id: strip
@@ -94,8 +107,8 @@ FocusScope {
                 visible: text
                 anchors.verticalCenter: parent.verticalCenter
                 leftPadding: 8
-                text: box.screen.notice
-                color: Theme.text3
+                text: box.screen.notice || box.saveNote
+                color: !box.screen.notice && box.unsaved ? Theme.bad : Theme.text3
                 font { family: Theme.sans; pixelSize: Theme.small }
                 Accessible.role: Accessible.StatusBar
                 Accessible.name: text
@@ -122,7 +135,7 @@ FocusScope {
                         anchors.centerIn: parent
                         spacing: 5
                         Icon { anchors.verticalCenter: parent.verticalCenter; name: "today"; size: 14 }
-                        Text { objectName: "dayText"; anchors.verticalCenter: parent.verticalCenter; text: box.screen.dateText; color: Theme.text2; font { family: Theme.sans; pixelSize: Theme.small } }
+                        Text { objectName: "dayText"; anchors.verticalCenter: parent.verticalCenter; visible: !box.narrow || !(box.screen.notice || box.saveNote); text: box.screen.dateText; color: Theme.text2; font { family: Theme.sans; pixelSize: Theme.small } }
                     }
                 }
                 DatePicker { id: days; y: parent.height + 6; x: parent.width - width; month: box.screen.month; onClosed: box.write() }
@@ -138,10 +151,12 @@ FocusScope {
             }
         }
     }
+    Shortcut { enabled: box.activeFocus && !box.composing && !box.narrow; sequence: "Ctrl+E"; onActivated: box.enlarged = !box.enlarged }
     FilePicker { id: files; attachments: box.screen.attachments }
     Connections {
         target: box.screen
         function onSubmitted() { box.enlarged = false }
+        function onShownAsked() { box.write() }
     }
     Connections {
         target: box.screen.editor

@@ -33,7 +33,7 @@ Item {
         cache: false
         smooth: true
         source: item.source
-        sourceSize: Qt.size(Math.round(item.width * item.ratio), Math.round(item.height * item.ratio))
+        sourceSize: Qt.size(Math.round(item.width * item.ratio), Math.round(item.height * item.ratio)) // qmllint disable type
     }
     Image {
         x: frame.frame.x; y: frame.frame.y; width: frame.frame.width; height: frame.frame.height
@@ -41,7 +41,7 @@ Item {
         smooth: true
         visible: frame.zoom > 1 && status === Image.Ready
         source: item.wanted.width > 0 ? item.source : ""
-        sourceSize: item.wanted
+        sourceSize: item.wanted // qmllint disable type
     }
     Timer {
         id: settled
