@@ -35,6 +35,8 @@ SidebarScreen::SidebarScreen(const ScreenContext& context, TimelineScreen& timel
   DayViewModel& model = context.application.dayViewModel();
   const auto takeLooks = [this](const TagConfig& config) {
     tags_.alter([&](TagView& view) { view.config = config; });
+    tagStyles_.config = std::make_shared<const TagConfig>(config);
+    emit tagStylesChanged();
   };
   looks_ = context.application.tagConfig().config().observe(takeLooks);
   takeLooks(context.application.tagConfig().config().get());

@@ -7,6 +7,7 @@
 #include "App/Application.h"
 #include "Core/Extensions/TagNames.h"
 #include "Desktop/Base/Qt.h"
+#include "Desktop/Models/TagStyles.h"
 
 namespace nomely {
 namespace {
@@ -128,13 +129,9 @@ int TagChoices::rowCount(const QModelIndex& /*parent*/) const {
 QVariant TagChoices::data(const QModelIndex& index, int role) const {
   const QString& tag = rows_.at(static_cast<std::size_t>(index.row()));
   const TagConfig& looks = context_.application.tagConfig().config().get();
-  const auto look = [&](const std::map<std::string, std::string>& values) {
-    const auto found = values.find(utf8(tag));
-    return found == values.end() ? QString() : qt(found->second);
-  };
   if (role == Name) return tag;
-  if (role == Emoji) return look(looks.emojis);
-  if (role == Tint) return look(looks.colors);
+  if (role == Emoji) return TagStyles::valueIn(looks.emojis, tag);
+  if (role == Tint) return TagStyles::valueIn(looks.colors, tag);
   return {};
 }
 

@@ -19,7 +19,7 @@ FocusScope {
     readonly property bool inUse: activeFocus || screen.isFilled || moods.opened || days.opened || files.shown || writing.menuOpened
     readonly property real most: Math.round(room * (enlarged ? 0.8 : 0.4))
     readonly property real extra: inUse ? 28 + tools.height + (strip.visible ? strip.height + 10 : 0) + 10 : 28
-    implicitHeight: inUse ? Math.max(enlarged ? most : 0, Math.min(most, Math.max(26, writing.implicitHeight) + extra)) : 48
+    implicitHeight: inUse ? Math.max(enlarged ? most : 0, Math.min(most, Math.max(26, Math.ceil(writing.implicitHeight)) + extra)) : 48
     Accessible.role: Accessible.Grouping
     Accessible.name: qsTr("写笔记")
 
