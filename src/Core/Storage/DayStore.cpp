@@ -89,13 +89,17 @@ std::int64_t DayStore::nextSeqNumber(Day day) const {
   return highest + 1;
 }
 
-std::vector<Day> DayStore::dayFolders() const {
-  const std::filesystem::path& root = context_.paths.rootURL;
+std::vector<Day> DayStore::namedDays() const {
   std::vector<Day> days;
-  for (const DirectoryEntry& entry : context_.files.listVisible(root))
-    if (const auto day = Day::parse(entry.name);
-        day && context_.files.isDirectory(root / entry.name))
-      days.push_back(*day);
+  for (const DirectoryEntry& entry : context_.files.listVisible(context_.paths.rootURL))
+    if (const auto day = Day::parse(entry.name)) days.push_back(*day);
+  return days;
+}
+
+std::vector<Day> DayStore::dayFolders() const {
+  std::vector<Day> days = namedDays();
+  std::erase_if(
+      days, [&](Day day) { return !context_.files.isDirectory(context_.paths.dayFolder(day)); });
   return days;
 }
 

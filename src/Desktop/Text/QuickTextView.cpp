@@ -52,7 +52,10 @@ bool hasEndlessWord(QStringView text) {
 
 QuickTextView::QuickTextView(QQuickItem& area)
     : area_(area),
-      document_(area.property("textDocument").value<QQuickTextDocument*>()->textDocument()) {}
+      document_(area.property("textDocument").value<QQuickTextDocument*>()->textDocument()) {
+  // Of a long text no more is made for drawing than is in view; else a key makes all of it anew.
+  area_.setFlag(QQuickItem::ItemObservesViewport);
+}
 
 QString QuickTextView::content() const {
   QString text = document_->toRawText();

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Dialogs
 import Nomely
 
 // What attachments have over the window: the viewer, and the question where to save one.
@@ -12,11 +11,11 @@ Item {
     Loader {
         id: saving
         active: false
-        sourceComponent: FileDialog {
-            fileMode: FileDialog.SaveFile
-            title: qsTr("另存为")
-            onAccepted: over.screens.media.saveTo(selectedFile)
-        }
+        source: "SaveFile.qml"
+    }
+    Connections {
+        target: saving.item
+        function onAccepted() { over.screens.media.saveTo(saving.item.selectedFile) }
     }
     Connections {
         target: over.screens.media
