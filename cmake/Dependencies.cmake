@@ -16,6 +16,8 @@ pkg_check_modules(alsa REQUIRED IMPORTED_TARGET alsa)
 pkg_check_modules(secret REQUIRED libsecret-1)
 if(NOMELY_DESKTOP)
   find_package(Qt6 6.4 REQUIRED COMPONENTS Quick DBus)
+  # For its headers, too; without it pictures of telephones are shown as files.
+  pkg_check_modules(heif libheif)
   if(NOMELY_TESTS)
     find_package(Qt6 REQUIRED COMPONENTS Test)
   endif()

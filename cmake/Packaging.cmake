@@ -32,7 +32,7 @@ timeline, a search and an editor over notes that are ordinary files.")
   list(JOIN loaded ", " loaded)
   set(CPACK_DEBIAN_DESKTOP_PACKAGE_DEPENDS "nomely (= ${PROJECT_VERSION}), ${loaded}")
   set(CPACK_DEBIAN_DESKTOP_PACKAGE_RECOMMENDS
-    "qt6-image-formats-plugins, qt6-wayland, xdg-desktop-portal, xdg-utils")
+    "libheif1, qt6-image-formats-plugins, qt6-wayland, xdg-desktop-portal, xdg-utils")
   set(CPACK_DEBIAN_DESKTOP_PACKAGE_SUGGESTS "nomely-diagrams, fcitx5-frontend-qt6")
 endif()
 

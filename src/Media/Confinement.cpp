@@ -3,10 +3,12 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <vector>
 
 #include <linux/audit.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -40,23 +42,43 @@ constexpr auto allowed = std::to_array<unsigned>({
 #endif
 });
 
-constexpr std::size_t head = 4;  // instructions before the list
-using Program = std::array<sock_filter, head + allowed.size() + 2>;
+// And what a thread begins with.
+constexpr auto allowedOfThreads = std::to_array<unsigned>({SYS_rseq, SYS_set_robust_list});
 
-Program makeFilter() {
+using Program = std::vector<sock_filter>;
+
+Program makeFilter(Threads threads) {
   constexpr auto load = static_cast<unsigned short>(BPF_LD | BPF_W | BPF_ABS);
   constexpr auto jumpIfEqual = static_cast<unsigned short>(BPF_JMP | BPF_JEQ | BPF_K);
   constexpr auto answer = static_cast<unsigned short>(BPF_RET | BPF_K);
-  Program filter{};
-  filter[0] = BPF_STMT(load, offsetof(seccomp_data, arch));
-  filter[1] = BPF_JUMP(jumpIfEqual, machine, 1, 0);
-  filter[2] = BPF_STMT(answer, SECCOMP_RET_KILL_PROCESS);
-  filter[3] = BPF_STMT(load, offsetof(seccomp_data, nr));
-  for (std::size_t i = 0; i < allowed.size(); ++i)
-    filter[head + i] =
-        BPF_JUMP(jumpIfEqual, allowed[i], static_cast<unsigned char>(allowed.size() - i), 0);
-  filter[head + allowed.size()] = BPF_STMT(answer, SECCOMP_RET_ERRNO | EPERM);
-  filter[head + allowed.size() + 1] = BPF_STMT(answer, SECCOMP_RET_ALLOW);
+  constexpr auto jumpIfSet = static_cast<unsigned short>(BPF_JMP | BPF_JSET | BPF_K);
+  Program filter{
+      BPF_STMT(load, offsetof(seccomp_data, arch)),
+      BPF_JUMP(jumpIfEqual, machine, 1, 0),
+      BPF_STMT(answer, SECCOMP_RET_KILL_PROCESS),
+      BPF_STMT(load, offsetof(seccomp_data, nr)),
+  };
+  std::vector<unsigned> calls(allowed.begin(), allowed.end());
+  if (threads == Threads::some) {
+    calls.insert(calls.end(), allowedOfThreads.begin(), allowedOfThreads.end());
+    // What clone3 is asked for lies in memory, out of the filter's sight; where a kernel lacks it,
+    // clone is called.
+    const Program more{
+        BPF_JUMP(jumpIfEqual, SYS_clone3, 0, 1),     BPF_STMT(answer, SECCOMP_RET_ERRNO | ENOSYS),
+        BPF_JUMP(jumpIfEqual, SYS_clone, 0, 4),      BPF_STMT(load, offsetof(seccomp_data, args)),
+        BPF_JUMP(jumpIfSet, CLONE_THREAD, 0, 1),     BPF_STMT(answer, SECCOMP_RET_ALLOW),
+        BPF_STMT(answer, SECCOMP_RET_ERRNO | EPERM),
+    };
+    filter.insert(filter.end(), more.begin(), more.end());
+  }
+  for (std::size_t i = 0; i < calls.size(); ++i) {
+    const sock_filter jump =
+        BPF_JUMP(jumpIfEqual, calls[i], static_cast<unsigned char>(calls.size() - i), 0);
+    filter.push_back(jump);
+  }
+  const Program end{BPF_STMT(answer, SECCOMP_RET_ERRNO | EPERM),
+                    BPF_STMT(answer, SECCOMP_RET_ALLOW)};
+  filter.insert(filter.end(), end.begin(), end.end());
   return filter;
 }
 
@@ -67,7 +89,7 @@ void limit(__rlimit_resource resource, rlim_t most) {
 
 }  // namespace
 
-void confine([[maybe_unused]] std::uint64_t memory) {
+void confine([[maybe_unused]] std::uint64_t memory, Threads threads) {
   constexpr rlim_t hour = 3600;
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   limit(RLIMIT_CORE, 0);
@@ -76,7 +98,7 @@ void confine([[maybe_unused]] std::uint64_t memory) {
   limit(RLIMIT_AS, memory);
 #endif
   if (machine == 0) return;
-  Program filter = makeFilter();
+  Program filter = makeFilter(threads);
   const sock_fprog program{static_cast<unsigned short>(filter.size()), filter.data()};
   // A kernel without it decodes all the same: the limits and the allow lists hold.
   if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0)

@@ -93,6 +93,27 @@ TEST_F(BodyTest, Drawn) {
   }
 }
 
+TEST_F(BodyTest, TagsStandOut) {
+  open();
+  QQuickItem& body = *make("MemoBody");
+  const struct {
+    const char* text;
+    const char* coloured;
+  } cases[]{{"看 **书** #读书/小说，#不是 #一", "#读书/小说#一"},
+            {"- [x] 完 #事\n- [ ] 未 #物", "#物"},
+            {"`#码` [#链](http://a.b) #甲\n```\n#乙\n```", "#甲"}};
+  for (const auto& [text, coloured] : cases) {
+    show(body, memoOf(text));
+    QString found;
+    for (const QQuickItem* item : textsIn(body))
+      for (QTextBlock block = documentOf(*item).begin(); block.isValid(); block = block.next())
+        for (auto part = block.begin(); !part.atEnd(); ++part)
+          if (part.fragment().charFormat().foreground().color() == QColor("#A8452B"))
+            found += part.fragment().text();
+    EXPECT_EQ(utf8(found), coloured);
+  }
+}
+
 // Whatever is changed, a body is drawn as one made of it anew.
 TEST_F(BodyTest, EditsLeadWhereANewCardBegins) {
   open();

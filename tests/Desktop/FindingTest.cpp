@@ -203,6 +203,12 @@ TEST_F(FindingTest, TagsAreRenamedMergedAndDeletedOnTheDisk) {
                 fs::exists(root / ".backups") && !fs::is_empty(root / ".backups") &&
                 tagRows().isEmpty();
        }},
+      {"and brings them back as they were", [&] { click("toastAction"); },
+       [&] {
+         return isClosed() && !tags.canUndo() && onDisk("2026-06-17/001.md", "- 运动\n") &&
+                onDisk("2026-06-17/002.md", "- 运动/夜跑") && fs::is_empty(root / ".trash") &&
+                tagRows("emoji").contains("🏃");
+       }},
   })
 }
 
@@ -285,6 +291,13 @@ TEST_F(FindingTest, ASearchFollowsTheKeys) {
        [&] {
          return screens().timeline()->day() == QDate(2025, 3, 1) && shownBodies().size() == 2;
        }},
+      {"Esc goes back to the results", [&] { key("Escape"); },
+       [&] {
+         return need("searchLine")->hasActiveFocus() && search.query() == u"旧的"_qs &&
+                item("searchResult") != nullptr && search.current() == 0;
+       }},
+      {"another list ends it", [&] { key("Ctrl+1"); },
+       [&] { return search.query().isEmpty() && !search.isShown(); }},
       {"the floating one",
        [&] {
          key("Ctrl+P");

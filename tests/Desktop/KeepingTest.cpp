@@ -147,7 +147,9 @@ TEST_F(KeepingTest, SettingsDoAndShow) {
   const char* display = "_config/display-config.yaml";
   click("bodySizeMore");
   EXPECT_TRUE(holds(display, "bodyFontSize: 15"));
-  click("bodySizeMore");
+  QTest::mouseDClick(desktop->window(), Qt::LeftButton, {},
+                     need("bodySizeMore")->mapToScene({10, 10}).toPoint());
+  click("bodySizeLess");
   click("linkCard");
   click("showsNumber");
   click("orderName");

@@ -10,7 +10,9 @@
 #include "Desktop/Pictures/PictureFile.h"
 #include "Desktop/Pictures/ZoomFrame.h"
 #include "Platform/Cancellation.h"
+#include "Platform/Text/Replacing.h"
 #include "Support/TemporaryFolder.h"
+#include "Support/TestPaths.h"
 
 namespace nomely::test {
 namespace {
@@ -43,6 +45,9 @@ std::string turned(std::string jpeg) {
 
 class PictureTest : public testing::Test {
  protected:
+  [[nodiscard]] static std::string heic() {
+    return readFile(fs::path(TestPaths::fixtures) / "halves.heic");
+  }
   [[nodiscard]] QImage decode(const std::string& content, const PictureForm& form) const {
     writeFile(file, content);
     return PictureFile::decode(file, form, {});
@@ -56,7 +61,7 @@ TEST_F(PictureTest, EveryKindIsUprightCutAndRound) {
   const std::string jpeg = bytesOf(halves({800, 300}), "JPG");
   for (const auto& content :
        {jpeg, bytesOf(halves({800, 300}), "PNG"), bytesOf(halves({800, 300}), "WEBP"),
-        bytesOf(halves({80, 30}), "BMP")}) {
+        bytesOf(halves({80, 30}), "BMP"), heic()}) {
     const QImage cut = decode(content, {.size = {100, 60}, .radius = 8});
     ASSERT_EQ(cut.size(), QSize(100, 60));
     EXPECT_GT(qRed(cut.pixel(30, 30)), 200);
@@ -83,6 +88,14 @@ TEST_F(PictureTest, WhatIsNoPictureIsRefusedQuickly) {
            "GIF89a\xFF\xFF\xFF\xFF\x80\0\0\0\0\0\xFF\xFF\xFF,\0\0\0\0\xFF\xFF\xFF\xFF\0\x02\x02\x44\x01\0;"s},
           {"a drawing that names a file",
            "<svg xmlns='http://www.w3.org/2000/svg'><image href='/etc/passwd'/></svg>"},
+          {"of a telephone, cut off in its boxes", heic().substr(0, 400)},
+          {"of a telephone, cut off in its pixels", heic().substr(0, 500)},
+          {"of a telephone, four thousand million pixels",
+           // The sizes of the grid, of its tile and of both in their own boxes.
+           replacingAll(replacingAll(heic(), "\0\xA0\0\x3C"s, "\xFF\xFF\xFF\xFF"), "\0\0\0\xA0"s,
+                        "\0\0\xFF\xFF"s)},
+          {"of a telephone, in boxes that hold themselves",
+           heic().substr(0, 24) + "\0\0\0\1meta"s + std::string(16, '\xFF')},
           {"a drawing in disguise",
            "\x89PNG\r\n\x1A\n<svg xmlns='http://www.w3.org/2000/svg'/>"}}) {
     SCOPED_TRACE(name);

@@ -106,6 +106,21 @@ TEST_F(TimelineTest, ReloadsLeaveTheViewWhereItIs) {
   settle();
   EXPECT_EQ(top(), before);
   grab("timeline-scrolled.png");
+  // Another page leaves it, too; what is written here is shown.
+  key("Ctrl+,");
+  settle();
+  key("Esc");
+  settle();
+  EXPECT_EQ(top(), before);
+  click("quickText");
+  const double height = need("quickInput")->height();
+  key("Ctrl+E");
+  EXPECT_TRUE(eventually([&] { return need("quickInput")->height() > 2 * height; }));
+  type("here");
+  key("Ctrl+Return");
+  EXPECT_TRUE(eventually([&] {
+    return list->property("contentY").toDouble() == list->property("originY").toDouble();
+  }));
 }
 
 TEST(ListDiffTest, StepsLeadFromAnyListToAnyOther) {

@@ -175,15 +175,19 @@ TEST_F(WritingTest, PastesAndDropsPicturesFilesAndText) {
   picture->setText(QStringLiteral("not this"));
   copy(std::move(picture));
   key("Ctrl+V");
+  // Copying the first takes longer.
+  writeFile(folder.path() / "长.pdf", std::string(64 << 20, 'x'));
   writeFile(folder.path() / "纪要.pdf", "%PDF-1.4");
   QMimeData files;
-  files.setUrls({QUrl::fromLocalFile(qt((folder.path() / "纪要.pdf").string()))});
+  files.setUrls({QUrl::fromLocalFile(qt((folder.path() / "长.pdf").string())),
+                 QUrl::fromLocalFile(qt((folder.path() / "纪要.pdf").string()))});
   drop(files);
   QMimeData words;
   words.setText(QStringLiteral("放下"));
   drop(words);
   EXPECT_EQ(state(), "x\ny放下|");
-  ASSERT_TRUE(eventually([&] { return input().attachments()->count() == 2; }));
+  ASSERT_TRUE(eventually([&] { return input().attachments()->count() == 3; }));
+  EXPECT_EQ(input().attachments()->files()[1].originalName, "长.pdf");
   grab("quick-input.png");
 
   key("Ctrl+Return");
@@ -191,8 +195,9 @@ TEST_F(WritingTest, PastesAndDropsPicturesFilesAndText) {
   const std::string memo = saved(1);
   EXPECT_NE(memo.find(".png"), std::string::npos);
   EXPECT_NE(memo.find("纪要.pdf"), std::string::npos);
-  EXPECT_EQ(std::distance(fs::directory_iterator(root / today()), {}), 3);
+  EXPECT_EQ(std::distance(fs::directory_iterator(root / today()), {}), 4);
   ASSERT_TRUE(eventually([&] { return !input().isFilled(); }));
+  EXPECT_TRUE(eventually([&] { return textOf("inputNotice").startsWith(u"已保存 "_qs); }));
   EXPECT_TRUE(eventually([&] { return screens().timeline()->model()->rowCount() == 1; }));
 }
 
@@ -227,18 +232,25 @@ TEST_F(WritingTest, AKilledProgramLosesNothingOlderThan300Milliseconds) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   constexpr auto shared = "NOMELY_TEST_KILLED_ROOT";
   if (qEnvironmentVariableIsSet(shared)) root = qgetenv(shared).toStdString();
+  state = root.parent_path() / "state";
+  const fs::path away = root.string() + "-away";
   qputenv(shared, QByteArray::fromStdString(root.string()));
   const auto typeAndDie = [&] {
     open();
     click("quickText");
     type(QStringLiteral("还没写完"));
     QTest::qWait(300);
+    fs::rename(root, away);
+    type(QStringLiteral("，盘没了"));
+    QTest::qWait(300);
     ::raise(SIGKILL);
   };
   EXPECT_EXIT(typeAndDie(), testing::KilledBySignal(SIGKILL), "");
   qunsetenv(shared);
+  EXPECT_THAT(readFile(away / ".drafts/quick-input.json"), testing::HasSubstr("还没写完"));
+  fs::rename(away, root);
   open();
-  EXPECT_TRUE(eventually([&] { return utf8(text()) == "还没写完"; }));
+  EXPECT_TRUE(eventually([&] { return utf8(text()) == "还没写完，盘没了"; }));
 }
 
 class FocusEditorTest : public WritingTest {
@@ -283,6 +295,35 @@ TEST_F(FocusEditorTest, SavesADraftAndTheMemo) {
     EXPECT_NE(memo.find(part), std::string::npos) << part;
   EXPECT_TRUE(eventually([&] { return !hasDraft(); }));
   EXPECT_EQ(utf8(page().count()), "6 字");
+}
+
+TEST_F(FocusEditorTest, TheFieldForATagOffersOthers) {
+  put("2026-02-01", 1, "一", "time: \"08:30\"\ntags: [读书/小说, 读书/诗, 工作]");
+  put("2026-03-01", 1, "二", "time: \"08:30\"\ntags: [读书/诗]");
+  open();
+  openMemo();
+  const auto* const choices = page().tagChoices();
+  const struct {
+    const char* typed;
+    int offered;
+    std::vector<const char*> keys;
+    std::vector<std::string> tags;
+  } cases[]{
+      {"读", 1, {"Return"}, {"读书/诗", "读书/小说"}},
+      {"工", 1, {"Escape", "Return"}, {"读书/诗", "读书/小说", "工"}},
+      {"新的", 0, {"Return"}, {"读书/诗", "读书/小说", "工", "新的"}},
+  };
+  click("addTag");
+  for (const auto& [typed, offered, keys, tags] : cases) {
+    SCOPED_TRACE(typed);
+    type(QString::fromUtf8(typed));
+    EXPECT_TRUE(eventually([&] { return choices->rowCount() == offered; }));
+    for (const char* const each : keys) key(each);
+    EXPECT_EQ(page().tags()->tags(), tags);
+  }
+  key("Escape");
+  EXPECT_EQ(item("tagField"), nullptr);
+  EXPECT_EQ(screens().navigation()->page(), Navigation::Editor);
 }
 
 TEST_F(FocusEditorTest, AConflictLosesNeitherText) {
@@ -331,6 +372,10 @@ TEST_F(FocusEditorTest, TellsOfChangesElsewhere) {
   fs::remove(file());
   page().checkDisk();
   ASSERT_TRUE(eventually([&] { return page().conflict() == FocusEditorScreen::Gone; }));
+  page().leave();
+  page().checkDisk();
+  click("errorAction");
+  EXPECT_EQ(screens().navigation()->page(), Navigation::Editor);
   click("saveAsNew");
   EXPECT_TRUE(eventually([&] {
     return fs::exists(file()) && readFile(file()).find("我的别处的") != std::string::npos;

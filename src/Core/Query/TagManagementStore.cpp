@@ -7,6 +7,7 @@
 
 #include "Core/Extensions/TagNames.h"
 #include "Core/Query/TagRewriting.h"
+#include "Core/Storage/WriteError.h"
 #include "Platform/Cancellation.h"
 #include "Platform/System/Log.h"
 
@@ -103,7 +104,10 @@ TagChange TagManagementStore::deleteTagWithMemos(std::string_view tag, const Tag
   const std::size_t unlisted = forEachMemo(Reporting::off, run, [&](Day day, const Memo& memo) {
     if (!TagRewriting::goesWith(memo, tag)) return;
     try {
-      if (!run.isDry) (void)service_.trashStore().trashMemo(day, memo);
+      if (!run.isDry) {
+        const std::string name = service_.trashStore().trashMemo(day, memo);
+        if (run.trashed) run.trashed(name);
+      }
       ++done.memos;
     } catch (const std::exception& error) {
       ++done.failed;
@@ -112,6 +116,27 @@ TagChange TagManagementStore::deleteTagWithMemos(std::string_view tag, const Tag
     }
   });
   done.failed += unlisted;
+  return done;
+}
+
+TagChange TagManagementStore::restoreMemos(const std::vector<std::string>& trashed,
+                                           const TagRun& run) const {
+  TagChange done;
+  const MemoChanges::Bulk bulk(service_.context().gate.changes());
+  for (std::size_t i = 0; i < trashed.size(); ++i) {
+    throwIfStopped(run.stop);
+    try {
+      const std::optional<TrashEntry> entry = service_.trashStore().entryNamed(trashed[i]);
+      if (!entry) throw WriteError(WriteError::Kind::missingMemo);
+      (void)service_.restore(*entry);
+      ++done.memos;
+    } catch (const std::exception& error) {
+      ++done.failed;
+      Log::error(LogChannel::storage, "⚠️ TagManagementStore.restoreMemos: {}", error.what());
+    }
+    if (run.progress)
+      run.progress(static_cast<double>(i + 1) / static_cast<double>(trashed.size()));
+  }
   return done;
 }
 

@@ -37,6 +37,8 @@ struct TagRun {
   bool isDry = false;  // counts what would change and writes nothing
   std::stop_token stop = {};
   std::function<void(double share)> progress = {};
+  // Is told of each memo that went to the trash, by its entry's name there.
+  std::function<void(const std::string& trashed)> trashed = {};
 };
 
 // Rewrites a tag in all memos of all days. For background jobs. For a memo that can't be written
@@ -55,6 +57,9 @@ class TagManagementStore {
   // Moves the memos to the trash. One that can't be moved stays and counts as failed, without a
   // call of `onError`.
   TagChange deleteTagWithMemos(std::string_view tag, const TagRun& run = {}) const;
+  // Brings back what that moved: the entries of those names. One that can't be brought back counts
+  // as failed.
+  TagChange restoreMemos(const std::vector<std::string>& trashed, const TagRun& run = {}) const;
   // How many memos have the tag or one below it among their tags; "#tag" in the body alone does not
   // count.
   [[nodiscard]] std::int64_t countNotesWithTag(std::string_view tag) const;

@@ -40,6 +40,12 @@ std::string TagOperation::outcome(const TagChange& done) const {
                      isRisky() ? "" : "，原文在各条的历史版本里");
 }
 
+std::string TagOperation::restored(const TagChange& done) {
+  return done.failed == 0 ? fmt::format("已恢复 {} 条笔记。", done.memos)
+                          : fmt::format("已恢复 {} 条笔记，{} 条没能恢复，请到回收站里看看。",
+                                        done.memos, done.failed);
+}
+
 std::string TagOperation::shortfall(const TagChange& done) {
   return done.failed == 0 ? "" : fmt::format("有 {} 处未能更新，其余已完成", done.failed);
 }

@@ -27,6 +27,9 @@ struct TagOperation {
   [[nodiscard]] std::string outcome(const TagChange& done) const;
   // What was not done; empty when all was.
   [[nodiscard]] static std::string shortfall(const TagChange& done);
+  // Of bringing back what was moved to the trash.
+  [[nodiscard]] static std::string restored(const TagChange& done);
+  static constexpr const char* restoreStopped = "已恢复的笔记回到原处，其余的还在回收站里。";
   // Of one that was stopped halfway.
   static constexpr const char* stopped = "已改的笔记保持改后的样子；再执行一次就能改完其余的。";
 };

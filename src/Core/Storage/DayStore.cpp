@@ -7,6 +7,7 @@
 #include "Core/Extensions/PathNames.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/MemoStamp.h"
+#include "Core/Storage/MemoUpgrade.h"
 #include "Core/Storage/VersionStore.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Concurrency/NotificationCenter.h"
@@ -231,12 +232,13 @@ void DayStore::trashUnnamedFiles(const std::vector<std::string>& names, Day day)
 
 Memo DayStore::moveMemo(const Memo& memo, Day from, Day to) const {
   return context_.write([&] {
-    memoStore_.validateUnchanged(memo, from);
+    const Memo current = memoStore_.validateUnchanged(memo, from);
     const std::filesystem::path file = context_.paths.memoFile(from, memo.seqNumber);
     const auto attributes = context_.files.attributes(file);
     const auto content = context_.files.read(file);
     if (!attributes || !content) throw WriteError(WriteError::Kind::missingMemo);
     Memo moved = memo;
+    MemoUpgrade::carryInto(moved, current);
     moved.seqNumber = nextSeqNumber(to);
     const AttachmentManager attachments(context_);
     attachments.preparePendingAttachments(memo.attachments,

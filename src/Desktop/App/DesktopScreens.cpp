@@ -1,6 +1,7 @@
 #include "Desktop/App/DesktopScreens.h"
 
 #include "App/Application.h"
+#include "Editor/Timeline/DayViewModel.h"
 
 namespace nomely {
 namespace {
@@ -10,7 +11,7 @@ constexpr std::size_t floatingSearchResults = 30;
 
 }  // namespace
 
-DesktopScreens::DesktopScreens(const Context& context) {
+DesktopScreens::DesktopScreens(const Context& context) : application_(context.application) {
   const ScreenContext screens{context.application, navigation_,    context.executor,  context.jobs,
                               context.clock,       context.timers, context.fileSystem};
   timeline_ = std::make_unique<TimelineScreen>(screens);
@@ -18,6 +19,8 @@ DesktopScreens::DesktopScreens(const Context& context) {
   connect(timeline_.get(), &TimelineScreen::listChanged, &navigation_,
           [this] { navigation_.show(Navigation::Timeline); });
   quickInput_ = std::make_unique<QuickInputScreen>(screens);
+  connect(quickInput_.get(), &QuickInputScreen::submitted, timeline_.get(),
+          &TimelineScreen::follow);
   focusEditor_ = std::make_unique<FocusEditorScreen>(screens);
   media_ = std::make_unique<MediaScreen>(screens);
   viewer_ = std::make_unique<ViewerScreen>(*media_);
@@ -40,9 +43,10 @@ DesktopScreens::DesktopScreens(const Context& context) {
 
 DesktopScreens::~DesktopScreens() = default;
 
-void DesktopScreens::flush() {
+bool DesktopScreens::flush() {
   quickInput_->flush();
   focusEditor_->flush();
+  return application_.dayViewModel().draftStore().keepAll();
 }
 
 }  // namespace nomely

@@ -30,24 +30,24 @@ class DesktopScreens : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("made by the program")
-  Q_PROPERTY(Navigation* navigation READ navigation CONSTANT)
-  Q_PROPERTY(TimelineScreen* timeline READ timeline CONSTANT)
-  Q_PROPERTY(QuickInputScreen* quickInput READ quickInput CONSTANT)
-  Q_PROPERTY(FocusEditorScreen* focusEditor READ focusEditor CONSTANT)
-  Q_PROPERTY(MediaScreen* media READ media CONSTANT)
-  Q_PROPERTY(ViewerScreen* viewer READ viewer CONSTANT)
-  Q_PROPERTY(PlayerScreen* player READ player CONSTANT)
-  Q_PROPERTY(BannerScreen* banner READ banner CONSTANT)
-  Q_PROPERTY(TrashScreen* trash READ trash CONSTANT)
-  Q_PROPERTY(HistoryScreen* history READ history CONSTANT)
-  Q_PROPERTY(SettingsScreen* settings READ settings CONSTANT)
-  Q_PROPERTY(CardActions* cards READ cards CONSTANT)
-  Q_PROPERTY(SidebarScreen* sidebar READ sidebar CONSTANT)
-  Q_PROPERTY(TagsScreen* tags READ tags CONSTANT)
-  Q_PROPERTY(SearchScreen* search READ search CONSTANT)
+  Q_PROPERTY(nomely::Navigation* navigation READ navigation CONSTANT)
+  Q_PROPERTY(nomely::TimelineScreen* timeline READ timeline CONSTANT)
+  Q_PROPERTY(nomely::QuickInputScreen* quickInput READ quickInput CONSTANT)
+  Q_PROPERTY(nomely::FocusEditorScreen* focusEditor READ focusEditor CONSTANT)
+  Q_PROPERTY(nomely::MediaScreen* media READ media CONSTANT)
+  Q_PROPERTY(nomely::ViewerScreen* viewer READ viewer CONSTANT)
+  Q_PROPERTY(nomely::PlayerScreen* player READ player CONSTANT)
+  Q_PROPERTY(nomely::BannerScreen* banner READ banner CONSTANT)
+  Q_PROPERTY(nomely::TrashScreen* trash READ trash CONSTANT)
+  Q_PROPERTY(nomely::HistoryScreen* history READ history CONSTANT)
+  Q_PROPERTY(nomely::SettingsScreen* settings READ settings CONSTANT)
+  Q_PROPERTY(nomely::CardActions* cards READ cards CONSTANT)
+  Q_PROPERTY(nomely::SidebarScreen* sidebar READ sidebar CONSTANT)
+  Q_PROPERTY(nomely::TagsScreen* tags READ tags CONSTANT)
+  Q_PROPERTY(nomely::SearchScreen* search READ search CONSTANT)
   // The one that floats over any page.
-  Q_PROPERTY(SearchScreen* floatingSearch READ floatingSearch CONSTANT)
-  Q_PROPERTY(OverviewScreen* overview READ overview CONSTANT)
+  Q_PROPERTY(nomely::SearchScreen* floatingSearch READ floatingSearch CONSTANT)
+  Q_PROPERTY(nomely::OverviewScreen* overview READ overview CONSTANT)
 
  public:
   // As ScreenContext has it, but for what is made here.
@@ -80,10 +80,11 @@ class DesktopScreens : public QObject {
   [[nodiscard]] SearchScreen* floatingSearch() { return floatingSearch_.get(); }
   [[nodiscard]] OverviewScreen* overview() { return overview_.get(); }
 
-  // Puts on the disk what is typed and not saved. Blocking.
-  void flush();
+  // Puts on the disk what is typed and not saved. Returns whether all of it is there. Blocking.
+  [[nodiscard]] bool flush();
 
  private:
+  Application& application_;
   Navigation navigation_;
   std::unique_ptr<TimelineScreen> timeline_;
   std::unique_ptr<QuickInputScreen> quickInput_;

@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+#include <functional>
 
 #include <QtQml/qqmlregistration.h>
 
@@ -30,15 +31,23 @@ class Navigation : public QObject {
   // Closes the panel, else returns to the timeline.
   Q_INVOKABLE void back();
 
-  // A success, for four seconds, and a failure, which stays until it is closed.
+  // What the user can do about it. Without words there is nothing to be done.
+  struct Action {
+    QString text = {};
+    std::function<void()> run = {};
+  };
+  // A success, for four seconds; an offer, for ten; a failure, which stays until it is closed.
   Q_INVOKABLE void toast(const QString& text) { emit toasted(text); }
-  Q_INVOKABLE void fail(const QString& text) { emit failed(text); }
+  void offer(const QString& text, const Action& action) { emit offered(text, action); }
+  Q_INVOKABLE void fail(const QString& text) { emit failed(text, {}); }
+  void fail(const QString& text, const Action& action) { emit failed(text, action); }
 
  signals:
   void pageChanged();
   void panelChanged();
   void toasted(const QString& text);
-  void failed(const QString& text);
+  void offered(const QString& text, const nomely::Navigation::Action& action);
+  void failed(const QString& text, const nomely::Navigation::Action& action);
 
  private:
   Page page_ = Timeline;

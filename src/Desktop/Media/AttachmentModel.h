@@ -17,7 +17,7 @@ namespace nomely {
 class AttachmentModel : public QAbstractListModel {
   Q_OBJECT
   QML_ELEMENT
-  Q_PROPERTY(MediaScreen* media READ media WRITE setMedia NOTIFY mediaChanged REQUIRED)
+  Q_PROPERTY(nomely::MediaScreen* media READ media WRITE setMedia NOTIFY mediaChanged REQUIRED)
   Q_PROPERTY(nomely::MemoHandle memo READ memo WRITE setMemo NOTIFY memoChanged REQUIRED)
   Q_PROPERTY(Kind kind READ kind WRITE setKind NOTIFY kindChanged)
   Q_PROPERTY(int most READ most WRITE setMost NOTIFY mostChanged)

@@ -4,6 +4,7 @@
 
 #include "Core/Extensions/TagNames.h"
 #include "Desktop/Base/Qt.h"
+#include "Desktop/Models/TagStyles.h"
 
 namespace nomely {
 
@@ -28,13 +29,9 @@ int TagChips::rowCount(const QModelIndex& /*parent*/) const {
 QVariant TagChips::data(const QModelIndex& index, int role) const {
   const std::string& tag = shown_.at(static_cast<std::size_t>(index.row()));
   const TagConfig& looks = looks_.config().get();
-  const auto look = [&](const std::map<std::string, std::string>& values) {
-    const auto found = values.find(tag);
-    return found == values.end() ? QString() : qt(found->second);
-  };
   if (role == Name) return qt(tag);
-  if (role == Emoji) return look(looks.emojis);
-  if (role == Tint) return look(looks.colors);
+  if (role == Emoji) return TagStyles::valueIn(looks.emojis, qt(tag));
+  if (role == Tint) return TagStyles::valueIn(looks.colors, qt(tag));
   return {};
 }
 

@@ -4,8 +4,9 @@ import Nomely
 Window {
     id: window
     required property DesktopApplication desktop
-    width: 1280
-    height: 800
+    // With room for the frame around it on a small screen.
+    width: Math.min(1280, Screen.desktopAvailableWidth - 40)
+    height: Math.min(800, Screen.desktopAvailableHeight - 60)
     minimumWidth: 420
     minimumHeight: 480
     visible: true
@@ -21,5 +22,6 @@ Window {
         active: window.desktop.screens !== null
         sourceComponent: Shell { desktop: window.desktop; screens: window.desktop.screens }
     }
+    AskingDialog { question: window.desktop.question; onAccepted: window.desktop.closeAnyway(); onDismissed: window.desktop.stay() }
     Obstacle { visible: text; anchors.fill: parent; text: window.desktop.obstacle }
 }

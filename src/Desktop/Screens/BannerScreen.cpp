@@ -29,8 +29,14 @@ BannerScreen::BannerScreen(const ScreenContext& context)
   watchNotices();
   watchSettings();
   connect(&context_.navigation, &Navigation::toasted, this, &BannerScreen::succeed);
+  connect(&context_.navigation, &Navigation::offered, this,
+          [this](const QString& text, const Navigation::Action& action) {
+            offer(text, action.text, action.run);
+          });
   connect(&context_.navigation, &Navigation::failed, this,
-          [this](const QString& text) { fail(text); });
+          [this](const QString& text, const Navigation::Action& action) {
+            fail(text, action.text, action.run);
+          });
 }
 
 BannerScreen::~BannerScreen() {

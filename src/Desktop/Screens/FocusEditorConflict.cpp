@@ -66,7 +66,7 @@ void FocusEditorScreen::raise(Conflict conflict, const QString& text, std::optio
   emit conflictChanged();
   // Nobody sees it on the page.
   if (conflict != NoConflict && context_.navigation.page() != Navigation::Editor)
-    context_.navigation.fail(text);
+    context_.navigation.fail(text, wayOn());
 }
 
 void FocusEditorScreen::settle() {
@@ -144,8 +144,8 @@ void FocusEditorScreen::saveAsNew() {
       lifetime_.guard([this, date, before = opened_->base](const std::optional<Memo>& created,
                                                            const std::exception_ptr& failure) {
         if (!created)
-          return context_.navigation.fail(tr("没有保存，草稿还在：") +
-                                          qt(Outcome<Memo>{{}, failure}.message()));
+          return context_.navigation.fail(
+              tr("没有保存，草稿还在：") + qt(Outcome<Memo>{{}, failure}.message()), wayOn());
         writer_.cancel();
         show(date, *created, std::nullopt);
         say(tr("已存成新的笔记"));

@@ -51,6 +51,7 @@ FocusEditorScreen::FocusEditorScreen(const ScreenContext& context)
       editor_(context),
       attachments_(context, [this] { return opened_ ? opened_->date : Day({}); }),
       tags_(context.application.tagConfig()),
+      tagChoices_(context, tags_.tags()),
       writer_([this] { return draftWrite(); }),
       work_(context.executor, context.jobs) {
   connect(&editor_, &MarkdownEditor::edited, this, &FocusEditorScreen::note);
@@ -129,12 +130,16 @@ void FocusEditorScreen::open(const MemoHandle& memo) {
   work_.run(
       [store = timeline_.draftStore(), memos = context_.application.dayStore().memoStore(), date,
        number = memo.entry.memo->seqNumber, id = memo.entry.memo->memoId](const std::stop_token&) {
+        store.bringHome();
         return Read{memos.read(date, number), store.loadFocusDraft(date, number, id)};
       },
       [this, date](Read read) {
-        if (!read.memo)
+        if (read.memo) return show(date, *std::move(read.memo), read.draft);
+        if (!read.draft || !read.draft->baseMemo)
           return context_.navigation.fail(qt(WriteError(WriteError::Kind::missingMemo).what()));
-        show(date, *std::move(read.memo), read.draft);
+        // What was typed outlives the memo.
+        show(date, *read.draft->baseMemo, read.draft);
+        compare(std::nullopt);
       },
       [this](const std::string& failure) {
         context_.navigation.fail(tr("笔记打不开：") + qt(failure));
@@ -270,7 +275,7 @@ bool FocusEditorScreen::hasChanges() const {
 }
 
 DraftWriter::Write FocusEditorScreen::draftWrite() {
-  if (!opened_) return [] {};
+  if (!opened_) return [] { return true; };
   const Memo memo = written();
   FocusMemoDraft draft{.memoId = opened_->base.memoId,
                        .baseMemo = opened_->base,
@@ -289,10 +294,11 @@ DraftWriter::Write FocusEditorScreen::draftWrite() {
   });
   return [store = timeline_.draftStore(), draft = std::move(draft), date = opened_->date,
           number = memo.seqNumber, &executor = context_.executor, told] {
-    store.saveFocusDraft(draft, date, number);
-    // Saving is silent about failures: only what can be read back is called kept.
-    const auto kept = store.loadFocusDraft(date, number, draft.memoId);
-    executor.post([told, isKept = kept && kept->bodyText == draft.bodyText] { told(isKept); });
+    const bool isKept = store.saveFocusDraft(draft, date, number);
+    // One that says what the memo says is none.
+    const bool isDraft = isKept && store.loadFocusDraft(date, number, draft.memoId).has_value();
+    executor.post([told, isDraft] { told(isDraft); });
+    return isKept;
   };
 }
 
@@ -344,7 +350,17 @@ void FocusEditorScreen::finishSave(const Memo& memo, const std::exception_ptr& f
 } catch (const Error& error) {
   say(tr("没有保存"));
   writer_.changed();
-  context_.navigation.fail(tr("没有保存，草稿还在：") + qt(error.what()));
+  context_.navigation.fail(tr("没有保存，草稿还在：") + qt(error.what()), wayOn());
+}
+
+Navigation::Action FocusEditorScreen::wayOn() {
+  const bool isShown = context_.navigation.page() == Navigation::Editor;
+  return {isShown ? tr("重试") : tr("打开草稿"), lifetime_.guard([this, isShown, failed = memo()] {
+            const bool isOpenStill = memo().key() == failed.key();
+            if (isOpenStill && isShown) return save();
+            if (isOpenStill) return context_.navigation.show(Navigation::Editor);
+            open(failed);
+          })};
 }
 
 void FocusEditorScreen::leave() {

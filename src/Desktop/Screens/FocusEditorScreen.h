@@ -13,12 +13,14 @@
 
 #include "Core/Storage/Drafts.h"
 #include "Desktop/Base/BackgroundWork.h"
+#include "Desktop/Base/Navigation.h"
 #include "Desktop/Base/ScreenContext.h"
 #include "Desktop/Models/MemoHandle.h"
 #include "Desktop/Models/TagChips.h"
 #include "Desktop/Text/DraftWriter.h"
 #include "Desktop/Text/MarkdownEditor.h"
 #include "Desktop/Text/PendingAttachments.h"
+#include "Desktop/Text/TagFieldCompletion.h"
 #include "Platform/Concurrency/Lifetime.h"
 #include "Platform/Concurrency/Subscription.h"
 
@@ -39,6 +41,7 @@ class FocusEditorScreen final : public QObject {
   Q_PROPERTY(nomely::MarkdownEditor* editor READ editor CONSTANT)
   Q_PROPERTY(nomely::PendingAttachments* attachments READ attachments CONSTANT)
   Q_PROPERTY(nomely::TagChips* tags READ tags CONSTANT)
+  Q_PROPERTY(nomely::TagFieldCompletion* tagChoices READ tagChoices CONSTANT)
   Q_PROPERTY(int mood READ mood WRITE setMood NOTIFY moodChanged)
   Q_PROPERTY(QStringList moods READ moods CONSTANT)
   Q_PROPERTY(QString count READ count NOTIFY countChanged)
@@ -64,6 +67,7 @@ class FocusEditorScreen final : public QObject {
   [[nodiscard]] MarkdownEditor* editor() { return &editor_; }
   [[nodiscard]] PendingAttachments* attachments() { return &attachments_; }
   [[nodiscard]] TagChips* tags() { return &tags_; }
+  [[nodiscard]] TagFieldCompletion* tagChoices() { return &tagChoices_; }
   [[nodiscard]] int mood() const { return static_cast<int>(mood_.value_or(0)); }
   void setMood(int mood);
   [[nodiscard]] QStringList moods() const;
@@ -92,7 +96,7 @@ class FocusEditorScreen final : public QObject {
 
   // Looks whether the memo was changed elsewhere.
   void checkDisk();
-  // Returns when the draft is on the disk. Blocking: for the end of the window.
+  // Returns when the draft has been handed to its store. Blocking: for the end of the window.
   void flush();
 
  signals:
@@ -121,6 +125,8 @@ class FocusEditorScreen final : public QObject {
   void finishSave(const Memo& memo, const std::exception_ptr& failure);
   void raise(Conflict conflict, const QString& text, std::optional<Memo> theirs);
   void settle();  // a conflict
+  // From a failure to what is written here: tries again, or shows it from another page.
+  [[nodiscard]] Navigation::Action wayOn();
   void compare(const std::optional<Memo>& onDisk);
   void watch();
   void say(const QString& status);
@@ -132,6 +138,7 @@ class FocusEditorScreen final : public QObject {
   MarkdownEditor editor_;
   PendingAttachments attachments_;
   TagChips tags_;
+  TagFieldCompletion tagChoices_;
   std::optional<Opened> opened_;
   std::optional<std::int64_t> mood_;
   std::optional<std::string> activeRecordingPath_;  // the draft's

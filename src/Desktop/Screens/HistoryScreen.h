@@ -28,7 +28,7 @@ class HistoryScreen : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("made by the window")
-  Q_PROPERTY(HistoryModel* model READ model CONSTANT)
+  Q_PROPERTY(nomely::HistoryModel* model READ model CONSTANT)
   Q_PROPERTY(QString title READ title NOTIFY memoChanged)
   Q_PROPERTY(bool isLoading READ isLoading NOTIFY loadingChanged)
   Q_PROPERTY(bool isRestoring READ isRestoring NOTIFY loadingChanged)

@@ -24,9 +24,9 @@ class OverviewScreen : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("made by the window")
-  Q_PROPERTY(MonthBarsModel* bars READ bars CONSTANT)
-  Q_PROPERTY(ThreadsModel* threads READ threads CONSTANT)
-  Q_PROPERTY(AnomaliesModel* anomalies READ anomalies CONSTANT)
+  Q_PROPERTY(nomely::MonthBarsModel* bars READ bars CONSTANT)
+  Q_PROPERTY(nomely::ThreadsModel* threads READ threads CONSTANT)
+  Q_PROPERTY(nomely::AnomaliesModel* anomalies READ anomalies CONSTANT)
   Q_PROPERTY(QString title READ title NOTIFY monthChanged)
   Q_PROPERTY(bool isThisMonth READ isThisMonth NOTIFY monthChanged)
   Q_PROPERTY(int dayCount READ dayCount NOTIFY monthChanged)

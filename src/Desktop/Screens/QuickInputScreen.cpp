@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "App/Application.h"
+#include "Core/Extensions/DateFormatters.h"
 #include "Core/Markdown/Text/MemoTextUtilities.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Desktop/Base/Navigation.h"
@@ -15,6 +16,11 @@
 #include "Platform/Text/Unicode.h"
 
 namespace nomely {
+namespace {
+
+constexpr std::chrono::seconds noticeTime{4};
+
+}  // namespace
 
 QuickInputScreen::QuickInputScreen(const ScreenContext& context)
     : context_(context),
@@ -22,8 +28,9 @@ QuickInputScreen::QuickInputScreen(const ScreenContext& context)
       editor_(context),
       attachments_(context, [this] { return day(); }),
       writer_([this]() -> DraftWriter::Write {
-        return
-            [store = timeline_.draftStore(), draft = draft()] { store.saveQuickInputDraft(draft); };
+        return [store = timeline_.draftStore(), draft = draft()] {
+          return store.saveQuickInputDraft(draft);
+        };
       }),
       work_(context.executor, context.jobs) {
   connect(&editor_, &MarkdownEditor::edited, this, &QuickInputScreen::note);
@@ -40,21 +47,22 @@ QuickInputScreen::QuickInputScreen(const ScreenContext& context)
   subscriptions_.push_back(timeline_.selectedDate.observe(dayChanged));
   subscriptions_.push_back(timeline_.timelineMode.observe(dayChanged));
 
-  constexpr std::chrono::seconds noticeTime{4};
   noticeTimer_.setSingleShot(true);
-  noticeTimer_.setInterval(noticeTime);
   connect(&noticeTimer_, &QTimer::timeout, this, [this] { say({}); });
 
-  work_.run([store = timeline_.draftStore()](
-                const std::stop_token&) { return store.loadQuickInputDraft(); },
-            [this](std::optional<QuickInputDraft> draft) { restore(std::move(draft)); });
+  work_.run(
+      [store = timeline_.draftStore()](const std::stop_token&) {
+        store.bringHome();
+        return store.loadQuickInputDraft();
+      },
+      [this](std::optional<QuickInputDraft> draft) { restore(std::move(draft)); });
 }
 
 QuickInputScreen::~QuickInputScreen() = default;
 
 void QuickInputScreen::say(const QString& text) {
   notice_ = text;
-  if (!text.isEmpty()) noticeTimer_.start();
+  if (!text.isEmpty()) noticeTimer_.start(noticeTime);
   emit noticeChanged();
 }
 
@@ -167,18 +175,30 @@ void QuickInputScreen::submit() {
       .date = content.selectedDate,
       .sourceDates = content.pendingAttachmentDates,
       .fallbackDate = content.selectedDate};
-  const auto done = [self = QPointer(this), text = qt(content.text)](
+  const auto done = [self = QPointer(this), text = qt(content.text), date = content.selectedDate](
                         const std::optional<Memo>& made, const std::exception_ptr& failure) {
     if (!self) return;
     self->isSaving_ = false;
-    if (made) return self->finish(text);
+    if (made) return self->finish(text, date, *made);
     emit self->changed();
-    self->context_.navigation.fail(tr("没有存成笔记：") + qt(Outcome<Memo>{{}, failure}.message()));
+    self->tellUnsaved(qt(Outcome<Memo>{{}, failure}.message()));
   };
   timeline_.createCompleteMemo(std::move(memo), done);
 }
 
-void QuickInputScreen::finish(const QString& submittedText) {
+void QuickInputScreen::tellUnsaved(const QString& why) {
+  const bool isShown = context_.navigation.page() == Navigation::Timeline;
+  context_.navigation.fail(
+      tr("没有存成笔记：") + why,
+      {isShown ? tr("重试") : tr("打开草稿"), [self = QPointer(this), isShown] {
+         if (!self) return;
+         if (isShown) return self->submit();
+         self->context_.navigation.show(Navigation::Timeline);
+         emit self->shownAsked();
+       }});
+}
+
+void QuickInputScreen::finish(const QString& submittedText, Day date, const Memo& made) {
   // What was typed while the memo was being written stays.
   const QString now = editor_.text();
   editor_.setText(now.startsWith(submittedText) ? now.mid(submittedText.size()) : QString());
@@ -187,10 +207,13 @@ void QuickInputScreen::finish(const QString& submittedText) {
   chosenDay_.reset();
   kept_ = {};
   note();
+  constexpr std::chrono::seconds savedTime{2};
+  say(tr("已保存 %1").arg(qt(DateFormatters::timeOnly.format(context_.clock.now()))));
+  noticeTimer_.start(savedTime);
   timeline_.refreshCurrentTimeline(DayViewModel::Cause::externalWrite);
   context_.application.entryDateIndex().refresh();
   NotificationCenter::shared().post(Notifications::refreshSidebarTags);
-  emit submitted();
+  emit submitted(qtDate(date), static_cast<int>(made.seqNumber));
 }
 
 // No memo names the file yet, and the draft no longer does.

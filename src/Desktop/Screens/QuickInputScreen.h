@@ -64,14 +64,16 @@ class QuickInputScreen final : public QObject {
   Q_INVOKABLE void submit();
   // Shows the month of the present day.
   Q_INVOKABLE void beginPicking();
-  // Returns when the draft is on the disk. Blocking: for the end of the window.
+  // Returns when the draft has been handed to its store. Blocking: for the end of the window.
   void flush();
 
  signals:
   void changed();
   void noticeChanged();
-  // A memo was made of it.
-  void submitted();
+  // A memo was made of it, which stands there.
+  void submitted(QDate day, int seqNumber);
+  // Asks the view for the input.
+  void shownAsked();
 
  private:
   [[nodiscard]] Day day() const;
@@ -82,7 +84,8 @@ class QuickInputScreen final : public QObject {
   void say(const QString& text);
   void restore(std::optional<QuickInputDraft> draft);
   void discard(const std::string& name, Day day);
-  void finish(const QString& submittedText);
+  void tellUnsaved(const QString& why);
+  void finish(const QString& submittedText, Day date, const Memo& made);
 
   const ScreenContext context_;
   DayViewModel& timeline_;

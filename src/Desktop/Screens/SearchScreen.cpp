@@ -37,6 +37,7 @@ SearchScreen::SearchScreen(const ScreenContext& context, TimelineScreen& timelin
   patience_.setSingleShot(true);
   patience_.setInterval(patience);
   connect(&patience_, &QTimer::timeout, this, [this] { setSlow(true); });
+  connect(&timeline_, &TimelineScreen::listChanged, this, &SearchScreen::followTimeline);
 }
 
 SearchScreen::~SearchScreen() = default;
@@ -137,8 +138,10 @@ void SearchScreen::open(int row) {
   if (row < 0 || row >= results_.rowCount()) return;
   const SearchResult& result = results_.results()[static_cast<std::size_t>(row)];
   context_.navigation.show(Navigation::Timeline);
+  isOpening_ = true;
   timeline_.revealFound(qtDate(result.date), static_cast<int>(result.seqNumber));
-  isShown_ = true;
+  isOpening_ = false;
+  setShown(true);
   emit opened();
 }
 
@@ -146,13 +149,26 @@ void SearchScreen::showAll() {
   if (!hasWords()) return;
   context_.navigation.show(Navigation::Timeline);
   timeline_.showSearch(qt(words()));
-  isShown_ = true;
+  setShown(true);
   emit opened();
 }
 
 void SearchScreen::leave() {
   setQuery({});
-  if (std::exchange(isShown_, false)) timeline_.leaveSearch();
+  const bool wasShown = isShown_;
+  setShown(false);
+  if (wasShown) timeline_.leaveSearch();
+}
+
+void SearchScreen::setShown(bool isShown) {
+  if (std::exchange(isShown_, isShown) != isShown) emit shownChanged();
+}
+
+// Once another list was chosen, the words would say of it what isn't so.
+void SearchScreen::followTimeline() {
+  if (!isShown_ || isOpening_ || timeline_.list() == TimelineScreen::Search) return;
+  setShown(false);
+  setQuery({});
 }
 
 }  // namespace nomely

@@ -23,7 +23,7 @@ class SearchScreen : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("made by the window")
-  Q_PROPERTY(SearchResultsModel* results READ results CONSTANT)
+  Q_PROPERTY(nomely::SearchResultsModel* results READ results CONSTANT)
   Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
   // The row that the keys have chosen; -1: none.
   Q_PROPERTY(int current READ current WRITE setCurrent NOTIFY currentChanged)
@@ -31,6 +31,8 @@ class SearchScreen : public QObject {
   // An answer is there, and it is empty.
   Q_PROPERTY(bool foundNothing READ foundNothing NOTIFY answered)
   Q_PROPERTY(QString nothingText READ nothingText NOTIFY answered)
+  // What was found is in the timeline: the text stays, so that one can come back to the results.
+  Q_PROPERTY(bool isShown READ isShown NOTIFY shownChanged)
   // The answer takes its time.
   Q_PROPERTY(bool isSlow READ isSlow NOTIFY slowChanged)
 
@@ -47,6 +49,7 @@ class SearchScreen : public QObject {
   [[nodiscard]] bool hasWords() const;
   [[nodiscard]] bool foundNothing() const;
   [[nodiscard]] QString nothingText() const;
+  [[nodiscard]] bool isShown() const { return isShown_; }
   [[nodiscard]] bool isSlow() const { return isSlow_; }
 
   Q_INVOKABLE void moveCurrent(int step);
@@ -62,6 +65,7 @@ class SearchScreen : public QObject {
   void currentChanged();
   void answered();
   void slowChanged();
+  void shownChanged();
   // A row or all results were opened.
   void opened();
 
@@ -69,6 +73,8 @@ class SearchScreen : public QObject {
   void search();
   void show(std::vector<SearchResult>&& found, const std::string& words);
   void setSlow(bool isSlow);
+  void setShown(bool isShown);
+  void followTimeline();
   [[nodiscard]] std::string words() const;
 
   const ScreenContext context_;
@@ -78,7 +84,8 @@ class SearchScreen : public QObject {
   QString query_;
   std::string answered_;  // the words whose results are shown
   int current_ = -1;
-  bool isShown_ = false;  // what was found is in the timeline
+  bool isShown_ = false;
+  bool isOpening_ = false;
   bool isSearching_ = false;
   bool isSlow_ = false;
   std::chrono::milliseconds lastTook_{0};

@@ -136,6 +136,7 @@ void SettingsScreen::saveNext() {
   work_.run([write = unsaved_.front()](const std::stop_token&) { write(); },
             [this] {
               unsaved_.pop_front();
+              ++changeNumber_;
               saveNext();
             },
             [this](const std::string& failure) {
@@ -174,7 +175,7 @@ SettingsScreen::Files SettingsScreen::readFiles(const std::string& lastStamp) co
 void SettingsScreen::lookAtFiles() {
   work_.run([this, last = stamp_](const std::stop_token&) { return readFiles(last); },
             [this, number = changeNumber_](const Files& files) {
-              // What was read may be from before a change of ours.
+              // What was read may be from before a change of ours, or from before it was written.
               if (number == changeNumber_) show(files);
             });
 }

@@ -35,6 +35,8 @@ SidebarScreen::SidebarScreen(const ScreenContext& context, TimelineScreen& timel
   DayViewModel& model = context.application.dayViewModel();
   const auto takeLooks = [this](const TagConfig& config) {
     tags_.alter([&](TagView& view) { view.config = config; });
+    tagStyles_.config = std::make_shared<const TagConfig>(config);
+    emit tagStylesChanged();
   };
   looks_ = context.application.tagConfig().config().observe(takeLooks);
   takeLooks(context.application.tagConfig().config().get());
@@ -180,7 +182,23 @@ void SidebarScreen::togglePinned(const QString& tag) {
   saveView();
 }
 
-void SidebarScreen::follow(const QString& from, const QString& to) {
+std::function<void()> SidebarScreen::follow(const QString& from, const QString& to) {
+  const auto goesBack = [this, from = utf8(from),
+                         looks = context_.application.tagConfig().config().get(),
+                         pinned = tags_.view().pinned] {
+    const auto isGone = [from](const std::string& tag) { return !TagNames::moved(tag, from, ""); };
+    changeLooks([looks, isGone](TagConfig& config) {
+      for (const auto& [tag, color] : looks.colors)
+        if (isGone(tag)) config.colors.emplace(tag, color);
+      for (const auto& [tag, emoji] : looks.emojis)
+        if (isGone(tag)) config.emojis.emplace(tag, emoji);
+    });
+    tags_.alter([&](TagView& view) {
+      std::ranges::copy_if(pinned, std::back_inserter(view.pinned), isGone);
+      view.pinned = TagUtilities::uniqueTags(view.pinned);
+    });
+    saveView();
+  };
   changeLooks([from = utf8(from), to = utf8(to)](TagConfig& config) { config.move(from, to); });
   tags_.alter([from = utf8(from), to = utf8(to)](TagView& view) {
     std::vector<std::string> pinned;
@@ -190,6 +208,7 @@ void SidebarScreen::follow(const QString& from, const QString& to) {
     if (view.open.contains(from) && !to.empty()) view.open.insert(to);
   });
   saveView();
+  return goesBack;
 }
 
 void SidebarScreen::loadView() {

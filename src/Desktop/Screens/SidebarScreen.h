@@ -11,6 +11,7 @@
 #include "Desktop/Base/ScreenContext.h"
 #include "Desktop/Models/CalendarModel.h"
 #include "Desktop/Models/DiaryChanges.h"
+#include "Desktop/Models/TagStyles.h"
 #include "Desktop/Models/TagTreeModel.h"
 #include "Platform/Concurrency/Subscription.h"
 
@@ -24,8 +25,9 @@ class SidebarScreen : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("made by the window")
-  Q_PROPERTY(CalendarModel* calendar READ calendar CONSTANT)
-  Q_PROPERTY(TagTreeModel* tags READ tags CONSTANT)
+  Q_PROPERTY(nomely::CalendarModel* calendar READ calendar CONSTANT)
+  Q_PROPERTY(nomely::TagTreeModel* tags READ tags CONSTANT)
+  Q_PROPERTY(nomely::TagStyles tagStyles READ tagStyles NOTIFY tagStylesChanged)
   // As texts; empty while they are not known.
   Q_PROPERTY(QString allCount READ allCount NOTIFY countsChanged)
   Q_PROPERTY(QString todayCount READ todayCount NOTIFY countsChanged)
@@ -40,6 +42,7 @@ class SidebarScreen : public QObject {
 
   [[nodiscard]] CalendarModel* calendar() { return &calendar_; }
   [[nodiscard]] TagTreeModel* tags() { return &tags_; }
+  [[nodiscard]] const TagStyles& tagStyles() const { return tagStyles_; }
   [[nodiscard]] QString allCount() const { return text(counts_.all); }
   [[nodiscard]] QString todayCount() const { return text(counts_.today); }
   [[nodiscard]] QString pinnedCount() const { return text(counts_.pinned); }
@@ -59,9 +62,11 @@ class SidebarScreen : public QObject {
   Q_INVOKABLE void togglePinned(const QString& tag);
 
   // A tag has another name, or none any more (`to` empty): how it looks and stands follows.
-  void follow(const QString& from, const QString& to);
+  // Returns what takes that back.
+  std::function<void()> follow(const QString& from, const QString& to);
 
  signals:
+  void tagStylesChanged();
   void countsChanged();
   void onThisDayChanged();
 
@@ -93,6 +98,7 @@ class SidebarScreen : public QObject {
   TimelineScreen& timeline_;
   CalendarModel calendar_;
   TagTreeModel tags_;
+  TagStyles tagStyles_;
   Counts counts_;
   Day today_;
   bool isReading_ = false;

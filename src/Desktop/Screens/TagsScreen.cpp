@@ -1,5 +1,6 @@
 #include "Desktop/Screens/TagsScreen.h"
 
+#include <QPointer>
 #include <algorithm>
 #include <chrono>
 #include <functional>
@@ -40,6 +41,10 @@ TagsScreen::TagsScreen(const ScreenContext& context, SidebarScreen& sidebar,
   typing_.setSingleShot(true);
   typing_.setInterval(typingPause);
   connect(&typing_, &QTimer::timeout, this, &TagsScreen::count);
+  deletions_ =
+      context_.application.dayViewModel().pendingUndoDelete.observe([this](const auto& offer) {
+        if (offer) setUndo(std::nullopt);
+      });
 }
 
 TagsScreen::~TagsScreen() {
@@ -48,6 +53,7 @@ TagsScreen::~TagsScreen() {
 
 QString TagsScreen::title() const {
   const QString tag = qt(operation_.tag);
+  if (isUndoing_) return tr("恢复标签「%1」的笔记").arg(tag);
   switch (operation_.kind) {
     case TagOperation::Kind::rename:
       return tr("给标签「%1」改名").arg(tag);
@@ -150,14 +156,17 @@ void TagsScreen::start(Run run) {
                    .progress = [&executor = context_.executor, shown](double share) {
                      executor.post([shown, share] { shown(share); });
                    }};
+  const auto trashed = run == Run::undo ? undo_->trashed : std::vector<std::string>();
   work_.run(
-      [&application = context_.application, operation = operation_, how,
+      [&application = context_.application, operation = operation_, how, run, trashed,
        stop = stop_](const std::stop_token& ending) {
         const std::stop_callback ends(ending, [stop]() mutable { stop.request_stop(); });
-        return perform(application, operation, how);
+        return run == Run::undo ? bringBack(application, trashed, how)
+                                : perform(application, operation, how);
       },
       [this, run, isPresent](Outcome&& outcome) {
         if (!isPresent()) return;
+        if (run == Run::undo) return finishUndo(outcome);
         if (run == Run::real) return finish(outcome);
         if (!stop_.stop_requested()) show(Ready, qt(operation_.question(outcome.change)));
       });
@@ -173,11 +182,26 @@ TagsScreen::Outcome TagsScreen::perform(Application& application, const TagOpera
     const TagManagementStore store(
         application.memos(), application.searchIndex(),
         [&](const std::string& error) { outcome.errors.push_back(error); });
-    outcome.change = operation.run(store, run);
+    TagRun noting = run;
+    noting.trashed = [&](const std::string& name) { outcome.trashed.push_back(name); };
+    outcome.change = operation.run(store, noting);
   } catch (const CancellationError&) {
     outcome.isStopped = true;
   } catch (const Error& error) {
     outcome.failure = error.what();
+  }
+  return outcome;
+}
+
+TagsScreen::Outcome TagsScreen::bringBack(Application& application,
+                                          const std::vector<std::string>& trashed,
+                                          const TagRun& run) {
+  Outcome outcome;
+  try {
+    outcome.change = TagManagementStore(application.memos(), application.searchIndex())
+                         .restoreMemos(trashed, run);
+  } catch (const CancellationError&) {
+    outcome.isStopped = true;
   }
   return outcome;
 }
@@ -190,19 +214,56 @@ void TagsScreen::finish(const Outcome& outcome) {
   if (!outcome.failure.empty()) troubles << qt(outcome.failure);
   if (!outcome.errors.empty()) troubles << qt(outcome.errors.front());
   if (outcome.change.failed > 0) troubles << qt(TagOperation::shortfall(outcome.change));
-  if (outcome.isStopped) {
-    context_.navigation.toast(qt(TagOperation::stopped));
-  } else if (troubles.isEmpty()) {
-    sidebar_.follow(tag, qt(operation_.other));
-    context_.navigation.toast(qt(operation_.outcome(outcome.change)));
+  std::function<void()> bringsLooksBack;
+  if (troubles.isEmpty() && !outcome.isStopped)
+    bringsLooksBack = sidebar_.follow(tag, qt(operation_.other));
+  if (!troubles.isEmpty()) context_.navigation.fail(troubles.join(tr("；")));
+  const QString done = outcome.isStopped    ? qt(TagOperation::stopped)
+                       : troubles.isEmpty() ? qt(operation_.outcome(outcome.change))
+                                            : QString();
+  if (!outcome.trashed.empty()) {
+    setUndo(Undo{outcome.trashed, bringsLooksBack});
+    context_.navigation.offer(
+        done.isEmpty() ? tr("已删除 %1 条").arg(outcome.trashed.size()) : done,
+        {tr("撤销"), [self = QPointer(this)] {
+           if (self) self->undo();
+         }});
   } else {
-    context_.navigation.fail(troubles.join(tr("；")));
+    context_.navigation.toast(done);
   }
   show(Closed, {});
   if (showsTag && troubles.isEmpty() && !outcome.isStopped)
     operation_.other.empty() ? timeline_.showAll() : timeline_.showTag(qt(operation_.other));
   else
     context_.application.dayViewModel().refreshCurrentTimeline(DayViewModel::Cause::externalWrite);
+}
+
+void TagsScreen::undo() {
+  if (!undo_ || stage_ == Working) return;
+  stop_.request_stop();
+  typing_.stop();
+  isUndoing_ = true;
+  show(Working, tr("正在恢复…"));
+  start(Run::undo);
+}
+
+void TagsScreen::finishUndo(const Outcome& outcome) {
+  if (undo_ && undo_->bringsLooksBack && !outcome.isStopped) undo_->bringsLooksBack();
+  setUndo(std::nullopt);
+  NotificationCenter::shared().post(Notifications::refreshSidebarTags);
+  if (outcome.change.failed > 0)
+    context_.navigation.fail(qt(TagOperation::restored(outcome.change)));
+  else
+    context_.navigation.toast(outcome.isStopped ? qt(TagOperation::restoreStopped)
+                                                : qt(TagOperation::restored(outcome.change)));
+  show(Closed, {});
+  isUndoing_ = false;
+  context_.application.dayViewModel().refreshCurrentTimeline(DayViewModel::Cause::externalWrite);
+}
+
+void TagsScreen::setUndo(std::optional<Undo> undo) {
+  undo_ = std::move(undo);
+  emit canUndoChanged();
 }
 
 void TagsScreen::show(Stage stage, const QString& text) {

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringListModel>
 #include <QTimer>
+#include <functional>
 #include <optional>
 #include <stop_token>
 #include <string>
@@ -14,6 +15,7 @@
 #include "Core/Query/TagOperation.h"
 #include "Desktop/Base/BackgroundWork.h"
 #include "Desktop/Base/ScreenContext.h"
+#include "Platform/Concurrency/Subscription.h"
 
 namespace nomely {
 
@@ -21,7 +23,8 @@ class SidebarScreen;
 class TimelineScreen;
 
 // The sheet in which a tag is renamed, merged or deleted in all notes: it counts what would change,
-// asks, does it, and can be stopped. One operation at a time. Main thread.
+// asks, does it, and can be stopped. Notes that it deleted can be brought back. One operation at a
+// time. Main thread.
 class TagsScreen : public QObject {
   Q_OBJECT
   QML_ELEMENT
@@ -39,6 +42,8 @@ class TagsScreen : public QObject {
   Q_PROPERTY(QString confirmText READ confirmText NOTIFY changed)
   Q_PROPERTY(bool isDestructive READ isDestructive NOTIFY changed)
   Q_PROPERTY(double progress READ progress NOTIFY progressChanged)
+  // Whether notes that were deleted last were deleted here.
+  Q_PROPERTY(bool canUndo READ canUndo NOTIFY canUndoChanged)
 
  public:
   enum Operation { Rename, Merge, Delete, DeleteWithMemos };
@@ -63,23 +68,33 @@ class TagsScreen : public QObject {
   [[nodiscard]] QString confirmText() const;
   [[nodiscard]] bool isDestructive() const { return !operation_.hasOther(); }
   [[nodiscard]] double progress() const { return progress_; }
+  [[nodiscard]] bool canUndo() const { return undo_.has_value(); }
 
   Q_INVOKABLE void open(Operation operation, const QString& tag);
   Q_INVOKABLE void confirm();
   // Ends what is under way; what is done stays done.
   Q_INVOKABLE void close();
+  // Brings back the notes that were deleted last, with the looks of their tag.
+  Q_INVOKABLE void undo();
 
  signals:
   void changed();
   void progressChanged();
+  void canUndoChanged();
 
  private:
-  enum class Run { dry, real };
+  enum class Run { dry, real, undo };
   struct Outcome {
     TagChange change;
+    std::vector<std::string> trashed;
     std::vector<std::string> errors;
     std::string failure;  // why nothing was begun
     bool isStopped = false;
+  };
+
+  struct Undo {
+    std::vector<std::string> trashed;
+    std::function<void()> bringsLooksBack;
   };
 
   void plan();
@@ -87,10 +102,15 @@ class TagsScreen : public QObject {
   void suggest();
   void start(Run run);
   void finish(const Outcome& outcome);
+  void finishUndo(const Outcome& outcome);
+  void setUndo(std::optional<Undo> undo);
   void show(Stage stage, const QString& text);
   void setProgress(double share);
   [[nodiscard]] static Outcome perform(Application& application, const TagOperation& operation,
                                        const TagRun& run);
+  [[nodiscard]] static Outcome bringBack(Application& application,
+                                         const std::vector<std::string>& trashed,
+                                         const TagRun& run);
 
   const ScreenContext context_;
   SidebarScreen& sidebar_;
@@ -103,6 +123,9 @@ class TagsScreen : public QObject {
   bool isRefused_ = false;
   double progress_ = 0;
   std::stop_source stop_{std::nostopstate};
+  std::optional<Undo> undo_;
+  bool isUndoing_ = false;
+  Subscription deletions_;
   QTimer typing_;
   Lifetime progressLifetime_;
   BackgroundWork work_;

@@ -138,6 +138,7 @@ void TimelineScreen::choose(List list, const QString& tag, const QString& query)
   query_ = query;
   isOtherList_ = true;
   toReveal_.reset();
+  toFollow_.reset();
   beforeSearch_.reset();
   // A list that isn't sorted by day has no days to stand under.
   model_.setHeadings(list == Audio ? TimelineModel::Headings::none : TimelineModel::Headings::days);
@@ -290,6 +291,18 @@ void TimelineScreen::revealAsked() {
   if (row >= 0) emit revealed(row);
 }
 
+void TimelineScreen::follow(QDate day, int seqNumber) {
+  toFollow_ = MemoPlace{dayOf(day), seqNumber};
+  followAsked();
+}
+
+void TimelineScreen::followAsked() {
+  const int row = toFollow_ ? rowOf(*toFollow_) : -1;
+  if (row < 0) return;
+  toFollow_.reset();
+  emit followed(row);
+}
+
 int TimelineScreen::rowOf(const MemoPlace& place) const {
   const TimelineModel::Entries& rows = model_.entries();
   const auto found = std::ranges::find_if(rows, [&](const MemoEntry& entry) {
@@ -355,6 +368,7 @@ void TimelineScreen::showRows() {
     model_.show(rows);
   }
   emit inViewChanged();
+  followAsked();
 }
 
 void TimelineScreen::countAll() {

@@ -26,7 +26,7 @@ class TimelineScreen : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("made by the window")
-  Q_PROPERTY(TimelineModel* model READ model CONSTANT)
+  Q_PROPERTY(nomely::TimelineModel* model READ model CONSTANT)
   Q_PROPERTY(List list READ list NOTIFY listChanged)
   Q_PROPERTY(QString tag READ tag NOTIFY listChanged)
   Q_PROPERTY(QString query READ query NOTIFY listChanged)
@@ -100,6 +100,9 @@ class TimelineScreen : public QObject {
   Q_INVOKABLE void leaveSearch();
   // The day of a memo, with its card in view.
   Q_INVOKABLE void reveal(QDate day, int seqNumber);
+  // Brings a memo that was just written into view, once the list has it; nothing where that is a
+  // list of others.
+  void follow(QDate day, int seqNumber);
   Q_INVOKABLE void stepDay(int days);
   Q_INVOKABLE void loadMore();
 
@@ -138,6 +141,8 @@ class TimelineScreen : public QObject {
   void fileAsked();
   // Asks the view to bring that row to the top.
   void revealed(int row);
+  // Asks it to show that row, wherever in the view, and nothing more.
+  void followed(int row);
 
  private:
   // Where a search began.
@@ -153,6 +158,7 @@ class TimelineScreen : public QObject {
   void showRows();
   void countAll();
   void revealAsked();
+  void followAsked();
   [[nodiscard]] int rowOf(const MemoPlace& place) const;
   [[nodiscard]] QString dayTitle() const;
 
@@ -166,6 +172,7 @@ class TimelineScreen : public QObject {
   int rowInView_ = -1;
   bool isOtherList_ = true;  // the rows in the model are of the list before
   std::optional<MemoPlace> toReveal_;
+  std::optional<MemoPlace> toFollow_;
   std::size_t memoCount_ = 0;
   std::size_t dayCount_ = 0;
   MonthInView moveMonth_;

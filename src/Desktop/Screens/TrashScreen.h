@@ -27,7 +27,7 @@ class TrashScreen : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("made by the window")
-  Q_PROPERTY(TrashModel* model READ model CONSTANT)
+  Q_PROPERTY(nomely::TrashModel* model READ model CONSTANT)
   Q_PROPERTY(bool isLoading READ isLoading NOTIFY busyChanged)
   Q_PROPERTY(bool isBusy READ isBusy NOTIFY busyChanged)
   Q_PROPERTY(bool isBackingUp READ isBackingUp NOTIFY backupChanged)

@@ -18,7 +18,7 @@ namespace nomely {
 class Waveform : public QQuickPaintedItem {
   Q_OBJECT
   QML_ELEMENT
-  Q_PROPERTY(PlayerScreen* player READ player WRITE setPlayer NOTIFY playerChanged REQUIRED)
+  Q_PROPERTY(nomely::PlayerScreen* player READ player WRITE setPlayer NOTIFY playerChanged REQUIRED)
   Q_PROPERTY(QString path READ path WRITE setPath NOTIFY pathChanged REQUIRED)
   Q_PROPERTY(double heard READ heard WRITE setHeard NOTIFY heardChanged)
   Q_PROPERTY(QColor tint READ tint WRITE setTint NOTIFY colorsChanged)

@@ -11,6 +11,7 @@
 
 #include "Core/Markdown/Blocks/BlockSpacing.h"
 #include "Core/Markdown/MarkdownTextView.h"
+#include "Core/Markdown/Text/TagParser.h"
 #include "Desktop/Base/Qt.h"
 #include "Desktop/Text/BodyLook.h"
 
@@ -104,6 +105,7 @@ class Drawing {
   void operator()(const markdown::CheckItem& block) {
     QTextCharFormat base;
     if (block.checked) {
+      hasTags_ = false;
       base.setFontStrikeOut(true);
       base.setForeground(look_.doneText);
     }
@@ -121,6 +123,7 @@ class Drawing {
   }
   void operator()(const MarkdownCallout& block) { add(MarkdownTextView::prepared(block.body), {}); }
   void operator()(const markdown::CodeBlock& block) {
+    hasTags_ = false;
     StyledText code;
     code.append(block.code, {});
     setRole(Role::code);
@@ -139,11 +142,39 @@ class Drawing {
 
  private:
   void add(const StyledText& styled, const QTextCharFormat& base) {
+    const std::vector<TagParser::Match> tags =
+        hasTags_ ? TagParser::matches(styled.text) : std::vector<TagParser::Match>();
     std::string_view rest = styled.text;
+    qsizetype at = 0;
     for (const StyledText::Run& run : styled.runs) {
-      add(plainly(rest.substr(0, run.length)), formatOf(run.style, base));
+      const QString text = plainly(rest.substr(0, run.length));
+      const QTextCharFormat format = formatOf(run.style, base);
+      const bool mayHoldTag = !run.style.isCode && !run.style.isHit && !run.style.link;
+      if (tags.empty() || !mayHoldTag || run.style.foreground)
+        add(text, format);
+      else
+        addWithTags(text, format, at, tags);
+      at += text.size();
       rest.remove_prefix(run.length);
     }
+  }
+
+  // `text` stands at `begin` of what holds the tags.
+  void addWithTags(const QString& text, const QTextCharFormat& format, qsizetype begin,
+                   const std::vector<TagParser::Match>& tags) {
+    QTextCharFormat tagged = format;
+    tagged.setForeground(look_.tag);
+    qsizetype done = 0;
+    const auto addTo = [&](qsizetype end, const QTextCharFormat& its) {
+      end = std::min(end, text.size());
+      if (end > done) add(text.mid(done, end - done), its);
+      done = std::max(done, end);
+    };
+    for (const TagParser::Match& tag : tags) {
+      addTo(static_cast<qsizetype>(tag.tagRange.begin) - 1 - begin, format);
+      addTo(static_cast<qsizetype>(tag.tagRange.end) - begin, tagged);
+    }
+    addTo(text.size(), format);
   }
 
   void add(const QString& text, const QTextCharFormat& format) {
@@ -206,6 +237,7 @@ class Drawing {
 
   const BodyLook& look_;
   std::string keyword_;
+  bool hasTags_ = true;  // or none are to be told from the text
   DrawnBlock drawn_;
 };
 

@@ -8,7 +8,7 @@ namespace nomely {
 
 // The text of a run, of a callout's body or of code. Each block of the segment is one of the
 // document; an edit changes no other block than its own.
-class BodyDocument : public SegmentDocument {
+class BodyDocument : public nomely::SegmentDocument {
   Q_OBJECT
   QML_ELEMENT
   // Whether a line is so long that it has to be broken: one item can't lay it out at its width.

@@ -17,6 +17,7 @@ class BodyLook : public QObject {
   Q_PROPERTY(QColor quoteText MEMBER quoteText NOTIFY changed)
   Q_PROPERTY(QColor doneText MEMBER doneText NOTIFY changed)
   Q_PROPERTY(QColor markerText MEMBER markerText NOTIFY changed)
+  Q_PROPERTY(QColor tag MEMBER tag NOTIFY changed)
   Q_PROPERTY(QColor link MEMBER link NOTIFY changed)
   Q_PROPERTY(QColor ground MEMBER ground NOTIFY changed)
   Q_PROPERTY(QColor codeGround MEMBER codeGround NOTIFY changed)
@@ -35,6 +36,7 @@ class BodyLook : public QObject {
   QColor quoteText;
   QColor doneText;  // of items that are ticked off
   QColor markerText;
+  QColor tag;
   QColor link;
   QColor ground;  // what all of it stands on
   QColor codeGround;

@@ -11,6 +11,7 @@
 #include "Core/Markdown/Blocks/BlockParser.h"
 #include "Core/Markdown/Editing/MarkdownInlinePreviewRanges.h"
 #include "Core/Markdown/Inline/CodeAndLinks.h"
+#include "Core/Markdown/Inline/InlineMarkdown.h"
 #include "Core/Markdown/Text/LinkDetector.h"
 #include "Core/Markdown/Text/TagParser.h"
 #include "Platform/Text/Unicode.h"
@@ -230,6 +231,16 @@ void MarkdownHighlighter::highlightInline(const QString& text, int begin) {
         });
       else
         restyle(from, to, linked);
+    }
+  }
+  const QString content = text.mid(begin);
+  if (content.contains(u'*') || content.contains(u'_')) {
+    const std::string written = content.toStdString();
+    Units at(written);
+    for (const ByteRange& range : emphasizedRanges(written)) {
+      const int from = begin + at.at(range.begin);
+      restyle(from, begin + at.at(range.end),
+              [](QTextCharFormat& format) { format.setFontItalic(true); });
     }
   }
   if (line.find('.') != std::string::npos) {

@@ -5,6 +5,8 @@
 #include <QTimer>
 #include <optional>
 
+#include <QtQml/qqmlregistration.h>
+
 class QTextDocument;
 
 namespace nomely {
@@ -16,6 +18,7 @@ namespace nomely {
 // the top, so that no frame waits. Main thread.
 class MarkdownHighlighter final : public QSyntaxHighlighter {
   Q_OBJECT
+  QML_ANONYMOUS
   Q_PROPERTY(QColor weak MEMBER weak_ NOTIFY looksChanged)      // marks
   Q_PROPERTY(QColor quote MEMBER quote_ NOTIFY looksChanged)    // quotes, what is ticked
   Q_PROPERTY(QColor accent MEMBER accent_ NOTIFY looksChanged)  // tags

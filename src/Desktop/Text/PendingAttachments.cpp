@@ -1,5 +1,6 @@
 #include "Desktop/Text/PendingAttachments.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "App/Application.h"
@@ -19,21 +20,25 @@ PendingAttachments::PendingAttachments(const ScreenContext& context, std::functi
 void PendingAttachments::set(std::vector<File> files) {
   beginResetModel();
   files_ = std::move(files);
+  turns_.assign(files_.size(), 0);
   ++generation_;
   endResetModel();
   emit countChanged();
 }
 
-void PendingAttachments::begin() {
+PendingAttachments::Turn PendingAttachments::begin() {
   ++importing_;
   emit importingChanged();
+  return {generation_, ++lastTurn_};
 }
 
-void PendingAttachments::finish(std::size_t generation, File file) {
+void PendingAttachments::finish(const Turn& turn, File file) {
   --importing_;
-  if (generation == generation_ && !file.name.empty()) {
-    beginInsertRows({}, count(), count());
-    files_.push_back(std::move(file));
+  if (turn.generation == generation_ && !file.name.empty()) {
+    const auto place = std::ranges::upper_bound(turns_, turn.number) - turns_.begin();
+    beginInsertRows({}, static_cast<int>(place), static_cast<int>(place));
+    files_.insert(files_.begin() + place, std::move(file));
+    turns_.insert(turns_.begin() + place, turn.number);
     endInsertRows();
     emit countChanged();
     emit added();
@@ -45,25 +50,24 @@ void PendingAttachments::add(const QList<QUrl>& urls) {
   DayViewModel& timeline = context_.application.dayViewModel();
   const Day day = day_();
   for (const QUrl& url : urls) {
-    begin();
+    const Turn turn = begin();
     timeline.importAttachment(
         std::filesystem::path(utf8(url.toLocalFile())), day,
-        [self = QPointer(this), generation = generation_,
+        [self = QPointer(this), turn,
          day](const std::optional<AttachmentManager::ImportResult>& imported) {
           if (self)
-            self->finish(generation, imported
-                                         ? File{imported->filename, imported->originalName, day}
-                                         : File{{}, {}, day});
+            self->finish(turn, imported ? File{imported->filename, imported->originalName, day}
+                                        : File{{}, {}, day});
         });
   }
 }
 
 void PendingAttachments::add(const OfferedPicture& picture) {
-  begin();
+  const Turn turn = begin();
   const Day day = day_();
-  const auto failed = [this, generation = generation_, day](const std::string& text) {
+  const auto failed = [this, turn, day](const std::string& text) {
     context_.navigation.fail(tr("导入附件失败：") + qt(text));
-    finish(generation, File{{}, {}, day});
+    finish(turn, File{{}, {}, day});
   };
   work_.run(
       [storage = context_.application.storage(), picture, day](const std::stop_token&) {
@@ -73,9 +77,9 @@ void PendingAttachments::add(const OfferedPicture& picture) {
                                        storage.paths.dayFolder(day))
             .value_or("");
       },
-      [this, failed, generation = generation_, day](std::string name) {
+      [this, failed, turn, day](std::string name) {
         if (name.empty()) return failed(utf8(tr("这张图片读不出，请存成文件再添加")));
-        finish(generation, {std::move(name), {}, day});
+        finish(turn, {std::move(name), {}, day});
       },
       failed);
 }
@@ -85,6 +89,7 @@ void PendingAttachments::remove(int row) {
   beginRemoveRows({}, row, row);
   const File file = files_[static_cast<std::size_t>(row)];
   files_.erase(files_.begin() + row);
+  turns_.erase(turns_.begin() + row);
   endRemoveRows();
   emit countChanged();
   emit removed(file.name, file.day);

@@ -65,13 +65,20 @@ class PendingAttachments final : public QAbstractListModel {
  private:
   enum Role { Name = Qt::UserRole, IsPicture, Source, Kind, Tint };
 
-  void begin();
-  // Of an import; a file without a name could not be stored.
-  void finish(std::size_t generation, File file);
+  // Of an import, whose place among the others it keeps however long it takes.
+  struct Turn {
+    std::size_t generation = 0;
+    std::size_t number = 0;
+  };
+  Turn begin();
+  // A file without a name could not be stored.
+  void finish(const Turn& turn, File file);
 
   const ScreenContext context_;
   std::function<Day()> day_;
   std::vector<File> files_;
+  std::vector<std::size_t> turns_;  // of each file
+  std::size_t lastTurn_ = 0;
   int importing_ = 0;
   std::size_t generation_ = 0;  // of `set`
   BackgroundWork work_;

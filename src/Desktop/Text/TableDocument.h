@@ -5,7 +5,7 @@
 namespace nomely {
 
 // A table in one document, so that a drag selects across its cells. Its rows are marks.
-class TableDocument : public SegmentDocument {
+class TableDocument : public nomely::SegmentDocument {
   Q_OBJECT
   QML_ELEMENT
   // Of the place for the table; pixels.

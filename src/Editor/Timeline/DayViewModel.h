@@ -51,6 +51,7 @@ class DayViewModel {
     SearchIndex* searchIndex = nullptr;
     MainExecutor& executor;
     JobPool& jobs;
+    std::filesystem::path machineDrafts = {};  // see DraftStore
   };
 
   explicit DayViewModel(const Context& context);

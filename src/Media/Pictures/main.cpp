@@ -18,10 +18,15 @@
 #include <string>
 #include <string_view>
 
+#include <fcntl.h>
 #include <unistd.h>
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/common_interface_defs.h>
+#endif
 
 #include "Media/Answers.h"
 #include "Media/Confinement.h"
+#include "Media/Pictures/HeifPicture.h"
 
 namespace nomely::media {
 namespace {
@@ -75,26 +80,15 @@ struct Picture {
   QSize own;
 };
 
-Picture decode(QFile& file, const Wanted& wanted) {
-  const QByteArray format = formatOf(file.peek(16));
-  if (format.isEmpty()) throw PictureFailure("unknown");
-  QImageReader::setAllocationLimit(1024);
-  QImageReader reader(&file, format);
-  reader.setAutoTransform(true);
-  (void)reader.canRead();  // loads the plugin, which later can't be opened
-  confine(mostMemory);
-
-  QSize own = reader.size();
+void check(const QSize& own) {
   if (own.isEmpty()) throw PictureFailure("damaged");
   if (qint64{own.width()} * own.height() > mostPixels) throw PictureFailure("large");
-  const bool isTurned = (reader.transformation() & QImageIOHandler::TransformationRotate90) != 0;
-  if (isTurned) own.transpose();
-  const QSize scaled = scaledSize(own, wanted);
-  QSize read = readSize(own, scaled, format);
-  if (isTurned) read.transpose();
-  if (reader.supportsOption(QImageIOHandler::ScaledSize)) reader.setScaledSize(read);
-  QImage image = reader.read();
+}
+
+// Scaled and cut; a picture of another size was read larger.
+Picture finished(QImage image, const QSize& own, const Wanted& wanted) {
   if (image.isNull()) throw PictureFailure("damaged");
+  const QSize scaled = scaledSize(own, wanted);
   if (image.size() != scaled)
     image = image.scaled(scaled, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
   if (wanted.cuts) {
@@ -103,6 +97,36 @@ Picture decode(QFile& file, const Wanted& wanted) {
     image = image.copy(QRect(corner, wanted.size));
   }
   return {image.convertToFormat(QImage::Format_ARGB32_Premultiplied), own};
+}
+
+Picture decodeHeif(QFile& file, const Wanted& wanted) {
+  HeifPicture picture(file);
+  confine(mostMemory, Threads::some);
+  const QSize own = picture.size();
+  check(own);
+  return finished(picture.read(), own, wanted);
+}
+
+Picture decode(QFile& file, const Wanted& wanted) {
+  const QByteArray begin = file.peek(16);
+  if (HeifPicture::isAt(begin)) return decodeHeif(file, wanted);
+  const QByteArray format = formatOf(begin);
+  if (format.isEmpty()) throw PictureFailure("unknown");
+  QImageReader::setAllocationLimit(1024);
+  QImageReader reader(&file, format);
+  reader.setAutoTransform(true);
+  (void)reader.canRead();  // loads the plugin, which later can't be opened
+  confine(mostMemory);
+
+  QSize own = reader.size();
+  check(own);
+  const bool isTurned = (reader.transformation() & QImageIOHandler::TransformationRotate90) != 0;
+  if (isTurned) own.transpose();
+  const QSize scaled = scaledSize(own, wanted);
+  QSize read = readSize(own, scaled, format);
+  if (isTurned) read.transpose();
+  if (reader.supportsOption(QImageIOHandler::ScaledSize)) reader.setScaledSize(read);
+  return finished(reader.read(), own, wanted);
 }
 
 void writeAll(const QImage& image) {
@@ -115,6 +139,17 @@ void writeAll(const QImage& image) {
       left.remove_prefix(static_cast<std::size_t>(count));
     }
   }
+}
+
+// What a decoder has to say of a damaged file is no news to whoever reads the window's log. Qt asks
+// a handler first; libraries below it write straight to the error output.
+void silence() {
+  qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+#ifdef __SANITIZE_ADDRESS__
+  __sanitizer_set_report_fd(reinterpret_cast<void*>(static_cast<std::intptr_t>(::dup(2))));
+#endif
+  if (const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC); nowhere >= 0)
+    ::dup2(nowhere, STDERR_FILENO);
 }
 
 int run(const Wanted& wanted) {
@@ -146,8 +181,7 @@ int main(int count, char** arguments) {
   const nomely::media::Wanted wanted{.cuts = std::string_view(arguments[1]) == "cover",
                                      .size = {side(2), side(3)}};
   ::alarm(nomely::media::mostSeconds);
-  // What a decoder has to say of a damaged file is no news to whoever reads the log.
-  qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+  nomely::media::silence();
   // Nobody waits for a picture as for a key.
   (void)::nice(10);
   // On the thread of the pool: there large pictures are scaled without more threads, which a

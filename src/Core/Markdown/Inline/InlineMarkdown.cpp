@@ -239,4 +239,30 @@ StyledText parsedInline(std::string_view text) {
   return Gatherer(*guards).gather(document.get());
 }
 
+std::vector<ByteRange> emphasizedRanges(std::string_view line) {
+  std::vector<ByteRange> found;
+  if (line.find_first_of("*_") == npos || line.find_first_of(std::string_view("\0\r\n", 3)) != npos)
+    return found;
+  const auto guards = Guards::missingIn(line);
+  // Marks that were drawn apart would shift what follows them.
+  if (!guards || withoutCostlyMarks(std::string(line), guards->end).size() != line.size())
+    return found;
+  const Document document = documentOf(guarded(line, *guards));
+  const std::unique_ptr<cmark_iter, Free> iterator(cmark_iter_new(document.get()));
+  const auto placed = [&](int column) {
+    const auto place = static_cast<std::size_t>(std::max(column, 0));
+    return std::min(std::max(place, guards->start.size()) - guards->start.size(), line.size());
+  };
+  for (auto event = cmark_iter_next(iterator.get()); event != CMARK_EVENT_DONE;
+       event = cmark_iter_next(iterator.get())) {
+    cmark_node* const node = cmark_iter_get_node(iterator.get());
+    if (event != CMARK_EVENT_ENTER || cmark_node_get_type(node) != CMARK_NODE_EMPH) continue;
+    // Columns count bytes, the first of all as 1.
+    const ByteRange range{placed(cmark_node_get_start_column(node) - 1),
+                          placed(cmark_node_get_end_column(node))};
+    if (found.empty() || range.begin >= found.back().end) found.push_back(range);
+  }
+  return found;
+}
+
 }  // namespace nomely

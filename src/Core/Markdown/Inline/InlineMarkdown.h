@@ -1,7 +1,9 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
+#include "Core/Markdown/Text/ByteRange.h"
 #include "Core/Markdown/Text/StyledText.h"
 
 namespace nomely {
@@ -12,5 +14,9 @@ namespace nomely {
 // they go and the line feed stays. An image is its description. Pure; safe on any thread; takes
 // little more than time in proportion to the text.
 [[nodiscard]] StyledText parsedInline(std::string_view text);
+
+// What of one line is emphasized there, "*a*" and "_a_" with their marks. In rising order, none
+// within another.
+[[nodiscard]] std::vector<ByteRange> emphasizedRanges(std::string_view line);
 
 }  // namespace nomely

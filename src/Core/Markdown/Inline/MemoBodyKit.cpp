@@ -80,6 +80,14 @@ std::string trimmed(std::string_view text) {
   return std::string(trimSpaceAndBreaks(text));
 }
 
+// Of a code block that the cut left open, trimming its markers leaves two of the three of its
+// fence.
+std::string withoutFenceRest(std::string text) {
+  constexpr std::string_view rest = "\n``";
+  return text.ends_with(rest) ? trimmed(std::string_view(text).substr(0, text.size() - rest.size()))
+                              : text;
+}
+
 }  // namespace
 
 double MemoBodyKit::estimatedCJKRatio(std::string_view text) {
@@ -134,8 +142,8 @@ std::string MemoBodyKit::collapsedPreview(std::string_view text) {
       if (left >= 1)
         kept.push_back(
             trimHorizontal(graphemePrefix(line, static_cast<std::size_t>(std::trunc(left)))));
-      return truncateUnclosedTable(
-                 trimUnclosedInlineMarkers(closeOpenColorSpan(trimmed(joined(kept))))) +
+      return withoutFenceRest(truncateUnclosedTable(
+                 trimUnclosedInlineMarkers(closeOpenColorSpan(trimmed(joined(kept)))))) +
              "...";
     }
     kept.push_back(line);

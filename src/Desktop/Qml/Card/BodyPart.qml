@@ -12,7 +12,8 @@ Item {
     property string keyword
     signal ticked(int line)
     signal opened(string address)
-    implicitHeight: loader.y + loader.height
+    // Whole: the renderer drops the thin lines through and under a text at some fractions of a pixel.
+    implicitHeight: Math.ceil(loader.y + loader.height)
 
     Loader {
         id: loader

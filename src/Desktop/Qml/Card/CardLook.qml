@@ -7,6 +7,7 @@ BodyLook {
     quoteText: Theme.text2
     doneText: Theme.text3
     markerText: Theme.text3
+    tag: Theme.accent
     link: Theme.link
     ground: Theme.card
     codeGround: Theme.sunken

@@ -57,10 +57,12 @@ Rectangle {
         anchors { right: parent.right; top: parent.top; margins: 5 }
         implicitWidth: 26
         implicitHeight: 26
-        glyph: "copy"
+        glyph: copied.running ? "check" : "copy"
         glyphSize: 15
-        hint: qsTr("复制代码")
-        opacity: hover.hovered || activeFocus ? 1 : 0
-        onClicked: filling.copyCode()
+        tint: copied.running ? Theme.good : Theme.text2
+        hint: copied.running ? qsTr("已复制") : qsTr("复制代码")
+        opacity: hover.hovered || activeFocus || copied.running ? 1 : 0
+        onClicked: { filling.copyCode(); copied.restart() }
+        Timer { id: copied; interval: 2000 }
     }
 }

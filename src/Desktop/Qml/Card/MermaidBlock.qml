@@ -41,7 +41,7 @@ Item {
         objectName: "diagramPicture"
         visible: diagram.status === Diagram.Drawn
         width: Math.min(block.width, diagram.size.width)
-        height: diagram.size.width > 0 ? diagram.size.height * width / diagram.size.width : 0
+        height: diagram.size.width > 0 ? Math.round(diagram.size.height * width / diagram.size.width) : 0
         focusPolicy: Qt.TabFocus
         onClicked: full.active = true
         Keys.onReturnPressed: clicked()

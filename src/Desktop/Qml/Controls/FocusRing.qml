@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Templates as T
 import Nomely
 
 // Shows where the keyboard is.
@@ -6,7 +7,7 @@ Rectangle {
     property Item target: parent
     anchors.fill: parent
     anchors.margins: -2
-    visible: target && target.visualFocus === true
+    visible: target instanceof T.Control && (target as T.Control).visualFocus
     radius: 10
     color: "transparent"
     border { width: 2; color: Theme.accent }

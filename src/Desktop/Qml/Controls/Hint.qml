@@ -8,7 +8,7 @@ Loader {
     id: hint
     property string text
     property int delay: 600
-    active: parent !== null && parent.hovered && text
+    active: parent instanceof Control && (parent as Control).hovered && text
     sourceComponent: ToolTip {
         parent: hint.parent
         delay: hint.delay

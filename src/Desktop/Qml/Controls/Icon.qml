@@ -11,7 +11,7 @@ Image {
     property int size: 16
     width: size
     height: size
-    sourceSize: Qt.size(Math.round(size * Screen.devicePixelRatio), Math.round(size * Screen.devicePixelRatio))
+    sourceSize: Qt.size(Math.round(size * Screen.devicePixelRatio), Math.round(size * Screen.devicePixelRatio)) // qmllint disable type
     smooth: true
     Accessible.ignored: true
     source: name ? "image://icon/" + name + "/" + String(tint).slice(-6) + "/" + (name === "more" ? 3 : weight) : ""

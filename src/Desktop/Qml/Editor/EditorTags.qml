@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import Nomely
 
 // The memo's tags beside its title, with a field for another one.
@@ -42,8 +41,18 @@ Row {
         width: 110
         label: qsTr("新标签")
         font { family: Theme.sans; pixelSize: Theme.small }
-        onAccepted: { tags.screen.addTag(text); clear() }
-        Keys.onEscapePressed: { clear(); visible = false; adder.forceActiveFocus() }
-        onActiveFocusChanged: if (!activeFocus) { tags.screen.addTag(text); clear(); visible = false }
+        onTextEdited: tags.screen.tagChoices.type(text)
+        onAccepted: add(text)
+        Keys.onPressed: event => event.accepted = !inputMethodComposing && event.modifiers === Qt.NoModifier && tags.screen.tagChoices.press(event.key)
+        Keys.onShortcutOverride: event => event.accepted = event.key === Qt.Key_Escape
+        Keys.onEscapePressed: if (!tags.screen.tagChoices.press(Qt.Key_Escape)) { clear(); visible = false; adder.forceActiveFocus() }
+        onActiveFocusChanged: if (!activeFocus) { add(text); visible = false }
+        function add(tag) { tags.screen.tagChoices.close(); tags.screen.addTag(tag); clear() }
+        TagPopup { objectName: "tagFieldPopup"; completion: tags.screen.tagChoices; place: Qt.rect(8, 0, 0, field.height) }
+        Connections {
+            target: tags.screen.tagChoices
+            enabled: field.visible
+            function onChosen(tag) { field.add(tag) }
+        }
     }
 }

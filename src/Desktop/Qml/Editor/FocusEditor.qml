@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import Nomely
 
 // One memo on a page of its own, with nothing beside the text.

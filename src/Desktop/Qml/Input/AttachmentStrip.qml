@@ -36,7 +36,7 @@ Flow {
                 anchors { fill: parent; margins: entry.activeFocus ? 2 : 0 }
                 visible: entry.isPicture
                 source: entry.isPicture ? entry.source + "?radius=" + Math.round(8 * Screen.devicePixelRatio) : ""
-                sourceSize: Qt.size(56 * Screen.devicePixelRatio, 56 * Screen.devicePixelRatio)
+                sourceSize: Qt.size(56 * Screen.devicePixelRatio, 56 * Screen.devicePixelRatio) // qmllint disable type
                 cache: false
                 asynchronous: true
             }

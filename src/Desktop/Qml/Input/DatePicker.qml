@@ -39,7 +39,7 @@ Popup {
             }
             DayOfWeekRow {
                 Layout.fillWidth: true
-                locale: Qt.locale("zh_CN")
+                locale: Qt.locale("zh_CN") // qmllint disable type
                 delegate: Text {
                     required property string narrowName
                     text: narrowName
@@ -51,7 +51,7 @@ Popup {
             MonthGrid {
                 Layout.fillWidth: true
                 Layout.preferredHeight: 6 * 32
-                locale: Qt.locale("zh_CN")
+                locale: Qt.locale("zh_CN") // qmllint disable type
                 year: picker.month.year
                 month: picker.month.month
                 spacing: 2

@@ -5,8 +5,8 @@ import Nomely
 Loader {
     id: picker
     required property PendingAttachments attachments
-    readonly property bool shown: item !== null && item.visible
-    function open() { active = true; item.open() }
+    readonly property bool shown: item !== null && (item as FileDialog).visible
+    function open() { active = true; (item as FileDialog).open() }
     active: false
     // By its name, so that a start loads none of what dialogs need.
     source: "OpenFiles.qml"

@@ -70,7 +70,7 @@ FocusScope {
         border { width: 1; color: Theme.accent }
         Text { anchors.centerIn: parent; text: qsTr("松手放到这里"); color: Theme.accent; font { family: Theme.sans; pixelSize: Theme.normal } }
     }
-    TagPopup { area: area; completion: root.editor.completion }
+    TagPopup { parent: area; completion: root.editor.completion; place: root.editor.completion.place }
     ContextMenu {
         id: menu
         objectName: "textMenu"

@@ -10,13 +10,16 @@ FocusScope {
     // The window's height, which it takes at most 40 % of, or most of it when enlarged.
     property real room: 800
     property bool enlarged: false
+    // How saving goes, said where nothing more urgent is.
+    property string saveNote
+    property bool unsaved: false
     // The keyboard wants out of the text.
     signal leaveAsked()
     readonly property bool composing: writing.composing
     readonly property bool inUse: activeFocus || screen.isFilled || moods.opened || days.opened || files.shown || writing.menuOpened
     readonly property real most: Math.round(room * (enlarged ? 0.8 : 0.4))
     readonly property real extra: inUse ? 28 + tools.height + (strip.visible ? strip.height + 10 : 0) + 10 : 28
-    implicitHeight: inUse ? Math.max(enlarged ? most : 0, Math.min(most, Math.max(26, writing.implicitHeight) + extra)) : 48
+    implicitHeight: inUse ? Math.max(enlarged ? most : 0, Math.min(most, Math.max(26, Math.ceil(writing.implicitHeight)) + extra)) : 48
     Accessible.role: Accessible.Grouping
     Accessible.name: qsTr("写笔记")
 
@@ -48,6 +51,16 @@ FocusScope {
         editor: box.screen.editor
         label: qsTr("写一条笔记")
         placeholder: qsTr("写点什么…")
+    }
+    Text {
+        objectName: "saveNote"
+        visible: !box.inUse && text
+        anchors { right: parent.right; rightMargin: 16; verticalCenter: parent.verticalCenter }
+        text: box.saveNote
+        color: box.unsaved ? Theme.bad : Theme.text3
+        font { family: Theme.sans; pixelSize: Theme.small }
+        Accessible.role: Accessible.StatusBar
+        Accessible.name: text
     }
     AttachmentStrip {
         id: strip
@@ -97,8 +110,8 @@ FocusScope {
                 visible: text
                 anchors.verticalCenter: parent.verticalCenter
                 leftPadding: 8
-                text: box.screen.notice
-                color: Theme.text3
+                text: box.screen.notice || box.saveNote
+                color: !box.screen.notice && box.unsaved ? Theme.bad : Theme.text3
                 font { family: Theme.sans; pixelSize: Theme.small }
                 Accessible.role: Accessible.StatusBar
                 Accessible.name: text
@@ -117,7 +130,7 @@ FocusScope {
                 Accessible.role: Accessible.Button
                 Accessible.name: qsTr("日期：%1").arg(box.screen.dateText)
                 onClicked: { box.screen.beginPicking(); days.open() }
-                Keys.onReturnPressed: click()
+                Keys.onReturnPressed: clicked()
                 background: Rectangle { radius: 8; color: dayButton.hovered ? Theme.hover : "transparent"; FocusRing { target: dayButton } }
                 contentItem: Item {
                     Row {
@@ -125,7 +138,7 @@ FocusScope {
                         anchors.centerIn: parent
                         spacing: 5
                         Icon { anchors.verticalCenter: parent.verticalCenter; name: "today"; size: 14 }
-                        Text { objectName: "dayText"; anchors.verticalCenter: parent.verticalCenter; text: box.screen.dateText; color: Theme.text2; font { family: Theme.sans; pixelSize: Theme.small } }
+                        Text { objectName: "dayText"; anchors.verticalCenter: parent.verticalCenter; visible: !box.narrow || !(box.screen.notice || box.saveNote); text: box.screen.dateText; color: Theme.text2; font { family: Theme.sans; pixelSize: Theme.small } }
                     }
                 }
                 LazyPopup { id: days; sourceComponent: DatePicker { parent: dayButton; y: parent.height + 6; x: parent.width - width; month: box.screen.month; onClosed: box.write() } }
@@ -141,10 +154,12 @@ FocusScope {
             }
         }
     }
+    Shortcut { enabled: box.activeFocus && !box.composing && !box.narrow; sequence: "Ctrl+E"; onActivated: box.enlarged = !box.enlarged }
     FilePicker { id: files; attachments: box.screen.attachments }
     Connections {
         target: box.screen
         function onSubmitted() { box.enlarged = false }
+        function onShownAsked() { box.write() }
     }
     Connections {
         target: box.screen.editor

@@ -2,21 +2,21 @@ import QtQuick
 import QtQuick.Controls.Basic
 import Nomely
 
-// The tags that may stand after the "#". The keyboard stays in the text.
+// The tags that fit what is typed, below it. The keyboard stays there.
 Popup {
     id: popup
     objectName: "tagPopup"
-    required property Item area
-    required property TagCompletion completion
-    parent: area
-    x: completion.place.x - 8
-    y: completion.place.y + completion.place.height + 4
+    required property TagChoices completion
+    // What they belong to, in the item around.
+    required property rect place
+    x: place.x - 8
+    y: place.y + place.height + 4
     width: 232
     margins: 8
     padding: 5
     focus: false
     closePolicy: Popup.NoAutoClose
-    visible: completion.isOpen
+    visible: completion.isOpen && parent.visible
     background: Rectangle { radius: 10; color: Theme.raised; border { width: 1; color: Theme.line } }
     contentItem: ListView {
         id: list

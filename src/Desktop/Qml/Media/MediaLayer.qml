@@ -3,9 +3,10 @@ import Nomely
 
 // What attachments have over the window: the viewer, and the question where to save one.
 Item {
-    id: layer
+    id: over
+    objectName: "attachmentsOver"
     required property DesktopScreens screens
-    ImageViewer { media: layer.screens.media; screen: layer.screens.viewer }
+    ImageViewer { media: over.screens.media; screen: over.screens.viewer }
     // Made when it is first asked for: it loads a good deal.
     Loader {
         id: saving
@@ -14,10 +15,10 @@ Item {
     }
     Connections {
         target: saving.item
-        function onAccepted() { layer.screens.media.saveTo(saving.item.selectedFile) }
+        function onAccepted() { over.screens.media.saveTo(saving.item.selectedFile) }
     }
     Connections {
-        target: layer.screens.media
+        target: over.screens.media
         function onSaveAsked(suggested) {
             saving.active = true
             saving.item.currentFolder = suggested.toString().replace(/[^/]*$/, "")

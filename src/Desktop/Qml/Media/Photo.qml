@@ -22,7 +22,7 @@ Item {
         // The provider keeps what was shown.
         cache: false
         source: photo.source && width > 0 && height > 0 ? photo.source + "?radius=" + Math.round(photo.radius * Screen.devicePixelRatio) : ""
-        sourceSize: Qt.size(Math.round(width * Screen.devicePixelRatio), Math.round(height * Screen.devicePixelRatio))
+        sourceSize: Qt.size(Math.round(width * Screen.devicePixelRatio), Math.round(height * Screen.devicePixelRatio)) // qmllint disable type
         opacity: status === Image.Ready ? 1 : 0
         Behavior on opacity { NumberAnimation { duration: Theme.motion } }
     }

@@ -28,11 +28,12 @@ Item {
     }
     Image {
         id: whole
+        objectName: "viewerImage"
         x: frame.frame.x; y: frame.frame.y; width: frame.frame.width; height: frame.frame.height
         cache: false
         smooth: true
         source: item.source
-        sourceSize: Qt.size(Math.round(item.width * item.ratio), Math.round(item.height * item.ratio))
+        sourceSize: Qt.size(Math.round(item.width * item.ratio), Math.round(item.height * item.ratio)) // qmllint disable type
     }
     Image {
         x: frame.frame.x; y: frame.frame.y; width: frame.frame.width; height: frame.frame.height
@@ -40,7 +41,7 @@ Item {
         smooth: true
         visible: frame.zoom > 1 && status === Image.Ready
         source: item.wanted.width > 0 ? item.source : ""
-        sourceSize: item.wanted
+        sourceSize: item.wanted // qmllint disable type
     }
     Timer {
         id: settled
@@ -48,6 +49,17 @@ Item {
         onTriggered: item.wanted = frame.zoom > 1 ? Qt.size(Math.round(frame.frame.width * item.ratio), Math.round(frame.frame.height * item.ratio)) : Qt.size(0, 0)
     }
     WheelHandler { acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad; onWheel: event => frame.zoomBy(Math.pow(1.2, event.angleDelta.y / 120), Qt.point(event.x, event.y)) }
-    DragHandler { id: drag; target: null; onTranslationChanged: delta => frame.moveBy(delta.x, delta.y); cursorShape: active ? Qt.ClosedHandCursor : Qt.ArrowCursor }
+    DragHandler {
+        id: drag
+        property vector2d done
+        target: null
+        cursorShape: active ? Qt.ClosedHandCursor : Qt.ArrowCursor
+        onActiveChanged: done = Qt.vector2d(0, 0)
+        onTranslationChanged: {
+            if (!active) return
+            frame.moveBy(translation.x - done.x, translation.y - done.y)
+            done = Qt.vector2d(translation.x, translation.y)
+        }
+    }
     TapHandler { onDoubleTapped: point => frame.zoom > 1 ? frame.fit() : frame.zoomBy(2.5, point.position) }
 }

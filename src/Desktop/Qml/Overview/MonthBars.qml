@@ -27,7 +27,7 @@ Rectangle {
         model: card.overview.bars
         readonly property real step: count > 0 ? width / count : width
         Accessible.role: Accessible.List
-        Accessible.name: currentItem ? currentItem.label : qsTr("每天的笔记数")
+        Accessible.name: currentItem ? currentItem.Accessible.name : qsTr("每天的笔记数")
         onActiveFocusChanged: if (activeFocus && currentIndex < 0) currentIndex = 0
         Keys.onReturnPressed: card.overview.openDay(currentIndex + 1)
         Keys.onEnterPressed: card.overview.openDay(currentIndex + 1)

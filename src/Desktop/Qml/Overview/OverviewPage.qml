@@ -39,9 +39,9 @@ PageFrame {
         Accessible.name: qsTr("线索")
         onActiveFocusChanged: if (activeFocus && currentIndex < 0) currentIndex = 0
         onCurrentIndexChanged: if (activeFocus && currentIndex >= 0) positionViewAtIndex(currentIndex, ListView.Contain)
-        Keys.onReturnPressed: if (currentItem) currentItem.act()
-        Keys.onEnterPressed: if (currentItem) currentItem.act()
-        Keys.onSpacePressed: if (currentItem) currentItem.act()
+        Keys.onReturnPressed: if (currentItem) (currentItem as ThreadRow).act()
+        Keys.onEnterPressed: if (currentItem) (currentItem as ThreadRow).act()
+        Keys.onSpacePressed: if (currentItem) (currentItem as ThreadRow).act()
         header: OverviewHead { width: list.width; overview: page.overview; narrow: page.narrow }
         delegate: ThreadRow {
             width: list.width

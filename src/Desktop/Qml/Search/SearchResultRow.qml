@@ -15,7 +15,7 @@ AbstractButton {
     implicitHeight: lines.height + 18
     focusPolicy: Qt.NoFocus
     Accessible.role: Accessible.ListItem
-    Accessible.name: [dateText, time, plainSnippet, tags].join("，")
+    Accessible.name: dateText + "，" + time + "，" + plainSnippet + "，" + tags
     Accessible.selected: isCurrent
     background: Rectangle { radius: 8; color: row.isCurrent ? Theme.sunken : row.hovered ? Theme.hover : "transparent"; border { width: row.isCurrent ? 1 : 0; color: Theme.line } HoverHandler { cursorShape: Qt.PointingHandCursor } }
     contentItem: Item {

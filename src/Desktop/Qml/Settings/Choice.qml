@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import Nomely
 
 // One of a few words that stand side by side.

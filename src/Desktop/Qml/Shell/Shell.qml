@@ -36,7 +36,7 @@ FocusScope {
             required property int page
             anchors.fill: parent
             active: shell.navigation.page === page
-            onLoaded: item.forceActiveFocus()
+            onLoaded: (item as Item).forceActiveFocus()
         }
         TimelinePage {
             id: timeline
@@ -63,7 +63,7 @@ FocusScope {
         width: shell.isPanelBeside ? 360 : parent.width
         active: shell.hasPanel
         sourceComponent: HistoryPanel { screens: shell.screens }
-        onLoaded: item.forceActiveFocus()
+        onLoaded: (item as Item).forceActiveFocus()
     }
     ReaderSheet { screens: shell.screens }
     MediaLayer { screens: shell.screens }

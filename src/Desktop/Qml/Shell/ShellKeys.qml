@@ -23,7 +23,7 @@ Item {
     Shortcut { sequence: "Alt+Left"; enabled: keys.onTimeline; onActivated: keys.screens.timeline.stepDay(-1) }
     Shortcut { sequence: "Alt+Right"; enabled: keys.onTimeline; onActivated: keys.screens.timeline.stepDay(1) }
     Shortcut { sequence: "Ctrl+\\"; onActivated: keys.sidebarAsked() }
-    Shortcut { sequence: "Ctrl+Z"; enabled: keys.onTimeline; onActivated: keys.screens.timeline.undoDelete() }
+    Shortcut { sequence: "Ctrl+Z"; enabled: keys.onTimeline; onActivated: keys.screens.tags.canUndo ? keys.screens.tags.undo() : keys.screens.timeline.undoDelete() }
     Shortcut { sequence: "Ctrl+,"; onActivated: keys.navigation.show(Navigation.Settings) }
     Shortcut { sequence: "F1"; onActivated: keys.helpAsked() }
     Shortcut { sequence: "F6"; onActivated: keys.regionAsked() }

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import Nomely
 
 // An emoji for a tag: one of these, or any that is typed.
@@ -20,13 +19,14 @@ Sheet {
             Repeater {
                 model: "🌿 🏠 🍚 🏃 📖 💼 🎙️ 🌙 👶 👪 💡 🎬 🎵 ✍️ 🧘 🏥 💰 🛒 🧳 🚄 🐱 🌸 ☀️ 🌧️ 🎂 🎁 📷 🎨 🔧 💬 ⭐ ❤️".split(" ")
                 IconButton {
+                    id: choice
                     required property string modelData
                     objectName: "emojiChoice"
                     width: (sheet.width - 48) / 8
                     height: 38
                     hint: modelData
                     checked: sheet.emoji === modelData
-                    contentItem: Text { horizontalAlignment: Text.AlignHCenter; verticalAlignment: Text.AlignVCenter; text: parent.modelData; font { family: Theme.emoji; pixelSize: 20 } }
+                    contentItem: Text { horizontalAlignment: Text.AlignHCenter; verticalAlignment: Text.AlignVCenter; text: choice.modelData; font { family: Theme.emoji; pixelSize: 20 } }
                     onClicked: sheet.choose(modelData)
                 }
             }

@@ -40,7 +40,7 @@ FocusScope {
         model: grid.calendar
         currentIndex: grid.calendar.cursor
         Accessible.role: Accessible.Table
-        Accessible.name: currentItem ? currentItem.label : title.text
+        Accessible.name: currentItem ? (currentItem as MonthCell).label : title.text
         Keys.onLeftPressed: grid.calendar.moveDays(-1)
         Keys.onRightPressed: grid.calendar.moveDays(1)
         Keys.onUpPressed: grid.calendar.moveDays(-7)

@@ -87,5 +87,5 @@ FocusScope {
     }
     TagSheet { screens: side.screens }
 
-    function takeFocus() { tags.headerItem.takeFocus() }
+    function takeFocus() { (tags.headerItem as SidebarTop).takeFocus() }
 }

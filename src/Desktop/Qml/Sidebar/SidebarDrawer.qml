@@ -12,7 +12,7 @@ Drawer {
     interactive: narrow
     background: Rectangle { color: Theme.sidebar }
     onNarrowChanged: if (!narrow) close()
-    onOpened: contents.item.takeFocus()
+    onOpened: (contents.item as Sidebar).takeFocus()
     Loader {
         id: contents
         anchors.fill: parent

@@ -36,7 +36,7 @@ Sheet {
             function takeFocus() {
                 forceActiveFocus()
                 // Its text may be about to change.
-                Qt.callLater(selectAll)
+                Qt.callLater(selectAll) // qmllint disable type
             }
         }
         ListView {
@@ -52,7 +52,7 @@ Sheet {
             model: sheet.tags.suggestions
             Accessible.role: Accessible.List
             Accessible.name: qsTr("已有的标签")
-            Keys.onReturnPressed: if (currentItem) sheet.take(currentItem.display)
+            Keys.onReturnPressed: if (currentItem) sheet.take(currentItem.display) // qmllint disable type
             delegate: Item {
                 id: choice
                 required property string display

@@ -5,6 +5,7 @@ Flow {
     id: tags
     required property memoHandle memo
     required property DesktopScreens screens
+    readonly property tagStyles styles: screens.sidebar.tagStyles
     visible: memo.tags.length > 0
     spacing: 6
     topPadding: 2
@@ -13,6 +14,8 @@ Flow {
         Chip {
             required property string modelData
             text: modelData
+            emoji: tags.styles.emojiOf(modelData)
+            tint: tags.styles.colorOf(modelData) || Theme.lineStrong
             onClicked: tags.screens.timeline.showTag(modelData)
         }
     }

@@ -8,7 +8,9 @@ Item {
     required property DesktopScreens screens
     property bool active: false
     signal menuAsked()
-    readonly property bool onCard: active && list.currentIndex >= 0
+    // Back from what a search found to its results.
+    signal searchAsked()
+    readonly property bool onCard: active && list.currentItem !== null
     Shortcut { enabled: keys.active; sequences: ["J", "Down"]; onActivated: keys.list.incrementCurrentIndex() }
     Shortcut { enabled: keys.active; sequences: ["K", "Up"]; onActivated: keys.list.decrementCurrentIndex() }
     Shortcut { enabled: keys.active; sequence: "Home"; onActivated: keys.list.currentIndex = 0 }
@@ -20,9 +22,10 @@ Item {
     Shortcut { enabled: keys.onCard; sequence: "P"; onActivated: keys.screens.timeline.togglePinned(keys.current()) }
     Shortcut { enabled: keys.onCard; sequence: "Shift+P"; onActivated: keys.screens.timeline.toggleLocked(keys.current()) }
     Shortcut { enabled: keys.onCard; sequence: "Delete"; onActivated: keys.screens.timeline.remove(keys.current()) }
-    Shortcut { enabled: keys.onCard; sequences: [StandardKey.Copy]; onActivated: keys.list.currentItem.body.copy() }
-    Shortcut { enabled: keys.onCard; sequences: [StandardKey.SelectAll]; onActivated: keys.list.currentItem.body.selectAll() }
+    Shortcut { enabled: keys.onCard; sequences: [StandardKey.Copy]; onActivated: (keys.list.currentItem as TimelineRow).body.copy() }
+    Shortcut { enabled: keys.onCard; sequences: [StandardKey.SelectAll]; onActivated: (keys.list.currentItem as TimelineRow).body.selectAll() }
     Shortcut { enabled: keys.onCard; sequences: ["Menu", "Shift+F10"]; onActivated: keys.menuAsked() }
+    Shortcut { enabled: keys.active && (keys.screens.search.isShown || keys.screens.floatingSearch.isShown); sequence: "Esc"; onActivated: keys.searchAsked() }
 
     // Read when a key is pressed: rows come and go under the same index.
     function current() { return screens.timeline.model.at(list.currentIndex) }

@@ -26,6 +26,8 @@ FocusScope {
         anchors { top: bar.bottom; topMargin: page.topInset; horizontalCenter: parent.horizontalCenter }
         width: Math.min(Theme.column, parent.width - (page.narrow ? 24 : 48))
         screen: page.screens.quickInput
+        saveNote: page.screens.banner.saveNote
+        unsaved: page.screens.banner.isUnsaved
         narrow: page.narrow
         room: page.height
         focus: true
@@ -42,6 +44,7 @@ FocusScope {
         anchors { fill: parent; topMargin: input.y + input.height + firstRun.implicitHeight + 8 }
         screens: page.screens
         narrow: page.narrow
+        onSearchAsked: page.screens.floatingSearch.isShown ? page.searchAsked() : page.takeSearch()
     }
     Connections {
         target: page.screens.timeline

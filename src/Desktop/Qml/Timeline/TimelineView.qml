@@ -7,6 +7,7 @@ FocusScope {
     id: view
     required property DesktopScreens screens
     property bool narrow: false
+    signal searchAsked()
     readonly property real column: Math.min(Theme.column, width - (narrow ? 24 : 48))
     // Keys without a modifier are for the cards alone, not for what is inside of one.
     readonly property bool hasKeys: list.activeFocus && (Window.activeFocusItem === list || Window.activeFocusItem === list.currentItem)
@@ -44,7 +45,7 @@ FocusScope {
             onMenuAsked: from => view.openMenu(memo, from)
             onChosen: {
                 list.currentIndex = index
-                list.currentItem.forceActiveFocus(Qt.MouseFocusReason)
+                list.currentItem?.forceActiveFocus(Qt.MouseFocusReason)
             }
         }
     }
@@ -58,13 +59,14 @@ FocusScope {
     TimelineEmpty { anchors.centerIn: parent; visible: view.screens.timeline.isEmpty; screens: view.screens }
     LazyPopup { id: menu; sourceComponent: CardMenu { screens: view.screens; onDateAsked: { view.screens.timeline.beginMoving(memo); days.open() } } }
     LazyPopup { id: days; sourceComponent: DatePicker { parent: view; x: (view.width - width) / 2; y: 60; month: view.screens.timeline.moveMonth } }
-    TimelineKeys { list: list; screens: view.screens; active: view.hasKeys; onMenuAsked: view.openMenu(view.screens.timeline.model.at(list.currentIndex), list.currentItem) }
+    TimelineKeys { list: list; screens: view.screens; active: view.hasKeys; onSearchAsked: view.searchAsked(); onMenuAsked: view.openMenu(view.screens.timeline.model.at(list.currentIndex), list.currentItem) }
     Connections {
         target: view.screens.timeline
         function onRevealed(row) {
             list.positionViewAtIndex(row, ListView.Beginning)
             list.currentIndex = row
         }
+        function onFollowed(row) { row === 0 ? list.positionViewAtBeginning() : list.positionViewAtIndex(row, ListView.Contain) }
         function onListChanged() {
             list.currentIndex = -1
             list.positionViewAtBeginning()

@@ -36,6 +36,21 @@ std::string shown(const StyledText& styled) {
   return all;
 }
 
+TEST(EmphasizedRangesTest, WhereALineIsItalic) {
+  for (const auto& [line, emphasized] :
+       std::vector<std::pair<const char*, const char*>>{{"一 *二* _三_", "*二*|_三_"},
+                                                        {"**粗** 2*3*4 a_b_c * 空 *", "*3*"},
+                                                        {"`*码*` [*链*](a*b*)", "*链*"},
+                                                        {"*外 **里** _里_* 完", "*外 **里** _里_*"},
+                                                        {"\\*逃* &amp;*实*", "*实*"},
+                                                        {"*无", ""}}) {
+    std::string found;
+    for (const ByteRange& range : emphasizedRanges(line))
+      (found += found.empty() ? "" : "|") += range.of(line);
+    EXPECT_EQ(found, emphasized) << line;
+  }
+}
+
 struct Case {
   const char* name;
   std::string text;

@@ -23,6 +23,7 @@ TEST(MemoBodyKitTest, Collapsing) {
       {"blank lines cost more", "a\n\nb\n\nc\n\nd", true, "a\n\nb\n\nc..."},
       {"the last line in part", "a\nb\nc\nd\ne\n" + repeated("x ", 30), true,
        "a\nb\nc\nd\ne\n" + repeated("x ", 24) + "x..."},
+      {"code cut off", "a\n```\nb\nc\nd\ne\nf\n```", true, "a..."},
       {"bold cut off", "a **b\nc\nd\ne\nf\ng\nh**", true, "a..."},
       {"colour cut off", "<span style=\"color: #FF0000\">a\nb\nc\nd\ne\nf\ng</span>", true,
        "<span style=\"color: #FF0000\">a\nb\nc\nd\ne\nf</span>..."},
