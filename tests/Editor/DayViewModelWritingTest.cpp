@@ -160,9 +160,11 @@ TEST_F(DayViewModelWritingTest, AnUpgradeMeanwhileIsNoConflict) {
   const auto file = context.paths.memoFile(today, 1);
   for (const std::string body : {"旧", "别处改的"}) {
     for (const auto& act : acts) {
-      writeFile(file, "---\ntime: '08:00'\n---\n\n旧\n");
+      writeFile(file, "---\ntime: '08:00'\n---\n\n旧");
       index.invalidateCache();
-      loadToday();
+      renew();
+      model->loadDay(today);
+      ASSERT_TRUE(comesTrue([&] { return shown() == std::vector<std::string>{"旧"}; }));
       const Memo card = listed("旧");
       Memo upgraded = card;
       upgraded.memoId = "memo_1";

@@ -4,7 +4,6 @@ import Nomely
 // What attachments have over the window: the viewer, and the question where to save one.
 Item {
     id: over
-    objectName: "attachmentsOver"
     required property DesktopScreens screens
     ImageViewer { media: over.screens.media; screen: over.screens.viewer }
     // Made when it is first asked for: it loads a good deal.
