@@ -79,9 +79,9 @@ Application::Application(const ApplicationContext& context)
                FileManager(context.fileSystem), context.clock),
       memos_(storage_),
       backups_(storage_, keptBackups, {.app = context.version, .build = {}}),
-      userDefaults_(
-          isUnitTesting_ ? storage_.paths.rootURL / ".state" : context.environment.stateFolder(),
-          storage_.files),
+      stateFolder_(isUnitTesting_ ? storage_.paths.rootURL / ".state"
+                                  : context.environment.stateFolder()),
+      userDefaults_(stateFolder_, storage_.files),
       settings_(storage_, isUnitTesting_ ? testSecrets_ : context.secrets,
                 isUnitTesting_ ? AppSettings::Source::defaults : AppSettings::Source::files),
       jobs_(jobThreads()),
@@ -137,8 +137,12 @@ void Application::readAgain() {
 
 DayViewModel& Application::dayViewModel() {
   if (!dayViewModel_)
-    dayViewModel_ = std::make_unique<DayViewModel>(DayViewModel::Context{
-        .service = memos_, .searchIndex = &searchIndex_, .executor = executor_, .jobs = jobs_});
+    dayViewModel_ = std::make_unique<DayViewModel>(
+        DayViewModel::Context{.service = memos_,
+                              .searchIndex = &searchIndex_,
+                              .executor = executor_,
+                              .jobs = jobs_,
+                              .machineDrafts = stateFolder_ / "drafts"});
   return *dayViewModel_;
 }
 

@@ -130,6 +130,7 @@ class Application {
   StoreContext storage_;
   MemoService memos_;
   BackupManager backups_;
+  std::filesystem::path stateFolder_;
   UserDefaults userDefaults_;
   MemorySecrets testSecrets_;  // under a test host
   AppSettings settings_;

@@ -70,7 +70,7 @@ std::vector<ManualSection> manualSections() {
                    {".trash/", "回收站，和从笔记取下的附件。"},
                    {".versions/", "每条笔记的历史版本。"},
                    {"_config/", "日记的设置，随数据目录走。"},
-                   {"$XDG_STATE_HOME/nomely/", "属于这台机器的：没能存成笔记的文字（editing）。"}}},
+                   {"$XDG_STATE_HOME/nomely/", "属于这台机器的：没能存成笔记的文字（editing），存不进数据目录的草稿（drafts）。"}}},
       {.title = "例子",
        .entries = {{"nomely add 早上跑步五公里 --tag 运动 --mood 4", "写下一条笔记。"},
                    {"nomely list --from 周一", "这一周的笔记。"},

@@ -106,7 +106,8 @@ TEST_F(DiagramTest, WhatWasScrolledAwayIsNotDrawn) {
   show(QStringLiteral("slow 1"));
   for (int i = 2; i < 6; ++i) show(QStringLiteral("slow %1").arg(i));
   ASSERT_TRUE(becomes("picture"));
-  EXPECT_EQ(fake.count("\"code\""), 2);
+  // The last one, and the first where that was begun by then.
+  EXPECT_LE(fake.count("\"code\""), 2);
   EXPECT_EQ(provider->client().knownHeight(QStringLiteral("slow 5")), 120);
 }
 

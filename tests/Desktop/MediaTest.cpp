@@ -1,6 +1,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QImage>
+#include <QTest>
 
 #include "Desktop/Media/MediaScreen.h"
 #include "Desktop/Sound/PlayerScreen.h"
@@ -16,7 +17,7 @@ class MediaTest : public DesktopTest {
   MediaTest() {
     fs::create_directories(day);
     for (const char* name : {"a.png", "b.png", "c.png"}) {
-      QImage image(64, 48, QImage::Format_RGB32);
+      QImage image(640, 480, QImage::Format_RGB32);
       image.fill(Qt::darkGreen);
       EXPECT_TRUE(image.save(qt((day / name).string())));
     }
@@ -64,10 +65,18 @@ TEST_F(MediaTest, ACardShowsNinePicturesAndTheViewerAllOfThem) {
   const auto zoom = [&] { return item("viewerPicture")->property("zoom").toDouble(); };
   key("+");
   EXPECT_EQ(zoom(), 1.25);
+  for (int step = 0; step < 4; ++step) key("+");
+  const QQuickItem& picture = *need("viewerImage");
+  ASSERT_TRUE(eventually([&] { return picture.width() > 1280; }));
+  const double before = picture.x();
+  QTest::mousePress(desktop->window(), Qt::LeftButton, {}, {600, 400});
+  for (const int x : {620, 640, 660}) QTest::mouseMove(desktop->window(), {x, 400});
+  QTest::mouseRelease(desktop->window(), Qt::LeftButton, {}, {660, 400});
+  EXPECT_GT(picture.x(), before) << "dragged";
   key("0");
   EXPECT_EQ(zoom(), 1);
   key("Ctrl+C");
-  EXPECT_TRUE(eventually([] { return QGuiApplication::clipboard()->image().width() == 64; }));
+  EXPECT_TRUE(eventually([] { return QGuiApplication::clipboard()->image().width() == 640; }));
   key("Esc");
   EXPECT_TRUE(eventually([&] { return item("viewerPlace") == nullptr; }));
 }
@@ -85,9 +94,13 @@ TEST_F(MediaTest, AFileIsSavedUnderItsOwnNameOrTellsWhyNot) {
   EXPECT_EQ(item("menuDelete"), nullptr);  // the card's own menu
   click("attachmentSave");
   EXPECT_EQ(suggested.fileName(), u"合同-上-下.pdf"_qs);
-  key("Esc");  // the dialog
   const fs::path target = folder.path() / "saved.pdf";
-  screens().media()->saveTo(QUrl::fromLocalFile(qt(target.string())));
+  QObject* dialog = nullptr;
+  for (QObject* const each : need("attachmentsOver")->findChildren<QObject*>())
+    if (each->inherits("QQuickFileDialog")) dialog = each;
+  ASSERT_NE(dialog, nullptr);
+  dialog->setProperty("selectedFile", QUrl::fromLocalFile(qt(target.string())));
+  QMetaObject::invokeMethod(dialog, "accept");
   EXPECT_TRUE(eventually([&] { return fs::exists(target) && readFile(target) == "contract"; }));
   screens().media()->saveTo(QUrl::fromLocalFile(u"/proc/none/d.pdf"_qs));
   EXPECT_TRUE(eventually([&] { return told.size() == 1; }));

@@ -232,18 +232,25 @@ TEST_F(WritingTest, AKilledProgramLosesNothingOlderThan300Milliseconds) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   constexpr auto shared = "NOMELY_TEST_KILLED_ROOT";
   if (qEnvironmentVariableIsSet(shared)) root = qgetenv(shared).toStdString();
+  state = root.parent_path() / "state";
+  const fs::path away = root.string() + "-away";
   qputenv(shared, QByteArray::fromStdString(root.string()));
   const auto typeAndDie = [&] {
     open();
     click("quickText");
     type(QStringLiteral("还没写完"));
     QTest::qWait(300);
+    fs::rename(root, away);
+    type(QStringLiteral("，盘没了"));
+    QTest::qWait(300);
     ::raise(SIGKILL);
   };
   EXPECT_EXIT(typeAndDie(), testing::KilledBySignal(SIGKILL), "");
   qunsetenv(shared);
+  EXPECT_THAT(readFile(away / ".drafts/quick-input.json"), testing::HasSubstr("还没写完"));
+  fs::rename(away, root);
   open();
-  EXPECT_TRUE(eventually([&] { return utf8(text()) == "还没写完"; }));
+  EXPECT_TRUE(eventually([&] { return utf8(text()) == "还没写完，盘没了"; }));
 }
 
 class FocusEditorTest : public WritingTest {

@@ -149,6 +149,40 @@ TEST_F(DayViewModelWritingTest, ListsTakeOverWhatWasStored) {
   EXPECT_EQ(VersionStore(context).listVersions(today, 1, {}).size(), 2U);
 }
 
+// The pass at the start upgrades notes of other programs while the first list already shows them.
+TEST_F(DayViewModelWritingTest, AnUpgradeMeanwhileIsNoConflict) {
+  const std::function<void(const Memo&)> acts[] = {
+      [&](const Memo& card) { model->togglePinned(card); },
+      [&](const Memo& card) { model->toggleLockedOnTop(card); },
+      [&](const Memo&) { model->updateMemo(edited("旧", "新")); },
+      [&](const Memo& card) { model->moveMemo(card, today, yesterday); },
+      [&](const Memo& card) { model->deleteMemo(card); }};
+  const auto file = context.paths.memoFile(today, 1);
+  for (const std::string body : {"旧", "别处改的"}) {
+    for (const auto& act : acts) {
+      writeFile(file, "---\ntime: '08:00'\n---\n\n旧\n");
+      index.invalidateCache();
+      loadToday();
+      const Memo card = listed("旧");
+      Memo upgraded = card;
+      upgraded.memoId = "memo_1";
+      upgraded.createdAt = upgraded.updatedAt = "2026-03-01T08:00:00+08:00";
+      upgraded.schemaVersion = MemoFrontmatter::currentSchemaVersion;
+      service.upgrade(today, card, upgraded);
+      if (body != "旧") changeElsewhere(upgraded, body);
+      const auto before = context.files.read(file);
+      act(card);
+      bool areDone = false;
+      model->afterWrites([&] { areDone = true; });
+      ASSERT_TRUE(comesTrue([&] { return areDone && !model->isPerformingTrashOperation.get(); }));
+      ASSERT_TRUE(isSettled());
+      EXPECT_EQ(context.files.read(file) == before, body != "旧") << "never written over";
+      EXPECT_TRUE(!fs::exists(file) || onDisk(today, 1).memoId == "memo_1");
+      fs::remove(file);
+    }
+  }
+}
+
 // A list without dates of its own still finds the memo's day by its identity.
 TEST_F(DayViewModelWritingTest, DateOfAnUpdateIsTheMemosOwn) {
   add(yesterday, "昨天的");

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "Core/Query/SearchQuery.h"
+#include "Core/Storage/MemoStore.h"
 #include "Platform/Concurrency/InOrder.h"
 #include "Platform/Error.h"
 #include "Platform/System/Log.h"
@@ -35,6 +36,20 @@ std::shared_ptr<const MemoCache::DayMemos> readDay(DiskSignature::DayFiles& file
     }
   }
   return MemoCache::sortedDay(files.day, std::move(memos));
+}
+
+// The stamp of the file if it holds that memo. What another program put there right after our own
+// write gets none: the cache knows nothing of it, and it is to be noticed.
+std::optional<FileStamp> stampOf(const Memo* memo, Day date, std::int64_t seqNumber,
+                                 const StoreContext& context) {
+  if (memo == nullptr) return std::nullopt;
+  try {
+    const auto stamp = FileStamp::of(context.paths.memoFile(date, seqNumber), context.files);
+    const auto onDisk = MemoStore(context).read(date, seqNumber);
+    return onDisk && isStoredAs(*onDisk, *memo) ? stamp : std::nullopt;
+  } catch (const Error&) {
+    return std::nullopt;
+  }
 }
 
 // Searches `days`, appending at most `limit` results.
@@ -99,25 +114,27 @@ SearchIndex::Built SearchIndex::build() const {
   return {std::make_shared<MemoCache>(std::move(days)), std::move(signature)};
 }
 
-void SearchIndex::patch(Day date, std::int64_t seqNumber,
+void SearchIndex::patch(Day date, std::int64_t seqNumber, const Memo* memo,
                         const std::function<Cache(const MemoCache&)>& change) {
+  const auto stamp = isBuilt() ? stampOf(memo, date, seqNumber, context_) : std::nullopt;
   Cache old;  // destroyed when the lock is free again
   const std::lock_guard lock(lock_);
   ++generation_;
   if (!cache_) return;
   old = std::exchange(cache_, change(*cache_));
   if (!builtSignature_) return;
-  builtSignature_->set(date, DiskPaths::memoFileName(seqNumber),
-                       FileStamp::of(context_.paths.memoFile(date, seqNumber), context_.files));
+  builtSignature_->set(date, DiskPaths::memoFileName(seqNumber), stamp);
 }
 
 void SearchIndex::indexMemo(Memo memo, Day date) {
   const std::int64_t seqNumber = memo.seqNumber;
-  patch(date, seqNumber, [&](const MemoCache& cache) { return cache.with(std::move(memo), date); });
+  patch(date, seqNumber, &memo,
+        [&](const MemoCache& cache) { return cache.with(std::move(memo), date); });
 }
 
 void SearchIndex::removeMemo(Day date, std::int64_t seqNumber) {
-  patch(date, seqNumber, [&](const MemoCache& cache) { return cache.without(date, seqNumber); });
+  patch(date, seqNumber, nullptr,
+        [&](const MemoCache& cache) { return cache.without(date, seqNumber); });
 }
 
 void SearchIndex::invalidateCache() {

@@ -30,7 +30,7 @@ void TimelineQueryStore::forEach(const MemoFilter& filter,
   }
   std::vector<Day> days;
   try {
-    days = dayStore_.listAllDates();
+    days = dayStore_.namedDays();
   } catch (const Error&) {
     return;
   }

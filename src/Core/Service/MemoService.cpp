@@ -8,6 +8,7 @@
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Markdown/Text/MemoTextUtilities.h"
 #include "Core/Markdown/Text/TagParser.h"
+#include "Core/Storage/MemoUpgrade.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Concurrency/NotificationCenter.h"
 #include "Platform/Files/FileError.h"
@@ -71,9 +72,16 @@ void MemoService::adopt(Day day, const Memo& current, Memo& changed) const {
 
 Memo MemoService::commit(Day day, const Memo& memo, const std::optional<Memo>& expected) const {
   return context_.write([&] {
-    const Memo current = days_.memoStore().validateUpdate(memo, day, std::nullopt);
-    if (expected && !isStoredAs(current, *expected)) throw WriteError(WriteError::Kind::conflict);
     Memo stored = memo;
+    bool isUpgraded = false;
+    if (expected && MemoUpgrade::isDue(*expected)) {
+      const std::optional<Memo> onDisk = days_.memoStore().read(day, memo.seqNumber);
+      isUpgraded = onDisk && MemoUpgrade::isOf(*onDisk, *expected);
+      if (isUpgraded) MemoUpgrade::carryInto(stored, *onDisk);
+    }
+    const Memo current = days_.memoStore().validateUpdate(stored, day, std::nullopt);
+    if (expected && !isUpgraded && !isStoredAs(current, *expected))
+      throw WriteError(WriteError::Kind::conflict);
     stored.body = std::string(MemoFrontmatterParser::bodyAsRead(memo.body));
     adopt(day, current, stored);
     days_.commitMemo(stored, day, std::nullopt);
@@ -86,6 +94,7 @@ Memo MemoService::change(Day day, const Memo& original,
   return context_.write([&] {
     const Memo current = days_.memoStore().validateUnchanged(original, day);
     Memo changed = original;
+    MemoUpgrade::carryInto(changed, current);
     change(changed);
     if (isStoredAs(changed, current)) return changed;
     changed.updatedAt = DateFormatters::timestamp(context_.clock.now());
@@ -255,7 +264,9 @@ std::optional<Memo> MemoService::rewrite(Day day, std::int64_t seqNumber,
 
 void MemoService::upgrade(Day day, const Memo& original, const Memo& upgraded) const {
   context_.write([&] {
-    (void)days_.memoStore().validateUnchanged(original, day);
+    const Memo current = days_.memoStore().validateUnchanged(original, day);
+    // Another process may have come first: the identity that a note has stays.
+    if (!isStoredAs(current, original)) throw WriteError(WriteError::Kind::conflict);
     versions_.keepOriginal(day, original.seqNumber, upgraded.memoId.value());
     days_.memoStore().write(upgraded, day);
   });

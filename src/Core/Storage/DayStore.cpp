@@ -7,6 +7,7 @@
 #include "Core/Extensions/PathNames.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/MemoStamp.h"
+#include "Core/Storage/MemoUpgrade.h"
 #include "Core/Storage/VersionStore.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Concurrency/NotificationCenter.h"
@@ -88,13 +89,17 @@ std::int64_t DayStore::nextSeqNumber(Day day) const {
   return highest + 1;
 }
 
-std::vector<Day> DayStore::dayFolders() const {
-  const std::filesystem::path& root = context_.paths.rootURL;
+std::vector<Day> DayStore::namedDays() const {
   std::vector<Day> days;
-  for (const DirectoryEntry& entry : context_.files.listVisible(root))
-    if (const auto day = Day::parse(entry.name);
-        day && context_.files.isDirectory(root / entry.name))
-      days.push_back(*day);
+  for (const DirectoryEntry& entry : context_.files.listVisible(context_.paths.rootURL))
+    if (const auto day = Day::parse(entry.name)) days.push_back(*day);
+  return days;
+}
+
+std::vector<Day> DayStore::dayFolders() const {
+  std::vector<Day> days = namedDays();
+  std::erase_if(
+      days, [&](Day day) { return !context_.files.isDirectory(context_.paths.dayFolder(day)); });
   return days;
 }
 
@@ -227,12 +232,13 @@ void DayStore::trashUnnamedFiles(const std::vector<std::string>& names, Day day)
 
 Memo DayStore::moveMemo(const Memo& memo, Day from, Day to) const {
   return context_.write([&] {
-    memoStore_.validateUnchanged(memo, from);
+    const Memo current = memoStore_.validateUnchanged(memo, from);
     const std::filesystem::path file = context_.paths.memoFile(from, memo.seqNumber);
     const auto attributes = context_.files.attributes(file);
     const auto content = context_.files.read(file);
     if (!attributes || !content) throw WriteError(WriteError::Kind::missingMemo);
     Memo moved = memo;
+    MemoUpgrade::carryInto(moved, current);
     moved.seqNumber = nextSeqNumber(to);
     const AttachmentManager attachments(context_);
     attachments.preparePendingAttachments(memo.attachments,

@@ -54,6 +54,9 @@ class DayStore {
   // One more than the highest number in use: 1, 2, 7 → 8. Unreadable files count.
   [[nodiscard]] std::int64_t nextSeqNumber(Day day) const;
 
+  // The days whose names stand in the root, in ascending order: quick, as nothing is looked into.
+  // Throws FileError.
+  [[nodiscard]] std::vector<Day> namedDays() const;
   // The days that have a folder, in ascending order, whatever is in it.
   [[nodiscard]] std::vector<Day> dayFolders() const;
   // The days that hold a file with extension "md", in ascending order.

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -11,6 +12,7 @@
 #include "Core/Storage/Drafts.h"
 #include "Core/Storage/MemoStore.h"
 #include "Core/Storage/StoreContext.h"
+#include "Core/Storage/StrandedDrafts.h"
 
 namespace nomely {
 
@@ -20,20 +22,29 @@ namespace nomely {
 //
 // A file that can't be decoded is moved aside, under its name and ".corrupt-" and a number, before
 // anything takes its place. Saving and clearing pass the gate and never throw: a failure is logged,
-// since it must not interrupt typing. Stateless; safe on any thread.
+// since it must not interrupt typing. A draft that the root doesn't take waits in a folder of this
+// machine, and where that fails in memory; a draft in the root that this store neither read nor
+// wrote is another's, and stays. Safe on any thread; copies share what waits.
 class DraftStore {
  public:
-  explicit DraftStore(StoreContext context) : context_(std::move(context)), memos_(context_) {}
+  // `machineFolder` is where drafts wait for the root; empty: in memory alone.
+  explicit DraftStore(StoreContext context, const std::filesystem::path& machineFolder = {});
 
-  // A draft without content clears the file.
-  void saveQuickInputDraft(const QuickInputDraft& draft) const;
+  // Tries again with whatever waits. Returns whether every draft is on a disk, here or in the root.
+  [[nodiscard]] bool keepAll() const;
+  // Puts into the root what other stores left waiting for it, if it is there. A draft that stands
+  // there in the meantime is kept as well: both become one, see DraftMerging. Never throws.
+  void bringHome() const;
+
+  // A draft without content clears the file. Returns whether it is on a disk, as below.
+  bool saveQuickInputDraft(const QuickInputDraft& draft) const;
   // Absent when there is none, or it can't be decoded.
   [[nodiscard]] std::optional<QuickInputDraft> loadQuickInputDraft() const;
   void clearQuickInputDraft() const;
 
   // A draft that says what the memo on disk says is cleared instead; one whose memo is gone or
   // can't be read is kept.
-  void saveFocusDraft(const FocusMemoDraft& draft, Day date, std::int64_t seqNumber) const;
+  bool saveFocusDraft(const FocusMemoDraft& draft, Day date, std::int64_t seqNumber) const;
   // By `memoId`, else by the identity of the memo on disk, wherever the memo stood when the draft
   // was made. Absent when there is none, it can't be decoded, or is another memo's.
   [[nodiscard]] std::optional<FocusMemoDraft> loadFocusDraft(
@@ -52,21 +63,38 @@ class DraftStore {
   [[nodiscard]] std::vector<std::filesystem::path> damagedDrafts() const;
 
  private:
-  [[nodiscard]] std::filesystem::path quickInputFile() const;
-  [[nodiscard]] std::filesystem::path numberFile(Day date, std::int64_t seqNumber) const;
-  [[nodiscard]] std::filesystem::path identityFile(std::string_view memoId) const;
+  // What copies share.
+  struct Shared;
+
+  [[nodiscard]] std::filesystem::path fileOf(const std::string& name) const;
+  [[nodiscard]] static std::string numberName(Day date, std::int64_t seqNumber);
+  [[nodiscard]] static std::string identityName(std::string_view memoId);
   // Absent also when it can't be read.
   [[nodiscard]] std::optional<Memo> memoOnDisk(Day date, std::int64_t seqNumber) const;
   // The draft that was made before the memo on disk was given its identity, when it is that memo's.
   [[nodiscard]] std::optional<FocusMemoDraft> draftByNumber(Day date, std::int64_t seqNumber,
                                                             const std::optional<Memo>& memo) const;
-  void put(const std::filesystem::path& file, const std::string& bytes) const;
-  void clear(const std::filesystem::path& file) const;
-  // Inside a write.
+  // The newest bytes of that draft, wherever they are.
+  [[nodiscard]] std::optional<std::string> bytesOf(const std::string& name) const;
+  bool put(const std::string& name, const std::string& bytes) const;
+  // Again: unless something newer took its place.
+  enum class Occasion { first, again };
+  bool putIntoRoot(const std::string& name, const std::string& bytes, Occasion occasion) const;
+  bool keepWaiting(const std::string& name, const std::string& bytes, Occasion occasion) const;
+  enum class Which { inMemory, all };
+  bool keepWaitingOnes(Which which) const;
+  void lookAtRoot() const;
+  void forget(const std::filesystem::path& waited) const;
+  void clear(const std::string& name) const;
+  // These run inside a write.
+  [[nodiscard]] bool isAnothers(const std::string& name) const;
   void setAsideUndecodable(const std::filesystem::path& file) const;
+  void takeIn(const StrandedDrafts::Draft& draft) const;
 
   StoreContext context_;
   MemoStore memos_;
+  StrandedDrafts stranded_;
+  std::shared_ptr<Shared> shared_;
 };
 
 }  // namespace nomely

@@ -2,6 +2,7 @@
 
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/MemoFile.h"
+#include "Core/Storage/MemoUpgrade.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/Text/Unicode.h"
@@ -104,9 +105,12 @@ Memo MemoStore::validateUpdate(const Memo& memo, Day day,
 }
 
 Memo MemoStore::validateUnchanged(const Memo& memo, Day day) const {
-  Memo current = validateUpdate(memo, day, std::nullopt);
-  if (!isStoredAs(current, memo)) throw WriteError(WriteError::Kind::conflict);
-  return current;
+  std::optional<Memo> current = read(day, memo.seqNumber);
+  if (!current) throw WriteError(WriteError::Kind::missingMemo);
+  if (isStoredAs(*current, memo) || MemoUpgrade::isOf(*current, memo)) return *std::move(current);
+  throw WriteError(current->memoId && current->memoId != memo.memoId
+                       ? WriteError::Kind::identityChanged
+                       : WriteError::Kind::conflict);
 }
 
 Memo MemoStore::parseMemoFile(std::string_view content, std::int64_t seqNumber,

@@ -46,7 +46,7 @@ class MemoStore {
   // place, conflict when `expected` is given and differs from the memo on disk, which is returned.
   Memo validateUpdate(const Memo& memo, Day day, const std::optional<Memo>& expected) const;
   // The same with `memo` as what is expected, but by what is stored: transcript segments make every
-  // two readings of a memo unequal.
+  // two readings of a memo unequal. A memo whose header alone was upgraded since is unchanged.
   Memo validateUnchanged(const Memo& memo, Day day) const;
 
   // Never fails: an unreadable file gives an empty memo with the present time, so that a list can

@@ -108,10 +108,21 @@ void DesktopApplication::startOver() {
   const FileManager files(machine_.fileSystem);
   if (!files.isDirectory(root_)) return tryLater();
   again_.reset();
-  if (screens_) screens_->flush();
+  if (screens_ && !screens_->flush()) {
+    setObstacle(tr("写下的文字还存不下来，请腾出磁盘空间，或让数据目录可以写入：%1")
+                    .arg(qt(root_.string())));
+    return tryLater();
+  }
+  const MemoHandle edited = editedMemo();
   leave();
   application_.reset();
   open();
+  if (screens_ && edited.isValid()) screens_->focusEditor()->open(edited);
+}
+
+MemoHandle DesktopApplication::editedMemo() const {
+  const bool isEditing = screens_ && screens_->navigation()->page() == Navigation::Editor;
+  return isEditing ? screens_->focusEditor()->memo() : MemoHandle();
 }
 
 void DesktopApplication::tryLater() {
@@ -142,9 +153,31 @@ void DesktopApplication::take(const StartRequest& request) {
 }
 
 void DesktopApplication::close() {
+  if (isClosing_) return;
+  if (!screens_ || screens_->flush()) return end();
+  ask({.title = tr("现在关闭，写下的文字会丢失"),
+       .text = tr("数据目录和这台机器的状态目录都存不下它。腾出磁盘空间，或让数据目录回来，"
+                  "再关闭就不会丢。"),
+       .confirmText = tr("仍然关闭")});
+}
+
+void DesktopApplication::closeAnyway() {
+  ask({});
+  end();
+}
+
+void DesktopApplication::stay() {
+  ask({});
+}
+
+void DesktopApplication::ask(const Question& question) {
+  question_ = question;
+  emit questionChanged();
+}
+
+void DesktopApplication::end() {
   if (std::exchange(isClosing_, true)) return;
   again_.reset();
-  if (screens_) screens_->flush();
   // Not quit(), which asks the window once more and takes its no for an answer.
   if (!screens_) return QCoreApplication::exit();
   application_->dayViewModel().afterWrites(lifetime_.guard([] { QCoreApplication::exit(); }));

@@ -13,6 +13,8 @@
 #include "Desktop/App/StartRequest.h"
 #include "Desktop/App/ThemeWatcher.h"
 #include "Desktop/Base/QtMainExecutor.h"
+#include "Desktop/Models/MemoHandle.h"
+#include "Desktop/Models/Question.h"
 #include "Platform/Concurrency/JobPool.h"
 
 QT_BEGIN_NAMESPACE
@@ -42,6 +44,7 @@ class DesktopApplication : public QObject {
   QML_UNCREATABLE("made by main")
   Q_PROPERTY(nomely::DesktopScreens* screens READ screens NOTIFY screensChanged)
   Q_PROPERTY(QString obstacle READ obstacle NOTIFY obstacleChanged)
+  Q_PROPERTY(nomely::Question question READ question NOTIFY questionChanged)
   Q_PROPERTY(nomely::ThemeWatcher* theme READ theme CONSTANT)
   Q_PROPERTY(QString version READ version CONSTANT)
 
@@ -63,12 +66,18 @@ class DesktopApplication : public QObject {
   // Brings the window to the front and does what a start of the program asks for.
   void take(const StartRequest& request);
 
-  // Puts on the disk what is not there yet, and then ends the program.
+  // Puts on the disk what is not there yet, and then ends the program. Asks before it ends with a
+  // text that could be put nowhere.
   Q_INVOKABLE void close();
+  [[nodiscard]] const Question& question() const { return question_; }
+  // The answers.
+  Q_INVOKABLE void closeAnyway();
+  Q_INVOKABLE void stay();
 
  signals:
   void screensChanged();
   void obstacleChanged();
+  void questionChanged();
   // Asks the view to put the caret into the input.
   void inputAsked();
 
@@ -78,6 +87,9 @@ class DesktopApplication : public QObject {
   void startOver();
   void tryLater();
   void setObstacle(const QString& text);
+  void ask(const Question& question);
+  void end();
+  [[nodiscard]] MemoHandle editedMemo() const;
 
   DesktopMachine machine_;
   ThemeWatcher theme_;
@@ -89,6 +101,7 @@ class DesktopApplication : public QObject {
   std::unique_ptr<QQmlApplicationEngine> engine_;
   QQuickWindow* window_ = nullptr;
   QString obstacle_;
+  Question question_;
   bool isClosing_ = false;
   Subscription loaded_;
   Timers::Timer again_;

@@ -1,6 +1,7 @@
 #include "Desktop/App/DesktopScreens.h"
 
 #include "App/Application.h"
+#include "Editor/Timeline/DayViewModel.h"
 
 namespace nomely {
 namespace {
@@ -10,7 +11,7 @@ constexpr std::size_t floatingSearchResults = 30;
 
 }  // namespace
 
-DesktopScreens::DesktopScreens(const Context& context) {
+DesktopScreens::DesktopScreens(const Context& context) : application_(context.application) {
   const ScreenContext screens{context.application, navigation_,    context.executor,  context.jobs,
                               context.clock,       context.timers, context.fileSystem};
   timeline_ = std::make_unique<TimelineScreen>(screens);
@@ -42,9 +43,10 @@ DesktopScreens::DesktopScreens(const Context& context) {
 
 DesktopScreens::~DesktopScreens() = default;
 
-void DesktopScreens::flush() {
+bool DesktopScreens::flush() {
   quickInput_->flush();
   focusEditor_->flush();
+  return application_.dayViewModel().draftStore().keepAll();
 }
 
 }  // namespace nomely

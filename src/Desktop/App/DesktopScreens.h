@@ -80,10 +80,11 @@ class DesktopScreens : public QObject {
   [[nodiscard]] SearchScreen* floatingSearch() { return floatingSearch_.get(); }
   [[nodiscard]] OverviewScreen* overview() { return overview_.get(); }
 
-  // Puts on the disk what is typed and not saved. Blocking.
-  void flush();
+  // Puts on the disk what is typed and not saved. Returns whether all of it is there. Blocking.
+  [[nodiscard]] bool flush();
 
  private:
+  Application& application_;
   Navigation navigation_;
   std::unique_ptr<TimelineScreen> timeline_;
   std::unique_ptr<QuickInputScreen> quickInput_;

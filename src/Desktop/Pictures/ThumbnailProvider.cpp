@@ -75,12 +75,12 @@ class Response : public QQuickImageResponse {
     } catch (const std::exception& error) {
       failure_ = QString::fromUtf8(error.what());
     }
-    emit finished();
+    tell();
   }
   // Instead of loading.
   void giveUp() {
     failure_ = u"cancelled"_qs;
-    emit finished();
+    tell();
   }
 
   void cancel() override { cancelled_.request_stop(); }
@@ -90,6 +90,10 @@ class Response : public QQuickImageResponse {
   [[nodiscard]] QString errorString() const override { return failure_; }
 
  private:
+  // On the thread that owns this: it may delete it as soon as it hears of it, and whoever is still
+  // within the signal then would touch what is gone.
+  void tell() { QMetaObject::invokeMethod(this, &Response::finished, Qt::QueuedConnection); }
+
   Request request_;
   std::stop_source cancelled_;
   QImage image_;

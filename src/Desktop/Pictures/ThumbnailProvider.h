@@ -21,7 +21,7 @@ class ThumbnailProvider : public QQuickAsyncImageProvider {
   [[nodiscard]] static QString source(const QString& absolutePath);
 
  private:
-  static constexpr std::size_t mostBytes = std::size_t{48} * 1000 * 1000;
+  static constexpr std::size_t mostBytes = std::size_t{16} * 1000 * 1000;
   static constexpr std::size_t decodersAtOnce = 2;
 
   PictureCache cache_{mostBytes};

@@ -22,5 +22,6 @@ Window {
         active: window.desktop.screens !== null
         sourceComponent: Shell { desktop: window.desktop; screens: window.desktop.screens }
     }
+    AskingDialog { question: window.desktop.question; onAccepted: window.desktop.closeAnyway(); onDismissed: window.desktop.stay() }
     Obstacle { visible: text; anchors.fill: parent; text: window.desktop.obstacle }
 }

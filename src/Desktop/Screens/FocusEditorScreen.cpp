@@ -130,12 +130,16 @@ void FocusEditorScreen::open(const MemoHandle& memo) {
   work_.run(
       [store = timeline_.draftStore(), memos = context_.application.dayStore().memoStore(), date,
        number = memo.entry.memo->seqNumber, id = memo.entry.memo->memoId](const std::stop_token&) {
+        store.bringHome();
         return Read{memos.read(date, number), store.loadFocusDraft(date, number, id)};
       },
       [this, date](Read read) {
-        if (!read.memo)
+        if (read.memo) return show(date, *std::move(read.memo), read.draft);
+        if (!read.draft || !read.draft->baseMemo)
           return context_.navigation.fail(qt(WriteError(WriteError::Kind::missingMemo).what()));
-        show(date, *std::move(read.memo), read.draft);
+        // What was typed outlives the memo.
+        show(date, *read.draft->baseMemo, read.draft);
+        compare(std::nullopt);
       },
       [this](const std::string& failure) {
         context_.navigation.fail(tr("笔记打不开：") + qt(failure));
@@ -271,7 +275,7 @@ bool FocusEditorScreen::hasChanges() const {
 }
 
 DraftWriter::Write FocusEditorScreen::draftWrite() {
-  if (!opened_) return [] {};
+  if (!opened_) return [] { return true; };
   const Memo memo = written();
   FocusMemoDraft draft{.memoId = opened_->base.memoId,
                        .baseMemo = opened_->base,
@@ -290,10 +294,11 @@ DraftWriter::Write FocusEditorScreen::draftWrite() {
   });
   return [store = timeline_.draftStore(), draft = std::move(draft), date = opened_->date,
           number = memo.seqNumber, &executor = context_.executor, told] {
-    store.saveFocusDraft(draft, date, number);
-    // Saving is silent about failures: only what can be read back is called kept.
-    const auto kept = store.loadFocusDraft(date, number, draft.memoId);
-    executor.post([told, isKept = kept && kept->bodyText == draft.bodyText] { told(isKept); });
+    const bool isKept = store.saveFocusDraft(draft, date, number);
+    // One that says what the memo says is none.
+    const bool isDraft = isKept && store.loadFocusDraft(date, number, draft.memoId).has_value();
+    executor.post([told, isDraft] { told(isDraft); });
+    return isKept;
   };
 }
 

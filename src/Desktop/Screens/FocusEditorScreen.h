@@ -96,7 +96,7 @@ class FocusEditorScreen final : public QObject {
 
   // Looks whether the memo was changed elsewhere.
   void checkDisk();
-  // Returns when the draft is on the disk. Blocking: for the end of the window.
+  // Returns when the draft has been handed to its store. Blocking: for the end of the window.
   void flush();
 
  signals:

@@ -28,8 +28,9 @@ QuickInputScreen::QuickInputScreen(const ScreenContext& context)
       editor_(context),
       attachments_(context, [this] { return day(); }),
       writer_([this]() -> DraftWriter::Write {
-        return
-            [store = timeline_.draftStore(), draft = draft()] { store.saveQuickInputDraft(draft); };
+        return [store = timeline_.draftStore(), draft = draft()] {
+          return store.saveQuickInputDraft(draft);
+        };
       }),
       work_(context.executor, context.jobs) {
   connect(&editor_, &MarkdownEditor::edited, this, &QuickInputScreen::note);
@@ -49,9 +50,12 @@ QuickInputScreen::QuickInputScreen(const ScreenContext& context)
   noticeTimer_.setSingleShot(true);
   connect(&noticeTimer_, &QTimer::timeout, this, [this] { say({}); });
 
-  work_.run([store = timeline_.draftStore()](
-                const std::stop_token&) { return store.loadQuickInputDraft(); },
-            [this](std::optional<QuickInputDraft> draft) { restore(std::move(draft)); });
+  work_.run(
+      [store = timeline_.draftStore()](const std::stop_token&) {
+        store.bringHome();
+        return store.loadQuickInputDraft();
+      },
+      [this](std::optional<QuickInputDraft> draft) { restore(std::move(draft)); });
 }
 
 QuickInputScreen::~QuickInputScreen() = default;

@@ -64,7 +64,7 @@ class QuickInputScreen final : public QObject {
   Q_INVOKABLE void submit();
   // Shows the month of the present day.
   Q_INVOKABLE void beginPicking();
-  // Returns when the draft is on the disk. Blocking: for the end of the window.
+  // Returns when the draft has been handed to its store. Blocking: for the end of the window.
   void flush();
 
  signals:

@@ -16,9 +16,10 @@ namespace {
 using std::chrono::milliseconds;
 using Stopwatch = std::chrono::steady_clock;
 
-// A quick search runs at each key; one that takes long waits for a pause between keys.
+// A quick search runs at each key; one that takes long lets keys in quick succession pass, but no
+// longer, as what is found should stand 60 ms after the last of them.
 constexpr milliseconds quick{30};
-constexpr milliseconds typingPause{150};
+constexpr milliseconds typingPause{20};
 constexpr milliseconds patience{400};
 
 struct Answer {

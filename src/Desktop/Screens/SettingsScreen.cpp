@@ -1,6 +1,7 @@
 #include "Desktop/Screens/SettingsScreen.h"
 
 #include <QDesktopServices>
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -272,7 +273,11 @@ void SettingsScreen::dismiss() {
 void SettingsScreen::findOutFirstRun() {
   work_.run(
       [days = context_.application.dayStore()](const std::stop_token&) {
-        return !days.context().files.exists(days.paths().rootURL) || days.dayFolders().empty();
+        const FileManager& files = days.context().files;
+        return !files.exists(days.paths().rootURL) ||
+               std::ranges::none_of(days.namedDays(), [&](Day day) {
+                 return files.isDirectory(days.paths().dayFolder(day));
+               });
       },
       [this](bool isEmpty) {
         if (!isEmpty) return;

@@ -9,6 +9,10 @@ DraftWriter::DraftWriter(std::function<Write()> snapshot) : snapshot_(std::move(
   constexpr std::chrono::milliseconds delay{200};
   timer_.setSingleShot(true);
   timer_.setInterval(delay);
+  constexpr std::chrono::seconds patience{1};
+  again_.setSingleShot(true);
+  again_.setInterval(patience);
+  QObject::connect(&again_, &QTimer::timeout, &again_, [this] { changed(); });
   QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { take(); });
 }
 
@@ -31,7 +35,13 @@ void DraftWriter::writeNewest() {
     const std::lock_guard lock(mutex_);
     write = std::exchange(newest_, std::nullopt);
   }
-  if (write) (*write)();
+  if (write) run(*write);
+}
+
+void DraftWriter::run(const Write& write) {
+  if (write()) return;
+  QMetaObject::invokeMethod(
+      &again_, [this] { again_.start(); }, Qt::QueuedConnection);
 }
 
 void DraftWriter::push() {
@@ -40,10 +50,10 @@ void DraftWriter::push() {
     const std::lock_guard lock(mutex_);
     waiting = std::exchange(newest_, std::nullopt);
   }
-  if (waiting) queue_.async(*std::move(waiting));
+  if (waiting) queue_.async([this, write = *std::move(waiting)] { run(write); });
   if (!timer_.isActive()) return;
   timer_.stop();
-  queue_.async(snapshot_());
+  queue_.async([this, write = snapshot_()] { run(write); });
 }
 
 void DraftWriter::flush() {

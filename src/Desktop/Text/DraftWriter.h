@@ -14,8 +14,8 @@ namespace nomely {
 // Calls come from the main thread.
 class DraftWriter {
  public:
-  // Runs on the writer's thread.
-  using Write = std::function<void()>;
+  // Runs on the writer's thread. False: it is on no disk, and is to be tried again.
+  using Write = std::function<bool()>;
   // `snapshot` takes the state as it is now and returns what writes it.
   explicit DraftWriter(std::function<Write()> snapshot);
 
@@ -23,7 +23,7 @@ class DraftWriter {
   void changed();
   // Has it written now, whatever becomes of the state after this call.
   void push();
-  // Returns when everything is on the disk.
+  // Returns when everything has been written, or tried.
   void flush();
   // Forgets a change that isn't written yet.
   void cancel() { timer_.stop(); }
@@ -31,9 +31,11 @@ class DraftWriter {
  private:
   void take();
   void writeNewest();
+  void run(const Write& write);
 
   std::function<Write()> snapshot_;
   QTimer timer_;
+  QTimer again_;
   std::mutex mutex_;
   std::optional<Write> newest_;  // guarded by mutex_
   SerialQueue queue_{"com.nomely.draft"};

@@ -35,11 +35,27 @@ Difference differenceOf(QStringView before, QStringView after) {
   return {begin, before.size() - same, after.size() - same};
 }
 
+// Whether somewhere in it a line would have to be broken inside of a word of great length.
+bool hasEndlessWord(QStringView text) {
+  constexpr int longest = 4000;
+  constexpr char16_t firstThatBreaksAnywhere = 0x2E80;  // CJK
+  int length = 0;
+  for (const QChar character : text) {
+    const bool ends = character.isSpace() || character >= QChar(firstThatBreaksAnywhere);
+    length = ends ? 0 : length + 1;
+    if (length > longest) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 QuickTextView::QuickTextView(QQuickItem& area)
     : area_(area),
-      document_(area.property("textDocument").value<QQuickTextDocument*>()->textDocument()) {}
+      document_(area.property("textDocument").value<QQuickTextDocument*>()->textDocument()) {
+  // Of a long text no more is made for drawing than is in view; else a key makes all of it anew.
+  area_.setFlag(QQuickItem::ItemObservesViewport);
+}
 
 QString QuickTextView::content() const {
   QString text = document_->toRawText();
@@ -48,6 +64,7 @@ QString QuickTextView::content() const {
 }
 
 void QuickTextView::reset(const QString& text) {
+  wrap(hasEndlessWord(text));
   document_->setUndoRedoEnabled(false);
   QTextCursor cursor(document_);
   cursor.beginEditBlock();
@@ -60,6 +77,13 @@ void QuickTextView::reset(const QString& text) {
   cursor.mergeBlockFormat(format);
   cursor.endEditBlock();
   document_->setUndoRedoEnabled(true);
+}
+
+// Wrapping at words reads a word to its end for each of its lines: a megabyte took a minute.
+void QuickTextView::wrap(bool anywhere) {
+  constexpr int wrapAnywhere = 3;  // TextEdit.WrapAnywhere
+  constexpr int wrapAtWords = 4;   // TextEdit.Wrap
+  area_.setProperty("wrapMode", anywhere ? wrapAnywhere : wrapAtWords);
 }
 
 std::u16string QuickTextView::text() const {
@@ -88,11 +112,13 @@ void QuickTextView::replaceText(TextRange range, std::u16string_view replacement
   const QStringView after = viewOf(replacement);
   const Difference middle =
       differenceOf(QStringView(all).mid(begin, static_cast<qsizetype>(range.length())), after);
+  const QStringView inserted = after.mid(middle.begin, middle.endAfter - middle.begin);
+  if (hasEndlessWord(inserted)) wrap(true);
   QTextCursor cursor(document_);
   cursor.beginEditBlock();
   cursor.setPosition(static_cast<int>(begin + middle.begin));
   cursor.setPosition(static_cast<int>(begin + middle.endBefore), QTextCursor::KeepAnchor);
-  cursor.insertText(after.mid(middle.begin, middle.endAfter - middle.begin).toString());
+  cursor.insertText(inserted.toString());
   cursor.endEditBlock();
 }
 

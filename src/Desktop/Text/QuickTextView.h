@@ -35,6 +35,8 @@ class QuickTextView final : public EditableTextView {
   void endUndoGroup() override {}
 
  private:
+  void wrap(bool anywhere);
+
   QQuickItem& area_;
   QTextDocument* document_;
 };

@@ -13,7 +13,7 @@ DayViewModel::DayViewModel(const Context& context)
       loading_(context.service.days(), context.searchIndex, list_, jobs_),
       writing_(context.service, {list_, loading_, status_, jobs_}),
       trash_(context.service, {list_, loading_, status_, jobs_}),
-      draftStore_(context.service.context()),
+      draftStore_(context.service.context(), context.machineDrafts),
       service_(context.service) {}
 
 // The parts stand until the jobs that use them have ended.

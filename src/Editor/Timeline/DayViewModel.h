@@ -51,6 +51,7 @@ class DayViewModel {
     SearchIndex* searchIndex = nullptr;
     MainExecutor& executor;
     JobPool& jobs;
+    std::filesystem::path machineDrafts = {};  // see DraftStore
   };
 
   explicit DayViewModel(const Context& context);
@@ -67,7 +68,6 @@ class DayViewModel {
   const TimelineListModel::Property<std::vector<Memo>>& memos = list_.memos;
   const TimelineListModel::Property<Entries>& allMemos = list_.allMemos;
   const TimelineListModel::Property<Entries>& displayMemos = list_.displayMemos;
-  const TimelineListModel::Property<ListChange>& rowChange = list_.rowChange;
   const TimelineListModel::Property<Day>& selectedDate = list_.selectedDate;
   const TimelineListModel::Property<TimelineMode>& timelineMode = list_.timelineMode;
 

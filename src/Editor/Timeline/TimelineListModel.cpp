@@ -1,7 +1,6 @@
 #include "Editor/Timeline/TimelineListModel.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace nomely {
 namespace {
@@ -15,17 +14,19 @@ unsigned char rankOf(const Memo& memo) {
   return static_cast<unsigned char>((memo.lockedOnTop ? 0 : 2) + (memo.pinned ? 0 : 1));
 }
 
-bool isEqual(const MemoEntry& left, const MemoEntry& right) {
-  return left.date == right.date &&
-         (left.memo == right.memo || isStoredAs(*left.memo, *right.memo));
-}
-
 bool hasIdentityOf(const Memo& listed, const Memo& memo) {
   return listed.memoId && listed.memoId == memo.memoId;
 }
 
 Entries::iterator at(Entries& rows, std::size_t index) {
   return rows.begin() + static_cast<std::ptrdiff_t>(index);
+}
+
+void moveRow(Entries& rows, std::size_t from, std::size_t to) {
+  if (from < to)
+    std::rotate(at(rows, from), at(rows, from + 1), at(rows, to + 1));
+  else
+    std::rotate(at(rows, to), at(rows, from), at(rows, from + 1));
 }
 
 }  // namespace
@@ -48,7 +49,7 @@ void TimelineListModel::alter(Change change, Rows rows) {
     if (rowsFollow)
       rows(shown);
     else
-      settleRows(shown);
+      shown = ordered(0, shownCount());
   });
 }
 
@@ -74,65 +75,14 @@ std::size_t TimelineListModel::placeOf(std::size_t index) const {
   return place;
 }
 
-void TimelineListModel::insertRows(Entries& rows, std::size_t first, const Entries& inserted) {
-  if (inserted.empty()) return;
-  rows.insert(at(rows, first), inserted.begin(), inserted.end());
-  rowChange.set({ListChange::Kind::inserted, first, inserted.size()});
-}
-
-void TimelineListModel::removeRows(Entries& rows, std::size_t first, std::size_t count) {
-  if (count == 0) return;
-  rows.erase(at(rows, first), at(rows, first + count));
-  rowChange.set({ListChange::Kind::removed, first, count});
-}
-
-void TimelineListModel::moveRow(Entries& rows, std::size_t from, std::size_t to) {
-  if (from < to)
-    std::rotate(at(rows, from), at(rows, from + 1), at(rows, to + 1));
-  else
-    std::rotate(at(rows, to), at(rows, from), at(rows, from + 1));
-  if (from != to) rowChange.set({ListChange::Kind::moved, from, 1, to});
-}
-
-void TimelineListModel::removeRowsWhere(Entries& rows, const Gone& isGone) {
-  for (std::size_t end = rows.size(); end > 0;) {
-    const auto goes = [&](std::size_t row) { return isGone(rows[row].date, *rows[row].memo); };
-    std::size_t first = end;
-    while (first > 0 && goes(first - 1)) --first;
-    removeRows(rows, first, end - first);
-    end = first == end ? end - 1 : first;
-  }
-}
-
-void TimelineListModel::fitRows(Entries& rows) {
+void TimelineListModel::fitRows(Entries& rows) const {
   const std::size_t count = shownCount();
-  if (rows.size() > count)
-    removeRows(rows, count, rows.size() - count);
-  else
-    insertRows(rows, rows.size(), ordered(rows.size(), count));
-}
-
-void TimelineListModel::settleRows(Entries& rows) {
-  Entries wanted = ordered(0, shownCount());
-  const auto [before, wantedBefore] = std::ranges::mismatch(rows, wanted, isEqual);
-  const auto same = static_cast<std::size_t>(before - rows.begin());
-  const auto [after, wantedAfter] =
-      std::mismatch(rows.rbegin(), std::make_reverse_iterator(before), wanted.rbegin(),
-                    std::make_reverse_iterator(wantedBefore), isEqual);
-  const auto old = static_cast<std::size_t>(after.base() - before);
-  const auto fresh = static_cast<std::size_t>(wantedAfter.base() - wantedBefore);
-  if (old == rows.size() && old + fresh > 0) {
-    rows = std::move(wanted);
-    return rowChange.set({ListChange::Kind::reset});
-  }
-  if (old == fresh && old > 0) {
-    std::copy_n(wantedBefore, fresh, before);
-    rowChange.set({ListChange::Kind::changed, same, fresh});
+  if (rows.size() > count) {
+    rows.erase(at(rows, count), rows.end());
   } else {
-    removeRows(rows, same, old);
-    insertRows(rows, same, Entries(wantedBefore, wantedAfter.base()));
+    const Entries more = ordered(rows.size(), count);
+    rows.insert(rows.end(), more.begin(), more.end());
   }
-  rows = std::move(wanted);
 }
 
 void TimelineListModel::showDay(std::vector<Memo> found) {
@@ -152,7 +102,7 @@ void TimelineListModel::show(Entries entries) {
         std::ranges::transform(all, ranks_.begin(),
                                [](const MemoEntry& entry) { return rankOf(*entry.memo); });
       },
-      [this](Entries& rows) { settleRows(rows); });
+      [this](Entries& rows) { rows = ordered(0, shownCount()); });
 }
 
 bool TimelineListModel::canShowMore() const {
@@ -229,11 +179,10 @@ void TimelineListModel::setEntry(std::size_t index, MemoEntry entry) {
         if (from < rows.size() && to < rows.size()) {
           moveRow(rows, from, to);
           rows[to] = entry;
-          rowChange.set({ListChange::Kind::changed, to, 1});
         } else if (from < rows.size()) {
-          removeRows(rows, from, 1);
+          rows.erase(at(rows, from));
         } else if (to < rows.size()) {
-          insertRows(rows, to, {entry});
+          rows.insert(at(rows, to), entry);
         }
         fitRows(rows);
       });
@@ -252,7 +201,7 @@ void TimelineListModel::removeEntries(const Gone& isGone) {
         ranks_.resize(kept);
       },
       [&](Entries& rows) {
-        removeRowsWhere(rows, isGone);
+        std::erase_if(rows, [&](const MemoEntry& row) { return isGone(row.date, *row.memo); });
         fitRows(rows);
       });
 }

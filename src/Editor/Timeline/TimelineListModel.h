@@ -15,24 +15,6 @@ namespace nomely {
 // One date, every date, the answer to a search or filter, or the pinned memos.
 enum class TimelineMode { day, all, filtered, pinned };
 
-// What became of the rows of a list, as indices into the list after the change.
-struct ListChange {
-  enum class Kind {
-    reset,     // other rows altogether: read them anew
-    inserted,  // rows [first, first + count) came
-    removed,   // those rows of the list before went
-    changed,   // those rows hold other values
-    moved,     // one row left `first`, the rest closed up, and it stands at `to`
-  };
-
-  Kind kind = Kind::reset;
-  std::size_t first = 0;
-  std::size_t count = 0;
-  std::size_t to = 0;
-
-  friend bool operator==(const ListChange&, const ListChange&) = default;
-};
-
 // The timeline's lists: what was found, what of it is shown and in which order, and how a changed
 // memo enters or leaves them. Main executor alone.
 class TimelineListModel {
@@ -49,10 +31,6 @@ class TimelineListModel {
   Property<std::vector<Memo>> memos;  // of selectedDate
   Property<Entries> allMemos;         // all that the present mode found
   Property<Entries> displayMemos;     // what of it is shown, in the order shown
-  // The latest change of displayMemos' rows. Observers are told of one after the other, each time
-  // with displayMemos as that change left it, and before those of displayMemos, who are told once.
-  // They must not change the lists.
-  Property<ListChange> rowChange;
   Property<Day> selectedDate;
   Property<TimelineMode> timelineMode{TimelineMode::day};
 
@@ -64,7 +42,6 @@ class TimelineListModel {
   void showFirstPage() { displayLimit_ = displayStep; }
 
   void showDay(std::vector<Memo> memos);
-  // Rows that stay are not reported as changed.
   void show(Entries entries);
 
   // In `all` mode the list grows by 50, or to its end.
@@ -109,15 +86,8 @@ class TimelineListModel {
   [[nodiscard]] Entries ordered(std::size_t first, std::size_t last) const;
   [[nodiscard]] std::size_t placeOf(std::size_t index) const;
 
-  // These change `rows`, which are those of displayMemos, and report it.
-  void insertRows(Entries& rows, std::size_t first, const Entries& inserted);
-  void removeRows(Entries& rows, std::size_t first, std::size_t count);
-  void moveRow(Entries& rows, std::size_t from, std::size_t to);
-  void removeRowsWhere(Entries& rows, const Gone& isGone);
-  // Cuts or fills the end.
-  void fitRows(Entries& rows);
-  // From whatever rows to those to be shown: what stands between equal beginnings and ends changes.
-  void settleRows(Entries& rows);
+  // Cuts or fills the end of `rows`, which are those of displayMemos.
+  void fitRows(Entries& rows) const;
 
   Membership membership_;  // whether a changed memo stays in the filtered list
   std::size_t displayLimit_ = displayStep;

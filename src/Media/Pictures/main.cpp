@@ -18,7 +18,11 @@
 #include <string>
 #include <string_view>
 
+#include <fcntl.h>
 #include <unistd.h>
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/common_interface_defs.h>
+#endif
 
 #include "Media/Answers.h"
 #include "Media/Confinement.h"
@@ -137,6 +141,17 @@ void writeAll(const QImage& image) {
   }
 }
 
+// What a decoder has to say of a damaged file is no news to whoever reads the window's log. Qt asks
+// a handler first; libraries below it write straight to the error output.
+void silence() {
+  qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+#ifdef __SANITIZE_ADDRESS__
+  __sanitizer_set_report_fd(reinterpret_cast<void*>(static_cast<std::intptr_t>(::dup(2))));
+#endif
+  if (const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC); nowhere >= 0)
+    ::dup2(nowhere, STDERR_FILENO);
+}
+
 int run(const Wanted& wanted) {
   const Answers answers(STDOUT_FILENO);
   try {
@@ -166,8 +181,7 @@ int main(int count, char** arguments) {
   const nomely::media::Wanted wanted{.cuts = std::string_view(arguments[1]) == "cover",
                                      .size = {side(2), side(3)}};
   ::alarm(nomely::media::mostSeconds);
-  // What a decoder has to say of a damaged file is no news to whoever reads the log.
-  qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+  nomely::media::silence();
   // Nobody waits for a picture as for a key.
   (void)::nice(10);
   // On the thread of the pool: there large pictures are scaled without more threads, which a

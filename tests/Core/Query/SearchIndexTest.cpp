@@ -271,6 +271,20 @@ TEST_F(SearchIndexTest, EditElsewhereDuringABuildIsNoticedLater) {
   EXPECT_FALSE(index.rebuildIfDiskChanged());
 }
 
+// Another program is quicker than the announcement of our own write.
+TEST_F(SearchIndexTest, EditElsewhereRightAfterAWriteIsNoticedLater) {
+  const Memo memo = write(today, "old");
+  for (const auto& announce : std::vector<std::function<void()>>{
+           [&] { index.indexMemo(memo, today); },
+           [&] { index.removeMemo(today, memo.seqNumber); }}) {
+    (void)bodies();
+    writeFile(file(memo, today), "---\ntime: 09:30\n---\n\nnewer");
+    announce();
+    EXPECT_TRUE(index.rebuildIfDiskChanged());
+    EXPECT_THAT(bodies(), ElementsAre("newer"));
+  }
+}
+
 TEST_F(SearchIndexTest, WriterOvertakesASignature) {
   Memo memo = write(today, "old");
   (void)bodies();

@@ -179,5 +179,131 @@ TEST_F(DraftStoreTest, WhatCannotBeDecodedIsMovedAside) {
   EXPECT_EQ(files().size(), 2U) << "damaged within one second, none over the other";
 }
 
+// A store on a root that comes and goes, and a folder of the machine.
+class StrandedDraftTest : public DraftStoreTest {
+ protected:
+  void type(const std::string& text) {
+    isKept =
+        typing->saveQuickInputDraft({.text = text, .selectedDate = date, .updatedAt = clock.now()});
+  }
+  void vanish() const { fs::rename(folder.path(), away()); }
+  void comeBack() const { fs::rename(away(), folder.path()); }
+  [[nodiscard]] fs::path away() const { return folder.path().string() + "-away"; }
+  [[nodiscard]] std::ptrdiff_t waiting() const {
+    return fs::exists(machine) ? std::distance(fs::directory_iterator(machine), {}) : 0;
+  }
+  // What a process that is begun anew finds.
+  [[nodiscard]] std::string found() const {
+    const DraftStore later(context, machine);
+    later.bringHome();
+    const auto draft = later.loadQuickInputDraft();
+    return draft ? draft->text : "";
+  }
+
+  TemporaryFolder state{quickParent()};
+  fs::path machine = state.path() / "nomely/drafts";
+  std::optional<DraftStore> typing{std::in_place, context, machine};
+  bool isKept = false;
+};
+
+TEST_F(StrandedDraftTest, ComesHomeWithoutLosingWhatStandsThere) {
+  struct Case {
+    const char* name;
+    const char* meanwhile;  // typed by others into the root; null: nothing, empty: taken away
+    const char* found;
+  };
+  for (const auto& [name, meanwhile, expected] :
+       {Case{"as it was left", nullptr, "一X二三"}, Case{"its draft is gone", "", "一X二三"},
+        Case{"another draft", "别处的", "别处的\n\n一X二三"},
+        Case{"another that holds it", "零一X二三四", "零一X二三四"}}) {
+    SCOPED_TRACE(name);
+    type("一二");
+    vanish();
+    for (const char* text : {"一X二", "一X二三"}) type(text);
+    EXPECT_TRUE(isKept);
+    EXPECT_EQ(typing->loadQuickInputDraft()->text, "一X二三");
+    EXPECT_EQ(waiting(), 1);
+    EXPECT_EQ(fs::status(machine).permissions(), fs::perms::owner_all);
+    EXPECT_EQ(fs::status(fs::directory_iterator(machine)->path()).permissions(),
+              fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_FALSE(fs::exists(folder.path())) << "an empty root would hide that it is gone";
+    EXPECT_EQ(found(), "");
+    comeBack();
+    if (meanwhile != nullptr) {
+      const DraftStore others(context);
+      others.saveQuickInputDraft({.text = meanwhile, .selectedDate = date});
+      if (*meanwhile != '\0') {
+        type("一X二三");
+        EXPECT_EQ(others.loadQuickInputDraft()->text, meanwhile) << "not written over";
+      }
+    }
+    EXPECT_EQ(found(), expected);
+    EXPECT_EQ(waiting(), 0);
+    EXPECT_EQ(found(), expected);
+    typing.emplace(context, machine);
+    typing->clearQuickInputDraft();
+  }
+}
+
+TEST_F(StrandedDraftTest, GoesWithItsTextAndFollowsARootThatMoved) {
+  type("零");
+  vanish();
+  type("甲");
+  type("");
+  EXPECT_EQ(waiting(), 0) << "taken back";
+  comeBack();
+  type("乙");
+  vanish();
+  type("乙丙");
+  const DraftStore moved(StoreContext({away()}, context.files, clock), machine);
+  moved.bringHome();
+  EXPECT_EQ(moved.loadQuickInputDraft()->text, "乙丙");
+  comeBack();
+  typing.emplace(context, machine);
+  (void)typing->loadQuickInputDraft();
+  vanish();
+  type("乙丙丁");
+  comeBack();
+  type("乙丙丁戊");
+  EXPECT_EQ(waiting(), 0) << "the root takes it again";
+}
+
+TEST_F(StrandedDraftTest, IsHeldInMemoryWhereNothingTakesIt) {
+  const Memo memo = stored("正文", "memo_a");
+  FocusMemoDraft draft = draftOf(memo);
+  writeFile(machine.parent_path(), "in the way");
+  vanish();
+  type("一");
+  EXPECT_FALSE(isKept);
+  draft.bodyText = "改到一半";
+  EXPECT_FALSE(typing->saveFocusDraft(draft, date, memo.seqNumber));
+  EXPECT_FALSE(typing->keepAll());
+  EXPECT_EQ(typing->loadQuickInputDraft()->text, "一");
+  comeBack();
+  type("一二");
+  EXPECT_TRUE(typing->keepAll());
+  EXPECT_EQ(DraftStore(context).loadFocusDraft(date, memo.seqNumber, "memo_a")->bodyText,
+            "改到一半")
+      << "that of a page that was left, too";
+}
+
+TEST_F(StrandedDraftTest, TwoDraftsOfAMemoBecomeOne) {
+  const Memo memo = stored("正文\n\n---\n<!-- original-base64:5Y6f5paH -->", "memo_a");
+  FocusMemoDraft draft = draftOf(memo);
+  const auto write = [&](const DraftStore& by, const char* text, const char* tag) {
+    draft.bodyText = std::string(text) + "\n\n---\n<!-- original-base64:5Y6f5paH -->";
+    draft.tags = {tag};
+    return by.saveFocusDraft(draft, date, memo.seqNumber);
+  };
+  (void)write(*typing, "正文一", "甲");
+  (void)write(DraftStore(context), "别处的", "乙");
+  EXPECT_TRUE(write(*typing, "正文一二", "甲"));
+  const DraftStore later(context, machine);
+  later.bringHome();
+  const auto both = later.loadFocusDraft(date, memo.seqNumber, "memo_a").value();
+  EXPECT_EQ(both.bodyText, "别处的\n\n正文一二\n\n---\n<!-- original-base64:5Y6f5paH -->");
+  EXPECT_THAT(both.tags, ElementsAre("乙", "甲"));
+}
+
 }  // namespace
 }  // namespace nomely::test

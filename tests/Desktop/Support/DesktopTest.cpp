@@ -36,9 +36,9 @@ DesktopTest::~DesktopTest() {
 void DesktopTest::open() {
   const Environment environment({{"HOME", folder.path().string()},
                                  {"TMPDIR", folder.path().string()},
-                                 {"XDG_STATE_HOME", (folder.path() / "state").string()}});
+                                 {"XDG_STATE_HOME", state.string()}});
   desktop = std::make_unique<DesktopApplication>(
-      DesktopMachine{environment, clock, posixFileSystem(), secrets, *http, *webSockets, *timers},
+      DesktopMachine{environment, clock, *fileSystem, secrets, *http, *webSockets, *timers},
       root);
   desktop->start();
   desktop->window()->resize(size);

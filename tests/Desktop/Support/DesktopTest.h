@@ -58,7 +58,9 @@ class DesktopTest : public testing::Test {
 
   TemporaryFolder folder;
   fs::path root = folder.path() / "root";
+  fs::path state = folder.path() / "state";
   ManualClock clock;
+  FileSystem* fileSystem = &posixFileSystem();
   MemorySecrets secrets;
   std::unique_ptr<HttpClient> http;
   std::unique_ptr<WebSocketClient> webSockets;

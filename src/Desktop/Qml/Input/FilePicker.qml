@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Dialogs
 import Nomely
 
 // Files to be added to a text. The dialog is made when it is first asked for.
@@ -9,9 +8,10 @@ Loader {
     readonly property bool shown: item !== null && (item as FileDialog).visible
     function open() { active = true; (item as FileDialog).open() }
     active: false
-    sourceComponent: FileDialog {
-        title: qsTr("添加图片和文件")
-        fileMode: FileDialog.OpenFiles
-        onAccepted: picker.attachments.add(selectedFiles)
+    // By its name, so that a start loads none of what dialogs need.
+    source: "OpenFiles.qml"
+    Connections {
+        target: picker.item
+        function onAccepted() { picker.attachments.add(picker.item.selectedFiles) }
     }
 }

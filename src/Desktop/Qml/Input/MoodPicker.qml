@@ -29,7 +29,7 @@ Popup {
                 onClicked: { picker.picked(checked ? 0 : index + 1); picker.close() }
                 KeyNavigation.right: nextItemInFocusChain(true)
                 KeyNavigation.left: nextItemInFocusChain(false)
-                Keys.onReturnPressed: click()
+                Keys.onReturnPressed: clicked()
                 background: Rectangle { radius: 8; color: face.checked ? Theme.accentSoft : face.hovered ? Theme.hover : "transparent"; FocusRing { target: face } }
                 contentItem: Text { text: picker.faces[face.index] ?? ""; horizontalAlignment: Text.AlignHCenter; verticalAlignment: Text.AlignVCenter; font { family: Theme.emoji; pixelSize: 20 } }
             }

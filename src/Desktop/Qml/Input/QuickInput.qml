@@ -90,15 +90,18 @@ FocusScope {
                 hint: box.screen.mood > 0 ? qsTr("心情 %1").arg(box.screen.mood) : qsTr("心情")
                 onClicked: moods.open()
                 Text { anchors.centerIn: parent; visible: box.screen.mood > 0; text: box.screen.moods[box.screen.mood - 1] ?? ""; font { family: Theme.emoji; pixelSize: 17 } }
-                MoodPicker {
+                LazyPopup {
                     id: moods
-                    y: parent.height + 6
-                    x: -80
-                    margins: 8
-                    mood: box.screen.mood
-                    faces: box.screen.moods
-                    onPicked: mood => box.screen.mood = mood
-                    onClosed: box.write()
+                    sourceComponent: MoodPicker {
+                        parent: moods
+                        y: moods.parent.height + 6
+                        x: -80
+                        margins: 8
+                        mood: box.screen.mood
+                        faces: box.screen.moods
+                        onPicked: mood => box.screen.mood = mood
+                        onClosed: box.write()
+                    }
                 }
             }
             IconButton { objectName: "enlargeButton"; visible: !box.narrow; glyph: "expand"; checked: box.enlarged; hint: box.enlarged ? qsTr("收起") : qsTr("放大"); onClicked: { box.enlarged = !box.enlarged; box.write() } }
@@ -127,7 +130,7 @@ FocusScope {
                 Accessible.role: Accessible.Button
                 Accessible.name: qsTr("日期：%1").arg(box.screen.dateText)
                 onClicked: { box.screen.beginPicking(); days.open() }
-                Keys.onReturnPressed: click()
+                Keys.onReturnPressed: clicked()
                 background: Rectangle { radius: 8; color: dayButton.hovered ? Theme.hover : "transparent"; FocusRing { target: dayButton } }
                 contentItem: Item {
                     Row {
@@ -138,7 +141,7 @@ FocusScope {
                         Text { objectName: "dayText"; anchors.verticalCenter: parent.verticalCenter; visible: !box.narrow || !(box.screen.notice || box.saveNote); text: box.screen.dateText; color: Theme.text2; font { family: Theme.sans; pixelSize: Theme.small } }
                     }
                 }
-                DatePicker { id: days; y: parent.height + 6; x: parent.width - width; month: box.screen.month; onClosed: box.write() }
+                LazyPopup { id: days; sourceComponent: DatePicker { parent: dayButton; y: parent.height + 6; x: parent.width - width; month: box.screen.month; onClosed: box.write() } }
             }
             PushButton {
                 objectName: "submitButton"

@@ -33,7 +33,7 @@ PageFrame {
             partly: page.notes.checkedCount > 0
             label: qsTr("全选")
             onClicked: page.notes.checkAll(!page.notes.areAllChecked)
-            Keys.onReturnPressed: click()
+            Keys.onReturnPressed: clicked()
         }
         Text {
             anchors { left: all.right; leftMargin: 10; verticalCenter: parent.verticalCenter }

@@ -42,8 +42,8 @@ AbstractButton {
         }
     }
     padding: 0
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
     Keys.onMenuPressed: menuAsked()
     Shortcut { sequence: "Shift+F10"; enabled: tile.activeFocus; onActivated: tile.menuAsked() }
 }

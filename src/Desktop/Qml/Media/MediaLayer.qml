@@ -1,24 +1,24 @@
 import QtQuick
-import QtQuick.Dialogs
 import Nomely
 
 // What attachments have over the window: the viewer, and the question where to save one.
 Item {
-    id: layer
+    id: over
+    objectName: "attachmentsOver"
     required property DesktopScreens screens
-    ImageViewer { media: layer.screens.media; screen: layer.screens.viewer }
+    ImageViewer { media: over.screens.media; screen: over.screens.viewer }
     // Made when it is first asked for: it loads a good deal.
     Loader {
         id: saving
         active: false
-        sourceComponent: FileDialog {
-            fileMode: FileDialog.SaveFile
-            title: qsTr("另存为")
-            onAccepted: layer.screens.media.saveTo(selectedFile)
-        }
+        source: "SaveFile.qml"
     }
     Connections {
-        target: layer.screens.media
+        target: saving.item
+        function onAccepted() { over.screens.media.saveTo(saving.item.selectedFile) }
+    }
+    Connections {
+        target: over.screens.media
         function onSaveAsked(suggested) {
             saving.active = true
             saving.item.currentFolder = suggested.toString().replace(/[^/]*$/, "")

@@ -18,6 +18,6 @@ AbstractButton {
         FocusRing { target: control; anchors.margins: -3; radius: 18 }
     }
     contentItem: Item { Icon { anchors.centerIn: parent; anchors.horizontalCenterOffset: control.playing ? 0 : 1; name: control.playing ? "pause" : "play"; size: 15; tint: Theme.accentText; weight: 2.2 } }
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
 }

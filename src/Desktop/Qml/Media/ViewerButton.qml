@@ -19,7 +19,7 @@ AbstractButton {
         border { width: control.visualFocus ? 2 : 0; color: Theme.backdropText }
     }
     contentItem: Item { Icon { anchors.centerIn: parent; name: control.glyph; size: 20; tint: Theme.backdropText } }
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
     Hint { text: control.hint }
 }

@@ -28,6 +28,7 @@ Item {
     }
     Image {
         id: whole
+        objectName: "viewerImage"
         x: frame.frame.x; y: frame.frame.y; width: frame.frame.width; height: frame.frame.height
         cache: false
         smooth: true
@@ -48,6 +49,17 @@ Item {
         onTriggered: item.wanted = frame.zoom > 1 ? Qt.size(Math.round(frame.frame.width * item.ratio), Math.round(frame.frame.height * item.ratio)) : Qt.size(0, 0)
     }
     WheelHandler { acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad; onWheel: event => frame.zoomBy(Math.pow(1.2, event.angleDelta.y / 120), Qt.point(event.x, event.y)) }
-    DragHandler { id: drag; target: null; onTranslationChanged: delta => frame.moveBy(delta.x, delta.y); cursorShape: active ? Qt.ClosedHandCursor : Qt.ArrowCursor } // qmllint disable signal
+    DragHandler {
+        id: drag
+        property vector2d done
+        target: null
+        cursorShape: active ? Qt.ClosedHandCursor : Qt.ArrowCursor
+        onActiveChanged: done = Qt.vector2d(0, 0)
+        onTranslationChanged: {
+            if (!active) return
+            frame.moveBy(translation.x - done.x, translation.y - done.y)
+            done = Qt.vector2d(translation.x, translation.y)
+        }
+    }
     TapHandler { onDoubleTapped: point => frame.zoom > 1 ? frame.fit() : frame.zoomBy(2.5, point.position) }
 }

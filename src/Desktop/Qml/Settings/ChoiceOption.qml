@@ -18,5 +18,5 @@ AbstractButton {
         FocusRing { target: option; radius: 9 }
     }
     contentItem: Text { id: label; text: option.text; color: option.checked ? Theme.text : Theme.text2; horizontalAlignment: Text.AlignHCenter; verticalAlignment: Text.AlignVCenter; font { family: Theme.sans; pixelSize: Theme.normal; bold: option.checked } }
-    Keys.onReturnPressed: click()
+    Keys.onReturnPressed: clicked()
 }

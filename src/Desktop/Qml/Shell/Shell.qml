@@ -68,8 +68,8 @@ FocusScope {
     ReaderSheet { screens: shell.screens }
     MediaLayer { screens: shell.screens }
     AskingDialog { question: shell.screens.settings.question; onAccepted: shell.screens.settings.accept(); onDismissed: shell.screens.settings.dismiss() }
-    KeySheet { id: keySheet; objectName: "keySheet" }
-    FloatingSearch { id: floating; search: shell.screens.floatingSearch }
+    LazyPopup { id: keySheet; sourceComponent: KeySheet { objectName: "keySheet"; parent: keySheet.overlay } }
+    LazyPopup { id: floating; sourceComponent: FloatingSearch { parent: floating.overlay; search: shell.screens.floatingSearch } }
     SidebarDrawer { id: drawer; screens: shell.screens; narrow: shell.narrow; height: shell.height }
     ShellKeys {
         screens: shell.screens

@@ -74,11 +74,11 @@ FocusScope {
         function openMenu(entry) {
             if (!entry || entry.isHeading) return
             currentIndex = entry.index
-            menu.show(entry)
+            menu.made().show(entry)
         }
     }
-    TagMenu { id: menu; screens: side.screens; onEmojiAsked: emojis.open() }
-    EmojiSheet { id: emojis; sidebar: side.sidebar; tag: menu.tag; emoji: menu.emoji }
+    LazyPopup { id: menu; sourceComponent: TagMenu { parent: side; screens: side.screens; onEmojiAsked: emojis.open() } }
+    LazyPopup { id: emojis; sourceComponent: EmojiSheet { parent: emojis.overlay; sidebar: side.sidebar; tag: menu.item.tag; emoji: menu.item.emoji } }
     SidebarFoot {
         id: foot
         anchors { bottom: parent.bottom; left: parent.left; right: parent.right; rightMargin: 1 }

@@ -22,8 +22,8 @@ AbstractButton {
     Accessible.role: Accessible.ListItem
     Accessible.name: memos ? qsTr("%1，%2 条").arg(text).arg(memos) : text
     Accessible.selected: isCurrent
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: row.clicked()
+    Keys.onEnterPressed: row.clicked()
     background: Item {
         HoverHandler { cursorShape: Qt.PointingHandCursor }
         Rectangle {

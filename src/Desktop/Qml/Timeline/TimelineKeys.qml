@@ -10,7 +10,7 @@ Item {
     signal menuAsked()
     // Back from what a search found to its results.
     signal searchAsked()
-    readonly property bool onCard: active && list.currentIndex >= 0
+    readonly property bool onCard: active && list.currentItem !== null
     Shortcut { enabled: keys.active; sequences: ["J", "Down"]; onActivated: keys.list.incrementCurrentIndex() }
     Shortcut { enabled: keys.active; sequences: ["K", "Up"]; onActivated: keys.list.decrementCurrentIndex() }
     Shortcut { enabled: keys.active; sequence: "Home"; onActivated: keys.list.currentIndex = 0 }

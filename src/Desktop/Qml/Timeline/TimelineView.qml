@@ -45,7 +45,7 @@ FocusScope {
             onMenuAsked: from => view.openMenu(memo, from)
             onChosen: {
                 list.currentIndex = index
-                list.currentItem.forceActiveFocus(Qt.MouseFocusReason)
+                list.currentItem?.forceActiveFocus(Qt.MouseFocusReason)
             }
         }
     }
@@ -57,8 +57,8 @@ FocusScope {
         note: view.screens.timeline.sectionNoteInView
     }
     TimelineEmpty { anchors.centerIn: parent; visible: view.screens.timeline.isEmpty; screens: view.screens }
-    CardMenu { id: menu; screens: view.screens; onDateAsked: { view.screens.timeline.beginMoving(memo); days.open() } }
-    DatePicker { id: days; parent: view; x: (view.width - width) / 2; y: 60; month: view.screens.timeline.moveMonth }
+    LazyPopup { id: menu; sourceComponent: CardMenu { screens: view.screens; onDateAsked: { view.screens.timeline.beginMoving(memo); days.open() } } }
+    LazyPopup { id: days; sourceComponent: DatePicker { parent: view; x: (view.width - width) / 2; y: 60; month: view.screens.timeline.moveMonth } }
     TimelineKeys { list: list; screens: view.screens; active: view.hasKeys; onSearchAsked: view.searchAsked(); onMenuAsked: view.openMenu(view.screens.timeline.model.at(list.currentIndex), list.currentItem) }
     Connections {
         target: view.screens.timeline
@@ -74,8 +74,8 @@ FocusScope {
     }
 
     function openMenu(memo, from) {
-        menu.memo = memo
-        menu.popup(from, from.width - menu.width, Math.min(from.height, 40))
+        menu.made().memo = memo
+        menu.item.popup(from, from.width - menu.item.width, Math.min(from.height, 40))
     }
     function takeFocus() { list.forceActiveFocus(Qt.TabFocusReason) }
 }
