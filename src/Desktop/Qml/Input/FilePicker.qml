@@ -5,13 +5,13 @@ import Nomely
 Loader {
     id: picker
     required property PendingAttachments attachments
-    readonly property bool shown: item !== null && (item as FileDialog).visible
-    function open() { active = true; (item as FileDialog).open() }
+    readonly property bool shown: item !== null && item.visible // qmllint disable type
+    function open() { active = true; item.open() } // qmllint disable type
     active: false
     // By its name, so that a start loads none of what dialogs need.
     source: "OpenFiles.qml"
     Connections {
         target: picker.item
-        function onAccepted() { picker.attachments.add(picker.item.selectedFiles) }
+        function onAccepted() { picker.attachments.add(picker.item.selectedFiles) } // qmllint disable type
     }
 }

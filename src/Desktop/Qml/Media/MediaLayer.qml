@@ -14,7 +14,7 @@ Item {
     }
     Connections {
         target: saving.item
-        function onAccepted() { over.screens.media.saveTo(saving.item.selectedFile) }
+        function onAccepted() { over.screens.media.saveTo(saving.item.selectedFile) } // qmllint disable type
     }
     Connections {
         target: over.screens.media
