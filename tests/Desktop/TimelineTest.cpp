@@ -54,6 +54,11 @@ TEST_F(TimelineTest, DoesAndSees) {
       {"goes down and deletes by key",
        [&] {
          key("J");
+         // A menu gives the keyboard back.
+         key("Shift+F10");
+         (void)need("menuDelete");
+         key("Esc");
+         settle();
          key("Delete");
        },
        "置顶|早上|2月28日|昨天"},

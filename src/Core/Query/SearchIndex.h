@@ -84,8 +84,8 @@ class SearchIndex {
   [[nodiscard]] Cache cached() const;
   // Starts a background job that makes the cache's Bloom filters, once for each cache.
   void makeFilters(const Cache& cache);
-  // Applies `change` to the cache if there is one, and brings the file's stamp up to date. `memo` is
-  // what the file holds by then; null: there is none.
+  // Applies `change` to the cache if there is one, and brings the file's stamp up to date. `memo`
+  // is what the file holds by then; null: there is none.
   void patch(Day date, std::int64_t seqNumber, const Memo* memo,
              const std::function<Cache(const MemoCache&)>& change);
 

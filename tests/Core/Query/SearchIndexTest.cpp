@@ -274,9 +274,9 @@ TEST_F(SearchIndexTest, EditElsewhereDuringABuildIsNoticedLater) {
 // Another program is quicker than the announcement of our own write.
 TEST_F(SearchIndexTest, EditElsewhereRightAfterAWriteIsNoticedLater) {
   const Memo memo = write(today, "old");
-  for (const auto& announce : std::vector<std::function<void()>>{
-           [&] { index.indexMemo(memo, today); },
-           [&] { index.removeMemo(today, memo.seqNumber); }}) {
+  for (const auto& announce :
+       std::vector<std::function<void()>>{[&] { index.indexMemo(memo, today); },
+                                          [&] { index.removeMemo(today, memo.seqNumber); }}) {
     (void)bodies();
     writeFile(file(memo, today), "---\ntime: 09:30\n---\n\nnewer");
     announce();

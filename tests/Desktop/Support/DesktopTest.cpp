@@ -38,8 +38,7 @@ void DesktopTest::open() {
                                  {"TMPDIR", folder.path().string()},
                                  {"XDG_STATE_HOME", state.string()}});
   desktop = std::make_unique<DesktopApplication>(
-      DesktopMachine{environment, clock, *fileSystem, secrets, *http, *webSockets, *timers},
-      root);
+      DesktopMachine{environment, clock, *fileSystem, secrets, *http, *webSockets, *timers}, root);
   desktop->start();
   desktop->window()->resize(size);
   ASSERT_TRUE(QTest::qWaitForWindowExposed(desktop->window()));

@@ -23,11 +23,11 @@ Sheet {
         property string keys
         property string what
         width: parent ? parent.width : 0
-        implicitHeight: 22
+        implicitHeight: Math.max(22, said.implicitHeight + 2)
         Accessible.role: Accessible.StaticText
         Accessible.name: keys + "，" + what
-        Text { width: 148; anchors.verticalCenter: parent.verticalCenter; text: row.keys; color: Theme.text; font { family: Theme.mono; pixelSize: Theme.small } }
-        Text { x: 152; width: parent.width - x; anchors.verticalCenter: parent.verticalCenter; text: row.what; elide: Text.ElideRight; color: Theme.text2; font { family: Theme.sans; pixelSize: Theme.normal } }
+        Text { y: 2; text: row.keys; color: Theme.text; font { family: Theme.mono; pixelSize: Theme.small } }
+        Text { id: said; x: 152; width: parent.width - x; text: row.what; wrapMode: Text.Wrap; color: Theme.text2; font { family: Theme.sans; pixelSize: Theme.normal } }
     }
     contentItem: Item {
         Text { id: heading; text: sheet.title; color: Theme.text; font { family: Theme.serif; pixelSize: Theme.heading; bold: true } }

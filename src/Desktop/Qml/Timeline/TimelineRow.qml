@@ -14,12 +14,15 @@ Item {
     property bool narrow: false
     property bool hasKeys: false
     readonly property MemoBody body: card.body
+    // The heading that stays at the top says the same by now.
+    readonly property bool isHeadingCovered: heading && ListView.view && ListView.view.contentY > ListView.view.originY + 50 && y - ListView.view.contentY <= 30
     signal menuAsked(Item from)
     signal chosen()
     height: card.implicitHeight + card.y
     Row {
         id: head
         visible: row.heading
+        opacity: row.isHeadingCovered ? 0 : 1
         x: (parent.width - row.column) / 2 + 2
         y: 16
         spacing: 8
