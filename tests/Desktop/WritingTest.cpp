@@ -232,7 +232,7 @@ TEST_F(WritingTest, AKilledProgramLosesNothingOlderThan300Milliseconds) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   constexpr auto shared = "NOMELY_TEST_KILLED_ROOT";
   if (qEnvironmentVariableIsSet(shared)) root = qgetenv(shared).toStdString();
-  state = root.parent_path() / "state";
+  DesktopTest::state = root.parent_path() / "state";
   const fs::path away = root.string() + "-away";
   qputenv(shared, QByteArray::fromStdString(root.string()));
   const auto typeAndDie = [&] {
