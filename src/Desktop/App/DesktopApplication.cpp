@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "Desktop/App/FocusReturn.h"
-#include "Desktop/App/WholeFrames.h"
 #include "Desktop/Base/Qt.h"
 #include "Desktop/Pictures/DiagramProvider.h"
 #include "Desktop/Pictures/IconProvider.h"
@@ -53,8 +52,6 @@ void DesktopApplication::start() {
   if (engine_->rootObjects().isEmpty())
     throw Error("desktop.window", "窗口无法打开，请重新安装 nomely-desktop");
   window_ = qobject_cast<QQuickWindow*>(engine_->rootObjects().first());
-  if (QQuickWindow::sceneGraphBackend() == QLatin1String("software"))
-    wholeFrames_ = new WholeFrames(*window_);
   new FocusReturn(*window_);
   // Other programs may have written while the window was away.
   connect(window_, &QWindow::activeChanged, this, [this] {
@@ -97,7 +94,6 @@ void DesktopApplication::open() {
         startOver();
       },
       Qt::QueuedConnection);
-  if (wholeFrames_) wholeFrames_->watch(*screens_->timeline()->model());
   screens_->timeline()->showAll();
   emit screensChanged();
 }

@@ -24,8 +24,6 @@ QT_END_NAMESPACE
 
 namespace nomely {
 
-class WholeFrames;
-
 // What the machine gives the window's program. What is referred to must outlive that.
 struct DesktopMachine {
   Environment environment;
@@ -102,7 +100,6 @@ class DesktopApplication : public QObject {
   std::unique_ptr<DesktopScreens> screens_;
   std::unique_ptr<QQmlApplicationEngine> engine_;
   QQuickWindow* window_ = nullptr;
-  WholeFrames* wholeFrames_ = nullptr;  // the window's
   QString obstacle_;
   Question question_;
   bool isClosing_ = false;

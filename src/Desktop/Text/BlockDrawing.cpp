@@ -23,6 +23,7 @@ using BlockDrawing::Role;
 constexpr int roleProperty = QTextFormat::UserProperty + 1;
 constexpr int codeLineHeight = 116;
 constexpr int markerProperty = QTextFormat::UserProperty + 2;
+constexpr int doneProperty = QTextFormat::UserProperty + 3;
 
 // A document would begin a paragraph or a frame at some characters, and look for an object at
 // another.
@@ -106,7 +107,7 @@ class Drawing {
     QTextCharFormat base;
     if (block.checked) {
       hasTags_ = false;
-      base.setFontStrikeOut(true);
+      base.setProperty(doneProperty, true);
       base.setForeground(look_.doneText);
     }
     setRole(Role::check);
@@ -242,6 +243,10 @@ class Drawing {
 };
 
 }  // namespace
+
+bool BlockDrawing::isDone(const QTextCharFormat& format) {
+  return format.boolProperty(doneProperty);
+}
 
 Role BlockDrawing::roleOf(const QTextBlockFormat& format) {
   return static_cast<Role>(format.intProperty(roleProperty));

@@ -33,6 +33,11 @@ namespace BlockDrawing {
 enum class Role { text, heading, bullet, number, check, quote, code };
 [[nodiscard]] Role roleOf(const QTextBlockFormat& format);
 
+// Whether a text is that of an item that is ticked off. The line through it is a mark of BodyMarks:
+// the renderer leaves out the lines of a text that are thinner than a pixel wherever they fall
+// between two.
+[[nodiscard]] bool isDone(const QTextCharFormat& format);
+
 // The marker that the text of an item begins with, the tab after it included: "1.\t".
 [[nodiscard]] qsizetype markerLength(const QTextBlockFormat& format);
 

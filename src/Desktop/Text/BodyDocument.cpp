@@ -6,6 +6,7 @@
 #include <QTextDocument>
 #include <QTextLayout>
 #include <algorithm>
+#include <cmath>
 
 #include "Desktop/Base/Qt.h"
 #include "Desktop/Text/BlockDrawing.h"
@@ -110,6 +111,25 @@ void BodyDocument::setFormats(QTextDocument& document) const {
   }
 }
 
+namespace {
+
+// A line through each line of a text.
+void addStrokes(const QTextBlock& block, QPointF corner, std::vector<BodyMarks::Mark>& marks) {
+  constexpr qreal aboveBaseline = 0.32;  // of the ascent: through the middle of ideographs
+  const QTextLayout& layout = *block.layout();
+  for (int i = 0; i < layout.lineCount(); ++i) {
+    const QTextLine line = layout.lineAt(i);
+    const QRectF text = line.naturalTextRect().translated(corner);
+    marks.push_back({.kind = BodyMarks::Stroke,
+                     .top = std::round(text.top() + line.ascent() * (1 - aboveBaseline)),
+                     .height = 1,
+                     .left = text.left(),
+                     .width = text.width()});
+  }
+}
+
+}  // namespace
+
 std::vector<BodyMarks::Mark> BodyDocument::placedMarks(QTextDocument& document) const {
   std::vector<BodyMarks::Mark> marks;
   const bool isShown = segment().blocks && segment().blocks->size() == shown_->size() &&
@@ -133,6 +153,7 @@ std::vector<BodyMarks::Mark> BodyDocument::placedMarks(QTextDocument& document) 
                          .line = static_cast<int>(item->line),
                          .label = block.text(),
                          .isMirrored = isMirrored});
+        if (item->checked) addStrokes(block, area.topLeft(), marks);
       } else if (followsQuote) {
         marks.back().height = area.bottom() - marks.back().top;
       } else {

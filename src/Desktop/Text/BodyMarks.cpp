@@ -26,14 +26,19 @@ QVariant BodyMarks::data(const QModelIndex& index, int role) const {
       return mark.label;
     case Mirrored:
       return mark.isMirrored;
+    case Left:
+      return mark.left;
+    case Width:
+      return mark.width;
     default:
       return {};
   }
 }
 
 QHash<int, QByteArray> BodyMarks::roleNames() const {
-  return {{KindRole, "kind"},   {Top, "markTop"}, {Height, "extent"},    {Checked, "checked"},
-          {Line, "sourceLine"}, {Label, "label"}, {Mirrored, "mirrored"}};
+  return {{KindRole, "kind"},     {Top, "markTop"},     {Height, "extent"},
+          {Checked, "checked"},   {Line, "sourceLine"}, {Label, "label"},
+          {Mirrored, "mirrored"}, {Left, "strokeLeft"}, {Width, "strokeWidth"}};
 }
 
 void BodyMarks::show(std::vector<Mark> marks) {

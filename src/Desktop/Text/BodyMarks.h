@@ -8,17 +8,28 @@
 
 namespace nomely {
 
-// What is drawn beside the text of a document or behind it, and where: boxes of check items, bars
-// of quotes, rows of tables. In order of the text. Main thread.
+// What is drawn beside the text of a document, behind it or through it, and where: boxes of check
+// items and the strokes through those that are done, bars of quotes, rows of tables. In order of
+// the text. Main thread.
 class BodyMarks : public QAbstractListModel {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("made by a document")
 
  public:
-  enum Kind { Box, Bar, Row };
+  enum Kind { Box, Bar, Row, Stroke };
   Q_ENUM(Kind)
-  enum Role { KindRole = Qt::UserRole + 1, Top, Height, Checked, Line, Label, Mirrored };
+  enum Role {
+    KindRole = Qt::UserRole + 1,
+    Top,
+    Height,
+    Checked,
+    Line,
+    Label,
+    Mirrored,
+    Left,
+    Width
+  };
 
   struct Mark {
     Kind kind = Box;
@@ -28,6 +39,8 @@ class BodyMarks : public QAbstractListModel {
     int line = 0;             // of the body as it is shown, for CheckMarks
     QString label = {};       // the item's text
     bool isMirrored = false;  // stands at the right
+    qreal left = 0;           // of a stroke, as its width
+    qreal width = 0;
 
     friend bool operator==(const Mark&, const Mark&) = default;
   };

@@ -68,7 +68,8 @@ QString inlineHtml(const Part& part) {
     if (format.fontWeight() > QFont::Normal && !isHeading)
       text = element(QStringLiteral("strong"), text);
     if (format.fontItalic()) text = element(QStringLiteral("em"), text);
-    if (format.fontStrikeOut()) text = element(QStringLiteral("s"), text);
+    if (format.fontStrikeOut() || BlockDrawing::isDone(format))
+      text = element(QStringLiteral("s"), text);
     if (format.isAnchor())
       text =
           element(QStringLiteral("a href=\"%1\"").arg(format.anchorHref().toHtmlEscaped()), text);

@@ -84,8 +84,9 @@ std::string trimmed(std::string_view text) {
 // fence.
 std::string withoutFenceRest(std::string text) {
   constexpr std::string_view rest = "\n``";
-  return text.ends_with(rest) ? trimmed(std::string_view(text).substr(0, text.size() - rest.size()))
-                              : text;
+  if (text.ends_with(rest))
+    return trimmed(std::string_view(text).substr(0, text.size() - rest.size()));
+  return text;
 }
 
 }  // namespace

@@ -37,11 +37,14 @@ Item {
             required property int sourceLine
             required property string label
             required property bool mirrored
+            required property real strokeLeft
+            required property real strokeWidth
             x: mirrored ? run.width - width : 0
             y: markTop
             width: kind === BodyMarks.Bar ? 3 : 16
             height: extent
             Rectangle { visible: mark.kind === BodyMarks.Bar; anchors.fill: parent; color: Theme.lineStrong }
+            Rectangle { visible: mark.kind === BodyMarks.Stroke; x: Math.round(mark.strokeLeft) - mark.x; width: Math.round(mark.strokeWidth); height: 1; color: CardLook.doneText }
             TickBox {
                 objectName: "box" + mark.sourceLine
                 visible: mark.kind === BodyMarks.Box
