@@ -121,6 +121,10 @@ TEST_F(KeepingTest, HistoryDoesAndShows) {
   click("toastAction");
   ASSERT_TRUE(eventually([&] { return text() == "早上跑步六公里，下雨"; })) << "undone";
 
+  const HistoryScreen& history = *screens().history();
+  ASSERT_TRUE(eventually([&] { return !history.isRestoring() && !history.isLoading(); }));
+  settle();
+
   // Another program writes while the panel is up: nothing of that is overwritten.
   note("2026-03-01", 1, "别处改的");
   click("historyRestore");
