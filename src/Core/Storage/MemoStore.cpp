@@ -105,12 +105,13 @@ Memo MemoStore::validateUpdate(const Memo& memo, Day day,
 }
 
 Memo MemoStore::validateUnchanged(const Memo& memo, Day day) const {
-  std::optional<Memo> current = read(day, memo.seqNumber);
-  if (!current) throw WriteError(WriteError::Kind::missingMemo);
-  if (isStoredAs(*current, memo) || MemoUpgrade::isOf(*current, memo)) return *std::move(current);
-  throw WriteError(current->memoId && current->memoId != memo.memoId
-                       ? WriteError::Kind::identityChanged
-                       : WriteError::Kind::conflict);
+  if (MemoUpgrade::isDue(memo)) {
+    std::optional<Memo> upgraded = read(day, memo.seqNumber);
+    if (upgraded && MemoUpgrade::isOf(*upgraded, memo)) return *std::move(upgraded);
+  }
+  Memo current = validateUpdate(memo, day, std::nullopt);
+  if (!isStoredAs(current, memo)) throw WriteError(WriteError::Kind::conflict);
+  return current;
 }
 
 Memo MemoStore::parseMemoFile(std::string_view content, std::int64_t seqNumber,
