@@ -4,18 +4,16 @@
 #include <QQuickView>
 #include <QTest>
 
-#include <gmock/gmock.h>
-
 #include "Desktop/Base/Qt.h"
 #include "Desktop/Base/QtMainExecutor.h"
 #include "Desktop/Pictures/DiagramProvider.h"
 #include "Support/FakeDiagramProgram.h"
+#include "Support/Matchers.h"
 
 namespace nomely::test {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::StartsWith;
 
 class DiagramTest : public testing::Test {
  protected:

@@ -43,9 +43,6 @@ class FindingTest : public DesktopTest {
       bodies << qt(entry.memo->body);
     return bodies;
   }
-  [[nodiscard]] bool onDisk(const char* file, const char* text) const {
-    return readFile(root / file).find(text) != std::string::npos;
-  }
   // Without motion: what is fading in or out takes clicks, too.
   void openStill() {
     open();
@@ -121,9 +118,7 @@ TEST_F(FindingTest, TheSidebarListsAndCounts) {
       {"the keys unfold a tag and show it",
        [&] {
          need("tagList")->forceActiveFocus();
-         key("Right");
-         key("Down");
-         key("Return");
+         key("Right, Down, Return");
        },
        [&] { return screens().timeline()->tag() == "生活/做饭" && shownBodies().size() == 1; }},
       {"what another program writes comes in, and what is unfolded stays",
@@ -169,8 +164,8 @@ TEST_F(FindingTest, TagsAreRenamedMergedAndDeletedOnTheDisk) {
          key("Return");
        },
        [&] {
-         return isClosed() && onDisk("2026-06-17/001.md", "- 运动\n") &&
-                onDisk("2026-06-17/002.md", "- 运动/夜跑") && tagRows("emoji").contains("🏃") &&
+         return isClosed() && holds("2026-06-17/001.md", "- 运动\n") &&
+                holds("2026-06-17/002.md", "- 运动/夜跑") && tagRows("emoji").contains("🏃") &&
                 tagRows().contains("运动");
        }},
       {"merges into one that is offered",
@@ -185,13 +180,13 @@ TEST_F(FindingTest, TagsAreRenamedMergedAndDeletedOnTheDisk) {
          click("tagConfirm");
        },
        [&] {
-         return isClosed() && onDisk("2026-06-17/003.md", "- 运动") &&
+         return isClosed() && holds("2026-06-17/003.md", "- 运动") &&
                 tagRows() == QStringList{"标签", "运动"};
        }},
       {"asks before it deletes", [&] { chooseInMenuOf(0, "tagDelete"); },
        [&] { return isReady() && textOf("tagQuestion").contains("3 条"); }},
       {"Esc leaves all as it is", [&] { key("Escape"); },
-       [&] { return isClosed() && onDisk("2026-06-17/001.md", "- 运动"); }},
+       [&] { return isClosed() && holds("2026-06-17/001.md", "- 运动"); }},
       {"deletes notes after a backup",
        [&] {
          chooseInMenuOf(0, "tagDeleteMemos");
@@ -205,8 +200,8 @@ TEST_F(FindingTest, TagsAreRenamedMergedAndDeletedOnTheDisk) {
        }},
       {"and brings them back as they were", [&] { click("toastAction"); },
        [&] {
-         return isClosed() && !tags.canUndo() && onDisk("2026-06-17/001.md", "- 运动\n") &&
-                onDisk("2026-06-17/002.md", "- 运动/夜跑") && fs::is_empty(root / ".trash") &&
+         return isClosed() && !tags.canUndo() && holds("2026-06-17/001.md", "- 运动\n") &&
+                holds("2026-06-17/002.md", "- 运动/夜跑") && fs::is_empty(root / ".trash") &&
                 tagRows("emoji").contains("🏃");
        }},
   })
@@ -272,11 +267,7 @@ TEST_F(FindingTest, ASearchFollowsTheKeys) {
        [&] {
          return screens().timeline()->list() == TimelineScreen::Search && shownBodies().size() == 3;
        }},
-      {"Esc goes back to where one was",
-       [&] {
-         key("Ctrl+F");
-         key("Escape");
-       },
+      {"Esc goes back to where one was", [&] { key("Ctrl+F, Escape"); },
        [&] {
          return screens().timeline()->list() == TimelineScreen::All && search.query().isEmpty() &&
                 shownBodies().size() == 4;
@@ -285,8 +276,7 @@ TEST_F(FindingTest, ASearchFollowsTheKeys) {
        [&] {
          asks(u"旧的"_qs);
          (void)eventually([&] { return count() == 1; });
-         key("Down");
-         key("Return");
+         key("Down, Return");
        },
        [&] {
          return screens().timeline()->day() == QDate(2025, 3, 1) && shownBodies().size() == 2;
@@ -309,8 +299,7 @@ TEST_F(FindingTest, ASearchFollowsTheKeys) {
       {"opens it, too",
        [&] {
          grab("floating.png");
-         key("Down");
-         key("Return");
+         key("Down, Return");
        },
        [&] { return screens().timeline()->day() == QDate(2026, 6, 17); }},
   })
@@ -334,10 +323,7 @@ TEST_F(FindingTest, TheCalendarShadesDaysAndLeadsToThem) {
       {"keys",
        [&] {
          need("days")->forceActiveFocus();
-         key("PgUp");
-         key("PgDown");
-         key("Up");
-         key("Return");
+         key("PgUp, PgDown, Up, Return");
        },
        [&] {
          return calendar.title() == "2026年5月" &&

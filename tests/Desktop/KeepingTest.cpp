@@ -12,12 +12,9 @@
 namespace nomely::test {
 namespace {
 
-using testing::HasSubstr;
-
 class KeepingTest : public DesktopTest {
  protected:
   [[nodiscard]] const MemoService& memos() { return desktop->application().memos(); }
-  [[nodiscard]] std::string file(const std::string& name) const { return readFile(root / name); }
   // One that maintenance leaves as it is.
   void note(const std::string& day, int number, const std::string& body) {
     put(day, number, body,
@@ -62,9 +59,7 @@ TEST_F(KeepingTest, TrashDoesAndShows) {
   grab("trash.png");
 
   click(need("trashCheck", 0));
-  key("Down");
-  key("Down");
-  key("Shift+Space");
+  key("Down, Down, Shift+Space");
   EXPECT_EQ(screens().trash()->model()->checkedCount(), 3) << "Shift takes the rows between";
   click("restoreChecked");
   ASSERT_TRUE(eventually([&] { return fs::exists(root / "2026-03-06/006.md"); }));
@@ -144,23 +139,22 @@ TEST_F(KeepingTest, SettingsDoAndShow) {
   open();
   EXPECT_EQ(need("firstRun")->isVisible(), true);
   screens().navigation()->show(Navigation::Settings);
-  const auto holds = [&](const char* name, const char* text) {
-    return eventually(
-        [&] { return fs::exists(root / name) && file(name).find(text) != std::string::npos; });
+  const auto comesToHold = [&](const char* name, const char* text) {
+    return eventually([&] { return holds(name, text); });
   };
   const char* display = "_config/display-config.yaml";
   click("bodySizeMore");
-  EXPECT_TRUE(holds(display, "bodyFontSize: 15"));
+  EXPECT_TRUE(comesToHold(display, "bodyFontSize: 15"));
   QTest::mouseDClick(desktop->window(), Qt::LeftButton, {},
                      need("bodySizeMore")->mapToScene({10, 10}).toPoint());
   click("bodySizeLess");
   click("linkCard");
   click("showsNumber");
   click("orderName");
-  EXPECT_TRUE(holds(display, "bodyFontSize: 16"));
-  EXPECT_TRUE(holds(display, "linkDisplayMode: card"));
-  EXPECT_TRUE(holds(display, "defaultShowsSeriesNumber: true"));
-  EXPECT_TRUE(holds("_config/tags.yaml", "sortMode: name"));
+  EXPECT_TRUE(comesToHold(display, "bodyFontSize: 16"));
+  EXPECT_TRUE(comesToHold(display, "linkDisplayMode: card"));
+  EXPECT_TRUE(comesToHold(display, "defaultShowsSeriesNumber: true"));
+  EXPECT_TRUE(comesToHold("_config/tags.yaml", "sortMode: name"));
   const QColor light = desktop->window()->color();
   click("lookDark");
   EXPECT_NE(desktop->window()->color(), light);

@@ -170,7 +170,7 @@ class MonkeyTest : public DesktopTest {
   void compose() {
     QObject* const focus = QGuiApplication::focusObject();
     if (focus == nullptr) return;
-    QInputMethodEvent event(below(2) ? QStringLiteral("ni hao") : QString(), {});
+    QInputMethodEvent event(QStringLiteral("ni hao ").repeated(below(2) * below(50)), {});
     if (below(2)) event.setCommitString(QStringLiteral("你好"));
     QCoreApplication::sendEvent(focus, &event);
   }

@@ -22,9 +22,6 @@ class TimelineTest : public DesktopTest {
     }
     return text.substr(0, text.size() - (text.empty() ? 0 : 1));
   }
-  [[nodiscard]] bool has(const std::string& file, const std::string& text) {
-    return fs::exists(root / file) && readFile(root / file).find(text) != std::string::npos;
-  }
 };
 
 struct Row {
@@ -43,13 +40,7 @@ TEST_F(TimelineTest, DoesAndSees) {
       {"opens", [] {}, "3月1日|晚上 #散步|早上|2月28日|昨天"},
       {"pins with the card's button", [&] { click("cardPin"); },
        "置顶|晚上 #散步|3月1日|早上|2月28日|昨天"},
-      {"goes down and locks by key",
-       [&] {
-         key("F6");
-         key("Home");
-         key("J");
-         key("Shift+P");
-       },
+      {"goes down and locks by key", [&] { key("F6, Home, J, Shift+P"); },
        "置顶|早上|晚上 #散步|2月28日|昨天"},
       {"goes down and deletes by key",
        [&] {
@@ -63,7 +54,14 @@ TEST_F(TimelineTest, DoesAndSees) {
        },
        "置顶|早上|2月28日|昨天"},
       {"takes it back", [&] { timeline.undoDelete(); }, "置顶|早上|晚上 #散步|2月28日|昨天"},
-      {"chooses a tag", [&] { timeline.showTag(u"散步"_qs); }, "置顶|晚上 #散步"},
+      {"chooses a tag before a search has ended",
+       [&] {
+         timeline.showSearch(u"昨"_qs);
+         timeline.showTag(u"散步"_qs);
+         screens().search()->setQuery(u"昨"_qs);
+         EXPECT_TRUE(eventually([&] { return screens().search()->results()->rowCount() == 1; }));
+       },
+       "置顶|晚上 #散步"},
       {"another program writes",
        [&] {
          put("2026-03-01", 905, "路上 #散步", "time: \"22:00\"\ntags: [散步]");
@@ -83,9 +81,9 @@ TEST_F(TimelineTest, DoesAndSees) {
     row.action();
     EXPECT_TRUE(eventually([&] { return shown() == row.sees; })) << shown();
   }
-  ASSERT_TRUE(eventually([&] { return has("2026-03-01/001.md", "lock_on_top: true"); }));
+  ASSERT_TRUE(eventually([&] { return holds("2026-03-01/001.md", "lock_on_top: true"); }));
   close();
-  EXPECT_TRUE(has("2026-03-01/002.md", "pinned: true"));
+  EXPECT_TRUE(holds("2026-03-01/002.md", "pinned: true"));
 }
 
 TEST_F(TimelineTest, ReloadsLeaveTheViewWhereItIs) {

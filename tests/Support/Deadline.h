@@ -24,18 +24,20 @@ Value inTime(std::promise<Value>& promise) {
   return future.get();
 }
 
+// Returns once that holds, whoever brings it about.
+inline void eventually(const std::function<bool()>& condition) {
+  const auto deadline = std::chrono::steady_clock::now() + longestWait;
+  for (; !condition(); std::this_thread::yield())
+    if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error("it never came");
+}
+
 // Returns once a thread of this process, which gettid(2) names, waits for something.
 inline void awaitSleep(pid_t thread) {
-  const auto sleeps = [&] {
+  eventually([&] {
     std::ifstream stream("/proc/self/task/" + std::to_string(thread) + "/stat");
     const std::string text((std::istreambuf_iterator<char>(stream)), {});
     return text.substr(text.rfind(')') + 1).starts_with(" S");
-  };
-  const auto deadline = std::chrono::steady_clock::now() + longestWait;
-  while (!sleeps()) {
-    if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error("it never waited");
-    std::this_thread::yield();
-  }
+  });
 }
 
 // A thread that does `job`, once that waits for something.

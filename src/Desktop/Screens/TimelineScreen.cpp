@@ -137,6 +137,7 @@ void TimelineScreen::choose(List list, const QString& tag, const QString& query)
   tag_ = tag;
   query_ = query;
   isOtherList_ = true;
+  ++choices_;
   toReveal_.reset();
   toFollow_.reset();
   beforeSearch_.reset();
@@ -241,6 +242,7 @@ void TimelineScreen::show(const Place& place) {
 }
 
 void TimelineScreen::leaveSearch() {
+  ++choices_;
   if (!beforeSearch_) return;
   const Place place = *beforeSearch_;
   show(place);
@@ -265,7 +267,8 @@ void TimelineScreen::showSearch(const QString& query) {
   SearchIndex& index = context_.application.searchIndex();
   work_.run([&index, text = utf8(query)](
                 const std::stop_token&) { return index.search(text, searchLimit); },
-            [this, query](const std::vector<SearchResult>& results) {
+            [this, query, asked = ++choices_](const std::vector<SearchResult>& results) {
+              if (asked != choices_) return;
               const Place place = beforeSearch_.value_or(here());
               choose(Search, {}, query);
               beforeSearch_ = place;

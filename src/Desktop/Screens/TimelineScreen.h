@@ -170,6 +170,7 @@ class TimelineScreen : public QObject {
   QString query_;
   std::optional<Place> beforeSearch_;
   int rowInView_ = -1;
+  int choices_ = 0;          // what is found for a list that was left meanwhile isn't shown
   bool isOtherList_ = true;  // the rows in the model are of the list before
   std::optional<MemoPlace> toReveal_;
   std::optional<MemoPlace> toFollow_;

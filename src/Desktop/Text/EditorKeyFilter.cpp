@@ -5,6 +5,7 @@
 #include <QMouseEvent>
 #include <QQuickItem>
 
+#include "Desktop/Text/Composing.h"
 #include "Desktop/Text/TagCompletion.h"
 
 namespace nomely {
@@ -55,6 +56,11 @@ bool actsOnText(const QKeyEvent& key) {
          key.key() == Qt::Key_Escape || key.modifiers().testFlag(Qt::ControlModifier);
 }
 
+// What would leave a text that is still being composed.
+bool movesAway(const QKeyEvent& key) {
+  return (key.key() >= Qt::Key_Home && key.key() <= Qt::Key_PageDown) || isMenuKey(key);
+}
+
 }  // namespace
 
 EditorKeyFilter::EditorKeyFilter(QQuickItem& area, MarkdownCommandTextView& commands,
@@ -63,29 +69,31 @@ EditorKeyFilter::EditorKeyFilter(QQuickItem& area, MarkdownCommandTextView& comm
   area_.installEventFilter(this);
 }
 
-bool EditorKeyFilter::isComposing() const {
-  return area_.property("inputMethodComposing").toBool();
-}
-
 bool EditorKeyFilter::eventFilter(QObject* /*watched*/, QEvent* event) {
   switch (event->type()) {
     case QEvent::ShortcutOverride: {
       const auto& key = *static_cast<const QKeyEvent*>(event);
-      if (!(isComposing() ? actsOnText(key) : claims(key))) return false;
+      if (!(isComposing(area_) ? actsOnText(key) : claims(key))) return false;
       event->accept();
       return true;
     }
     case QEvent::KeyPress: {
       const auto& key = *static_cast<const QKeyEvent*>(event);
-      const bool isTaken = isComposing() ? actsOnText(key) : press(key);
+      if (movesAway(key) && !actsOnText(key)) commitComposing(area_);
+      const bool isTaken = isComposing(area_) ? actsOnText(key) : press(key);
       if (isTaken) event->accept();
       return isTaken;
     }
-    case QEvent::InputMethod:
-      if (!static_cast<const QInputMethodEvent*>(event)->commitString().isEmpty())
-        completion_.expectEdit();
+    case QEvent::InputMethod: {
+      const QString committed = static_cast<const QInputMethodEvent*>(event)->commitString();
+      if (!committed.isEmpty()) completion_.expectEdit();
+      // Qt would leave what was composed in the line before.
+      if (committed.contains(u'\n')) liftComposing(area_);
       return false;
+    }
     case QEvent::MouseButtonPress:
+      commitComposing(area_);
+      [[fallthrough]];
     case QEvent::MouseButtonRelease:
       return clickMouse(*static_cast<const QMouseEvent*>(event));
     default:

@@ -16,7 +16,8 @@ class TagCompletion;
 // indenting, bold. Tab always indents; F6 and Escape lead out.
 //
 // While an input method composes, every key that would act on the text as a command is swallowed:
-// what is being composed isn't part of the text yet. Main thread.
+// what is being composed isn't part of the text yet. A click, and a key that moves the caret, make
+// it text first. Main thread.
 class EditorKeyFilter final : public QObject {
   Q_OBJECT
 
@@ -35,7 +36,6 @@ class EditorKeyFilter final : public QObject {
   void menuAsked(QPointF at);
 
  private:
-  [[nodiscard]] bool isComposing() const;
   [[nodiscard]] bool claims(const QKeyEvent& key) const;
   [[nodiscard]] bool press(const QKeyEvent& key);
   [[nodiscard]] bool clickMouse(const QMouseEvent& mouse);

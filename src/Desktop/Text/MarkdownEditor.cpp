@@ -10,6 +10,7 @@
 #include "Core/Markdown/Clipboard/ClipboardMarkdownImporter.h"
 #include "Core/Markdown/Editing/MarkdownInlinePreviewRanges.h"
 #include "Desktop/Base/Qt.h"
+#include "Desktop/Text/Composing.h"
 
 namespace nomely {
 namespace {
@@ -126,12 +127,14 @@ void MarkdownEditor::replaceText(const QString& text) {
 void MarkdownEditor::apply(Command command) {
   if (!area_) return;
   area_->forceActiveFocus();
+  commitComposing(*area_);
   commands_->apply(commandOf(command));
 }
 
 void MarkdownEditor::insertTagSign() {
   if (!area_) return;
   area_->forceActiveFocus();
+  commitComposing(*area_);
   const auto caret = static_cast<int>(view_->selectedRange().location);
   const bool needsBlank = caret > 0 && !view_->document().characterAt(caret - 1).isSpace();
   completion_.expectEdit();
@@ -139,6 +142,7 @@ void MarkdownEditor::insertTagSign() {
 }
 
 void MarkdownEditor::insert(const QString& text) {
+  commitComposing(*area_);
   commands_->insertSnippet(withLineFeeds(text).toStdU16String());
 }
 

@@ -7,6 +7,8 @@
 #include <QTextDocument>
 #include <algorithm>
 
+#include "Desktop/Text/Composing.h"
+
 namespace nomely {
 namespace {
 
@@ -64,6 +66,7 @@ QString QuickTextView::content() const {
 }
 
 void QuickTextView::reset(const QString& text) {
+  const QString composed = liftComposing(area_);
   wrap(hasEndlessWord(text));
   document_->setUndoRedoEnabled(false);
   QTextCursor cursor(document_);
@@ -77,6 +80,7 @@ void QuickTextView::reset(const QString& text) {
   cursor.mergeBlockFormat(format);
   cursor.endEditBlock();
   document_->setUndoRedoEnabled(true);
+  resumeComposing(area_, composed);
 }
 
 // Wrapping at words reads a word to its end for each of its lines: a megabyte took a minute.
@@ -97,6 +101,7 @@ TextSelection QuickTextView::selectedRange() const {
 }
 
 void QuickTextView::setSelectedRange(TextSelection selection) {
+  liftComposing(area_);
   const auto begin = static_cast<int>(selection.location);
   const auto end = begin + static_cast<int>(selection.length);
   QMetaObject::invokeMethod(&area_, "select", Q_ARG(int, begin), Q_ARG(int, end));
@@ -114,6 +119,7 @@ void QuickTextView::replaceText(TextRange range, std::u16string_view replacement
       differenceOf(QStringView(all).mid(begin, static_cast<qsizetype>(range.length())), after);
   const QStringView inserted = after.mid(middle.begin, middle.endAfter - middle.begin);
   if (hasEndlessWord(inserted)) wrap(true);
+  liftComposing(area_);
   QTextCursor cursor(document_);
   cursor.beginEditBlock();
   cursor.setPosition(static_cast<int>(begin + middle.begin));

@@ -9,6 +9,7 @@
 
 #include "Core/Markdown/Text/TagParser.h"
 #include "Desktop/Base/Qt.h"
+#include "Desktop/Text/Composing.h"
 #include "Desktop/Text/MarkdownHighlighter.h"
 #include "Desktop/Text/QuickTextView.h"
 
@@ -28,7 +29,7 @@ void TagCompletion::attach(QuickTextView* view, QQuickItem* area) {
 
 std::optional<QString> TagCompletion::typedTag() const {
   const TextSelection caret = view_->selectedRange();
-  if (caret.length > 0 || area_->property("inputMethodComposing").toBool()) return std::nullopt;
+  if (caret.length > 0 || isComposing(*area_)) return std::nullopt;
   const auto position = static_cast<int>(caret.location);
   const QTextBlock block = view_->document().findBlock(position);
   const QString before = block.text().left(position - block.position());

@@ -97,9 +97,11 @@ void DesktopTest::clickAt(QPoint point, Qt::MouseButton button) {
 }
 
 void DesktopTest::key(const char* keys) {
-  settle();
-  QTest::keySequence(desktop->window(), QKeySequence::fromString(QString::fromUtf8(keys)));
-  settle();
+  for (const QString& each : QString::fromUtf8(keys).split(QStringLiteral(", "))) {
+    settle();
+    QTest::keySequence(desktop->window(), QKeySequence::fromString(each));
+    settle();
+  }
 }
 
 void DesktopTest::type(const QString& text) {

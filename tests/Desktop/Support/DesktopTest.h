@@ -9,12 +9,11 @@
 #include <optional>
 #include <string>
 
-#include <gmock/gmock.h>
-
 #include "Desktop/App/DesktopApplication.h"
 #include "Desktop/Base/Qt.h"
 #include "Platform/Settings/MemorySecrets.h"
 #include "Support/ManualClock.h"
+#include "Support/Matchers.h"
 #include "Support/TemporaryFolder.h"
 
 namespace nomely::test {
@@ -44,10 +43,15 @@ class DesktopTest : public testing::Test {
   void click(const char* objectName, Qt::MouseButton button = Qt::LeftButton);
   void click(QQuickItem* item, Qt::MouseButton button = Qt::LeftButton);
   void clickAt(QPoint point, Qt::MouseButton button = Qt::LeftButton);
-  // "Ctrl+Shift+P", "Return", "J".
+  // "Ctrl+Shift+P", or several, one after the other: "Down, Down, Return".
   void key(const char* keys);
   void type(const QString& text);
   [[nodiscard]] QString textOf(const char* objectName, int nth = 0) const;
+
+  // Whether a file below the root is there and holds that text.
+  [[nodiscard]] bool holds(const std::string& file, std::string_view text) const {
+    return fs::exists(root / file) && readFile(root / file).find(text) != std::string::npos;
+  }
 
   // Lets the program run until `condition` holds; false at the deadline.
   [[nodiscard]] static bool eventually(const std::function<bool()>& condition);
