@@ -1,5 +1,3 @@
-#include <thread>
-
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <unistd.h>
@@ -27,17 +25,12 @@ class AudioRecorderTest : public testing::Test {
   void record(double seconds) {
     const double end = recorder.status().seconds + seconds;
     microphone.play(seconds + 0.5);
-    const auto deadline = std::chrono::steady_clock::now() + longestWait;
-    while (recorder.status().seconds < end && std::chrono::steady_clock::now() < deadline)
-      std::this_thread::yield();
-    EXPECT_GE(recorder.status().seconds, end);
+    eventually([&] { return recorder.status().seconds >= end; });
     EXPECT_GT(recorder.status().level, 0.4);
   }
   void killProgram() {
     for (const pid_t child : childrenOf(::getpid())) ::kill(child, SIGKILL);
-    const auto deadline = std::chrono::steady_clock::now() + longestWait;
-    while (!recorder.status().hasEnded && std::chrono::steady_clock::now() < deadline)
-      std::this_thread::yield();
+    eventually([&] { return recorder.status().hasEnded; });
   }
   [[nodiscard]] std::size_t leftBehind() const {
     return LockedRecording::leftBehind(folder.path()).size();

@@ -113,8 +113,6 @@ TEST_F(SpeechTranscriberTest, BadAnswersAreToldWithoutSecrets) {
       {"status",
        {.status = 401, .body = "bad key sk-planted"},
        "语音识别失败: HTTP 401: bad key ***"},
-      {"page", {.body = "<html>"}, "语音识别失败: 收到的是网页而不是数据"},
-      {"nest", {.body = std::string(100'000, '[')}, "语音识别失败: 收到的 JSON 嵌套过深"},
       {"number", {.body = R"({"duration": 1e999})"}, "语音识别失败: 收到的 JSON 里有过大的数"},
       {"no text", {.body = "{}"}, "语音识别失败: 识别服务的回答里没有文字"},
       {"list", {.body = "[]"}, "语音识别失败: 识别服务的回答里没有文字"},

@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include "App/AppSettings.h"
 #include "App/LockableSecrets.h"
 #include "Support/ErrorKind.h"
@@ -8,10 +6,6 @@
 namespace nomely::test {
 namespace {
 
-namespace fs = std::filesystem;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
 using Source = AppSettings::Source;
 
 class AppSettingsTest : public StoreTest {
@@ -44,13 +38,14 @@ TEST_F(AppSettingsTest, FilesGiveUpTheirSecretsOrKeepThem) {
     collect(settings);
     EXPECT_EQ(settings.ai().apiKey, "sk-1") << "known from the file";
     (void)settings.ai();
+    EXPECT_EQ(fs::status(folder.path() / "_config/ai-config.yaml").permissions(),
+              fs::perms::owner_read | fs::perms::owner_write);
     EXPECT_THAT(problems, ElementsAre(AllOf(HasSubstr("密钥还留在"), Not(HasSubstr("sk-1")))));
     settings.set("ai.model", "gpt-5");
     EXPECT_THAT(read("ai-config.yaml"), AllOf(HasSubstr("gpt-5"), HasSubstr("sk-1")));
     EXPECT_EQ(settings.lookUpSecret("ai").value, "sk-1");
-    EXPECT_EQ(kindOf<SecretError>([&] { (void)settings.setSecret("ai", "sk-2"); }),
-              SecretError::Kind::locked);
-    EXPECT_EQ(kindOf<SecretError>([&] { (void)settings.tts(); }), SecretError::Kind::unavailable);
+    EXPECT_FAILURE(SecretError, locked, settings.setSecret("ai", "sk-2"));
+    EXPECT_FAILURE(SecretError, unavailable, settings.tts());
   }
   backend.isLocked = false;
   AppSettings settings = open();
@@ -132,8 +127,7 @@ TEST_F(AppSettingsTest, SettingsOneByOne) {
            {"tts.speedRatio", ".nan"},
            {"display.linkDisplayMode", ""},
        })
-    EXPECT_EQ(kindOf<ConfigError>([&] { settings.set(key, value); }), ConfigError::Kind::badValue)
-        << key << " " << value;
+    EXPECT_FAILURE(ConfigError, badValue, settings.set(key, value)) << key << " " << value;
   for (const char* key : {"ai", "ai.", "ai.features", "ai.apiKey", "tags.colors", "x.y", ""})
     EXPECT_THROW(settings.set(key, "x"), UnknownSettingError) << key;
   EXPECT_EQ(read("ai-config.yaml"), before);

@@ -1,6 +1,3 @@
-#include <chrono>
-#include <thread>
-
 #include <signal.h>
 
 #include "AI/Voice/LockedRecording.h"
@@ -85,11 +82,9 @@ TEST_F(VoiceCommandsTest, InterruptedTranscriptionKeepsTheNoteThatItIsAttachedTo
 }
 
 TEST_F(VoiceCommandsTest, KilledRecordingIsTakenInByTheNext) {
-  std::size_t killed = 0;
   for (const bool mediaToo : {true, false}) {
     auto run = record();
     speak(*run);
-    ++killed;
     const pid_t program = childrenOf(::getpid()).at(0);
     const std::vector<pid_t> helpers = childrenOf(program);
     ASSERT_THAT(helpers, SizeIs(1));
@@ -98,10 +93,8 @@ TEST_F(VoiceCommandsTest, KilledRecordingIsTakenInByTheNext) {
     if (mediaToo) ::kill(helpers[0], SIGKILL);
     run.reset();
     // The one that lives on saves what was said, and lets go.
-    const auto deadline = std::chrono::steady_clock::now() + longestWait;
-    while (LockedRecording::leftBehind(root / ".drafts/recordings").size() < killed &&
-           std::chrono::steady_clock::now() < deadline)
-      std::this_thread::yield();
+    const auto left = [&] { return LockedRecording::leftBehind(root / ".drafts/recordings"); };
+    eventually([&] { return left().size() == 1; });
   }
   EXPECT_FALSE(nothingIsLeft());
   const auto next = record();

@@ -205,7 +205,8 @@ TEST_F(DayViewModelWritingTest, SaveForAnEditorReportsToIt) {
     Memo mine = expected;
     mine.body = body;
     ended.reset();
-    model->saveMemoAsync(mine, today, expected, [&](std::exception_ptr failed) { ended = failed; });
+    model->saveMemoAsync(mine, today, expected,
+                         [&](auto, std::exception_ptr failed) { ended = failed; });
   };
   const auto outcome = [&] {
     EXPECT_TRUE(comesTrue([&] { return ended.has_value(); }));

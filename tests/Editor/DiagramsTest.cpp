@@ -4,7 +4,6 @@
 #include <latch>
 
 #include <fmt/format.h>
-#include <gmock/gmock.h>
 
 #include "Editor/Diagrams/DiagramHelper.h"
 #include "Editor/Diagrams/MermaidRenderCache.h"
@@ -14,16 +13,13 @@
 #include "Platform/Text/Base64.h"
 #include "Support/Deadline.h"
 #include "Support/FakeDiagramProgram.h"
+#include "Support/Matchers.h"
 
 namespace nomely::test {
 namespace {
 
 using namespace std::chrono_literals;
 using testing::AnyOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
 
 TEST(MermaidRenderCacheTest, TheFirstInsertedGoesFirst) {
   MermaidRenderCache cache;

@@ -8,37 +8,6 @@
 namespace nomely::test {
 namespace {
 
-TEST(MarkdownHTMLTest, Plain) {
-  const std::tuple<const char*, std::string, std::string> cases[] = {
-      {"escaped", "a < b & c > d", "<p>a &lt; b &amp; c &gt; d</p>"},
-      {"marks", "**bold** and *it*", "<p><strong>bold</strong> and <em>it</em></p>"},
-      {"headings", "# a\n## b\n  ### c\n#### d\n#e",
-       "<h1>a</h1>\n<h2>b</h2>\n<h3>c</h3>\n<p>#### d</p>\n<p>#e</p>"},
-      {"rules", "---\n*****\n___\n--\n-*-", "<hr>\n<hr>\n<hr>\n<p>--</p>\n<p>-*-</p>"},
-      {"checklist, then a list", "- [x] done\n- [ ]\n- [X]b\n- a\n* c\n\n- d",
-       "<ul class=\"checklist\">\n<li><input type=\"checkbox\" checked disabled>done</li>\n"
-       "<li><input type=\"checkbox\" disabled></li>\n"
-       "<li><input type=\"checkbox\" checked disabled>b</li>\n</ul>\n"
-       "<ul>\n<li>a</li>\n<li>c</li>\n</ul>\n<ul>\n<li>d</li>\n</ul>"},
-      {"numbers", "1. a\n٢.\u3000b\n3.c\n4. ",
-       "<ol>\n<li>a</li>\n<li>b</li>\n</ol>\n<p>3.c</p>\n<p>4.</p>"},
-      {"quotes", "- x\n> a\n>b",
-       "<ul>\n<li>x</li>\n</ul>\n<blockquote>a</blockquote>\n<p>&gt;b</p>"},
-      {"code", "- x\n ```js\n  a<b\n\n*c*\n```\nd",
-       "<ul>\n<li>x</li>\n</ul>\n<pre><code>  a&lt;b\n\n*c*</code></pre>\n<p>d</p>"},
-      {"code left open", "```\na\n- b", "<pre><code>a\n- b</code></pre>"},
-      {"table", "x\n| a | *b* |\n|---|---|\n| 1 |\n| <i> |\ny",
-       "<p>x</p>\n<table><thead><tr><th>a</th><th><em>b</em></th></tr></thead><tbody></tbody>"
-       "</table>\n<p>| 1 |</p>\n<p>| &lt;i&gt; |</p>\n<p>y</p>"},
-      {"rows filled up", "a|b\n---|---\n1|2|3\n|4|",
-       "<table><thead><tr><th>a</th><th>b</th></tr></thead><tbody><tr><td>1</td><td>2</td></tr>"
-       "</tbody></table>\n<p>|4|</p>"},
-      {"nothing", "\n \n", ""},
-  };
-  for (const auto& [name, text, expected] : cases)
-    EXPECT_EQ(markdownToHTML(text, RenderMode::plain), expected) << name;
-}
-
 TEST(MarkdownHTMLTest, ADiagramWithAPictureTakesItsCodesPlace) {
   const DiagramElement draw = [](const std::string& code) {
     return code == "a\nb" ? HTMLExporter::pictureElement("png", 299.6, code + "\"") : "";

@@ -156,9 +156,8 @@ TEST_F(FlomoImporterTest, WhatCannotBeImportedChangesNothing) {
   EXPECT_EQ(refusal(outside.path() / "a.zip"), "ZIP 中没有找到 HTML 文件");
   // A day that can't be listed may hold the note already.
   writeFile(context.paths.dayFolder(day("2026-03-05")), "");
-  EXPECT_EQ(
-      kindOf<FileError>([&] { (void)importer.importFromURL(page(flomoNote("2026-03-05", "a"))); }),
-      FileError::Kind::notADirectory);
+  EXPECT_FAILURE(FileError, notADirectory,
+                 importer.importFromURL(page(flomoNote("2026-03-05", "a"))));
   EXPECT_EQ(memos(), "");
 }
 

@@ -201,32 +201,6 @@ class VersionStoreTest : public StoreTest {
   fs::path snapshots = folder.path() / ".versions" / "by-id" / "6d";
 };
 
-TEST_F(VersionStoreTest, NoSnapshot) {
-  using Identity = std::optional<std::string>;
-  using Failure = std::optional<WriteError::Kind>;
-  const std::tuple<Identity, Identity, const char*, std::int64_t, Failure> cases[] = {
-      {"m", "m", "0", 1, {}},  // unchanged
-      {{}, "m", "1", 1, {}},
-      {"", "m", "1", 1, {}},
-      {"m", "m", "1", 2, {}},  // no file
-      {"m", "n", "1", 1, WriteError::Kind::identityChanged},
-      {"m", {}, "1", 1, WriteError::Kind::identityChanged},
-  };
-  for (const auto& [onDisk, changed, body, number, failure] : cases) {
-    SCOPED_TRACE(testing::PrintToString(changed));
-    memo.memoId = onDisk;
-    memo.body = "0";
-    memo.seqNumber = 1;
-    store.memoStore().write(memo, today);
-    memo.memoId = changed;
-    memo.body = body;
-    memo.seqNumber = number;
-    EXPECT_EQ(kindOf<WriteError>([&] { versions.saveIfNeeded(today, memo.seqNumber, memo); }),
-              failure);
-    EXPECT_FALSE(fs::exists(context.paths.versionsFolder()));
-  }
-}
-
 TEST_F(VersionStoreTest, KeepsAttachmentsThatTheMemoLetsGoOf) {
   const fs::path dayFolder = context.paths.dayFolder(today);
   const fs::path kept = snapshots / "attachments";

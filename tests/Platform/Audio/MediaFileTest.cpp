@@ -17,8 +17,6 @@
 namespace nomely::test {
 namespace {
 
-using Kind = MediaError::Kind;
-
 class MediaFileTest : public testing::Test {
  protected:
   [[nodiscard]] std::filesystem::path file(const char* name) const { return folder.path() / name; }
@@ -89,9 +87,8 @@ TEST_F(MediaFileTest, WhatIsNoSoundIsRefusedWhateverItsName) {
            {"header.wav", std::string("RIFF\0\0\0\0WAVE", 12)}}) {
     SCOPED_TRACE(name);
     writeFile(file(name), content);
-    EXPECT_EQ(kindOf<MediaError>([&] { (void)MediaFile::duration(file(name), {}); }),
-              Kind::unreadable);
-    EXPECT_EQ(kindOf<MediaError>([&] { convert(file(name)); }), Kind::unreadable);
+    EXPECT_FAILURE(MediaError, unreadable, MediaFile::duration(file(name), {}));
+    EXPECT_FAILURE(MediaError, unreadable, convert(file(name)));
     std::filesystem::remove(file(name));
   }
   EXPECT_THROW((void)MediaFile::duration(file("none.wav"), {}), FileError);

@@ -150,8 +150,7 @@ TEST_F(FileManagerTest, ContentsAreComparedToTheLastByte) {
     writeFile(at("right"), right);
     EXPECT_EQ(files_.contentsEqual(at("left"), at("right")), left == right);
   }
-  EXPECT_EQ(kindOf<FileError>([&] { (void)files_.contentsEqual(at("left"), at("none")); }),
-            FileError::Kind::notFound);
+  EXPECT_FAILURE(FileError, notFound, files_.contentsEqual(at("left"), at("none")));
 }
 
 TEST_F(FileManagerTest, MoveKeepsTheFileWhenTheNameIsTaken) {

@@ -77,11 +77,9 @@ TEST_F(HttpClientTest, PartsAreStreamedFromFiles) {
             "Content-Disposition: form-data; name=\"file\"; filename=\"audio.m4a\"\r\n"
             "Content-Type: audio/mp4\r\n\r\n" +
                 sound);
-  EXPECT_EQ(kindOf<FileError>([&] {
-              static_cast<void>(send({.url = server.url("/upload"),
-                                      .parts = {{.name = "file", .file = folder.path() / "no"}}}));
-            }),
-            FileError::Kind::notFound);
+  EXPECT_FAILURE(FileError, notFound,
+                 send({.url = server.url("/upload"),
+                       .parts = {{.name = "file", .file = folder.path() / "no"}}}));
 }
 
 TEST_F(HttpClientTest, RepliesIntoFiles) {
@@ -104,16 +102,11 @@ TEST_F(HttpClientTest, RepliesIntoFiles) {
   ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
   const rlimit little{1 << 20, before.rlim_max};
   ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &little), 0);
-  EXPECT_EQ(kindOf<FileError>(
-                [&] { static_cast<void>(send({.url = server.url("/large"), .into = file})); }),
-            FileError::Kind::tooLarge);
+  EXPECT_FAILURE(FileError, tooLarge, send({.url = server.url("/large"), .into = file}));
   ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
   static_cast<void>(std::signal(SIGXFSZ, bySignal));
   EXPECT_FALSE(std::filesystem::exists(file));
-  EXPECT_EQ(kindOf<FileError>([&] {
-              static_cast<void>(send({.url = server.url("/large"), .into = file / "no"}));
-            }),
-            FileError::Kind::notFound);
+  EXPECT_FAILURE(FileError, notFound, send({.url = server.url("/large"), .into = file / "no"}));
 }
 
 TEST_F(HttpClientTest, WhatFailsAndHow) {
@@ -170,10 +163,8 @@ TEST_F(HttpClientTest, WhatFailsAndHow) {
       EXPECT_EQ(text.find("secret-path"), std::string::npos) << text;
     }
   }
-  EXPECT_EQ(kindOf<HttpError>([&] {
-              static_cast<void>(send({.url = ours + "/hang", .headers = {{"Key", "a\r\nb: c"}}}));
-            }),
-            Kind::refused);
+  EXPECT_FAILURE(HttpError, refused,
+                 send({.url = ours + "/hang", .headers = {{"Key", "a\r\nb: c"}}}));
 }
 
 TEST_F(HttpClientTest, StopsAtOnce) {

@@ -36,32 +36,6 @@ TEST(HostNamesTest, PublicSuffixes) {
     EXPECT_FALSE(hasPublicSuffix(host)) << host;
 }
 
-TEST(RegularExpressionTest, GroupsCountUtf16Units) {
-  const RegularExpression expression("(😀)?(日)(x)?");
-  const auto match = expression.firstMatch(u"a😀日b");
-  ASSERT_TRUE(match);
-  EXPECT_EQ(match->groups, (std::vector<std::optional<TextRange>>{TextRange{1, 4}, TextRange{1, 3},
-                                                                  TextRange{3, 4}, std::nullopt}));
-  EXPECT_EQ(expression.matches(u"日日 日").size(), 3);
-  EXPECT_FALSE(expression.matchesIn(u"ab"));
-}
-
-TEST(RegularExpressionTest, Replacements) {
-  const std::tuple<const char*, std::u16string_view, std::u16string_view, std::u16string_view>
-      cases[] = {
-          {"x", u"abc", u"y", u"abc"},
-          {"<(.+?)>", u"a<b>c<d>", u"[$1]", u"a[b]c[d]"},
-          {"b", u"abc", u"[$0]", u"a[b]c"},
-          {"(x)?b", u"ab", u"[$1]", u"a[]"},     // took no part
-          {"(b)", u"abc", u"$10$2", u"ab0$2c"},  // there is one group
-          {"b", u"abc", u"5$ $x$\\n\\$0", u"a5$ $x$\\n\\bc"},
-          {"b", u"abcb", u"bb", u"abbcbb"},  // is not searched again
-          {"x*", u"ab", u"-", u"-a-b-"},
-      };
-  for (const auto& [pattern, text, replacement, expected] : cases)
-    EXPECT_EQ(RegularExpression(pattern).replacingMatches(text, replacement), expected) << pattern;
-}
-
 // What takes exponential time, or a stack as long as the text, is no match.
 TEST(RegularExpressionTest, HostileTextEndsAsNoMatch) {
   for (const auto& [pattern, text] : {std::pair("^(a+)+$", std::u16string(40, u'a') + u"b"),

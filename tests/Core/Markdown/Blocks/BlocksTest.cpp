@@ -60,7 +60,7 @@ TEST(BlockParserTest, Blocks) {
       {"- [ ] a\n- [x]b\n  - [X]  c\n- [y] d\n- [ ]",
        {"checkItem| |a", "checkItem|x|b", "checkItem|x|c", "bulletItem|[y] d", "bulletItem|[ ]"}},
       {"- [ ]\u0301", {"bulletItem|[ ]\u0301"}},
-      {"- a\n*  b\n-c\n+ d", {"bulletItem|a", "bulletItem| b", "paragraph|-c", "paragraph|+ d"}},
+      {"*  b\n-c\n+ d", {"bulletItem| b", "paragraph|-c", "paragraph|+ d"}},
       {"007. a\n２.\u3000b\n3.c\n4. ",
        {"numberedItem|007|a", "numberedItem|２|b", "paragraph|3.c", "paragraph|4."}},
       {"1. a\r\n2. b\r", {"numberedItem|1|a", "numberedItem|2|b"}},
@@ -71,12 +71,10 @@ TEST(BlockParserTest, Blocks) {
       {"> [!FOO]\n> a\nx [!note]", {"blockquote|[!FOO]\na", "paragraph|x [!note]"}},
       {"a\n```  c++ \n# b\n  > c\n\n ``` tail\nd",
        {"paragraph|a", "codeBlock|c++|# b\n  > c\n", "paragraph|d"}},
-      {"```Mermaid\ngraph TD\n```", {"mermaid|graph TD"}},
       {"```\n```\n```x", {"codeBlock|-|"}},
       {"```\na\n2024.05.01", {"codeBlock|-|a\n2024.05.01"}},
       {"a\n|x|y|\n|---|---|\n|1|2|\nb", {"paragraph|a", "table|2x1", "paragraph|b"}},
       {"- a|b\n---|---", {"table|2x0"}},
-      {"a|b\nc", {"paragraph|a|b", "paragraph|c"}},
       {thirty + "\nb\n", {"paragraph|" + thirty, "paragraph|b"}},
       {longLine + "\n" + longLine, {"paragraph|" + longLine + "\n" + longLine}},
       {thirty + "五字多。\nb", {"paragraph|" + thirty + "五字多。", "paragraph|b"}},
@@ -152,21 +150,6 @@ TEST(MarkdownRenderCacheTest, WhatWasNotUsedForLongestGoes) {
   EXPECT_EQ(built, most + 1) << "it was used, so the second went";
   use(1);
   EXPECT_EQ(built, most + 2);
-}
-
-TEST(MarkdownRenderCacheTest, StyledTextsByColor) {
-  MarkdownRenderCache cache;
-  const auto styled = [](const char* text) {
-    StyledText made;
-    made.append(text, {});
-    return std::make_shared<const StyledText>(made);
-  };
-  cache.storeAttributed(styled("a"), "x", "1");
-  cache.storeAttributed(styled("b"), "x", "2");
-  cache.storeAttributed(styled("c"), "x", "1");
-  EXPECT_EQ(cache.attributed("x", "1")->text, "c");
-  EXPECT_EQ(cache.attributed("x", "2")->text, "b");
-  EXPECT_EQ(cache.attributed("x", "3"), nullptr);
 }
 
 // Building runs without the lock, so it may use the cache itself; the later of two is kept.

@@ -210,7 +210,8 @@ TEST(HostileHeaderTest, WhatWouldGrowWithoutBoundsIsRefused) {
   for (const std::string& header :
        {laughs("[", "]", ","), laughs("[", "]", ",") + "tags: *l11\n",
         laughs("[{", "}]", "}, {a: "), mergedLaughs(), std::string("a: &a [*a]\n"),
-        std::string("a: &a {<<: *a}\n"), std::string("&r\ntags: *r\n")}) {
+        std::string("a: &a {<<: *a}\n"), std::string("&r\ntags: *r\n"),
+        "a: " + std::string(1000, '[') + std::string(1000, ']')}) {
     SCOPED_TRACE(header.substr(header.rfind('\n', header.size() - 2) + 1));
     expectRefused(header);
   }

@@ -135,6 +135,7 @@ TEST(MemoFrontmatterParserTest, UnreadableHeaders) {
       {"time: t\nid\n", "第 3 行：键的后面缺少冒号"},
       {"time: t\nid: \x01\n", "第 3 行：有看不见的控制字符"},
       {"id: *n\n", "第 2 行：以 * 引用的名字"},
+      {"time: t\n--- {id: b}\n", "有不止一份 YAML"},
   };
   for (const auto& [header, advice] : cases) {
     SCOPED_TRACE(header);

@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include "Core/Markdown/Frontmatter/YamlDocument.h"
-#include "Core/Markdown/Frontmatter/YamlError.h"
 #include "Core/Markdown/Frontmatter/YamlScalar.h"
 #include "Core/Markdown/Frontmatter/YamlWriter.h"
 #include "Support/RandomText.h"
@@ -35,29 +33,6 @@ TEST(YamlScalarTest, Numbers) {
                                      {1e-7, "0.0000001"},
                                      {1e21, "1000000000000000000000.0"}})
     EXPECT_EQ(YamlScalar::text(number), text);
-}
-
-std::string nested(std::size_t depth) {
-  return std::string(depth, '[') + std::string(depth, ']');
-}
-
-TEST(YamlDocumentTest, Refuses) {
-  const std::tuple<const char*, std::string, const char*> cases[] = {
-      {"two documents", "a\n---\nb\n", "more than one document"},
-      {"unknown alias", "a: *n\n", "line 1, column 4: undefined alias"},
-      {"alias deep into itself", "a: &n {b: [1, {c: *n}]}\n", "alias into itself"},
-      {"too deep", nested(YamlDocument::maxDepth + 1), "nested too deeply"},
-  };
-  for (const auto& [name, source, message] : cases) {
-    SCOPED_TRACE(name);
-    try {
-      const YamlDocument document(source);
-      ADD_FAILURE() << "was read";
-    } catch (const YamlError& error) {
-      EXPECT_THAT(error.problem(), HasSubstr(message));
-    }
-  }
-  EXPECT_NO_THROW(YamlDocument{nested(YamlDocument::maxDepth)});
 }
 
 std::string written(std::string_view value) {

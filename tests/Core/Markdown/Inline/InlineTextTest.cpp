@@ -158,6 +158,7 @@ TEST(InlineTextTest, Spans) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     const MarkdownTextView::InlineOptions blue{.defaultColor = TextColor{0, 0, 1, 1}};
+    (void)MarkdownTextView::inlineAttributed(c.text, {.defaultColor = TextColor{0, 1, 0, 1}});
     EXPECT_EQ(shown(MarkdownTextView::inlineAttributed(c.text, blue)), c.expected);
     EXPECT_EQ(shown(MarkdownTextView::inlineAttributed(c.text, blue)), c.expected) << "again";
   }

@@ -4,14 +4,6 @@
 namespace nomely::test {
 namespace {
 
-TEST(MemoBodyKitTest, Estimates) {
-  EXPECT_EQ(MemoBodyKit::estimatedCJKRatio(""), 0);
-  EXPECT_EQ(MemoBodyKit::estimatedCJKRatio("日a，é"), 0.25);
-  EXPECT_EQ(MemoBodyKit::estimatedCJKRatio(repeated("a", 400) + repeated("日", 400)), 0);
-  EXPECT_EQ(MemoBodyKit::estimatedRenderLines("a\n \n\r\nb"), 6.5);
-  EXPECT_EQ(MemoBodyKit::estimatedRenderLines(repeated("a", 100) + "\u2028a"), 3);
-}
-
 TEST(MemoBodyKitTest, Collapsing) {
   const std::tuple<const char*, std::string, bool, std::string> cases[] = {
       {"nothing", " \n", false, ""},
@@ -28,6 +20,7 @@ TEST(MemoBodyKitTest, Collapsing) {
       {"colour cut off", "<span style=\"color: #FF0000\">a\nb\nc\nd\ne\nf\ng</span>", true,
        "<span style=\"color: #FF0000\">a\nb\nc\nd\ne\nf</span>..."},
       {"table cut off", "a\nb\n\n|x|y|\n|---|---|\n|1|2|\n|3|4|", true, "a\nb..."},
+      {"two lines are no table", "a\nb\nc\nd\n|e\n|f\ng", true, "a\nb\nc\nd\n|e\n|f..."},
       {"nothing but a table", "|x|y|\n|---|---|\n|1|2|\n|3|4|\n|5|6|\n|7|8|\n|9|0|", true,
        "|x|y|\n|---|---|\n|1|2|\n|3|4|\n|5|6|\n|7|8|..."},
   };
@@ -36,17 +29,6 @@ TEST(MemoBodyKitTest, Collapsing) {
     EXPECT_EQ(MemoBodyKit::shouldCollapse(text), collapses);
     EXPECT_EQ(MemoBodyKit::collapsedPreview(text), preview);
   }
-}
-
-TEST(MemoBodyKitTest, Repairs) {
-  using namespace MemoBodyKit;
-  EXPECT_EQ(closeOpenColorSpan("<span  style=\"color:#ff0000\">a</span></span>"),
-            "<span  style=\"color:#ff0000\">a</span></span>");
-  EXPECT_EQ(trimUnclosedInlineMarkers("a *b* `c **d** "), "a *b*");
-  EXPECT_EQ(trimUnclosedInlineMarkers("a ***"), "a");
-  EXPECT_EQ(truncateUnclosedTable("a\n|b\n|c\nd"), "a\n|b\n|c\nd") << "two lines are no table";
-  EXPECT_EQ(truncateUnclosedTable("a\n|b\n|c\n|d\ne"), "a");
-  EXPECT_EQ(truncateUnclosedTable("a\n|b\nc\n|d"), "a\n|b\nc\n|d");
 }
 
 }  // namespace
