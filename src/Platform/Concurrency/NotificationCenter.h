@@ -49,6 +49,9 @@ inline constexpr std::string_view feishuLogChanged = "feishuLogChanged";
 inline constexpr std::string_view originalKept = "NomelyOriginalKept";
 // A list goes on without a memo whose file can't be read; the payload is "<path>：<reason>".
 inline constexpr std::string_view memoPassedOver = "NomelyMemoPassedOver";
+// Notes that another computer wrote stand in the diary now, or in a history; the payload tells the
+// user so. Posted on the main executor.
+inline constexpr std::string_view notesSettled = "NomelyNotesSettled";
 }  // namespace Notifications
 
 }  // namespace nomely

@@ -12,6 +12,11 @@ namespace {
 
 using std::filesystem::path;
 
+bool isUntouched(const FileAttributes& former, const FileAttributes& present) {
+  return former.device == present.device && former.fileNumber == present.fileNumber &&
+         former.size == present.size && former.changed == present.changed;
+}
+
 path folderOf(const path& file) {
   const path folder = file.parent_path();
   return folder.empty() ? path(".") : folder;
@@ -179,13 +184,16 @@ bool FileManager::contentsEqual(const path& left, const path& right) const {
   }
 }
 
-void FileManager::replace(const path& target, Temporary& written, Durability durability) const {
-  if (const auto replaced = fileSystem_.attributes(target, LinkPolicy::noFollow);
-      replaced && replaced->type == FileType::regular &&
+bool FileManager::replace(const path& target, Temporary& written, Durability durability,
+                          const FileAttributes* former) const {
+  const auto replaced = fileSystem_.attributes(target, LinkPolicy::noFollow);
+  if (former && !(replaced && isUntouched(*former, *replaced))) return false;
+  if (replaced && replaced->type == FileType::regular &&
       replaced->permissions != written.file().attributes().permissions)
     written.file().setPermissions(replaced->permissions);
   written.place(target, Replacement::allow, durability);
   if (durability == Durability::now) syncParent(target);
+  return true;
 }
 
 bool FileManager::putNew(const path& target, Temporary& written) const {
@@ -203,13 +211,20 @@ void FileManager::writeAtomically(const path& target, std::string_view bytes,
                                   Durability durability) const {
   Temporary temporary(fileSystem_, folderOf(target));
   temporary.write(bytes);
-  replace(target, temporary, durability);
+  (void)replace(target, temporary, durability);
+}
+
+bool FileManager::replaceAtomically(const path& target, std::string_view bytes,
+                                    const FileAttributes& former) const {
+  Temporary temporary(fileSystem_, folderOf(target));
+  temporary.write(bytes);
+  return replace(target, temporary, Durability::now, &former);
 }
 
 void FileManager::writeAtomically(const path& target, const Producer& produce) const {
   Temporary temporary(fileSystem_, folderOf(target));
   temporary.write(produce);
-  replace(target, temporary, Durability::now);
+  (void)replace(target, temporary, Durability::now);
 }
 
 bool FileManager::createAtomically(const path& target, std::string_view bytes,

@@ -61,6 +61,10 @@ class FileManager {
   };
   void writeAtomically(const std::filesystem::path& path, std::string_view bytes,
                        Durability durability = Durability::now) const;
+  // Puts `bytes` in place of the file that had these attributes (LinkPolicy::noFollow), unless
+  // another program has put another one there since, or changed it. Returns whether it did.
+  [[nodiscard]] bool replaceAtomically(const std::filesystem::path& path, std::string_view bytes,
+                                       const FileAttributes& former) const;
   // Puts `bytes` under `path` unless the name is taken. Returns whether it did. With `permissions`,
   // those of a file whose contents these are, the new one has them before its name can be seen.
   [[nodiscard]] bool createAtomically(const std::filesystem::path& path, std::string_view bytes,
@@ -109,8 +113,9 @@ class FileManager {
  private:
   class Temporary;
 
-  void replace(const std::filesystem::path& target, Temporary& written,
-               Durability durability) const;
+  // False, with nothing done, when `former` isn't null and not what is in place.
+  bool replace(const std::filesystem::path& target, Temporary& written, Durability durability,
+               const FileAttributes* former = nullptr) const;
   bool putNew(const std::filesystem::path& target, Temporary& written) const;
   void removeContents(const std::filesystem::path& path) const;
   // Makes the entry of a new file or folder durable, or takes it away: left standing, the next

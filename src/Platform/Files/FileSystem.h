@@ -28,6 +28,9 @@ struct FileAttributes {
   std::uint64_t device = 0;
   std::uint64_t fileNumber = 0;  // unique within its device
   unsigned permissions = 0;      // the low twelve mode bits
+  // When anything of it was last changed on this machine: contents, name, permissions. Nobody can
+  // set it, so it tells when a file came, whatever its other times say.
+  Moment changed;
 };
 
 struct DirectoryEntry {

@@ -30,14 +30,18 @@ auto retryInterrupted(Call call) {
   }
 }
 
+Moment momentOf(const timespec& time) {
+  return Moment(std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_nsec / 1000));
+}
+
 FileAttributes fromStat(const struct stat& info) {
   FileAttributes attributes;
   if (S_ISREG(info.st_mode)) attributes.type = FileType::regular;
   if (S_ISDIR(info.st_mode)) attributes.type = FileType::directory;
   if (S_ISLNK(info.st_mode)) attributes.type = FileType::symbolicLink;
   attributes.size = static_cast<std::uint64_t>(info.st_size);
-  attributes.modified = Moment(std::chrono::seconds(info.st_mtim.tv_sec) +
-                               std::chrono::microseconds(info.st_mtim.tv_nsec / 1000));
+  attributes.modified = momentOf(info.st_mtim);
+  attributes.changed = momentOf(info.st_ctim);
   attributes.device = info.st_dev;
   attributes.fileNumber = info.st_ino;
   attributes.permissions = info.st_mode & 07777U;

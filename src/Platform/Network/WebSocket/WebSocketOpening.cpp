@@ -5,7 +5,7 @@
 
 #include <fmt/format.h>
 
-#include "Platform/Network/WebSocket/Sha1.h"
+#include "Platform/System/Digest.h"
 #include "Platform/System/RandomBytes.h"
 #include "Platform/Text/Ascii.h"
 #include "Platform/Text/Base64.h"
