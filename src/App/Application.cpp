@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "App/BackgroundSettling.h"
 #include "App/HourlyBackup.h"
 #include "App/ResidentBot.h"
 #include "Editor/Intelligence/SummaryGeneration.h"
@@ -89,6 +90,11 @@ Application::Application(const ApplicationContext& context)
       residentLock_(storage_),
       startup_(context.executor) {
   if (isUnitTesting_) return;
+  settling_ = std::make_unique<BackgroundSettling>(
+      BackgroundSettling::Context{memos_, searchIndex_, jobs_, timers_, executor_}, [this] {
+        refreshLists();
+        NotificationCenter::shared().post(Notifications::refreshSidebarTags);
+      });
   dataDirWatcher_ = makeWatcher();
   externalMemoWritten_ = NotificationCenter::shared().observe(
       Notifications::externalMemoWritten,
@@ -114,6 +120,9 @@ std::unique_ptr<DataDirWatcher> Application::makeWatcher() {
           }),
           .onRootMissing = posted([this] {
             if (const auto call = onRootMissing) call();
+          }),
+          .onQuiet = posted([this] {
+            if (!dataMaintenance()) settling_->run();
           })});
 }
 
@@ -125,14 +134,18 @@ void Application::readAgain() {
   isReading_ = true;
   const auto read = lifetime_.guard([this] {
     isReading_ = false;
-    if (dayViewModel_) dayViewModel_->refreshCurrentTimeline(DayViewModel::Cause::externalWrite);
-    if (entryDateIndex_) entryDateIndex_->refresh();
+    refreshLists();
     if (std::exchange(hasToReadAgain_, false)) readAgain();
   });
   reading_.submit([this, read](const std::stop_token&) {
     (void)searchIndex_.rebuildIfDiskChanged();
     executor_.post(read);
   });
+}
+
+void Application::refreshLists() {
+  if (entryDateIndex_) entryDateIndex_->refresh();
+  if (dayViewModel_) dayViewModel_->refreshCurrentTimeline(DayViewModel::Cause::externalWrite);
 }
 
 DayViewModel& Application::dayViewModel() {
@@ -224,6 +237,7 @@ StartupMaintenance::Result Application::runMaintenance(const std::stop_token& st
   return StartupMaintenance(
              memos_, userDefaults_,
              {.backup = [this](const std::stop_token& token) { backups_.backup({.stop = token}); },
+              .census = BackgroundSettling::censusOf(searchIndex_),
               .rescueRecordings = rescueRecordings})
       .run(stop);
 }
@@ -232,10 +246,11 @@ void Application::showMaintenance(const StartupMaintenance::Result& result) {
   if (result.changed) {
     searchIndex_.invalidateCache();
     searchIndex_.warmUp([] {});
-    if (entryDateIndex_) entryDateIndex_->refresh();
-    if (dayViewModel_) dayViewModel_->refreshCurrentTimeline(DayViewModel::Cause::externalWrite);
+    refreshLists();
     NotificationCenter::shared().post(Notifications::refreshSidebarTags);
   }
+  BackgroundSettling::tell(result.settled);
+  if (result.settled.isWaiting) settling_->run();
   if (result.restoredAudio > 0)
     orphanRestoreToast.set(fmt::format("自动恢复 {} 段录音，已挂在「{}」标签下",
                                        result.restoredAudio, MemoService::recordingTag));

@@ -32,6 +32,7 @@
 
 namespace nomely {
 
+class BackgroundSettling;
 class DayViewModel;
 class HourlyBackup;
 class ResidentBot;
@@ -117,6 +118,8 @@ class Application {
   [[nodiscard]] std::unique_ptr<DataDirWatcher> makeWatcher();
   // After other programs' writes.
   void readAgain();
+  // After writes that went through the gate: the index has followed.
+  void refreshLists();
   // The pass over the stored data, on a background thread.
   [[nodiscard]] StartupMaintenance::Result runMaintenance(const std::stop_token& stop);
   void showMaintenance(const StartupMaintenance::Result& result);
@@ -148,6 +151,7 @@ class Application {
   bool isReading_ = false;  // after other programs' writes
   bool hasToReadAgain_ = false;
   Lifetime lifetime_;
+  std::unique_ptr<BackgroundSettling> settling_;    // with the watcher
   std::unique_ptr<DataDirWatcher> dataDirWatcher_;  // none under a test host
   Subscription externalMemoWritten_;
 };

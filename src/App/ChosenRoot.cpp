@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Core/Extensions/EngineNames.h"
 #include "Core/Storage/DiskPaths.h"
 #include "Platform/Settings/UserDefaults.h"
 
@@ -45,7 +46,10 @@ std::string ChosenRoot::overruledBy(const Environment& environment) {
 std::filesystem::path ChosenRoot::within(const std::filesystem::path& folder,
                                          const FileManager& files) {
   if (!files.exists(folder)) return folder;
-  const std::vector<DirectoryEntry> entries = files.listAll(folder);
+  std::vector<DirectoryEntry> entries = files.listAll(folder);
+  // One that an engine is to fill is as good as empty.
+  std::erase_if(entries,
+                [](const DirectoryEntry& entry) { return EngineNames::isAny(entry.name); });
   if (entries.empty() || std::ranges::any_of(entries, isOfRoot)) return folder;
   return folder / "NomelyData";
 }

@@ -49,6 +49,7 @@ struct CommandEntry {
 [[nodiscard]] std::unique_ptr<Command> makeImportCommand();
 [[nodiscard]] std::unique_ptr<Command> makeExportCommand();
 [[nodiscard]] std::unique_ptr<Command> makeBackupCommand();
+[[nodiscard]] std::unique_ptr<Command> makeSyncCommand();
 [[nodiscard]] std::unique_ptr<Command> makeAiCommand();
 [[nodiscard]] std::unique_ptr<Command> makeSummaryCommand();
 [[nodiscard]] std::unique_ptr<Command> makeSpeakCommand();

@@ -28,6 +28,7 @@ std::vector<CommandEntry> allCommands() {
   add("import", "从 flomo 导入，或撤销导入", makeImportCommand());
   add("export", "导出为网页或 Markdown 文档", makeExportCommand());
   add("backup", "备份：新做、列出、检验、查看、恢复", makeBackupCommand());
+  add("sync", "两台电脑一本日记：由什么同步，写好忽略文件", makeSyncCommand());
   add("ai", "用 AI 整理、润色、翻译一段文字", makeAiCommand());
   add("summary", "用 AI 写一个月或一年的总结，存为笔记", makeSummaryCommand());
   add("speak", "朗读笔记或文字，存成声音文件", makeSpeakCommand());

@@ -102,7 +102,8 @@ Json DoctorReport::json() const {
              {{"openToAll", bot.isOpenToAll},
               {"waiting", bot.inbox.waiting},
               {"keptAside", bot.inbox.aside}}},
-            {"keeping", keeping.json()}};
+            {"keeping", keeping.json()},
+            {"sync", sync.json()}};
   for (const auto& memo : report.unreadableMemos)
     json["unreadableMemos"].push_back(
         {{"file", memo.path.string()}, {"reason", memo.reason}, {"mends", memo.mends}});
@@ -124,6 +125,9 @@ std::string DoctorReport::text(const Style& style) const {
   Lines lines(style);
   addNotes(lines, report);
   addHistory(lines, report);
+  sync.addStrays(lines);
+  if (sync.settled() > 0) lines.say("其中有的可以合并，两边的内容都会留着：nomely doctor --fix");
+  sync.addGaps(lines);
   lines.add("读不出的草稿", report.damagedDrafts);
   lines.add("失效的链接", report.danglingLinks);
   lines.add("读不出的文件夹", report.unreadableFolders);
@@ -137,7 +141,7 @@ std::string DoctorReport::text(const Style& style) const {
     lines.say("这些是编辑器意外结束时留下的。存成笔记：nomely add - < 文件；不要了就删除它。");
   addBot(lines, bot);
   keeping.addTo(lines);
-  if (report.isClean() && drafts.empty() && bot.isFine() && keeping.isFine())
+  if (report.isClean() && drafts.empty() && bot.isFine() && keeping.isFine() && sync.isFine())
     lines.say("一切正常。");
   keeping.addAge(lines);
   return fmt::format("{}：{} 天，{} 条笔记可读\n", Terminal::printable(root.string()), report.days,

@@ -5,6 +5,7 @@
 
 #include "CLI/KeepingReport.h"
 #include "CLI/Session.h"
+#include "CLI/SyncReport.h"
 #include "Core/Lifecycle/RootInspector.h"
 #include "Feishu/Messages/FeishuInbox.h"
 
@@ -24,6 +25,7 @@ struct DoctorReport {
   };
   Bot bot = {};
   KeepingReport keeping = {};
+  SyncReport sync = {};
 
   [[nodiscard]] Json json() const;
   [[nodiscard]] std::string text(const Style& style) const;

@@ -85,6 +85,10 @@ class Residence {
         Notifications::externalMemoWritten, [this](const std::string&) {
           lines_.print("externalMemoWritten", "其他程序写入了笔记，已刷新");
         });
+    settled_ = NotificationCenter::shared().observe(
+        Notifications::notesSettled, [this](const std::string& told) {
+          lines_.print("notesSettled", told, {{"text", told}});
+        });
     rescued_ = application.orphanRestoreToast.observe([this](const auto& toast) {
       if (toast) lines_.print("recordingsRestored", *toast, {{"text", *toast}});
     });
@@ -98,6 +102,7 @@ class Residence {
   void leave() {
     if (std::exchange(isResident_, false)) session_.application().endResidence();
     noticed_ = {};
+    settled_ = {};
     rescued_ = {};
     loaded_ = {};
     session_.endApplication();
@@ -174,6 +179,7 @@ class Residence {
   std::string obstacle_;  // that was told last
   Timers::Timer again_;
   Subscription noticed_;
+  Subscription settled_;
   Subscription rescued_;
   Subscription loaded_;
   Lifetime lifetime_;

@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <unistd.h>
 
 #include "App/Application.h"
@@ -11,9 +10,7 @@
 namespace nomely::test {
 namespace {
 
-namespace fs = std::filesystem;
 using State = StartupCoordinator::State;
-using testing::MatchesRegex;
 using namespace std::chrono_literals;
 
 class ApplicationTest : public testing::Test {

@@ -22,7 +22,8 @@ TEST(ChosenRoot, EachWordOverrulesTheNext) {
   writeFile(home.path() / "文档" / "a.txt", "");
   writeFile(home.path() / "日记" / "2026-03-01" / "001.md", "");
   EXPECT_EQ(ChosenRoot::within(home.path() / "文档", files), home.path() / "文档" / "NomelyData");
-  for (const char* name : {"日记", "新的"})
+  writeFile(home.path() / "克隆" / ".git" / "HEAD", "");
+  for (const char* name : {"日记", "新的", "克隆"})
     EXPECT_EQ(ChosenRoot::within(home.path() / name, files), home.path() / name);
 }
 

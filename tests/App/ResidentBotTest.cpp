@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include "App/LockableSecrets.h"
 #include "App/ResidentBot.h"
 #include "Feishu/Conversation/BotFixture.h"
@@ -10,12 +8,7 @@ namespace nomely::test {
 namespace {
 
 using Kind = ConnectionStatus::Kind;
-using testing::AllOf;
 using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 using namespace std::chrono_literals;
 
 class ResidentBotTest : public BotTest {

@@ -1,14 +1,7 @@
-#include <gmock/gmock.h>
-
 #include "CLI/CommandTest.h"
 
 namespace nomely::test {
 namespace {
-
-namespace fs = std::filesystem;
-using testing::HasSubstr;
-using testing::Not;
-using testing::SizeIs;
 
 class BackupCommandTest : public CommandTest {
  protected:

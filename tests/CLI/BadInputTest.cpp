@@ -114,9 +114,9 @@ TEST_F(BadInputTest, DoctorFindsWhatIsWrongAndChangesNothing) {
   EXPECT_EQ(report["orphanedAttachments"], Json({"2026-03-02/b.png"}));
   EXPECT_EQ(treeOf(root), before);
   EXPECT_EQ(report["memos"], 3);
-  ASSERT_EQ(report["unreadableMemos"].size(), 2U);
+  ASSERT_EQ(report["unreadableMemos"].size(), 1U);
   EXPECT_EQ(report["unreadableMemos"][0]["file"], "2026-03-01/002.md");
-  EXPECT_EQ(report["unreadableMemos"][1]["file"], "2026-03-01/7.md");
+  EXPECT_EQ(report["sync"]["strays"][0]["file"], "2026-03-01/7.md");
   EXPECT_EQ(report["missingAttachments"][0]["attachment"], "gone.png");
   EXPECT_EQ(report["staleTemporaryFiles"], Json({"2026-03-01/.nomely-0123.tmp"}));
   EXPECT_EQ(run({"doctor"}).status, 0);

@@ -92,7 +92,7 @@ TEST_F(RunCommandTest, StartsOverOnAnotherRoot) {
   EXPECT_EQ(run({"config", "set", "feishu.allowedOpenID", "ou_me"}).status, 0);
   fs::copy(root, other, fs::copy_options::recursive);
   const auto resident = start({"run", "--verbose"});
-  resident->waitFor("外部写入 901-999 段将实时刷新");
+  resident->waitFor("外部写入将实时刷新");
   writeFile(root / "2026-03-01/901.md", "");
   resident->waitFor("其他程序写入了笔记，已刷新");
   for (int restores = 0; restores < 2; ++restores) {

@@ -31,7 +31,8 @@ struct MemoryFileSystem::Node {
             .size = bytes.size(),
             .modified = {},
             .fileNumber = reinterpret_cast<std::uintptr_t>(this),
-            .permissions = permissions};
+            .permissions = permissions,
+            .changed = {}};
   }
 };
 

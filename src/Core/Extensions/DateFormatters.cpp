@@ -122,6 +122,30 @@ std::optional<Moment> DateFormatters::parseUtcTimestamp(std::string_view text) {
   return moment;
 }
 
+std::optional<Moment> DateFormatters::parseTimestamp(std::string_view text) {
+  constexpr std::size_t plainLength = std::string_view("2026-03-01T09:30:05").size();
+  constexpr std::string_view digits = "0123456789";
+  const auto plain = parseUtcTimestamp(std::string(text.substr(0, plainLength)) + "Z");
+  if (!plain) return std::nullopt;
+  text.remove_prefix(plainLength);
+  Moment moment = *plain;
+  if (text.starts_with('.')) {
+    const std::string_view fraction = text.substr(1, text.find_first_not_of(digits, 1) - 1);
+    std::int64_t step = std::chrono::microseconds(std::chrono::seconds(1)).count();
+    for (const char digit : fraction) moment += Moment::duration((digit - '0') * (step /= 10));
+    text.remove_prefix(1 + fraction.size());
+  }
+  if (text == "Z") return moment;
+  int hours = 0;
+  int minutes = 0;
+  char end = 0;
+  if (text.empty() || (text.front() != '+' && text.front() != '-') ||
+      std::sscanf(std::string(text.substr(1)).c_str(), "%2d:%2d%c", &hours, &minutes, &end) != 2)
+    return std::nullopt;
+  const auto offset = std::chrono::hours(hours) + std::chrono::minutes(minutes);
+  return text.front() == '+' ? moment - offset : moment + offset;
+}
+
 std::string DateFormatters::dayHeading(Day day) {
   constexpr std::array weekdays{"周日", "周一", "周二", "周三", "周四", "周五", "周六"};
   const auto date = day.civil();

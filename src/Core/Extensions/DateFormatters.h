@@ -40,6 +40,8 @@ inline constexpr SafeDateFormatter chineseDateTime{"yyyy.M.d H:mm"};
 
 // "2026-03-01T09:30:05+08:00": ISO 8601 to the second with the local offset, Z when that is zero.
 [[nodiscard]] std::string timestamp(Moment moment);
+// The moment of such a text, with any offset and with fractions of a second, which others write.
+[[nodiscard]] std::optional<Moment> parseTimestamp(std::string_view text);
 // "2026-03-01T01:30:05Z": the same in UTC, as JSON files have it.
 [[nodiscard]] std::string utcTimestamp(Moment moment);
 // Absent unless it prints back to `text`.

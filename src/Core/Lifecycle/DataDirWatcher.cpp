@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <utility>
 
+#include "Core/Extensions/EngineNames.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
+#include "Platform/Text/Ascii.h"
 #include "Platform/Time/Day.h"
 
 namespace nomely {
@@ -19,6 +21,15 @@ std::string canonicalText(const fs::path& path) {
   return (failed ? path : resolved).string();
 }
 
+bool isForOthers(std::int64_t number) {
+  return number >= DataDirWatcher::firstNumber && number <= DataDirWatcher::lastNumber;
+}
+
+// A note, or what an engine makes of one where two have met: "003.md~", "003.md.orig".
+bool isMarkdown(const std::string& name) {
+  return loweredAscii(name).find(".md") != std::string::npos && !EngineNames::isTemporary(name);
+}
+
 }  // namespace
 
 DataDirWatcher::DataDirWatcher(const StoreContext& storage, FileEvents& events, Timers& timers,
@@ -28,7 +39,8 @@ DataDirWatcher::DataDirWatcher(const StoreContext& storage, FileEvents& events, 
       events_(events),
       observer_(std::move(observer)),
       timers_(timers, queue_),
-      known_(presentRoot()) {}
+      known_(presentRoot()),
+      own_(storage) {}
 
 DataDirWatcher::~DataDirWatcher() {
   stop();
@@ -45,6 +57,9 @@ void DataDirWatcher::stop() {
     isStarted_ = false;
     look_.reset();
     fire_.reset();
+    quiet_.reset();
+    changed_.clear();
+    isAnyNote_ = isUnsettled_ = false;
     stream_.reset();
   });
 }
@@ -69,9 +84,7 @@ std::optional<FolderIdentity> DataDirWatcher::startStream() {
          .onRootTouched = [this] { look(); }});
     found = watched_ = stream_->root();
     hasFailed_ = false;
-    if (found)
-      Log::information(LogChannel::storage, "数据目录监听已启动：外部写入 {}-{} 段将实时刷新",
-                       firstNumber, lastNumber);
+    if (found) Log::information(LogChannel::storage, "数据目录监听已启动：外部写入将实时刷新");
   } catch (const std::exception& error) {
     if (!std::exchange(hasFailed_, true))
       Log::error(LogChannel::storage, "⚠️ DataDirWatcher.startStream: {}", error.what());
@@ -83,7 +96,10 @@ std::optional<FolderIdentity> DataDirWatcher::startStream() {
 
 // What happened in between was told by no stream.
 void DataDirWatcher::startAgain() {
-  if (tellOf(startStream()) == Root::asBefore) notify();
+  if (tellOf(startStream()) != Root::asBefore) return;
+  isAnyNote_ = true;
+  notify();
+  awaitQuiet();
 }
 
 // Mounts, and moves far above the root, are told by nobody; a stream that failed or is short of
@@ -128,16 +144,40 @@ DataDirWatcher::Root DataDirWatcher::tellOf(const std::optional<FolderIdentity>&
 }
 
 void DataDirWatcher::enqueue(const FileEventBatch& batch) {
-  if (fire_) return;
-  if (batch.isIncomplete ||
-      std::ranges::any_of(batch.changed, [this](const fs::path& file) { return isRelevant(file); }))
-    notify();
+  isAnyNote_ = isAnyNote_ || batch.isIncomplete;
+  for (const fs::path& file : batch.changed)
+    if (isMarkdown(file.filename().string()) && isInDay(file)) changed_.insert(file);
+  if (isAnyNote_ || !changed_.empty()) notify();
+  if (fire_ || isUnsettled_) awaitQuiet();
 }
 
-bool DataDirWatcher::isRelevant(const fs::path& file) const {
-  const auto number = DiskPaths::seqNumber(file.filename().string());
-  return number && *number >= firstNumber && *number <= lastNumber &&
+// A link may lead elsewhere.
+bool DataDirWatcher::isInDay(const fs::path& file) const {
+  return Day::parse(file.parent_path().filename().string()) &&
          canonicalText(file).starts_with(canonicalRoot_);
+}
+
+bool DataDirWatcher::isThere(const fs::path& file) const {
+  try {
+    return files_.exists(file);
+  } catch (const FileError&) {
+    return false;
+  }
+}
+
+// Of what has changed: whether notes of others have. Own files are looked at only now, since the
+// write of one may be told before it has come to its end.
+bool DataDirWatcher::takeForeign() {
+  bool hasNotes = std::exchange(isAnyNote_, false);
+  isUnsettled_ = isUnsettled_ || hasNotes;
+  for (const fs::path& file : std::exchange(changed_, {})) {
+    const auto number = DiskPaths::seqNumber(file.filename().string());
+    const bool isNote = number && *number >= 1;
+    const bool isForeign = isNote ? !own_.isAsLeft(file) : isThere(file);
+    isUnsettled_ = isUnsettled_ || isForeign;
+    hasNotes = hasNotes || (isNote && (isForeign || isForOthers(*number)));
+  }
+  return hasNotes;
 }
 
 // Later events don't put it off.
@@ -146,7 +186,16 @@ void DataDirWatcher::notify() {
   fire_ = timers_.after(debounce, [this] {
     if (!fire_) return;  // stopped meanwhile
     fire_.reset();
-    observer_.onExternalWrite();
+    if (takeForeign()) observer_.onExternalWrite();
+  });
+}
+
+// Later events do.
+void DataDirWatcher::awaitQuiet() {
+  quiet_ = timers_.after(quietInterval, [this] {
+    if (!quiet_) return;
+    quiet_.reset();
+    if (std::exchange(isUnsettled_, false)) observer_.onQuiet();
   });
 }
 

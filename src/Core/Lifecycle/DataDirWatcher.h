@@ -6,8 +6,10 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
+#include "Core/Lifecycle/OwnWrites.h"
 #include "Core/Storage/StoreContext.h"
 #include "Platform/Concurrency/QueueTimers.h"
 #include "Platform/Concurrency/SerialQueue.h"
@@ -16,14 +18,16 @@
 
 namespace nomely {
 
-// Notices notes that other programs wrote, in the numbers that are left to them, and that the root
-// was replaced or is gone. Opens no file. Any thread may call it; it does nothing there but wait
+// Notices notes that other programs wrote, other processes of this one among them, and that the
+// root was replaced or is gone. In the numbers that are left to other programs this one's own
+// writes are told of, too. Opens no file. Any thread may call it; it does nothing there but wait
 // for its queue.
 class DataDirWatcher {
  public:
   static constexpr std::int64_t firstNumber = 901;
   static constexpr std::int64_t lastNumber = 999;
   static constexpr std::chrono::milliseconds debounce{800};
+  static constexpr std::chrono::seconds quietInterval{2};
   static constexpr std::chrono::seconds retryInterval{30};
 
   // What is told, on the watcher's queue.
@@ -34,6 +38,9 @@ class DataDirWatcher {
     std::function<void()> onRootReplaced = [] {};
     // There is no folder, or none any more.
     std::function<void()> onRootMissing = [] {};
+    // Another program wrote in the days' folders, notes or what may be meant for some, and nobody
+    // has since for a while.
+    std::function<void()> onQuiet = [] {};
   };
 
   // What is referred to must outlive it. Starts nothing.
@@ -63,8 +70,11 @@ class DataDirWatcher {
   [[nodiscard]] std::optional<FolderIdentity> presentRoot() const;
   Root tellOf(const std::optional<FolderIdentity>& found);
   void enqueue(const FileEventBatch& batch);
-  [[nodiscard]] bool isRelevant(const std::filesystem::path& file) const;
+  [[nodiscard]] bool isInDay(const std::filesystem::path& file) const;
+  [[nodiscard]] bool isThere(const std::filesystem::path& file) const;
+  [[nodiscard]] bool takeForeign();
   void notify();
+  void awaitQuiet();
 
   std::filesystem::path root_;
   FileManager files_;
@@ -79,9 +89,14 @@ class DataDirWatcher {
   bool isStarted_ = false;
   bool hasFailed_ = false;  // which is logged once
   std::unique_ptr<FileEventStream> stream_;
-  std::optional<FolderIdentity> watched_;  // by the stream, from its start on
-  Timers::Timer fire_;                     // the notification to come
+  std::optional<FolderIdentity> watched_;    // by the stream, from its start on
+  std::set<std::filesystem::path> changed_;  // Markdown files, told since the last notification
+  bool isAnyNote_ = false;                   // others' notes may have changed since then
+  bool isUnsettled_ = false;                 // others have written since the last quiet
+  Timers::Timer fire_;                       // the notification to come
+  Timers::Timer quiet_;
   Timers::Timer look_;
+  OwnWrites own_;  // told of writes on any thread
 };
 
 }  // namespace nomely

@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "Core/Extensions/EngineNames.h"
 #include "Core/Extensions/PathNames.h"
 #include "Core/Lifecycle/Maintenance/DataMigrator.h"
 #include "Core/Lifecycle/Maintenance/OrphanAttachmentFinder.h"
@@ -325,6 +326,7 @@ void RootInspector::inspectTree(const std::filesystem::path& folder, int depth,
 
 void RootInspector::inspectEntry(const std::filesystem::path& folder, const DirectoryEntry& entry,
                                  int depth, Report& report) const {
+  if (EngineNames::isAny(entry.name)) return;
   const std::filesystem::path path = folder / entry.name;
   const auto relative = [&] { return path.lexically_relative(store_.paths().rootURL); };
   if (entry.type == FileType::regular && FileManager::isTemporaryName(entry.name))

@@ -91,6 +91,11 @@ DiskSignature DiskSignature::read(const StoreContext& context, JobPool& jobs,
                                   const Visitor& visitor) {
   std::vector<Day> days = daysIn(context);
   std::ranges::sort(days);
+  return readDays(context, jobs, days, visitor);
+}
+
+DiskSignature DiskSignature::readDays(const StoreContext& context, JobPool& jobs,
+                                      const std::vector<Day>& days, const Visitor& visitor) {
   if (visitor.begin) visitor.begin(days.size());
 
   std::vector<Files> stamps(days.size());
@@ -106,6 +111,32 @@ DiskSignature DiskSignature::read(const StoreContext& context, JobPool& jobs,
     if (!stamps[i].empty())
       signature.days_.emplace_hint(signature.days_.end(), days[i], std::move(stamps[i]));
   return signature;
+}
+
+std::optional<std::vector<Day>> DiskSignature::differences(const DiskSignature& other,
+                                                           std::size_t most) const {
+  std::vector<Day> days;
+  auto left = days_.begin();
+  auto right = other.days_.begin();
+  while (left != days_.end() || right != other.days_.end()) {
+    const bool isOnlyRight =
+        left == days_.end() || (right != other.days_.end() && right->first < left->first);
+    const bool isOnlyLeft =
+        !isOnlyRight && (right == other.days_.end() || left->first < right->first);
+    if (isOnlyRight)
+      days.push_back((right++)->first);
+    else if (isOnlyLeft)
+      days.push_back((left++)->first);
+    else if (const Day day = left->first; (left++)->second != (right++)->second)
+      days.push_back(day);
+    if (days.size() > most) return std::nullopt;
+  }
+  return days;
+}
+
+void DiskSignature::replaceDays(const std::vector<Day>& days, DiskSignature&& other) {
+  for (const Day day : days) days_.erase(day);
+  days_.merge(other.days_);
 }
 
 void DiskSignature::set(Day day, const std::string& fileName,

@@ -52,6 +52,16 @@ class DiskSignature {
   [[nodiscard]] static DiskSignature read(const StoreContext& context, JobPool& jobs,
                                           const Visitor& visitor);
 
+  // The same of these days alone, which ascend; `day` gets their indices among them.
+  [[nodiscard]] static DiskSignature readDays(const StoreContext& context, JobPool& jobs,
+                                              const std::vector<Day>& days, const Visitor& visitor);
+
+  // The days for which the two differ, ascending. Absent when there are more than `most`.
+  [[nodiscard]] std::optional<std::vector<Day>> differences(const DiskSignature& other,
+                                                            std::size_t most) const;
+  // Takes over what `other` has of these days.
+  void replaceDays(const std::vector<Day>& days, DiskSignature&& other);
+
   // Sets the stamp of one memo file; absent removes it.
   void set(Day day, const std::string& fileName, const std::optional<FileStamp>& stamp);
 

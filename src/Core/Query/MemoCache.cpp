@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <ranges>
 
 namespace nomely {
@@ -110,6 +111,18 @@ std::shared_ptr<const MemoCache> MemoCache::with(Memo memo, Day date) const {
   const auto place = std::ranges::find_if(memos, isLater);
   memos.insert(place, std::make_shared<IndexedMemo>(std::move(memo)));
   return replacing(isFirst ? pieces : std::span(piece, 1), date, memos);
+}
+
+std::shared_ptr<const MemoCache> MemoCache::withDays(const std::vector<Day>& days,
+                                                     Days memos) const {
+  std::ranges::copy_if(days_, std::back_inserter(memos), [&](const auto& piece) {
+    return !std::ranges::binary_search(days, piece->date());
+  });
+  std::erase(memos, nullptr);
+  std::ranges::stable_sort(memos, std::greater(), [](const auto& piece) { return piece->date(); });
+  auto changed = std::make_shared<MemoCache>(std::move(memos));
+  changed->filtersClaimed_ = filtersClaimed_.load();
+  return changed;
 }
 
 std::shared_ptr<const MemoCache> MemoCache::without(Day date, std::int64_t seqNumber) const {

@@ -101,6 +101,9 @@ class MemoCache {
   // order.
   [[nodiscard]] std::shared_ptr<const MemoCache> with(Memo memo, Day date) const;
   [[nodiscard]] std::shared_ptr<const MemoCache> without(Day date, std::int64_t seqNumber) const;
+  // With `memos`, each all of a day or null, in place of what it has of these days, which ascend.
+  [[nodiscard]] std::shared_ptr<const MemoCache> withDays(const std::vector<Day>& days,
+                                                          Days memos) const;
 
  private:
   // The pieces of that day in `days_`; where it would be inserted when there is none.

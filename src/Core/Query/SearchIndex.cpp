@@ -5,6 +5,7 @@
 #include <ranges>
 #include <span>
 #include <thread>
+#include <utility>
 
 #include "Core/Query/SearchQuery.h"
 #include "Core/Storage/MemoStore.h"
@@ -147,6 +148,7 @@ void SearchIndex::invalidateCache() {
 }
 
 bool SearchIndex::rebuildIfDiskChanged() {
+  constexpr std::size_t mostDays = 64;  // more are read as quickly with all the rest
   Cache old;
   for (;;) {
     std::uint64_t noted = 0;
@@ -155,15 +157,39 @@ bool SearchIndex::rebuildIfDiskChanged() {
       if (!cache_) return false;
       noted = generation_;
     }
-    const DiskSignature signature = DiskSignature::read(context_, jobs_, {});
+    const DiskSignature present = DiskSignature::read(context_, jobs_, {});
+    std::vector<Day> days;
+    {
+      const std::lock_guard lock(lock_);
+      if (generation_ != noted) continue;
+      const auto differing = builtSignature_->differences(present, mostDays);
+      if (!differing) {
+        ++generation_;
+        old.swap(cache_);
+        builtSignature_.reset();
+        return true;
+      }
+      if (differing->empty()) return false;
+      days = *differing;
+    }
+    DiskSignature signature;
+    MemoCache::Days memos = readDays(days, signature);
     const std::lock_guard lock(lock_);
     if (generation_ != noted) continue;
-    if (builtSignature_ == signature) return false;
     ++generation_;
-    old.swap(cache_);
-    builtSignature_.reset();
+    old = std::exchange(cache_, cache_->withDays(days, std::move(memos)));
+    builtSignature_->replaceDays(days, std::move(signature));
     return true;
   }
+}
+
+MemoCache::Days SearchIndex::readDays(const std::vector<Day>& days,
+                                      DiskSignature& signature) const {
+  MemoCache::Days memos(days.size());
+  signature = DiskSignature::readDays(
+      context_, jobs_, days,
+      {.day = [&](DiskSignature::DayFiles& files) { memos[files.index] = readDay(files); }});
+  return memos;
 }
 
 void SearchIndex::warmUp(std::function<void()> completion) {

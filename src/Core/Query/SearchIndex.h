@@ -57,8 +57,8 @@ class SearchIndex {
   void removeMemo(Day date, std::int64_t seqNumber);
   // To be called after many files changed: drops the cache.
   void invalidateCache();
-  // Compares the stamps of all memo files with those of the cache and drops the cache when they
-  // differ; returns whether it did.
+  // Compares the stamps of all memo files with those of the cache. Where they differ, reads the
+  // days that they are of anew, or drops the cache when those are many; returns whether they did.
   bool rebuildIfDiskChanged();
 
   // Whether the next reader finds it built.
@@ -81,6 +81,9 @@ class SearchIndex {
   // The cache, built if need be.
   [[nodiscard]] Cache ensureCache();
   [[nodiscard]] Built build() const;
+  // Memos of these days, which ascend; null stands for a day without any.
+  [[nodiscard]] MemoCache::Days readDays(const std::vector<Day>& days,
+                                         DiskSignature& signature) const;
   [[nodiscard]] Cache cached() const;
   // Starts a background job that makes the cache's Bloom filters, once for each cache.
   void makeFilters(const Cache& cache);

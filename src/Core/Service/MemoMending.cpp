@@ -34,7 +34,7 @@ std::optional<Memo> MemoService::mend(Day day, std::int64_t seqNumber) const {
     if (!found) return std::nullopt;
     Memo memo = MemoFile::parsed(found->mended.content, seqNumber);
     const bool isNameless = memo.memoId.value_or("").empty();
-    if (isNameless) memo.memoId = Memo::makeMemoId();
+    if (isNameless) memo.memoId = identityOfNameless(day, seqNumber);
     versions_.keepBytes(*memo.memoId, found->content, found->permissions);
     if (isNameless)
       days_.memoStore().write(memo, day);

@@ -1,6 +1,7 @@
 #include "Core/Service/MemoService.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "Core/Extensions/DateFormatters.h"
@@ -33,6 +34,16 @@ void renameKey(std::map<std::string, Value>& values, const std::string& from,
   }
 }
 
+// A clock that is a little behind another machine's must not make a change older than what was
+// changed: of two texts of a note the later one stays.
+void dateAfter(const Memo& current, Memo& changed) {
+  if (changed.updatedAt == current.updatedAt || !changed.updatedAt || !current.updatedAt) return;
+  const auto before = DateFormatters::parseTimestamp(*current.updatedAt);
+  const auto after = DateFormatters::parseTimestamp(*changed.updatedAt);
+  if (before && after && *after < *before && *before - *after < std::chrono::days(1))
+    changed.updatedAt = DateFormatters::timestamp(*before + std::chrono::seconds(1));
+}
+
 std::vector<MemoService::IncomingFile> incoming(const std::vector<std::filesystem::path>& files) {
   std::vector<MemoService::IncomingFile> all;
   all.reserve(files.size());
@@ -61,7 +72,8 @@ void MemoService::keepOriginal(Day day, std::int64_t seqNumber, const std::strin
 
 void MemoService::adopt(Day day, const Memo& current, Memo& changed) const {
   const bool isNameless = current.memoId.value_or("").empty();
-  if (isNameless && changed.memoId.value_or("").empty()) changed.memoId = Memo::makeMemoId();
+  if (isNameless && changed.memoId.value_or("").empty())
+    changed.memoId = identityOfNameless(day, current.seqNumber);
   keepOriginal(day, current.seqNumber, *changed.memoId);
   if (!isNameless) return;
   // With its identity in the file the next step finds the old text a place in its history.
@@ -83,6 +95,7 @@ Memo MemoService::commit(Day day, const Memo& memo, const std::optional<Memo>& e
     if (expected && !isUpgraded && !isStoredAs(current, *expected))
       throw WriteError(WriteError::Kind::conflict);
     stored.body = std::string(MemoFrontmatterParser::bodyAsRead(memo.body));
+    dateAfter(current, stored);
     adopt(day, current, stored);
     days_.commitMemo(stored, day, std::nullopt);
     return stored;

@@ -11,6 +11,7 @@
 
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/DayStore.h"
+#include "Core/Storage/DerivedIdentity.h"
 #include "Core/Storage/TrashStore.h"
 #include "Core/Storage/VersionStore.h"
 
@@ -130,6 +131,20 @@ class MemoService {
     explicit InTrashError(const std::string& trashSubdir);
   };
 
+  // The identity of what the program makes by itself on that day: another machine gives it the same
+  // (DerivedIdentity), unless a note that was made of the same once has it by now.
+  [[nodiscard]] std::string identityFor(Day day, std::string_view kind,
+                                        DerivedIdentity::Parts parts) const;
+  // Where a note of that identity stands, or the first that may; absent where none does. Reads the
+  // notes of all days. Throws FileError.
+  [[nodiscard]] std::optional<MemoPlace> placeOf(const std::string& memoId) const;
+  // The memo of that identity that lies in the trash, in a folder whose name begins with `prefix`.
+  // Throws FileError.
+  [[nodiscard]] std::optional<Memo> trashedMemo(const std::string& memoId,
+                                                const std::string& prefix = {}) const;
+  // Of a note that has none in its file. Throws FileError.
+  [[nodiscard]] std::string identityOfNameless(Day day, std::int64_t seqNumber) const;
+
   // Makes a memo file readable that is not for its line ends, a byte order mark or a missing
   // header; its bytes as they were are kept beside its history. Absent when it can be read, or
   // can't be mended like that.
@@ -141,6 +156,7 @@ class MemoService {
   static void addTagsIn(std::string_view text, std::vector<std::string>& tags);
 
  private:
+  [[nodiscard]] bool isTaken(const std::string& memoId, Day day) const;
   // The newest day with a file that can't be read and has the identity in its text.
   [[nodiscard]] std::optional<Day> dayOfUnreadable(const std::string& memoId) const;
   [[nodiscard]] MemoPlace placeFor(const VersionEntry& version, const std::string& memoId) const;

@@ -4,6 +4,7 @@
 #include <functional>
 #include <limits>
 
+#include "Core/Extensions/DateFormatters.h"
 #include "Core/Extensions/PathNames.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/MemoStamp.h"
@@ -146,6 +147,8 @@ Memo DayStore::createMemo(Day day, NewMemo content) const {
     memo.originalNames = std::move(content.originalNames);
     memo.audioTranscripts = std::move(content.audioTranscripts);
     stampAsNew(memo, context_.clock);
+    if (content.memoId) memo.memoId = std::move(content.memoId);
+    if (content.made) memo.createdAt = memo.updatedAt = DateFormatters::timestamp(*content.made);
     place(memo, day, [&] { return memoStore_.create(memo, day); });
     return memo;
   });
@@ -170,9 +173,13 @@ void DayStore::updateMemo(const Memo& memo, Day day, const std::optional<Memo>& 
 
 void DayStore::commitMemo(const Memo& memo, Day day, const std::optional<Memo>& expected) const {
   context_.write([&] {
+    // The gate keeps other writers of ours out, but not programs that synchronise the root.
+    const auto former = context_.files.attributes(context_.paths.memoFile(day, memo.seqNumber),
+                                                  LinkPolicy::noFollow);
     validateUpdate(memo, day, expected);
     VersionStore(context_).saveIfNeeded(day, memo.seqNumber, memo);
-    memoStore_.write(memo, day);
+    if (!former) throw WriteError(WriteError::Kind::missingMemo);
+    memoStore_.write(memo, day, *former);
   });
 }
 
@@ -230,6 +237,18 @@ void DayStore::trashUnnamedFiles(const std::vector<std::string>& names, Day day)
   }
 }
 
+// The clock of the machine that wrote the former file may be ahead of this one's.
+void DayStore::dateAfter(Moment former, const std::filesystem::path& file) const {
+  if (context_.clock.now() > former + distinctTimes) return;
+  try {
+    if (const auto opened = context_.files.fileSystem().open(file, FileSystem::OpenMode::append,
+                                                             LinkPolicy::noFollow))
+      opened->setModified(former + distinctTimes + std::chrono::seconds(1));
+  } catch (const FileError& error) {
+    logFailure("moveMemo", error);
+  }
+}
+
 Memo DayStore::moveMemo(const Memo& memo, Day from, Day to) const {
   return context_.write([&] {
     const Memo current = memoStore_.validateUnchanged(memo, from);
@@ -245,7 +264,9 @@ Memo DayStore::moveMemo(const Memo& memo, Day from, Day to) const {
                                           {.fallbackDate = from, .destinationDate = to});
     place(moved, to,
           [&] { return memoStore_.createAs(moved, to, *content, attributes->permissions); });
+    dateAfter(attributes->modified, context_.paths.memoFile(to, moved.seqNumber));
     try {
+      if (context_.files.read(file) != content) throw WriteError(WriteError::Kind::conflict);
       memoStore_.remove(from, memo.seqNumber);
     } catch (...) {
       withdraw(moved, to, file);

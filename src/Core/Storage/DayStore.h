@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -33,6 +34,10 @@ class DayStore {
     // By who knows the day's next number and saves the look; taken ones are passed over. Absent:
     // nextSeqNumber.
     std::optional<std::int64_t> nextNumber = {};
+    // Of what the program makes by itself, so that another machine makes the same. Absent: an
+    // identity of its own, made now.
+    std::optional<std::string> memoId = {};
+    std::optional<Moment> made = {};
   };
 
   explicit DayStore(StoreContext context);
@@ -88,6 +93,9 @@ class DayStore {
   // Until the old file goes both stand, so that a failure leaves the memo twice rather than not at
   // all. A failure to list the old day is reported when the move has happened.
   [[nodiscard]] Memo moveMemo(const Memo& memo, Day from, Day to) const;
+  // The new file's time is later than the old one's by more than this, which file systems may round
+  // away: should both be seen, it tells which of them the note has been moved to.
+  static constexpr std::chrono::seconds distinctTimes{2};
 
   // Moves those of the files that no memo of the day names to the attachment trash; none of them
   // when a memo of the day can't be read. A file that can't be moved is logged. Throws FileError
@@ -104,6 +112,8 @@ class DayStore {
   void place(Memo& memo, Day day, Create create) const;
   // Undoes a move: removes the memo's new file when its old one still exists. Never throws.
   void withdraw(const Memo& moved, Day to, const std::filesystem::path& oldFile) const;
+  // Makes a file's time distinctly later than `former`.
+  void dateAfter(Moment former, const std::filesystem::path& file) const;
 
   StoreContext context_;
   MemoStore memoStore_;

@@ -20,20 +20,18 @@
 namespace nomely {
 namespace {
 
-constexpr std::string_view quickInputName = "quick-input.json";
-constexpr std::string_view corruptMark = ".json.corrupt-";
-
 bool isFocusName(std::string_view name) {
-  return name.starts_with("focus-") && name.ends_with(".json");
+  return name.starts_with(DraftStore::focusPrefix) && name.ends_with(".json");
 }
 
 bool isDraftName(std::string_view name) {
-  return name == quickInputName || (isFocusName(name) && name.find('/') == std::string_view::npos);
+  return name == DraftStore::quickInputName ||
+         (isFocusName(name) && name.find('/') == std::string_view::npos);
 }
 
 bool canBeDecoded(const std::filesystem::path& file, std::string_view bytes) {
-  return file.filename() == quickInputName ? DraftCoding::quickInput(bytes).has_value()
-                                           : DraftCoding::focus(bytes).has_value();
+  return file.filename() == DraftStore::quickInputName ? DraftCoding::quickInput(bytes).has_value()
+                                                       : DraftCoding::focus(bytes).has_value();
 }
 
 template <typename Draft>

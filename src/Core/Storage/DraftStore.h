@@ -27,6 +27,11 @@ namespace nomely {
 // wrote is another's, and stays. Safe on any thread; copies share what waits.
 class DraftStore {
  public:
+  // Names of files in .drafts, and what is put behind the name of one that can't be decoded.
+  static constexpr std::string_view quickInputName = "quick-input.json";
+  static constexpr std::string_view focusPrefix = "focus-";
+  static constexpr std::string_view corruptMark = ".json.corrupt-";
+
   // `machineFolder` is where drafts wait for the root; empty: in memory alone.
   explicit DraftStore(StoreContext context, const std::filesystem::path& machineFolder = {});
 

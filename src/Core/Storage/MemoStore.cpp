@@ -46,6 +46,19 @@ void MemoStore::write(const Memo& memo, Day day) const {
   });
 }
 
+void MemoStore::write(const Memo& memo, Day day, const FileAttributes& former) const {
+  context_.write([&] {
+    const Memo stored = asRead(memo);
+    context_.prepareFolder(context_.paths.dayFolder(day));
+    const bool isWritten = changing([&] {
+      return context_.files.replaceAtomically(fileOf(memo, day), MemoFile::contentOf(stored),
+                                              former);
+    });
+    if (!isWritten) throw WriteError(WriteError::Kind::conflict);
+    context_.gate.changes().announceWritten(stored, day);
+  });
+}
+
 void MemoStore::writeAs(const Memo& memo, Day day, std::string_view content) const {
   context_.write([&] {
     context_.prepareFolder(context_.paths.dayFolder(day));

@@ -25,6 +25,9 @@ class MemoStore {
   // Puts the memo under its number, replacing what is there; a replaced file's permissions are
   // kept. Throws FileError, YamlError, WriteError.
   void write(const Memo& memo, Day day) const;
+  // The same in place of the file that had these attributes (LinkPolicy::noFollow). Throws
+  // WriteError (conflict) when another program has written there since.
+  void write(const Memo& memo, Day day, const FileAttributes& former) const;
   // Like write, with `content` as the bytes of the file.
   void writeAs(const Memo& memo, Day day, std::string_view content) const;
   // Like write for a new memo. Returns false, with nothing written, when the number is taken.

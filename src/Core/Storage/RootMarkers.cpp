@@ -1,6 +1,7 @@
 #include "Core/Storage/RootMarkers.h"
 
 #include <algorithm>
+#include <array>
 
 #include <fmt/format.h>
 
@@ -12,6 +13,7 @@ namespace {
 constexpr std::string_view madeHere = "madeHere";
 constexpr std::string_view colorSpansCleaned = "didCleanColorSpans_v1";
 constexpr std::string_view migratedVersion = "nomely.lastMigratedSchemaVersion";
+constexpr std::array all{madeHere, colorSpansCleaned, migratedVersion};
 constexpr std::string_view set = "true\n";
 // Far more than any marker has.
 constexpr std::uint64_t longestValue = 64;  // bytes
@@ -20,6 +22,10 @@ constexpr std::uint64_t longestValue = 64;  // bytes
 
 std::filesystem::path RootMarkers::fileOf(std::string_view marker) const {
   return paths_.metaFolder() / marker;
+}
+
+std::span<const std::string_view> RootMarkers::names() {
+  return all;
 }
 
 bool RootMarkers::isMadeHere() const {

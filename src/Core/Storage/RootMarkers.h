@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -31,6 +32,9 @@ class RootMarkers {
   void setMigratedSchemaVersion(std::int64_t version) const;
   // For a root whose memos have been replaced by others.
   void forgetMigratedSchemaVersion() const;
+
+  // The names of the markers.
+  [[nodiscard]] static std::span<const std::string_view> names();
 
  private:
   [[nodiscard]] std::filesystem::path fileOf(std::string_view marker) const;

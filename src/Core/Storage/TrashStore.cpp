@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <functional>
 #include <limits>
 
@@ -10,6 +11,7 @@
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Storage/AttachmentManager.h"
 #include "Core/Storage/MemoFile.h"
+#include "Core/Storage/SyncedFolder.h"
 #include "Core/Storage/VersionStore.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
@@ -97,9 +99,10 @@ std::int64_t TrashStore::restoreMemo(const TrashEntry& entry) const {
                                     ? restoreMemoFile(entry, folder)
                                     : entry.memo.seqNumber;
     if (context_.files.isDirectory(folder / attachmentsName))
-      restoreAttachments(entry.originalDate, folder / attachmentsName);
+      restoreAttachments(entry.originalDate, folder / attachmentsName,
+                         holdsOthers(folder) ? &entry.memo : nullptr);
     try {
-      context_.files.removeTree(folder);
+      removeEntry(folder);
     } catch (const FileError& error) {
       // The memo is back; what is left of its folder shows no entry without its memo file.
       logFailure("restoreMemo", error);
@@ -130,11 +133,14 @@ std::int64_t TrashStore::restoreMemoFile(const TrashEntry& entry,
   }
 }
 
-void TrashStore::restoreAttachments(Day day, const std::filesystem::path& folder) const {
+void TrashStore::restoreAttachments(Day day, const std::filesystem::path& folder,
+                                    const Memo* only) const {
   const std::filesystem::path dayFolder = context_.paths.dayFolder(day);
   context_.prepareFolder(dayFolder);
   for (const DirectoryEntry& file : context_.files.listAll(folder)) {
     if (FileManager::isTemporaryName(file.name)) continue;
+    if (only && std::ranges::find(only->attachments, file.name) == only->attachments.end())
+      continue;
     if (!context_.files.exists(dayFolder / file.name)) {
       context_.files.moveFile(folder / file.name, dayFolder / file.name);
       continue;
@@ -145,6 +151,22 @@ void TrashStore::restoreAttachments(Day day, const std::filesystem::path& folder
     // The entry's folder goes with what is left in it; this is not to be lost with it.
     AttachmentManager(context_).discard(folder / file.name);
   }
+}
+
+bool TrashStore::holdsOthers(const std::filesystem::path& folder) const {
+  return std::ranges::any_of(context_.files.listVisible(folder), [](const DirectoryEntry& entry) {
+    return entry.name != memoFileName && entry.name != metaFileName &&
+           entry.name != attachmentsName && !FileManager::isTemporaryName(entry.name);
+  });
+}
+
+// Another machine may have given another memo the same folder, which a program that synchronises
+// the two has put beside this one.
+void TrashStore::removeEntry(const std::filesystem::path& folder) const {
+  if (context_.files.isDirectory(folder) && holdsOthers(folder))
+    context_.files.removeFile(folder / memoFileName);
+  else
+    context_.files.removeTree(folder);
 }
 
 std::filesystem::path TrashStore::pathOf(const std::string& trashSubdir) const {
@@ -161,7 +183,7 @@ void TrashStore::finishInterrupted() const {
         return !context_.files.exists(folder / metaFileName) ||
                !context_.files.exists(folder / memoFileName);
       };
-      if (!parseFolderName(entry.name) || !isInterrupted()) continue;
+      if (!parseFolderName(entry.name) || !isInterrupted() || mayBeOnItsWay(folder)) continue;
       // Outside the gate it might be another process's, and under way.
       context_.write([&] {
         if (context_.files.isDirectory(folder) && isInterrupted()) finish(folder);
@@ -170,6 +192,13 @@ void TrashStore::finishInterrupted() const {
   } catch (const Error& error) {
     logFailure("finishInterrupted", error);
   }
+}
+
+bool TrashStore::mayBeOnItsWay(const std::filesystem::path& folder) const {
+  constexpr std::chrono::days longest{1};
+  const auto attributes = context_.files.attributes(folder);
+  return attributes && context_.clock.now() - attributes->modified < longest &&
+         SyncedFolder(context_).isSynced();
 }
 
 // A memo that was moved out stays trashed. One that never was, or is back, has its files back too.
@@ -188,16 +217,29 @@ void TrashStore::finish(const std::filesystem::path& folder) const {
 
 void TrashStore::deleteVersions(const TrashEntry& entry) const {
   // Without an identity it has none, and its number may be another memo's by now.
-  if (!entry.memo.memoId) return;
+  if (!entry.memo.memoId || standsAgain(entry)) return;
   VersionStore(context_).deleteAllVersions(entry.originalDate, entry.memo.seqNumber,
                                            entry.memo.memoId);
+}
+
+// Where one machine threw a note away and another one went on writing it, the history is that of
+// the note which stands. Both have had one place, so it is looked for there and where it stood
+// last.
+bool TrashStore::standsAgain(const TrashEntry& entry) const {
+  const std::string& memoId = *entry.memo.memoId;
+  const auto isOn = [&](Day day) {
+    return std::ranges::any_of(days_.listMemos(day),
+                               [&](const Memo& memo) { return memo.memoId == memoId; });
+  };
+  const auto last = VersionStore(context_).lastPlaceOf(memoId);
+  return isOn(entry.originalDate) || (last && last->day != entry.originalDate && isOn(last->day));
 }
 
 void TrashStore::deleteTrashEntries(const std::vector<TrashEntry>& entries) const {
   context_.write([&] {
     for (const TrashEntry& entry : entries) {
       deleteVersions(entry);
-      context_.files.removeTree(pathOf(entry.trashSubdir));
+      removeEntry(pathOf(entry.trashSubdir));
     }
   });
 }

@@ -62,11 +62,13 @@ class TrashStore {
   [[nodiscard]] std::optional<TrashEntry> entryNamed(const std::string& name) const;
 
   // Finishes trashings that a crash cut short by writing the missing meta.txt. A failure is logged,
-  // and the next call tries again.
+  // and the next call tries again. In a synchronised root an entry that changed here within the
+  // last day is left as it is: the rest of it may be on its way.
   void finishInterrupted() const;
 
   // Both go through `entries` in order and throw at the first failure; what was done stays done.
-  // Deleting is for good and deletes the memos' versions too.
+  // Deleting is for good and deletes the memos' versions too, but for those of a note that another
+  // machine has brought back to its day.
   void deleteTrashEntries(const std::vector<TrashEntry>& entries) const;
   void restoreTrashEntries(const std::vector<TrashEntry>& entries) const;
   // Removes everything in the trash for good, the attachment trash included. Throws like contents.
@@ -81,14 +83,22 @@ class TrashStore {
   // Throws when the folder of all trash is a symbolic link.
   [[nodiscard]] std::vector<DirectoryEntry> foldersOfTrash() const;
   [[nodiscard]] std::optional<TrashEntry> readEntry(const std::string& name) const;
+  [[nodiscard]] bool mayBeOnItsWay(const std::filesystem::path& folder) const;
   // Brings one folder that was left half-way to the end. In the gate.
   void finish(const std::filesystem::path& folder) const;
   void writeMeta(const std::filesystem::path& folder, const MemoPlace& origin) const;
   void moveAttachments(const Memo& memo, Day day, const std::filesystem::path& folder) const;
   void undoTrashing(const Memo& memo, Day day, const std::filesystem::path& folder) const noexcept;
   std::int64_t restoreMemoFile(const TrashEntry& entry, const std::filesystem::path& folder) const;
-  void restoreAttachments(Day day, const std::filesystem::path& folder) const;
+  // `only`: the memo whose files alone are meant; null for all.
+  void restoreAttachments(Day day, const std::filesystem::path& folder,
+                          const Memo* only = nullptr) const;
+  // Whether files lie beside the memo that aren't its own.
+  [[nodiscard]] bool holdsOthers(const std::filesystem::path& folder) const;
+  // Removes the memo and, unless others lie there, the folder with it.
+  void removeEntry(const std::filesystem::path& folder) const;
   void deleteVersions(const TrashEntry& entry) const;
+  [[nodiscard]] bool standsAgain(const TrashEntry& entry) const;
 
   StoreContext context_;
   DayStore days_;

@@ -9,6 +9,7 @@
 
 #include "Core/Extensions/PathNames.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
+#include "Core/Storage/DerivedIdentity.h"
 #include "Core/Storage/WriteError.h"
 
 namespace nomely {
@@ -21,6 +22,9 @@ std::string secondsText(Moment moment) {
   const std::int64_t count = std::max<std::int64_t>(moment.time_since_epoch().count(), 0);
   return fmt::format("{}.{:06}", count / perSecond, count % perSecond);
 }
+
+// The first digits of a UUID that is not drawn.
+constexpr std::string_view removalMark = "00000000";
 
 struct Aged {
   std::optional<Moment> timestamp;
@@ -104,6 +108,45 @@ void VersionStore::prune(const std::filesystem::path& added) const {
   for (std::size_t i = maxVersions_; i < snapshots.size(); ++i)
     if (snapshots[i].name != added.filename())
       context_.files.removeFile(added.parent_path() / snapshots[i].name);
+}
+
+void VersionStore::keepState(std::string_view memoId, const ForeignState& state, Kept as) const {
+  context_.write([&] {
+    const std::filesystem::path folder = identityDirectory(memoId);
+    const std::string_view extension = as == Kept::asOriginal ? "original" : "md";
+    context_.prepareFolder(folder);
+    for (const DirectoryEntry& entry : context_.files.listVisible(folder))
+      if (pathExtension(entry.name) == extension &&
+          (as != Kept::ofRemoval || isOfRemoval(entry.name)) &&
+          context_.files.read(folder / entry.name) == state.content)
+        return;
+    const auto nameOf = [&](std::string_view kind) {
+      std::string uuid = DerivedIdentity::uuid(kind, {state.content});
+      if (as == Kept::ofRemoval) uuid.replace(0, removalMark.size(), removalMark);
+      return fmt::format("{}_{}.{}", secondsText(state.written), uuid, extension);
+    };
+    // A damaged file may have its name.
+    for (std::string kind = "version";
+         !context_.files.createAtomically(folder / nameOf(kind), state.content, state.permissions);)
+      kind += " again";
+  });
+}
+
+bool VersionStore::isOfRemoval(std::string_view name) {
+  const std::size_t dash = name.find('_');
+  return dash != std::string_view::npos && name.substr(dash + 1).starts_with(removalMark);
+}
+
+bool VersionStore::keepAttachment(std::string_view memoId,
+                                  const std::filesystem::path& file) const {
+  return context_.write([&] {
+    const std::filesystem::path folder = identityDirectory(memoId) / "attachments";
+    const std::filesystem::path kept = folder / file.filename();
+    if (context_.files.exists(kept)) return context_.files.contentsEqual(file, kept);
+    context_.prepareFolder(folder);
+    context_.files.copyFile(file, kept);
+    return true;
+  });
 }
 
 bool VersionStore::isSafeFilename(std::string_view name) {

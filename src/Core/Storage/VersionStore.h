@@ -39,6 +39,8 @@ class MissingAttachmentError : public Error {
 class VersionStore {
  public:
   static constexpr std::size_t defaultMaxVersions = 20;
+  // Beside the snapshots, which don't say where their memo stood.
+  static constexpr const char* placeFileName = "place.txt";
 
   explicit VersionStore(StoreContext context, std::size_t maxVersions = defaultMaxVersions);
 
@@ -58,6 +60,28 @@ class VersionStore {
   bool keepOriginal(Day day, std::int64_t seqNumber, std::string_view memoId) const;
   // Keeps `content` in the same way, without the test whether writing would drop something.
   bool keepBytes(std::string_view memoId, std::string_view content, unsigned permissions) const;
+
+  // A state of a memo that came from another machine.
+  struct ForeignState {
+    std::string_view content;  // of its file
+    Moment written;            // which a list of the memo's versions shows
+    unsigned permissions = 0600;
+  };
+  enum class Kept {
+    asSnapshot,
+    asOriginal,
+    ofRemoval,  // a snapshot of its own, though its bytes be kept: see isOfRemoval
+  };
+  // Keeps it, under a name that is drawn from what it holds: every machine that keeps it makes the
+  // same file. The same bytes are kept once, and nothing is dropped for them. Through the gate.
+  void keepState(std::string_view memoId, const ForeignState& state, Kept as) const;
+  // Whether a snapshot's name says that the memo was taken from a place where its text stood twice.
+  [[nodiscard]] static bool isOfRemoval(std::string_view name);
+  // Keeps a copy of that file among the attachments of the memo's snapshots. False when there is
+  // another file of that name already. Through the gate.
+  [[nodiscard]] bool keepAttachment(std::string_view memoId,
+                                    const std::filesystem::path& file) const;
+
   // What keepOriginal kept of that memo, newest first; a folder that can't be listed has none.
   [[nodiscard]] std::vector<OriginalFile> originals(std::string_view memoId) const;
   // The bytes of one. Throws FileError.

@@ -14,8 +14,6 @@ namespace nomely {
 namespace {
 
 constexpr auto identitiesFolder = "by-id";
-// Snapshots themselves don't say where their memo stood.
-constexpr auto placeFileName = "place.txt";
 
 // A folder that can't be listed counts as empty.
 std::vector<DirectoryEntry> entriesOf(const FileManager& files,

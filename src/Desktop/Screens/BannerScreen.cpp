@@ -76,6 +76,7 @@ void BannerScreen::watchNotices() {
         }));
   };
   observe(Notifications::memoPassedOver, [this](const std::string& what) { tellUnreadable(what); });
+  observe(Notifications::notesSettled, [this](const std::string& text) { succeed(qt(text)); });
   observe(Notifications::originalKept, [this](const std::string& memoId) {
     if (std::exchange(hasToldOfOriginal_, true)) return;
     offer(tr("文件头里有 Nomely 不用的内容，改写前的原文件已留在历史里。"), tr("查看"),

@@ -308,27 +308,28 @@ void FocusEditorScreen::save() {
   if (memo.attachments.empty() && trimSpaceAndBreaks(utf8(editor_.text())).empty())
     return context_.navigation.fail(tr("正文是空的，没有保存。写点什么，或者删除这条笔记。"));
   MemoService::addTagsIn(utf8(editor_.text()), memo.tags);
-  if (isStoredAs(memo, opened_->base)) return finishSave(memo, nullptr);
-  // With an identity of its own the memo is stored just as it is here.
-  if (memo.memoId.value_or("").empty()) memo.memoId = Memo::makeMemoId();
+  if (isStoredAs(memo, opened_->base)) return finishSave(memo, memo, nullptr);
   memo.updatedAt = DateFormatters::timestamp(context_.clock.now());
   isSaving_ = true;
   say(tr("保存中…"));
   timeline_.saveMemoAsync(
       memo, opened_->date, opened_->base,
-      lifetime_.guard([this, memo, generation = ++generation_](const std::exception_ptr& failure) {
+      lifetime_.guard([this, memo, generation = ++generation_](const std::optional<Memo>& stored,
+                                                               const std::exception_ptr& failure) {
         isSaving_ = false;
-        if (generation == generation_) finishSave(memo, failure);
+        if (generation == generation_) finishSave(memo, stored, failure);
       }));
 }
 
-void FocusEditorScreen::finishSave(const Memo& memo, const std::exception_ptr& failure) try {
+void FocusEditorScreen::finishSave(const Memo& written, const std::optional<Memo>& stored,
+                                   const std::exception_ptr& failure) try {
   if (failure) std::rethrow_exception(failure);
-  const std::vector<std::string> gone = without(opened_->base.attachments, memo.attachments);
-  const bool isUntouched = shownText(memo.body) == editor_.text();
-  opened_->base = memo;
+  const std::vector<std::string> gone = without(opened_->base.attachments, written.attachments);
+  const bool isUntouched = shownText(written.body) == editor_.text();
+  // A memo without an identity has been given one.
+  opened_->base = stored.value();
   opened_->shown = isUntouched ? editor_.text() : QString();
-  tags_.set(memo.tags);
+  tags_.set(stored->tags);
   settle();
   // The draft goes, unless something was typed meanwhile.
   writer_.changed();

@@ -122,7 +122,8 @@ class FocusEditorScreen final : public QObject {
   [[nodiscard]] Memo written() const;
   [[nodiscard]] bool hasChanges() const;
   [[nodiscard]] DraftWriter::Write draftWrite();
-  void finishSave(const Memo& memo, const std::exception_ptr& failure);
+  void finishSave(const Memo& written, const std::optional<Memo>& stored,
+                  const std::exception_ptr& failure);
   void raise(Conflict conflict, const QString& text, std::optional<Memo> theirs);
   void settle();  // a conflict
   // From a failure to what is written here: tries again, or shows it from another page.

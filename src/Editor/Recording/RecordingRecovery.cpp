@@ -7,12 +7,27 @@
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Query/RootScan.h"
 #include "Core/Storage/DraftStore.h"
+#include "Core/Storage/SyncedFolder.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
 
 namespace nomely {
 namespace {
+
+// Where the folder of drafts is synchronised, too, another machine may find the same recording.
+std::string identityOf(const std::filesystem::path& recording, Day day, const MemoService& memos) {
+  const auto attributes = memos.context().files.attributes(recording);
+  return memos.identityFor(
+      day, "left recording",
+      {recording.filename().string(), std::to_string(attributes ? attributes->size : 0)});
+}
+
+// Whether a recording may be another machine's, which goes on with it: the lock doesn't travel.
+bool doDraftsTravel(const StoreContext& context) {
+  const SyncedFolder synced(context);
+  return synced.isBy(SyncedFolder::Engine::cloud) || !synced.gaps().empty();
+}
 
 class Recovery {
  public:
@@ -82,6 +97,8 @@ class Recovery {
     DayStore::NewMemo content{.tags = {MemoService::recordingTag}, .attachments = {*copy}};
     content.time = DateFormatters::timeOnly.format(recording.begun());
     content.originalNames[*copy] = recording.path().filename().string();
+    content.memoId = identityOf(recording.path(), day, memos_);
+    content.made = recording.begun();
     return RecordingRecovery::Recovered{day, memos_.create(day, std::move(content))};
   }
 
@@ -100,8 +117,10 @@ std::vector<RecordingRecovery::Recovered> RecordingRecovery::run(const MemoServi
   // Whoever opens the draft that it belongs to finds it there.
   const auto needed = drafts.pendingAttachmentReferences();
   if (!needed) return all;
+  const bool travels = doDraftsTravel(memos.context());
   for (LockedRecording& recording : LockedRecording::leftBehind(folder)) {
     throwIfStopped(stop);
+    if (travels && SyncedFolder::isNewHere(memos.context(), recording.path())) continue;
     if (needed->contains(recording.path().filename().string())) continue;
     try {
       if (auto recovered = Recovery(memos, stop).take(recording))
@@ -120,6 +139,8 @@ RecordingRecovery::Recovered RecordingRecovery::intoMemo(const std::filesystem::
   const Day day = Day::of(begun);
   DayStore::NewMemo content{.tags = {MemoService::recordingTag}};
   content.time = DateFormatters::timeOnly.format(begun);
+  content.memoId = identityOf(recording, day, memos);
+  content.made = begun;
   return {day, memos.create(day, std::move(content), {recording})};
 }
 

@@ -12,6 +12,7 @@ namespace nomely {
 // Makes memos of the recordings whose recorder died before they were in one. Whatever ends the
 // process, each recording comes to one memo; several processes may be at it at once. One that a
 // draft names is left to whoever opens that draft, and all of them while a draft can't be read.
+// Where a program moves drafts to other machines, too, one of the last day is left.
 namespace RecordingRecovery {
 
 struct Recovered {

@@ -40,7 +40,6 @@ class DayViewModel {
   using Entries = TimelineListModel::Entries;
   using TrashEntries = TrashOperations::Entries;
   using CompleteMemo = MemoWriting::CompleteMemo;
-  using Completion = MemoWriting::Completion;
   using MemoCompletion = MemoWriting::MemoCompletion;
   using ImportCompletion = MemoWriting::ImportCompletion;
   using Cause = TimelineLoading::Cause;
@@ -124,8 +123,9 @@ class DayViewModel {
   // Writing. Where a date is left out it is that of the memo in the timeline, else selectedDate.
   // A failure is told by saveState and, except where a completion tells it, by lastError.
 
-  // The lists change when the file has; for an editor that knows the state it began with.
-  void saveMemoAsync(Memo memo, Day date, std::optional<Memo> expected, Completion completion) {
+  // The lists change when the file has; for an editor that knows the state it began with. Completes
+  // with the memo as stored.
+  void saveMemoAsync(Memo memo, Day date, std::optional<Memo> expected, MemoCompletion completion) {
     writing_.saveMemoAsync(std::move(memo), date, std::move(expected), std::move(completion));
   }
   // The lists change at once, and back when the write fails.

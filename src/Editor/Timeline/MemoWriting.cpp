@@ -94,7 +94,7 @@ void MemoWriting::toggleLockedOnTop(const Memo& memo, std::optional<Day> date) {
 }
 
 void MemoWriting::saveMemoAsync(Memo memo, Day date, std::optional<Memo> expected,
-                                Completion completion) {
+                                MemoCompletion completion) {
   parts_.status.begin();
   parts_.jobs.write(
       [this, memo = std::move(memo), date, expected = std::move(expected)] {
@@ -105,13 +105,13 @@ void MemoWriting::saveMemoAsync(Memo memo, Day date, std::optional<Memo> expecte
         if (saved.value && service_.context().gate.isFrozen())
           saved = {{}, std::make_exception_ptr(WriteError(WriteError::Kind::maintenance))};
         if (saved.value) {
-          parts_.list.update(std::make_shared<const Memo>(*std::move(saved.value)), date);
+          parts_.list.update(std::make_shared<const Memo>(*saved.value), date);
           parts_.status.callBack();
           parts_.status.succeed();
         } else {
           parts_.status.failSilently(saved.message());
         }
-        completion(saved.failure);
+        completion(std::move(saved.value), saved.failure);
       });
 }
 

@@ -36,9 +36,7 @@ class MemoWriting {
     Day fallbackDate;                             // where those lie that it lacks
   };
 
-  // Null for success.
-  using Completion = std::function<void(std::exception_ptr failure)>;
-  // Exactly one of the two.
+  // Exactly one of the two; the memo as it was stored.
   using MemoCompletion = std::function<void(std::optional<Memo> memo, std::exception_ptr failure)>;
   using ImportCompletion = std::function<void(std::optional<AttachmentManager::ImportResult>)>;
 
@@ -51,7 +49,7 @@ class MemoWriting {
   };
   MemoWriting(const MemoService& service, const Parts& parts);
 
-  void saveMemoAsync(Memo memo, Day date, std::optional<Memo> expected, Completion completion);
+  void saveMemoAsync(Memo memo, Day date, std::optional<Memo> expected, MemoCompletion completion);
   void updateMemo(Memo memo, std::optional<Day> date);
   void togglePinned(const Memo& memo, std::optional<Day> date);
   void toggleLockedOnTop(const Memo& memo, std::optional<Day> date);

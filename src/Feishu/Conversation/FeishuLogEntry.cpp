@@ -1,9 +1,6 @@
 #include "Feishu/Conversation/FeishuLogEntry.h"
 
-#include <chrono>
-#include <cmath>
-
-#include "Core/Extensions/DateFormatters.h"
+#include "Core/Storage/BotFiles.h"
 #include "Platform/Text/JsonReading.h"
 
 namespace nomely {
@@ -12,25 +9,10 @@ namespace {
 constexpr const char* incoming = "incoming";
 constexpr const char* outgoing = "outgoing";
 
-using Seconds = std::chrono::duration<double>;
-
-constexpr Moment reference = std::chrono::sys_days(std::chrono::January / 1 / 2001);
-
 std::optional<std::string> textAt(const Json& json, const char* key) {
   const auto found = json.find(key);
   if (found == json.end() || !found->is_string()) return std::nullopt;
   return found->get<std::string>();
-}
-
-std::optional<Moment> momentAt(const Json& json, const char* key) {
-  if (const auto text = textAt(json, key)) return DateFormatters::parseUtcTimestamp(*text);
-  const auto found = json.find(key);
-  if (found == json.end() || !found->is_number()) return std::nullopt;
-  // Beyond it are no years of four digits.
-  constexpr double most = 3e11;
-  const auto seconds = found->get<double>();
-  if (!(std::abs(seconds) < most)) return std::nullopt;
-  return reference + std::chrono::round<Moment::duration>(Seconds(seconds));
 }
 
 }  // namespace
@@ -38,7 +20,7 @@ std::optional<Moment> momentAt(const Json& json, const char* key) {
 std::string FeishuLogEntry::line() const {
   const Json json{{"id", id},
                   {"direction", direction == Direction::incoming ? incoming : outgoing},
-                  {"timestamp", Seconds(timestamp - reference).count()},
+                  {"timestamp", BotFiles::secondsOf(timestamp)},
                   {"text", text}};
   return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
@@ -53,7 +35,7 @@ std::optional<FeishuLogEntry> FeishuLogEntry::fromLine(std::string_view line) {
   if (!json.is_object()) return std::nullopt;
   const auto id = textAt(json, "id");
   const auto direction = textAt(json, "direction");
-  const auto timestamp = momentAt(json, "timestamp");
+  const auto timestamp = BotFiles::timeOf(json);
   const auto text = textAt(json, "text");
   if (!id || !timestamp || !text || (direction != incoming && direction != outgoing))
     return std::nullopt;

@@ -71,7 +71,7 @@ std::shared_ptr<FeishuLogStore> FeishuLogStore::of(const StoreContext& storage) 
 }
 
 FeishuLogStore::FeishuLogStore(const StoreContext& storage)
-    : storage_(storage), file_(storage.paths.metaFolder() / "feishu-log.jsonl") {}
+    : storage_(storage), file_(storage.paths.metaFolder() / BotFiles::log) {}
 
 void FeishuLogStore::logIncoming(const std::string& text) {
   log(FeishuLogEntry::Direction::incoming, text);

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "Core/Storage/BotFiles.h"
 #include "Core/Storage/StoreContext.h"
 #include "Feishu/Conversation/FeishuLogEntry.h"
 #include "Platform/Concurrency/SerialQueue.h"
@@ -21,7 +22,7 @@ namespace nomely {
 // Notifications::feishuLogChanged. Safe on any thread; other processes may use the same file.
 class FeishuLogStore {
  public:
-  static constexpr std::size_t mostEntries = 200;
+  static constexpr std::size_t mostEntries = BotFiles::mostLogLines;
 
   // The one of that root, as long as somebody holds it.
   [[nodiscard]] static std::shared_ptr<FeishuLogStore> of(const StoreContext& storage);

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "Core/Extensions/DateFormatters.h"
+#include "Core/Storage/BotFiles.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
 #include "Platform/System/Uuid.h"
@@ -28,11 +29,11 @@ constexpr unsigned ownersFolder = 0700;
 constexpr std::uint64_t largest = 32ULL << 20U;
 
 std::filesystem::path folderIn(const StoreContext& context) {
-  return context.paths.metaFolder() / "feishu-inbox";
+  return context.paths.metaFolder() / BotFiles::inbox;
 }
 
 std::filesystem::path asideIn(const StoreContext& context) {
-  return folderIn(context) / "aside";
+  return folderIn(context) / BotFiles::aside;
 }
 
 template <std::size_t count>

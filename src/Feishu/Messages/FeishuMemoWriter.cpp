@@ -90,8 +90,13 @@ MemoPlace FeishuMemoWriter::create(const Content& content, Day day) {
   DayStore::NewMemo memo{.body = content.body,
                          .tags = resolveTags(content.body, content.messageId),
                          .time = DateFormatters::timeOnly.format(content.date),
-                         .source = FeishuDayMarks::source};
-  if (!content.messageId.empty()) memo.sourceId = content.messageId;
+                         .source = FeishuDayMarks::source,
+                         .made = content.date};
+  if (!content.messageId.empty()) {
+    memo.sourceId = content.messageId;
+    // The platform may give one message to the bots of two machines.
+    memo.memoId = memos_.identityFor(day, "message", {content.messageId});
+  }
   const std::int64_t highest = marks_.of(day).highest;
   if (highest > 0 && highest < std::numeric_limits<std::int64_t>::max())
     memo.nextNumber = highest + 1;

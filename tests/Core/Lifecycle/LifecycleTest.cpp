@@ -166,7 +166,9 @@ TEST_F(TemporaryFileSweepTest, TakesTemporariesAndNothingElse) {
        {".", "2026-03-01", ".trash/_attachments/t", ".versions/by-id/6d/attachments"})
     writeFile(folder.path() / name / temporary, "half");
   fs::create_directories(folder.path() / ".versions/by-id/6d/attachments");
+  writeFile(folder.path() / ".git" / temporary, "an engine's");
   EXPECT_EQ(sweepTemporaryFiles(context, {}), 4);
+  EXPECT_EQ(fs::remove_all(folder.path() / ".git"), 2U);
   fs::remove(folder.path() / ".versions/by-id/6d/attachments");
   EXPECT_EQ(treeOf(folder.path()), before);
   EXPECT_TRUE(fs::exists(elsewhere.path() / temporary));

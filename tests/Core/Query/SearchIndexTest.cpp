@@ -193,6 +193,11 @@ TEST_F(SearchIndexTest, OwnWritesAreNoChangeFromOutside) {
 
 TEST_F(SearchIndexTest, ChangesFromOutsideAreNoticedOnce) {
   const Memo memo = write(today, "a");
+  const auto eachOfMany = [&](auto change) {
+    for (int month = 1; month <= 12; ++month)
+      for (int of = 1; of <= 10; ++of)
+        change(context.paths.memoFile(day(fmt::format("2025-{:02}-{:02}", month, of)), 1));
+  };
   const std::pair<const char*, std::function<void()>> changes[] = {
       {"edited", [&] { writeFile(file(memo, today), "---\ntime: 09:30\n---\n\nlonger than it"); }},
       {"added", [&] { writeFile(context.paths.dayFolder(today) / "901.md", "---\n---\nb"); }},
@@ -207,6 +212,10 @@ TEST_F(SearchIndexTest, ChangesFromOutsideAreNoticedOnce) {
        }},
       {"removed", [&] { fs::remove(file(memo, today)); }},
       {"day removed", [&] { fs::remove_all(context.paths.dayFolder(today)); }},
+      {"many days",
+       [&] { eachOfMany([](const fs::path& file) { writeFile(file, "---\n---\nm"); }); }},
+      {"and gone",
+       [&] { eachOfMany([](const fs::path& file) { fs::remove_all(file.parent_path()); }); }},
   };
   testing::internal::CaptureStderr();
   for (const auto& [name, change] : changes) {
@@ -214,6 +223,7 @@ TEST_F(SearchIndexTest, ChangesFromOutsideAreNoticedOnce) {
     (void)bodies();
     change();
     EXPECT_TRUE(index.rebuildIfDiskChanged());
+    EXPECT_EQ(bodies(), bodiesOf(SearchIndex(context, jobs).allMemoEntries()));
     EXPECT_FALSE(index.rebuildIfDiskChanged());
   }
   testing::internal::GetCapturedStderr();

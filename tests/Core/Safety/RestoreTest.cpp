@@ -59,6 +59,7 @@ std::vector<RawEntry> entries() {
   all.push_back({.name = "2026-03-02/a.png", .contents = "png", .mode = S_IFREG | 04410});
   all.push_back({.name = "2026-03-02/A.PNG", .contents = "PNG"});
   all.push_back({.name = ".meta/nomely.lastMigratedSchemaVersion", .contents = "2\n"});
+  all.push_back({.name = ".git/HEAD", .contents = "of another time"});
   return all;
 }
 
@@ -66,16 +67,19 @@ Tree disk() {
   return {{"root/2026-03-09/001.md", "---\nmemo_id: memo_1\n---\n\nformer\n"},
           {"root/.versions/by-id/6d/1.md", "a version"},
           {"root/.backups/other.zip", "another archive"},
+          {"root/.git/HEAD", "of this root"},
+          {"root/.stignore", "/.backups"},
           {"root/" + zipName, rawZip(entries())}};
 }
 
-// Files below `folder`, less archives and notes about the root.
+// Files below `folder`, less archives, notes about the root and what engines have there.
 Tree filesIn(const Tree& tree, const std::string& folder) {
   Tree files;
   for (const auto& [path, bytes] : tree)
     if (path.starts_with(folder) && !path.ends_with('/')) files[path.substr(folder.size())] = bytes;
   std::erase_if(files, [](const auto& file) {
-    return file.first.starts_with(".backups/") || file.first.starts_with(".meta/");
+    return file.first.starts_with(".backups/") || file.first.starts_with(".meta/") ||
+           file.first.starts_with(".git/") || file.first == ".stignore";
   });
   return files;
 }
@@ -142,7 +146,8 @@ class RestoreDisturbed : public testing::TestWithParam<bool> {
     const Tree after = anew.files.tree(Left::all);
     EXPECT_EQ(filesIn(after, "root/"), restored);
     EXPECT_FALSE(after.contains("root/.meta/nomely.lastMigratedSchemaVersion"));
-    for (const std::string& name : {std::string("root/.backups/other.zip"), "root/" + zipName})
+    for (const std::string& name : {std::string("root/.backups/other.zip"), "root/" + zipName,
+                                    std::string("root/.git/HEAD"), std::string("root/.stignore")})
       EXPECT_TRUE(after.contains(name) && after.at(name) == disk().at(name)) << name;
   }
 };
@@ -210,7 +215,9 @@ TEST_F(RestoreTest, PutsTheArchiveInTheRootsPlaceOrMakesAMissingOne) {
   EXPECT_EQ(last, 1);
   EXPECT_EQ(filesIn(treeOn(folder.path()), "root/"), restored);
   EXPECT_EQ(filesIn(treeOn(result.rescue), ""), former);
-  EXPECT_FALSE(fs::exists(result.rescue / ".backups"));
+  for (const char* name : {".backups", ".git", ".stignore"})
+    EXPECT_TRUE(fs::exists(root / name) && !fs::exists(result.rescue / name)) << name;
+  EXPECT_EQ(readFile(root / ".git/HEAD"), "of this root");
   const auto permissions = [](const fs::path& path) {
     return static_cast<unsigned>(fs::status(path).permissions());
   };

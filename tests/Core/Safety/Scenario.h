@@ -30,6 +30,8 @@ struct Scenario {
 };
 
 [[nodiscard]] std::vector<Scenario> scenarios();
+// Those of them that settle what another machine wrote.
+[[nodiscard]] std::vector<Scenario> settlingScenarios();
 // Not one of them, since one root or another has to stand whole: RestoreTest judges it.
 [[nodiscard]] Scenario restoring(bool canExchange);
 

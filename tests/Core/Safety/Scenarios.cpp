@@ -431,6 +431,7 @@ std::vector<Scenario> scenarios() {
   for (const auto add : {addMemos, addAttachments, addHistory, addService, addTrash, addTags,
                          addDrafts, addSettings, addBackups, addMaintenance, addOthers})
     add(table);
+  for (Scenario& scenario : settlingScenarios()) table.all.push_back(std::move(scenario));
   return table.all;
 }
 

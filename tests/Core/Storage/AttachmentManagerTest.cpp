@@ -62,18 +62,6 @@ TEST_F(AttachmentManagerTest, DeletedFilesGoToTheTrash) {
   EXPECT_EQ(treeOf(folder.path()), before) << "what is no attachment stays";
 }
 
-TEST_F(AttachmentManagerTest, PendingAttachmentsThatAreThereStay) {
-  const Day destination = day("2026-03-09");
-  writeFile(in(destination, "there.png"), "there");
-  writeFile(in(today, "same.png"), "same");
-  writeFile(in(destination, "same.png"), "same");
-  attachments.preparePendingAttachments({"there.png", "same.png"},
-                                        {.sourceDates = {{"there.png", destination}},
-                                         .fallbackDate = today,
-                                         .destinationDate = destination});
-  EXPECT_EQ(treeOf(context.paths.dayFolder(destination)), "same.png\nsame\nthere.png\nthere\n");
-}
-
 TEST_F(AttachmentManagerTest, PendingAttachmentsUpToTheFirstFailure) {
   for (const auto& [attachment, expected] : {std::pair("../x", ImportError::Kind::fileNotFound),
                                              {"gone.png", ImportError::Kind::fileNotFound},
@@ -84,16 +72,20 @@ TEST_F(AttachmentManagerTest, PendingAttachmentsUpToTheFirstFailure) {
     fs::remove_all(folder.path());
     writeFile(folder.path() / "x", "x");
     writeFile(in(today, "001.md"), "memo");
-    for (const char* name : {"first.png", "last.png"}) writeFile(in(today, name), name);
+    for (const char* name : {"first.png", "same.png", "last.png"}) writeFile(in(today, name), name);
+    for (const char* name : {"there.png", "same.png"}) writeFile(in(tomorrow, name), name);
     writeFile(in(today, "differs.png"), "12");
     writeFile(in(tomorrow, "differs.png"), "13");
     EXPECT_EQ(kindOf<ImportError>([&] {
                 attachments.preparePendingAttachments(
-                    {"first.png", attachment, "last.png"},
-                    {.fallbackDate = today, .destinationDate = tomorrow});
+                    {"there.png", "same.png", "first.png", attachment, "last.png"},
+                    {.sourceDates = {{"there.png", tomorrow}},
+                     .fallbackDate = today,
+                     .destinationDate = tomorrow});
               }),
               expected);
-    EXPECT_EQ(treeOf(context.paths.dayFolder(tomorrow)), "differs.png\n13\nfirst.png\nfirst.png\n");
+    EXPECT_EQ(treeOf(context.paths.dayFolder(tomorrow)),
+              "differs.png\n13\nfirst.png\nfirst.png\nsame.png\nsame.png\nthere.png\nthere.png\n");
   }
 }
 

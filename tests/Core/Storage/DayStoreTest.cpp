@@ -3,6 +3,7 @@
 #include "Core/Storage/DayStore.h"
 #include "Core/Storage/MemoStore.h"
 #include "Core/Storage/TrashStore.h"
+#include "Core/Storage/VersionStore.h"
 #include "Core/Storage/WriteError.h"
 #include "Platform/Files/FileError.h"
 #include "Support/ErrorKind.h"
@@ -91,6 +92,7 @@ TEST_F(DayStoreTest, WhatAChangeIsComparedWith) {
           {"a", "a", nullptr, 1, {}},
           {"a", "a", "old", 1, {}},
           {nullptr, "b", "old", 1, {}},
+          {"", "", "old", 1, {}},
           {"a", "a", "old", 2, Kind::missingMemo},
           {"a", "b", "old", 1, Kind::identityChanged},
           {"a", nullptr, "old", 1, Kind::identityChanged},
@@ -104,6 +106,7 @@ TEST_F(DayStoreTest, WhatAChangeIsComparedWith) {
   for (const auto& [idOnDisk, id, expectedBody, number, failure] : cases)
     for (const auto change : {&DayStore::updateMemo, &DayStore::commitMemo}) {
       SCOPED_TRACE(testing::PrintToString(std::tuple(idOnDisk, id, expectedBody, number)));
+      fs::remove_all(context.paths.versionsFolder());
       Memo memo = Memo::empty(1, clock);
       memo.memoId = identity(idOnDisk);
       memo.body = "old";
@@ -115,10 +118,14 @@ TEST_F(DayStoreTest, WhatAChangeIsComparedWith) {
       memo.seqNumber = number;
       const std::string before = treeOf(folder.path());
       EXPECT_EQ(kindOf<WriteError>([&] { (store.*change)(memo, today, expected); }), failure);
-      if (failure)
+      if (failure) {
         EXPECT_EQ(treeOf(folder.path()), before);
-      else
-        EXPECT_EQ(store.memoStore().read(today, 1), memo);
+        continue;
+      }
+      EXPECT_EQ(store.memoStore().read(today, 1), memo);
+      (store.*change)(memo, today, memo);  // changes nothing
+      const bool keepsOne = change == &DayStore::commitMemo && identity(idOnDisk) == "a";
+      EXPECT_THAT(VersionStore(context).listVersions(today, 1, {}), SizeIs(keepsOne ? 1 : 0));
     }
 }
 
@@ -138,8 +145,7 @@ TEST_F(DayStoreTest, MemoWithSegmentsMovesAndIsTrashedUnlessItChanged) {
   memo = store.moveMemo(memo, today, tomorrow);
   Memo stale = memo;
   stale.body = "别处读到的";
-  EXPECT_EQ(kindOf<WriteError>([&] { (void)store.moveMemo(stale, tomorrow, today); }),
-            Kind::conflict);
+  EXPECT_FAILURE(WriteError, conflict, store.moveMemo(stale, tomorrow, today));
   EXPECT_FAILURE(WriteError, conflict, TrashStore(context).trashMemo(tomorrow, stale));
   (void)TrashStore(context).trashMemo(tomorrow, memo);
   EXPECT_EQ(TrashStore(context).listTrash().size(), 1U);

@@ -1,5 +1,4 @@
 #include <fmt/format.h>
-#include <gmock/gmock.h>
 
 #include "Core/Markdown/Text/MemoTextUtilities.h"
 #include "Feishu/Conversation/BotFixture.h"
@@ -9,8 +8,6 @@
 
 namespace nomely::test {
 namespace {
-
-using testing::ElementsAre;
 
 TEST(MemoQueryTest, Questions) {
   const auto windowOf = [](const char* text) -> std::string {

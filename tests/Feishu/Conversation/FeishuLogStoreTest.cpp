@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 
 #include "Core/Extensions/DateFormatters.h"
@@ -11,7 +10,6 @@
 namespace nomely::test {
 namespace {
 
-using testing::ElementsAre;
 using Entries = std::vector<FeishuLogEntry>;
 
 std::vector<std::string> texts(const Entries& entries) {

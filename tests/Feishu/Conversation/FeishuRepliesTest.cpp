@@ -1,7 +1,5 @@
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "Feishu/Conversation/BotFixture.h"
 #include "Support/Deadline.h"
 
@@ -9,7 +7,6 @@ namespace nomely::test {
 namespace {
 
 using Call = FeishuPlatform::Call;
-using testing::ElementsAre;
 
 class FeishuRepliesTest : public BotTest {
  protected:

@@ -20,12 +20,6 @@
 
 namespace nomely::test {
 
-inline void eventually(const std::function<bool()>& condition) {
-  const auto deadline = std::chrono::steady_clock::now() + longestWait;
-  for (; !condition(); std::this_thread::yield())
-    if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error("it never came");
-}
-
 // One run of the bot's handling of messages. Events go in by call.
 class MessagesRun {
  public:

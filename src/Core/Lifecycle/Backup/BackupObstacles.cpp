@@ -1,5 +1,6 @@
 #include "Core/Lifecycle/Backup/BackupObstacles.h"
 
+#include "Core/Extensions/EngineNames.h"
 #include "Core/Extensions/PathNames.h"
 #include "Core/Lifecycle/Backup/BackupManifest.h"
 #include "Core/Lifecycle/Backup/BackupNames.h"
@@ -18,13 +19,16 @@ BackupObstacles::BackupObstacles(FileSystem& fileSystem, std::filesystem::path r
 bool BackupObstacles::leavesOut(std::string_view name) const {
   const std::string_view last = lastComponent(name);
   if (last == ".DS_Store" || last.starts_with(BackupNames::partialPrefix) ||
-      FileManager::isTemporaryName(last))
+      FileManager::isTemporaryName(last) || EngineNames::isFolder(last) ||
+      EngineNames::isTemporary(last))
     return true;
   // The rest are entries of the root itself; a manifest there is of an archive unpacked by hand.
   return name == BackupNames::backups || name == ".updates" || name == BackupManifest::fileName ||
          (name == ".versions" && !includesVersions_) ||
          // Closed to all but the administrator.
-         (name == "lost+found" && isMounted_);
+         (name == "lost+found" && isMounted_) ||
+         // Of this machine: a restore leaves what stands there.
+         EngineNames::isOwnFile(name);
 }
 
 std::string_view BackupObstacles::reason(std::string_view name, FileType type) {

@@ -21,8 +21,8 @@ class BackupObstacles {
   // `root` is free of links.
   BackupObstacles(FileSystem& fileSystem, std::filesystem::path root, bool includesVersions);
 
-  // Whether an archive does without that entry: backups, temporaries, what other systems leave
-  // anywhere, the file system's own.
+  // Whether an archive does without that entry: backups, temporaries, what other systems and
+  // engines leave anywhere, the file system's own.
   [[nodiscard]] bool leavesOut(std::string_view name) const;
   // Why an entry of that type can't stand in an archive; empty when it can.
   [[nodiscard]] static std::string_view reason(std::string_view name, FileType type);

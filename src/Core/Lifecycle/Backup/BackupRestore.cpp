@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "Core/Extensions/EngineNames.h"
 #include "Core/Lifecycle/Backup/RestoreSwap.h"
 #include "Core/Storage/RescueFolders.h"
 #include "Core/Storage/RootMarkers.h"
@@ -80,6 +81,9 @@ void BackupRestore::fill(const RestoreStaging& staging, const BackupArchive::Con
   const DiskPaths next{staging.folder()};
   staging.checkRoomFor(archive_.zip(), contents.bytes);
   staging.unpack(archive_.zip(), work.part(proven, unpacked));
+  // Of another machine or another time: this root's own come home after the swap.
+  for (const DirectoryEntry& entry : files.listAll(staging.folder()))
+    if (EngineNames::isAny(entry.name)) files.removeTree(staging.folder() / entry.name);
   if (!files.exists(next.versionsFolder()) && files.isDirectory(now.versionsFolder()))
     staging.takeOver(now.versionsFolder(), next.versionsFolder().filename(),
                      safetyCopy == SafetyCopy::skip, work.stop);

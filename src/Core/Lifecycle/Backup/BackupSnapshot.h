@@ -13,8 +13,9 @@
 namespace nomely {
 
 // A copy of what a root holds at one moment, in a work folder beside the root, or in its `.backups`
-// where there is no such place on the same file system. Left out are `.backups`, `.updates`,
-// temporaries, manifests of archives that were unpacked by hand and, unless asked for, `.versions`.
+// where there is no such place on the same file system. Left out are `.backups`, `.updates`, what
+// engines (EngineNames) keep for themselves, temporaries, manifests of archives that were unpacked
+// by hand and, unless asked for, `.versions`.
 // The folder goes with this object.
 class BackupSnapshot {
  public:

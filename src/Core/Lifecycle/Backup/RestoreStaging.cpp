@@ -10,6 +10,7 @@
 
 #include <fmt/format.h>
 
+#include "Core/Extensions/EngineNames.h"
 #include "Core/Lifecycle/Backup/BackupError.h"
 #include "Platform/Archive/ZipError.h"
 #include "Platform/Cancellation.h"
@@ -182,7 +183,8 @@ void RestoreStaging::takeOver(const fs::path& source, const fs::path& name, bool
     throwIfStopped(stop);
     if (entry.type == FileType::directory)
       takeOver(source / entry.name, name / entry.name, skipsUnreadable, stop);
-    else if (entry.type == FileType::regular && !FileManager::isTemporaryName(entry.name))
+    else if (entry.type == FileType::regular && !FileManager::isTemporaryName(entry.name) &&
+             !EngineNames::isTemporary(entry.name))
       linkOrCopy(source / entry.name, folder_ / name / entry.name);
   }
 }

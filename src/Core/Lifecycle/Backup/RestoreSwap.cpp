@@ -1,10 +1,13 @@
 #include "Core/Lifecycle/Backup/RestoreSwap.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
+#include "Core/Extensions/EngineNames.h"
 #include "Core/Lifecycle/Backup/BackupError.h"
 #include "Core/Lifecycle/Backup/BackupNames.h"
 #include "Core/Storage/RescueFolders.h"
@@ -35,6 +38,27 @@ void moveFolder(const fs::path& from, const fs::path& to, const FileManager& fil
     if (error.errorNumber() != EPERM) throw;
     files.fileSystem().rename(from, to, Replacement::allow);
   }
+}
+
+// What stays with the root at `folder`. First the files that tell engines what not to move: one
+// that finds its mark takes the folder for ready.
+std::vector<std::string> keptIn(const fs::path& folder, const FileManager& files) {
+  std::vector<std::string> kept;
+  for (DirectoryEntry& entry : files.listAll(folder))
+    if (entry.name == BackupNames::backups || EngineNames::isFolder(entry.name) ||
+        EngineNames::isOwnFile(entry.name))
+      kept.push_back(std::move(entry.name));
+  std::ranges::stable_partition(kept, EngineNames::isOwnFile);
+  return kept;
+}
+
+// Into a folder that has been made anew meanwhile.
+void mergeBackups(const fs::path& from, const fs::path& to, const FileManager& files) {
+  for (const DirectoryEntry& entry : files.listAll(from))
+    if (!files.exists(to / entry.name))
+      files.fileSystem().rename(from / entry.name, to / entry.name, Replacement::forbid);
+  files.fileSystem().syncDirectory(to);
+  if (files.listAll(from).empty()) files.fileSystem().remove(from);
 }
 
 }  // namespace
@@ -81,7 +105,7 @@ void RestoreSwap::swap() {
   else
     replace();
   sync(root_.parent_path());
-  if (former_ && files_.exists(places_.rescue / BackupNames::backups)) keepBackups();
+  if (former_) keep();
 }
 
 // The restored data waits under the name that the former root is to have, so that there is no
@@ -102,21 +126,27 @@ void RestoreSwap::replace() {
   move(places_.staging, root_);
 }
 
-void RestoreSwap::keepBackups() {
+void RestoreSwap::keep() {
+  const std::vector<std::string> kept = keptIn(places_.rescue, files_);
+  if (kept.empty()) return;
   before(RestoreStep::preserveBackups);
-  move(places_.rescue / BackupNames::backups, root_ / BackupNames::backups);
+  for (const std::string& name : kept) move(places_.rescue / name, root_ / name);
   // First where they are to be found, so that a power cut leaves them in two places rather than in
   // none.
   sync(root_);
   sync(places_.rescue);
 }
 
+// The restored root came without any of its own.
+void RestoreSwap::giveBack() {
+  const std::vector<std::string> kept = keptIn(root_, files_);
+  for (const std::string& name : kept) move(root_ / name, places_.rescue / name);
+  if (!kept.empty()) sync(places_.rescue);
+}
+
 void RestoreSwap::takeBack() {
-  if (former_ && ownerOf(root_) == Owner::restored && ownerOf(places_.rescue) == Owner::former &&
-      files_.exists(root_ / BackupNames::backups)) {
-    move(root_ / BackupNames::backups, places_.rescue / BackupNames::backups);
-    sync(places_.rescue);
-  }
+  if (former_ && ownerOf(root_) == Owner::restored && ownerOf(places_.rescue) == Owner::former)
+    giveBack();
   if (ownerOf(root_) == Owner::restored) {
     if (ownerOf(places_.rescue) == Owner::former && canExchange_)
       (void)files_.fileSystem().exchange(root_, places_.rescue);
@@ -158,17 +188,14 @@ void RestoreSwap::finishInterrupted(const StoreContext& context) {
   if (!files.isDirectory(root)) return;
   const std::vector<fs::path> rescues = RescueFolders::of(root, files);
   if (rescues.empty()) return;
-  const fs::path left = rescues.front() / BackupNames::backups;
-  const fs::path kept = root / BackupNames::backups;
-  if (!files.isDirectory(left)) return;
-  if (!files.exists(kept)) {
-    moveFolder(left, kept, files);
-  } else {
-    for (const DirectoryEntry& entry : files.listAll(left))
-      if (!files.exists(kept / entry.name))
-        files.fileSystem().rename(left / entry.name, kept / entry.name, Replacement::forbid);
-    files.fileSystem().syncDirectory(kept);
-    if (files.listAll(left).empty()) files.fileSystem().remove(left);
+  const std::vector<std::string> left = keptIn(rescues.front(), files);
+  if (left.empty()) return;
+  for (const std::string& name : left) {
+    const fs::path from = rescues.front() / name;
+    if (!files.exists(root / name))
+      moveFolder(from, root / name, files);
+    else if (name == BackupNames::backups)
+      mergeBackups(from, root / name, files);
   }
   files.fileSystem().syncDirectory(root);
   files.fileSystem().syncDirectory(rescues.front());

@@ -11,14 +11,16 @@
 
 namespace nomely {
 
-// Puts a finished folder in the root's place, in the gate (DataWriteCoordinator::replaceRoot). A
+// Puts a finished folder in the root's place, in the gate (DataWriteCoordinator::replaceRoot). What
+// is in no archive comes over: `.backups`, and what engines (EngineNames) have put into the root. A
 // kill at any moment leaves the old root or the new one under its name; where folders can't change
 // places in one step, maybe neither, and the old one as `rescue`.
 class RestoreSwap {
  public:
   struct Places {
     std::filesystem::path staging;  // becomes the root
-    std::filesystem::path rescue;   // gets what the root held, less its `.backups`; free before
+    // Gets what the root held, less what it keeps; free before.
+    std::filesystem::path rescue;
   };
   RestoreSwap(const StoreContext& context, Places places, bool canExchange,
               std::function<void(RestoreStep)> beforeStep);
@@ -27,8 +29,8 @@ class RestoreSwap {
   // Throws BackupError (restoreFailed), which tells which of the two.
   bool perform();
 
-  // Moves `.backups` from the newest rescue folder to the root where a restore was ended before it
-  // came to that. In the gate. Throws FileError.
+  // Moves those from the newest rescue folder to the root where a restore was ended before it came
+  // to that. In the gate. Throws FileError.
   static void finishInterrupted(const StoreContext& context);
 
  private:
@@ -37,7 +39,8 @@ class RestoreSwap {
   void swap();
   void exchange();
   void replace();
-  void keepBackups();
+  void keep();
+  void giveBack();
   void takeBack();
   void before(RestoreStep step) const;
   [[nodiscard]] Owner ownerOf(const std::filesystem::path& folder) const;

@@ -6,11 +6,11 @@
 #include <fmt/format.h>
 
 #include "Core/Extensions/PathNames.h"
-#include "Core/Lifecycle/Maintenance/MaintenanceWork.h"
 #include "Core/Lifecycle/Maintenance/MemoSchemaMigration.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Service/MemoService.h"
 #include "Core/Storage/AttachmentManager.h"
+#include "Core/Storage/MaintenanceWork.h"
 #include "Core/Storage/MemoFile.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
@@ -153,9 +153,10 @@ std::vector<Memo> DataMigrator::memosOf(Day day, LegacyDay old,
     Memo& memo = memos.emplace_back();
     memo.seqNumber = static_cast<std::int64_t>(memos.size());
     memo.schemaVersion = MemoFrontmatter::currentSchemaVersion;
-    memo.memoId = Memo::makeMemoId();
     memo.source = MemoService::typedHere;
     memo.sourceId = textOf(day).string();
+    memo.memoId =
+        DerivedIdentity::memoId("oldest layout", {*memo.sourceId, std::to_string(memo.seqNumber)});
     memo.time = section.time ? *std::move(section.time) : Memo::currentTimeString(context_.clock);
     memo.createdAt = IdentityBackfillMigration::legacyTimestamp(day, memo.time);
     memo.updatedAt = memo.createdAt;

@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include "Core/Lifecycle/Maintenance/MaintenanceWork.h"
 #include "Core/Markdown/Inline/ColorSpans.h"
+#include "Core/Storage/MaintenanceWork.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Error.h"
 

@@ -12,7 +12,7 @@
 namespace nomely {
 
 Memo IdentityBackfillMigration::apply(Memo memo, const MigrationContext& context) const {
-  if (memo.memoId.value_or("").empty()) memo.memoId = idProvider_();
+  if (memo.memoId.value_or("").empty()) memo.memoId = idProvider_(memo, context);
   if (!memo.createdAt) memo.createdAt = legacyTimestamp(context.directoryDate, memo.time);
   if (!memo.updatedAt) memo.updatedAt = memo.createdAt;
   if (memo.source.value_or("").empty()) memo.source = MemoService::typedHere;

@@ -24,10 +24,9 @@ class MemoSchemaMigration {
 // 0 → 1: gives a memo the identity, the timestamps and the source that it lacks.
 class IdentityBackfillMigration : public MemoSchemaMigration {
  public:
-  using IdProvider = std::function<std::string()>;
+  using IdProvider = std::function<std::string(const Memo& memo, const MigrationContext& context)>;
 
-  explicit IdentityBackfillMigration(IdProvider idProvider = Memo::makeMemoId)
-      : idProvider_(std::move(idProvider)) {}
+  explicit IdentityBackfillMigration(IdProvider idProvider) : idProvider_(std::move(idProvider)) {}
 
   [[nodiscard]] std::int64_t fromVersion() const override { return 0; }
   [[nodiscard]] Memo apply(Memo memo, const MigrationContext& context) const override;

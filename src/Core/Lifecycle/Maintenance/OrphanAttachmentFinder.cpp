@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <array>
 
+#include "Core/Extensions/EngineNames.h"
 #include "Core/Extensions/PathNames.h"
 #include "Core/Markdown/Frontmatter/MemoFrontmatterParser.h"
 #include "Core/Storage/DraftStore.h"
 #include "Core/Storage/MemoFile.h"
+#include "Core/Storage/SyncedFolder.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/Text/Unicode.h"
 
@@ -32,7 +34,8 @@ Kind OrphanAttachmentFinder::kindOf(std::string_view name) {
 bool OrphanAttachmentFinder::isAttachment(const DirectoryEntry& entry) {
   constexpr std::string_view settingsOfDay = "day.yaml";
   return entry.type == FileType::regular && !entry.name.starts_with('.') &&
-         pathExtension(entry.name) != "md" && entry.name != settingsOfDay;
+         pathExtension(entry.name) != "md" && entry.name != settingsOfDay &&
+         !EngineNames::isTemporary(entry.name);
 }
 
 std::vector<OrphanAttachmentFinder::OrphanReport> OrphanAttachmentFinder::scan(
@@ -115,6 +118,10 @@ std::optional<std::set<std::string>> OrphanAttachmentFinder::filesNamed(Day day)
   } catch (const FileError&) {
     return std::nullopt;
   }
+}
+
+bool OrphanAttachmentFinder::mayBeAwaited(const OrphanReport& report) const {
+  return SyncedFolder::isNewHere(context_, report.fileURL) && SyncedFolder(context_).isSynced();
 }
 
 bool OrphanAttachmentFinder::isStillOrphan(const OrphanReport& report) const {

@@ -46,6 +46,10 @@ class OrphanAttachmentFinder {
   [[nodiscard]] std::vector<OrphanReport> scan(const std::vector<Day>& days,
                                                std::optional<Kind> kindFilter);
 
+  // Whether the memo of a file may be on its way: in a root that a program keeps alike on several
+  // machines, the file came here less than a day ago.
+  [[nodiscard]] bool mayBeAwaited(const OrphanReport& report) const;
+
   // Whether a file is an orphan still. To be asked in the gate.
   [[nodiscard]] bool isStillOrphan(const OrphanReport& report) const;
 

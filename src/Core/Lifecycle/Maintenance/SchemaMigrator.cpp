@@ -5,7 +5,7 @@
 
 #include <fmt/format.h>
 
-#include "Core/Lifecycle/Maintenance/MaintenanceWork.h"
+#include "Core/Storage/MaintenanceWork.h"
 #include "Core/Storage/RootMarkers.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
@@ -21,10 +21,11 @@ std::int64_t versionOf(const Memo& memo) {
 
 }  // namespace
 
-SchemaMigrator::SchemaMigrator(const MemoService& service,
-                               IdentityBackfillMigration::IdProvider idProvider)
-    : service_(service) {
-  migrations_.push_back(std::make_unique<IdentityBackfillMigration>(std::move(idProvider)));
+SchemaMigrator::SchemaMigrator(const MemoService& service) : service_(service) {
+  migrations_.push_back(std::make_unique<IdentityBackfillMigration>(
+      [this](const Memo& memo, const MigrationContext& context) {
+        return service_.identityOfNameless(context.directoryDate, memo.seqNumber);
+      }));
   migrations_.push_back(std::make_unique<NoOpMigration>());
 }
 
@@ -82,7 +83,8 @@ Memo SchemaMigrator::upgraded(Memo memo, Day day) const {
   for (const auto& migration : migrations_)
     if (migration->fromVersion() >= version) memo = migration->apply(std::move(memo), {day});
   // A number from a header that was made elsewhere says nothing of its identity.
-  if (memo.memoId.value_or("").empty()) memo.memoId = Memo::makeMemoId();
+  if (memo.memoId.value_or("").empty())
+    memo.memoId = service_.identityOfNameless(day, memo.seqNumber);
   memo.schemaVersion = current;
   return memo;
 }

@@ -20,8 +20,7 @@ class SchemaMigrator {
     std::size_t failed = 0;   // that could not be written, or had changed since they were read
   };
 
-  explicit SchemaMigrator(const MemoService& service,
-                          IdentityBackfillMigration::IdProvider idProvider = Memo::makeMemoId);
+  explicit SchemaMigrator(const MemoService& service);
 
   // Goes through all days, one memo in memory at a time. When nothing failed the root is
   // marked, and later calls return zeros; else the next call tries again. A memo that can't be read

@@ -6,10 +6,11 @@
 #include "Core/Extensions/DateFormatters.h"
 #include "Core/Lifecycle/Maintenance/DataMigrator.h"
 #include "Core/Lifecycle/Maintenance/LegacyColorSpans.h"
-#include "Core/Lifecycle/Maintenance/MaintenanceWork.h"
 #include "Core/Lifecycle/Maintenance/OrphanAttachmentFinder.h"
 #include "Core/Lifecycle/Maintenance/SchemaMigrator.h"
 #include "Core/Lifecycle/Maintenance/TemporaryFileSweep.h"
+#include "Core/Lifecycle/Settling/HistorySettling.h"
+#include "Core/Storage/MaintenanceWork.h"
 #include "Core/Storage/RootMarkers.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
@@ -37,14 +38,15 @@ StartupMaintenance::Result StartupMaintenance::run(const std::stop_token& stop) 
 
 void StartupMaintenance::runSteps(Result& result, const std::stop_token& stop) const {
   service_.trashStore().finishInterrupted();
-  const std::vector<Day> daysWithAudio = sweep(stop);
+  const Listed listed = sweep(stop);
+  settle(listed, result, stop);
   migrateLegacyData(result, stop);
   throwIfStopped(stop);
   cleanColorSpans(result, stop);
   throwIfStopped(stop);
   migrateSchema(result, stop);
   throwIfStopped(stop);
-  restoreOrphanedAudio(daysWithAudio, result, stop);
+  restoreOrphanedAudio(listed.daysWithAudio, result, stop);
   throwIfStopped(stop);
   rescueRecordings(result, stop);
   throwIfStopped(stop);
@@ -52,20 +54,29 @@ void StartupMaintenance::runSteps(Result& result, const std::stop_token& stop) c
 }
 
 // Listing the whole root is most of what a pass does that finds nothing to do, so it is done once.
-std::vector<Day> StartupMaintenance::sweep(const std::stop_token& stop) const {
+StartupMaintenance::Listed StartupMaintenance::sweep(const std::stop_token& stop) const {
   const auto isAudio = [](const DirectoryEntry& entry) {
     return OrphanAttachmentFinder::isAttachment(entry) &&
            OrphanAttachmentFinder::kindOf(entry.name) == OrphanAttachmentFinder::Kind::audio;
   };
-  std::vector<Day> daysWithAudio;
+  Listed listed;
+  const std::filesystem::path versions = context_.paths.versionsFolder();
   const auto visit = [&](const std::filesystem::path& folder,
                          const std::vector<DirectoryEntry>& entries) {
     const auto day = Day::parse(folder.filename().native());
     if (day && folder == context_.paths.dayFolder(*day) && std::ranges::any_of(entries, isAudio))
-      daysWithAudio.push_back(*day);
+      listed.daysWithAudio.push_back(*day);
+    if (folder.native().starts_with(versions.native()) && HistorySettling::concerns(entries))
+      listed.histories.push_back(folder);
   };
   sweepTemporaryFiles(context_, stop, visit);
-  return daysWithAudio;
+  return listed;
+}
+
+void StartupMaintenance::settle(const Listed& listed, Result& result,
+                                const std::stop_token& stop) const {
+  result.settled = RootSettling(service_, helpers_.census).run(stop, listed.histories);
+  result.changed = result.changed || result.settled.changedMemos;
 }
 
 void StartupMaintenance::migrateLegacyData(Result& result, const std::stop_token& stop) const {
@@ -110,13 +121,15 @@ void StartupMaintenance::restoreOrphanedAudio(const std::vector<Day>& days, Resu
     throwIfStopped(stop);
     try {
       context_.write([&] {
-        if (!finder.isStillOrphan(report)) return;
+        if (!finder.isStillOrphan(report) || finder.mayBeAwaited(report)) return;
         (void)service_.days().createMemo(
             report.date, {.body = report.dateKey,
                           .tags = {MemoService::recordingTag},
                           .attachments = {report.filename},
                           .time = DateFormatters::timeOnly.format(report.modifiedDate),
-                          .source = MemoService::typedHere});
+                          .source = MemoService::typedHere,
+                          .memoId = service_.identityFor(report.date, "recording",
+                                                         {report.dateKey, report.filename})});
         ++result.restoredAudio;
         result.changed = true;
       });

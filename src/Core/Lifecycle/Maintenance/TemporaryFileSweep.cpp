@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Core/Extensions/EngineNames.h"
 #include "Platform/Cancellation.h"
 #include "Platform/Files/FileError.h"
 #include "Platform/System/Log.h"
@@ -32,7 +33,8 @@ class Sweep {
         count_ += context_.write([&] { return context_.gate.sweep(folder, context_.files); });
       if (depth == deepestDataFolder) return;
       for (const DirectoryEntry& entry : entries)
-        if (entry.type == FileType::directory) visit(folder / entry.name, depth + 1);
+        if (entry.type == FileType::directory && !EngineNames::isFolder(entry.name))
+          visit(folder / entry.name, depth + 1);
     } catch (const FileError& error) {
       Log::error(LogChannel::storage, "⚠️ sweepTemporaryFiles: {}", error.what());
     }

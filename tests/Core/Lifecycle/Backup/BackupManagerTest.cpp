@@ -53,8 +53,10 @@ TEST_F(BackupManagerTest, AnArchiveHoldsTheRootAsItWas) {
   fs::last_write_time(root / "2026-03-01/001.md", longAgo);
   Tree expected = treeOn(root);
   std::erase_if(expected, [](const auto& item) { return item.first.ends_with(".tmp"); });
-  for (const char* name : {"2026-03-01/.DS_Store", "2026-03-01/.nomely-archive-1.partial",
-                           "NomelyBackupManifest.json", ".backups/old.zip", ".updates/a"})
+  for (const char* name :
+       {"2026-03-01/.DS_Store", "2026-03-01/.nomely-archive-1.partial", "NomelyBackupManifest.json",
+        ".backups/old.zip", ".updates/a", ".git/HEAD", ".stversions/2026-03-01/001.md", ".stignore",
+        "2026-03-01/.syncthing.001.md.tmp", "2026-03-01/~syncthing~a.tmp"})
     writeFile(root / name, "left out");
   const auto isVersion = [](const auto& item) { return item.first.starts_with(".versions"); };
 

@@ -111,6 +111,7 @@ TEST_F(MaintenanceTest, OnlyWhatNobodyNeedsIsAnOrphan) {
        {"2026-03-01/c.m4a", "3"},
        {"2026-03-01/.hidden.m4a", "4"},
        {"2026-03-01/day.yaml", ""},
+       {"2026-03-01/~syncthing~b.m4a.tmp", ""},
        {"2026-03-01/notes.md", ""},
        {"2026-03-01/P.JPG", ""},
        {"2026-03-02/001.md", "no header"},

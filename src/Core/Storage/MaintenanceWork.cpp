@@ -1,4 +1,4 @@
-#include "Core/Lifecycle/Maintenance/MaintenanceWork.h"
+#include "Core/Storage/MaintenanceWork.h"
 
 #include "Core/Storage/WriteError.h"
 #include "Platform/Cancellation.h"

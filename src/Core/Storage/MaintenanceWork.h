@@ -7,7 +7,7 @@
 
 namespace nomely {
 
-// What the steps of the maintenance pass share. Bulk work logs what fails and goes on, but not when
+// What passes over a whole root share. Bulk work logs what fails and goes on, but not when
 // the next thing would fail in the same way.
 namespace MaintenanceWork {
 
