@@ -136,10 +136,11 @@ std::string MemoSettling::takeIn(MemoText text, Day day, const std::string& stra
   if (!trashed || text.staysBefore(*trashed)) return place(text, day, stray, isWhole);
   ++result_.others;
   keeping_.keepFound(text);
-  if (text.isIn(*trashed)) return "和回收站里的笔记内容相同，已移除";
+  // An equal text is kept, too: somebody may have taken the note out of the trash elsewhere.
   const Home home = Home::of(context_.paths, day);
   keeping_.letGo(keeping_.keep({text, home}, {*trashed, home}), home.texts, stray);
-  return "比回收站里的同一条笔记更早，存入它的历史";
+  return fmt::format("{}，存入它的历史", text.isIn(*trashed) ? "和回收站里的同一条笔记内容相同"
+                                                              : "比回收站里的同一条笔记更早");
 }
 
 std::string MemoSettling::wait() {
