@@ -147,6 +147,20 @@ TEST_F(DayViewModelWritingTest, ListsTakeOverWhatWasStored) {
   EXPECT_TRUE(onDisk(today, 1).memoId);
   EXPECT_THAT(model->memos.get(), ElementsAre(onDisk(today, 1)));
   EXPECT_EQ(VersionStore(context).listVersions(today, 1, {}).size(), 2U);
+
+  using Act = std::function<void(const Memo&)>;
+  for (const Act& act : {Act([&](const Memo& card) { model->deleteMemo(card); }),
+                         Act([&](const Memo& card) { model->moveMemo(card, today, yesterday); })}) {
+    writeFile(context.paths.memoFile(today, 2), "---\ntime: '08:00'\n---\n\n别的\n");
+    index.invalidateCache();
+    renew();
+    loadToday();
+    model->updateMemo(edited("别的\n", "\n改过"));
+    act(listed("\n改过"));
+    ASSERT_TRUE(comesTrue([&] { return !fs::exists(context.paths.memoFile(today, 2)); }));
+    ASSERT_TRUE(isSettled());
+    EXPECT_EQ(failure(), "");
+  }
 }
 
 // The pass at the start upgrades notes of other programs while the first list already shows them.

@@ -12,7 +12,7 @@ DayViewModel::DayViewModel(const Context& context)
       jobs_(context.executor, context.jobs),
       loading_(context.service.days(), context.searchIndex, list_, jobs_),
       writing_(context.service, {list_, loading_, status_, jobs_}),
-      trash_(context.service, {list_, loading_, status_, jobs_}),
+      trash_(context.service, {list_, loading_, status_, jobs_, writing_}),
       draftStore_(context.service.context(), context.machineDrafts),
       service_(context.service) {}
 

@@ -16,10 +16,9 @@ std::string MemoWriting::timestamp() const {
 Memo MemoWriting::commit(const Memo& written, Day date, std::optional<Memo> expected) {
   Memo memo = written;
   const std::string key = memoKey(date, memo.seqNumber);
-  const auto before = storedOtherwise_.find(key);
-  if (before != storedOtherwise_.end() && expected == before->second.written) {
-    expected = before->second.stored;
-    if (memo.memoId.value_or("").empty()) memo.memoId = expected->memoId;
+  if (Memo last = expected ? asStored(*expected, date) : Memo(); expected && last != *expected) {
+    if (memo.memoId.value_or("").empty()) memo.memoId = last.memoId;
+    expected = std::move(last);
   }
   Memo stored = service_.commit(date, memo, expected);
   if (stored == written)
@@ -27,6 +26,12 @@ Memo MemoWriting::commit(const Memo& written, Day date, std::optional<Memo> expe
   else
     storedOtherwise_.insert_or_assign(key, Stored{written, stored});
   return stored;
+}
+
+Memo MemoWriting::asStored(const Memo& memo, Day date) const {
+  const auto last = storedOtherwise_.find(memoKey(date, memo.seqNumber));
+  return last != storedOtherwise_.end() && last->second.written == memo ? last->second.stored
+                                                                        : memo;
 }
 
 MemoWriting::Update MemoWriting::update(const Memo& memo, Day date, const SharedMemo& expected) {
@@ -138,7 +143,9 @@ void MemoWriting::createCompleteMemo(CompleteMemo content, MemoCompletion comple
 void MemoWriting::moveMemo(Memo memo, Day from, Day to) {
   parts_.status.begin();
   parts_.jobs.write(
-      [this, memo, from, to] { return outcomeOf([&] { return service_.move(from, memo, to); }); },
+      [this, memo, from, to] {
+        return outcomeOf([&] { return service_.move(from, asStored(memo, from), to); });
+      },
       [this, number = memo.seqNumber, from, to](const Outcome<Memo>& moved) {
         if (!moved.value) return parts_.status.fail("修改日期失败：" + moved.message());
         if (from != to) parts_.list.moveAway(number, from, *moved.value, to);

@@ -60,6 +60,10 @@ class MemoWriting {
   void importAttachmentToMemo(const std::filesystem::path& file, Memo memo,
                               std::optional<Day> date);
 
+  // The memo as it was stored, where that isn't what it was written as and lists may not know yet.
+  // On the save queue.
+  [[nodiscard]] Memo asStored(const Memo& memo, Day date) const;
+
  private:
   using SharedMemo = std::shared_ptr<const Memo>;
   // How an update ended.

@@ -49,8 +49,14 @@ void TrashOperations::startNext() {
   ++loadGeneration_;  // a listing on its way is of the trash as it was
   parts_.status.begin();
   parts_.jobs.write(
-      [this, operation] { return trashManager_.perform(operation); },
+      [this, operation] { return perform(operation); },
       [this, operation](const TrashManager::Outcome& outcome) { finish(operation, outcome); });
+}
+
+TrashManager::Outcome TrashOperations::perform(Operation operation) const {
+  if (auto* move = std::get_if<TrashManager::Move>(&operation))
+    for (auto& [date, memo] : move->memos) memo = parts_.writing.asStored(memo, date);
+  return trashManager_.perform(operation);
 }
 
 void TrashOperations::finish(const Operation& operation, const TrashManager::Outcome& outcome) {

@@ -10,6 +10,7 @@
 #include "Core/Query/TrashManager.h"
 #include "Core/Service/MemoService.h"
 #include "Editor/Timeline/EditorJobs.h"
+#include "Editor/Timeline/MemoWriting.h"
 #include "Editor/Timeline/SaveStatus.h"
 #include "Editor/Timeline/TimelineListModel.h"
 #include "Editor/Timeline/TimelineLoading.h"
@@ -37,6 +38,7 @@ class TrashOperations {
     TimelineLoading& loading;
     SaveStatus& status;
     EditorJobs& jobs;
+    const MemoWriting& writing;
   };
   TrashOperations(const MemoService& service, const Parts& parts);
 
@@ -58,6 +60,8 @@ class TrashOperations {
 
   void enqueue(Operation operation);
   void startNext();
+  // On the save queue.
+  [[nodiscard]] TrashManager::Outcome perform(Operation operation) const;
   void finish(const Operation& operation, const TrashManager::Outcome& outcome);
   void showTrashed(const Entries& moved);
   void pruneUndoOffer(const Entries& trash);
