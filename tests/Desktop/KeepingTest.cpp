@@ -159,10 +159,7 @@ TEST_F(KeepingTest, SettingsDoAndShow) {
   click("lookDark");
   EXPECT_NE(desktop->window()->color(), light);
   grab("settings-dark.png");
-  EXPECT_TRUE(eventually([&] {
-    return readFile(folder.path() / "state/nomely/defaults.json").find("morning-dark") !=
-           std::string::npos;
-  }));
+  EXPECT_TRUE(comesToHold((state / "nomely/defaults.json").c_str(), "morning-dark"));
 
   writeFile(root / display, "tagFontSize: 9\nbodyFontSize: 20\n");
   EXPECT_TRUE(eventually([&] { return textOf("bodySize") == qt("20"); })) << "by another process";
