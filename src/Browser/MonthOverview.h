@@ -20,6 +20,8 @@ struct ThreadEntry {
   std::string time;
   std::int64_t seqNumber = 0;
   std::string preview;
+
+  friend bool operator==(const ThreadEntry&, const ThreadEntry&) = default;
 };
 
 // A topic that ran through the month: a tag used on more than one day.
@@ -31,6 +33,8 @@ struct TagThread {
   unsigned lastDay = 0;
   std::size_t count = 0;
   std::vector<ThreadEntry> entries;  // by day
+
+  friend bool operator==(const TagThread&, const TagThread&) = default;
 };
 
 // A memo that looks wrong.

@@ -87,7 +87,7 @@ class SyncUser {
     for (const auto& [path, end] : result.told) {
       told += fmt::format("\n   {}: {}", path.string(), end);
       // Without the numbers of notes.
-      ++ends[std::regex_replace(end, std::regex("[-0-9_/a-f]{3,}"), "#")];
+      ++ends[std::regex_replace(end, std::regex("[-0-9A-F]{8}[.][a-z0-9]+|[-0-9_/a-f]{3,}"), "#")];
     }
     return told;
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <tuple>
 #include <utility>
 
 #include "Desktop/Base/Qt.h"
@@ -157,6 +158,7 @@ void ThreadsModel::layOut() {
 }
 
 void ThreadsModel::show(std::vector<TagThread> threads) {
+  if (threads == threads_) return;  // a press on a row that is made anew would be lost
   beginResetModel();
   threads_ = std::move(threads);
   layOut();
@@ -205,6 +207,14 @@ QVariant AnomaliesModel::data(const QModelIndex& index, int role) const {
 }
 
 void AnomaliesModel::show(std::vector<OverviewAnomaly> anomalies) {
+  const auto isSame = [](const OverviewAnomaly& left, const OverviewAnomaly& right) {
+    const auto all = [](const OverviewAnomaly& anomaly) {
+      return std::tie(anomaly.kind, anomaly.date, anomaly.time, anomaly.seqNumber, anomaly.label,
+                      anomaly.preview);
+    };
+    return all(left) == all(right);
+  };
+  if (std::ranges::equal(anomalies, anomalies_, isSame)) return;
   beginResetModel();
   anomalies_ = std::move(anomalies);
   endResetModel();

@@ -140,7 +140,7 @@ std::string MemoSettling::takeIn(MemoText text, Day day, const std::string& stra
   const Home home = Home::of(context_.paths, day);
   keeping_.letGo(keeping_.keep({text, home}, {*trashed, home}), home.texts, stray);
   return fmt::format("{}，存入它的历史", text.isIn(*trashed) ? "和回收站里的同一条笔记内容相同"
-                                                              : "比回收站里的同一条笔记更早");
+                                                             : "比回收站里的同一条笔记更早");
 }
 
 std::string MemoSettling::wait() {
