@@ -172,7 +172,8 @@ TEST_F(SettlingTest, StraysOfADay) {
       {"1/7=a1 1/000=b1", "1/008=a1 1/009=b1", 2},
       {"1/003=a1 1/003~=damaged\xFF", ""},
       {"1/00000000x=b1 1/3F2504E0.md=b1 1/.hidden.md=b1", ""},
-      // A note of a machine that has thrown it away in a later state, or in an earlier one.
+      // A note of a machine that has thrown it away in this state, a later or an earlier one.
+      {"t/memo=a1 1/003~=a1", "ha/version=a1 t/memo=a1"},
       {"t/memo=a2 t/meta.txt=2026-03-01,3 1/003~=a1",
        "ha/version=a1 t/memo=a2 t/meta.txt=2026-03-01,3"},
       {"t/memo=a2 t/meta.txt=2026-03-01,3 1/003~=a3", "1/001=a3 ha/version=a2", 2},
