@@ -16,8 +16,9 @@ std::string MemoWriting::timestamp() const {
 Memo MemoWriting::commit(const Memo& written, Day date, std::optional<Memo> expected) {
   Memo memo = written;
   const std::string key = memoKey(date, memo.seqNumber);
-  if (Memo last = expected ? asStored(*expected, date) : Memo(); expected && last != *expected) {
-    if (memo.memoId.value_or("").empty()) memo.memoId = last.memoId;
+  if (expected) {
+    Memo last = asStored(*expected, date);
+    if (last != *expected && memo.memoId.value_or("").empty()) memo.memoId = last.memoId;
     expected = std::move(last);
   }
   Memo stored = service_.commit(date, memo, expected);
