@@ -29,9 +29,9 @@ class VoiceCommandsTest : public CommandTest {
     run->waitFor("●");
     return run;
   }
-  // Speaks for three seconds.
-  void speak(TerminalRun& run) const {
-    microphone.play(3.5);
+  // Speaks for three seconds, and a little more: two recordings alike would be taken for one.
+  void speak(TerminalRun& run, double seconds = 3.5) const {
+    microphone.play(seconds);
     run.waitFor("00:03");
   }
   [[nodiscard]] Json memos() const { return json({"list", "--all"}); }
@@ -84,7 +84,7 @@ TEST_F(VoiceCommandsTest, InterruptedTranscriptionKeepsTheNoteThatItIsAttachedTo
 TEST_F(VoiceCommandsTest, KilledRecordingIsTakenInByTheNext) {
   for (const bool mediaToo : {true, false}) {
     auto run = record();
-    speak(*run);
+    speak(*run, mediaToo ? 3.5 : 3.7);
     const pid_t program = childrenOf(::getpid()).at(0);
     const std::vector<pid_t> helpers = childrenOf(program);
     ASSERT_THAT(helpers, SizeIs(1));
